@@ -1,0 +1,138 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+namespace Vesk {
+
+/// Base of everything that is reached through a virtual table and counted by reference.
+class VFPtrInterface {
+ public:
+  /// Process-wide: 1 makes every count a locked operation, for a host that shares objects with
+  /// another thread. 0, the default, leaves them plain increments.
+  static uint8_t enableThreadSafePointers;
+
+ protected:
+  virtual ~VFPtrInterface() = default;
+};
+
+/// Base of every entity, state machine and reactor: one 32-bit word with the reference count and
+/// two flags. An object is born with one reference, which `Vesk::make` hands to the first `Ptr`.
+class PtrInterface : public VFPtrInterface {
+ public:
+  PtrInterface(PtrInterface const&) = delete;
+  PtrInterface& operator=(PtrInterface const&) = delete;
+
+  uint32_t references() const { return word_ & kCountMask; }
+  /// True once the object has been taken out of service: no handler of it runs any more.
+  bool isMarkedForDeletion() const { return static_cast<int32_t>(word_) < 0; }
+  void isMarkedForDeletionIs(bool marked) { flagIs(kMarkedForDeletion, marked); }
+
+  bool hasNotificationActive() const { return (word_ & kNotificationActive) != 0; }
+  /// Kept and passed on to what the object owns; it gates no delivery.
+  virtual void hasNotificationActiveIs(bool active) { flagIs(kNotificationActive, active); }
+
+  /// Runs when the last reference has gone: tells who watches, then destroys the object.
+  virtual void zeroReferencesIs();
+
+  void referenceInc() const {
+    if (enableThreadSafePointers) {
+      std::atomic_ref(word_).fetch_add(1, std::memory_order_relaxed);
+    } else {
+      ++word_;
+    }
+  }
+  void referenceDec() const {
+    if (afterDec() == 0) const_cast<PtrInterface*>(this)->lastReferenceGone();
+  }
+
+ protected:
+  PtrInterface() = default;
+  ~PtrInterface() override = default;
+  /// Tells the notifiees of a dying notifier (`onZeroReferences`).
+  virtual void tellZeroReferences() {}
+
+ private:
+  static constexpr uint32_t kCountMask = 0x5fffffff;
+  static constexpr uint32_t kMarkedForDeletion = 0x80000000;
+  static constexpr uint32_t kNotificationActive = 0x20000000;
+
+  uint32_t afterDec() const {
+    if (enableThreadSafePointers) {
+      return (std::atomic_ref(word_).fetch_sub(1, std::memory_order_acq_rel) - 1) & kCountMask;
+    }
+    return --word_ & kCountMask;
+  }
+  void flagIs(uint32_t flag, bool on) { word_ = on ? word_ | flag : word_ & ~flag; }
+  void lastReferenceGone();
+
+  alignas(4) mutable uint32_t word_ = 1;
+};
+
+/// The owning smart pointer; `Ptr<T const>` is the read-only view of the same object. Dereferencing
+/// a null pointer is a programming fault, and nothing guards it.
+template <class T>
+class Ptr {
+ public:
+  Ptr() = default;
+  Ptr(std::nullptr_t) {}
+  Ptr(T* p) : p_(p) { acquire(); }
+  Ptr(Ptr const& o) : p_(o.p_) { acquire(); }
+  Ptr(Ptr&& o) noexcept : p_(std::exchange(o.p_, nullptr)) {}
+  template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+  Ptr(Ptr<U> const& o) : p_(o.ptr()) {
+    acquire();
+  }
+  ~Ptr() { release(); }
+  Ptr& operator=(Ptr o) noexcept {
+    std::swap(p_, o.p_);
+    return *this;
+  }
+
+  /// Takes over the reference that the object was born with.
+  static Ptr adopt(T* p) {
+    Ptr r;
+    r.p_ = p;
+    return r;
+  }
+
+  T* ptr() const { return p_; }
+  T* operator->() const { return p_; }
+  T& operator*() const { return *p_; }
+  explicit operator bool() const { return p_ != nullptr; }
+
+ private:
+  void acquire() const {
+    if (p_) p_->referenceInc();
+  }
+  void release() const {
+    if (p_) p_->referenceDec();
+  }
+  T* p_ = nullptr;
+};
+
+template <class T, class U>
+bool operator==(Ptr<T> const& a, Ptr<U> const& b) {
+  return a.ptr() == b.ptr();
+}
+template <class T>
+bool operator==(Ptr<T> const& a, std::nullptr_t) {
+  return a.ptr() == nullptr;
+}
+
+template <class T, class U>
+Ptr<T> ptrCast(Ptr<U> const& p) {
+  return Ptr<T>(dynamic_cast<T*>(p.ptr()));
+}
+
+/// Allocates and constructs: the one place where objects of the runtime come from.
+template <class T, class... Args>
+Ptr<T> make(Args&&... args) {
+  return Ptr<T>::adopt(new T(std::forward<Args>(args)...));
+}
+
+}  // namespace Vesk

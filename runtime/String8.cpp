@@ -1,0 +1,81 @@
+#include "runtime/String8.h"
+
+#include <string.h>
+
+#include <cstdlib>
+#include <new>
+#include <ostream>
+
+#include "runtime/PtrInterface.h"
+
+namespace Vesk {
+
+uint32_t hashBytes(void const* bytes, size_t size) {
+  auto const* p = static_cast<unsigned char const*>(bytes);
+  uint32_t h = 0x811c9dc5;
+  for (size_t i = 0; i < size; ++i) h = (h ^ p[i]) * 0x01000193;
+  h ^= h >> 16;
+  h *= 0x85ebca6b;
+  h ^= h >> 13;
+  return h;
+}
+
+String8::Rep* String8::blankRep(size_t size, bool secret) {
+  if (size == 0) return nullptr;
+  auto* rep = static_cast<Rep*>(std::malloc(offsetof(Rep, text) + size + 1));
+  if (!rep) throw std::bad_alloc();
+  rep->references = 1;
+  rep->length = static_cast<uint32_t>(size);
+  rep->secret = secret;
+  rep->text[size] = '\0';
+  return rep;
+}
+
+String8::Rep* String8::newRep(std::string_view text, bool secret) {
+  Rep* rep = blankRep(text.size(), secret);
+  if (rep) memcpy(rep->text, text.data(), text.size());
+  return rep;
+}
+
+String8::String8(String8 const& o) : rep_(o.rep_) {
+  if (!rep_) return;
+  if (VFPtrInterface::enableThreadSafePointers) {
+    std::atomic_ref(rep_->references).fetch_add(1, std::memory_order_relaxed);
+  } else {
+    ++rep_->references;
+  }
+}
+
+void String8::release() {
+  if (!rep_) return;
+  uint32_t left = VFPtrInterface::enableThreadSafePointers
+                      ? std::atomic_ref(rep_->references).fetch_sub(1) - 1
+                      : --rep_->references;
+  if (left != 0) return;
+  if (rep_->secret) explicit_bzero(rep_->text, rep_->length);
+  std::free(rep_);
+}
+
+String8 String8::secret(std::string_view text) {
+  String8 s;
+  s.rep_ = newRep(text, true);
+  return s;
+}
+
+String8 String8::from(size_t from) const {
+  return from >= length() ? String8() : String8(view().substr(from));
+}
+
+String8 String8::operator+(String8 const& o) const {
+  if (o.empty()) return *this;
+  if (empty()) return o;
+  String8 sum;
+  sum.rep_ = blankRep(length() + o.length(), rep_->secret || o.rep_->secret);
+  memcpy(sum.rep_->text, charPtr(), length());
+  memcpy(sum.rep_->text + length(), o.charPtr(), o.length());
+  return sum;
+}
+
+std::ostream& operator<<(std::ostream& out, String8 const& s) { return out << s.view(); }
+
+}  // namespace Vesk
