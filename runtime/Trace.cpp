@@ -1,0 +1,37 @@
+#include "runtime/Trace.h"
+
+#include "runtime/World.h"
+
+namespace Vesk {
+
+namespace {
+
+TraceHandle* firstHandle = nullptr;
+uint16_t ringLevelsOfAll = 0;
+
+}  // namespace
+
+TraceHandle::TraceHandle(char const* name)
+    : name_(name), ringLevels_(ringLevelsOfAll), next_(firstHandle) {
+  firstHandle = this;
+}
+
+void TraceHandle::streamLevelsIs(std::string_view name, uint16_t levels) {
+  for (TraceHandle* handle = firstHandle; handle; handle = handle->next_) {
+    if (name.empty() || name == handle->name_) handle->streamLevels_ = levels;
+  }
+}
+
+void TraceHandle::ringLevelsIs(uint16_t levels) {
+  ringLevelsOfAll = levels;
+  for (TraceHandle* handle = firstHandle; handle; handle = handle->next_) {
+    handle->ringLevels_ = levels;
+  }
+}
+
+void TraceHelper::trace(char const* file, int line, char const* function) {
+  std::string const text = std::move(stream_).str();
+  world().trace(TraceRecord{handle_.name(), level_, file, line, function, text});
+}
+
+}  // namespace Vesk
