@@ -21,6 +21,8 @@ class IntfId {
   Vesk::String8 const& stringValue() const;
   uint32_t hash() const;
   bool empty() const { return index_ == 0; }
+  /// The identity as a number: good for tables within this process, and for no order.
+  uint32_t index() const { return index_; }
 
   friend bool operator==(IntfId a, IntfId b) { return a.index_ == b.index_; }
   friend std::strong_ordering operator<=>(IntfId a, IntfId b) {

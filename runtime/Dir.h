@@ -1,0 +1,58 @@
+#pragma once
+
+#include "runtime/Describe.h"
+#include "runtime/Reactor.h"
+
+namespace Vesk {
+
+/// An entity that holds named entities.
+class Dir final : public DescribedEntity<Dir> {
+ public:
+  enum Attribute : uint8_t { kEntityPtr };
+
+  class NotifieeConst : public NotifieeBase {
+   public:
+    virtual void onEntityPtr(Name const&) {}
+    virtual void onEntityPtr() {}
+    virtual void onEntityPtrImmediate() {}
+
+    template <class R, class V>
+    static constexpr void handlers(V&& v) {
+      v.template collection<Name>(&R::onEntityPtr, &R::onEntityPtrImmediate);
+    }
+  };
+  class Notifiee : public NotifieeConst {};
+
+  /// A member is held in a node of its own, since an entity may lie in another collection too.
+  class Entry final : public HashMapEntry {
+   public:
+    explicit Entry(Ptr<Entity> entity) : entity_(std::move(entity)) {}
+    Name const& fwkKey() const { return entity_->name(); }
+    Ptr<Entity> const& entity() const { return entity_; }
+
+   private:
+    Ptr<Entity> entity_;
+  };
+  using EntityPtrMap = HashMap<Entry, Name>;
+
+  explicit Dir(Name const& name) : DescribedEntity(name) {}
+
+  /// The entity of that name, or null.
+  Ptr<Entity> entry(Name const& name) const;
+  EntityPtrMap const& entityPtr() const { return entityPtr_; }
+  /// Puts the entity in under its name; another one of that name is replaced, the same is nothing.
+  void entityPtrIs(Ptr<Entity> const& entity);
+  Ptr<Entity> entityPtrDel(Name const& name);
+  void entityPtrDelAll();
+  void entityPtrNotify(Name const& name);
+
+  template <class V>
+  static void describe(V&& v) {
+    v.reference("entityPtr", &Dir::entityPtr_);
+  }
+
+ private:
+  EntityPtrMap entityPtr_;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,41 @@
+#include "runtime/Entity.h"
+
+#include "runtime/World.h"
+
+namespace Vesk {
+
+bool attributeLogEnabled = false;
+
+namespace {
+
+uint64_t lastEntityId = 0;
+
+}  // namespace
+
+void flushEntityLogOutputBuffer() { world().flushAttributes(); }
+
+void Notifier::tellZeroReferences() {
+  NotifieeListBase::doVisitAll(notifiees_.get(),
+                               [](NotifieeBase& notifiee) { notifiee.onZeroReferences(); });
+}
+
+Entity::Entity(Name const& name) : name_(name), entityId_(++lastEntityId) {}
+
+std::string Entity::fullName() const {
+  std::string const own(name_.view());
+  return parent_ ? parent_->fullName() + "/" + own : own;
+}
+
+void Entity::logWrite(void const* field) const {
+  std::string value;
+  char const* const attribute = attributeAt(field, value);
+  world().attributeWritten(AttributeWrite{*this, attribute, std::string(), value});
+}
+
+void Entity::logMember(void const* map, std::string const& key, std::string const& value) const {
+  std::string ignored;
+  char const* const attribute = attributeAt(map, ignored);
+  world().attributeWritten(AttributeWrite{*this, attribute, key, value});
+}
+
+}  // namespace Vesk

@@ -1,0 +1,192 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "runtime/Exceptions.h"
+#include "runtime/HashMap.h"
+#include "runtime/Notifiee.h"
+#include "runtime/Text.h"
+#include "runtime/ValueMap.h"
+
+namespace Vesk {
+
+class Entity;
+
+/// One effective write as it goes to the attribute log of the world.
+struct AttributeWrite {
+  Entity const& entity;
+  char const* attribute;
+  /// Printed form of the key of the member concerned; empty for what is no collection.
+  std::string const& key;
+  /// Printed form of the new value; empty for a member that was taken out.
+  std::string const& value;
+};
+
+/// Whether effective writes are logged: process-wide, off by default.
+extern bool attributeLogEnabled;
+
+/// Pushes out what the attribute log still holds, so that a process about to end leaves its
+/// deletions in the tree.
+void flushEntityLogOutputBuffer();
+
+/// Something whose attributes can be watched. An attribute is stored first and told afterwards; an
+/// equal write is silent; a notification carries no value.
+class Notifier : public HashMapEntry {
+ public:
+  /// Where reactors register.
+  NotifieeListBase& notifieeList() {
+    if (!notifiees_) notifiees_ = std::make_unique<NotifieeListBase>();
+    return *notifiees_;
+  }
+  size_t notifiees() const { return notifiees_ ? notifiees_->notifiees() : 0; }
+
+ protected:
+  Notifier() = default;
+  ~Notifier() override = default;
+
+  void tellZeroReferences() override;
+
+  /// Calls `on` of each notifiee that watches the attribute; those with a key only if it is `intf`.
+  template <class N>
+  void tell(uint8_t attribute, Lumo::IntfId intf, void (N::*on)()) {
+    NotifieeListBase::doVisit(notifiees_.get(), attribute, intf, [on](NotifieeBase& notifiee) {
+      (static_cast<N&>(notifiee).*on)();
+    });
+  }
+  /// The same for a member of a collection, with its key.
+  template <class N, class K>
+  void tellKey(uint8_t attribute, Lumo::IntfId intf, K const& key, void (N::*on)(K const&)) {
+    NotifieeListBase::doVisit(notifiees_.get(), attribute, intf, [&](NotifieeBase& notifiee) {
+      (static_cast<N&>(notifiee).*on)(key);
+    });
+  }
+
+ private:
+  std::unique_ptr<NotifieeListBase> notifiees_;
+};
+
+/// A named, counted object of a tree. The services below are what its accessors are made of.
+class Entity : public Notifier {
+ public:
+  Name const& name() const { return name_; }
+  Entity* parent() const { return parent_; }
+  void parentIs(Entity* parent) { parent_ = parent; }
+  /// The names from the root down, with slashes between.
+  std::string fullName() const;
+  /// A number that no other entity of this process has or had.
+  uint64_t entityId() const { return entityId_; }
+
+  /// Finds the attribute that is stored at `field`: its name, and its value in text form.
+  virtual char const* attributeAt(void const* field, std::string& value) const {
+    static_cast<void>(field), static_cast<void>(value);
+    return "?";
+  }
+
+ protected:
+  explicit Entity(Name const& name);
+  ~Entity() override = default;
+
+  /// Value attribute: stores and tells, unless the value is the one that stands there.
+  template <class T, class N>
+  void write(uint8_t attribute, T& field, T const& value, void (N::*on)()) {
+    writeKeyed(attribute, Lumo::IntfId(), field, value, on);
+  }
+  /// The same for a change that concerns one interface.
+  template <class T, class N>
+  void writeKeyed(uint8_t attribute, Lumo::IntfId key, T& field, T const& value, void (N::*on)()) {
+    if (field == value) return;
+    field = value;
+    if (attributeLogEnabled) [[unlikely]] logWrite(&field);
+    tell(attribute, key, on);
+  }
+
+  /// Collection of entities: get or create, by `create(key)`.
+  template <class E, class K, class Create, class N>
+  Ptr<E> memberIs(uint8_t attribute, HashMap<E, K>& map, K const& key, Create create,
+                  void (N::*on)(K const&)) {
+    if (Ptr<E> member = map[key]) return member;
+    Ptr<E> member = create();
+    if (!member) throwRangeException("null ValidPtr");
+    member->parentIs(this);
+    map.insert(member.ptr());
+    memberChanged(attribute, &map, key, "+", on);
+    return member;
+  }
+  template <class E, class K, class N>
+  Ptr<E> memberDel(uint8_t attribute, HashMap<E, K>& map, K const& key,
+                   void (N::*on)(K const&)) {
+    K const kept = key;
+    Ptr<E> member = map.xDel(kept);
+    if (!member) return nullptr;
+    member->parentIs(nullptr);
+    memberChanged(attribute, &map, kept, "", on);
+    return member;
+  }
+  template <class E, class K, class N>
+  void memberDelAll(uint8_t attribute, HashMap<E, K>& map, void (N::*on)(K const&)) {
+    for (E& member : map) memberDel(attribute, map, K(member.fwkKey()), on);
+  }
+
+  /// Collection of plain values.
+  template <class K, class T, class N>
+  void valueIs(uint8_t attribute, ValueMap<K, T>& map, K const& key, T const& value,
+               void (N::*on)(K const&)) {
+    if (!map.xIs(key, value)) return;
+    memberChanged(attribute, &map, key, value, on);
+  }
+  template <class K, class T, class N>
+  void valueDel(uint8_t attribute, ValueMap<K, T>& map, K const& key, void (N::*on)(K const&)) {
+    K const kept = key;
+    if (!map.xDel(kept)) return;
+    memberChanged(attribute, &map, kept, "", on);
+  }
+  template <class K, class T, class N>
+  void valueDelAll(uint8_t attribute, ValueMap<K, T>& map, void (N::*on)(K const&)) {
+    for (auto& entry : map) valueDel(attribute, map, K(entry.fwkKey()), on);
+  }
+
+  /// Logs and tells that the member under `key` came, went or changed.
+  template <class K, class T, class N>
+  void memberChanged(uint8_t attribute, void const* map, K const& key, T const& value,
+                     void (N::*on)(K const&)) {
+    if (attributeLogEnabled) [[unlikely]] {
+      if constexpr (std::is_convertible_v<T, char const*>) {
+        logMember(map, valueToStrep(key), value);
+      } else {
+        logMember(map, valueToStrep(key), valueToStrep(value));
+      }
+    }
+    tellKey(attribute, interfaceOf(key), key, on);
+  }
+
+  void logWrite(void const* field) const;
+  void logMember(void const* map, std::string const& key, std::string const& value) const;
+
+ private:
+  static Lumo::IntfId interfaceOf(Lumo::IntfId key) { return key; }
+  template <class K>
+  static Lumo::IntfId interfaceOf(K const&) {
+    return Lumo::IntfId();
+  }
+
+  Name name_;
+  Entity* parent_ = nullptr;
+  uint64_t entityId_;
+};
+
+/// Throws what a get-or-create throws when the member that stands differs in a constructor
+/// parameter.
+template <class T>
+void requireSameParameter(Name const& name, char const* attribute, T const& given,
+                          T const& current) {
+  if (given == current) return;
+  throwNameInUseException("Reinstantiating the entity with name " + std::string(name.view()) +
+                          " where constructor parameter attribute _" + attribute +
+                          " has a different value of " + valueToStrep(given) +
+                          " than the current value of " + valueToStrep(current) + " not allowed");
+}
+
+}  // namespace Vesk

@@ -1,0 +1,187 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <utility>
+
+#include "runtime/PtrInterface.h"
+
+namespace Vesk {
+
+/// The hash of a key of a collection, by the key's own `hash()`.
+template <class Key>
+uint32_t hashOf(Key const& key) {
+  return key.hash();
+}
+
+uint32_t reversedBits(uint32_t word);
+
+/// What lies inside an object that can be a member of one hash map.
+class HashMapEntry : public PtrInterface {
+ protected:
+  HashMapEntry() = default;
+
+ private:
+  template <class, class, class>
+  friend class HashMap;
+  template <class, class>
+  friend class ValueMap;
+
+  HashMapEntry* fwkHmNext_ = nullptr;
+  void const* fwkHmMap_ = nullptr;
+  uint32_t fwkHmOrder_ = 0;
+};
+
+/// A chained hash table whose members are the entries themselves; an entry tells its key by
+/// `fwkKey()`. The bucket of a key is the top bits of its bit-reversed hash and each chain is kept
+/// in the order of (bit-reversed hash, key), so that a walk gives one order for given contents,
+/// whatever the size of the table and its history.
+template <class Entry, class Key, class Value = Ptr<Entry>>
+class HashMap {
+ public:
+  HashMap() = default;
+  ~HashMap() { clear(); }
+  HashMap(HashMap const&) = delete;
+  HashMap& operator=(HashMap const&) = delete;
+
+  size_t members() const { return members_; }
+  bool empty() const { return members_ == 0; }
+
+  /// The member, or null. Never creates one.
+  Value operator[](Key const& key) const { return Value(find(key)); }
+  Entry* find(Key const& key) const {
+    if (members_ == 0) return nullptr;
+    uint32_t const order = reversedBits(hashOf(key));
+    for (Entry* e = first(buckets_[bucketOf(order)]); e && e->fwkHmOrder_ <= order; e = next(e)) {
+      if (e->fwkHmOrder_ == order && e->fwkKey() == key) return e;
+    }
+    return nullptr;
+  }
+
+  /// Adds a member whose key isn't in the map.
+  void insert(Entry* entry) {
+    grow();
+    entry->referenceInc();
+    entry->fwkHmOrder_ = reversedBits(hashOf(entry->fwkKey()));
+    entry->fwkHmMap_ = this;
+    HashMapEntry** place = &buckets_[bucketOf(entry->fwkHmOrder_)];
+    while (*place && before(static_cast<Entry*>(*place), entry)) place = &(*place)->fwkHmNext_;
+    entry->fwkHmNext_ = *place;
+    *place = entry;
+    ++members_;
+  }
+  /// Takes a member out and returns it; null if there was none. Any walk stays valid.
+  Ptr<Entry> xDel(Key const& key) {
+    Entry* entry = find(key);
+    if (!entry) return nullptr;
+    HashMapEntry** place = &buckets_[bucketOf(entry->fwkHmOrder_)];
+    while (*place != entry) place = &(*place)->fwkHmNext_;
+    *place = entry->fwkHmNext_;
+    entry->fwkHmNext_ = nullptr;
+    entry->fwkHmMap_ = nullptr;
+    --members_;
+    return Ptr<Entry>::adopt(entry);
+  }
+  void clear() {
+    while (Entry* e = firstFrom(0)) xDel(Key(e->fwkKey()));
+  }
+
+  /// Stands on a member, which it holds, and finds the next one by its position in the order: any
+  /// deletion, through the iterator, by key or by a handler further down, leaves the walk valid.
+  class Iterator {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = Entry;
+    using difference_type = ptrdiff_t;
+    using pointer = Entry*;
+    using reference = Entry&;
+
+    Iterator() = default;
+    explicit Iterator(HashMap const& map) : map_(&map), current_(map.firstFrom(0)) {}
+
+    explicit operator bool() const { return static_cast<bool>(current_); }
+    Entry* operator->() const { return current_.ptr(); }
+    Entry& operator*() const { return *current_; }
+    Ptr<Entry> ptr() const { return current_; }
+    auto key() const { return current_->fwkKey(); }
+    Iterator& operator++() {
+      current_ = Ptr<Entry>(map_->successor(current_.ptr()));
+      return *this;
+    }
+    void operator++(int) { ++*this; }
+    friend bool operator==(Iterator const& i, std::default_sentinel_t) { return !i; }
+
+   private:
+    HashMap const* map_ = nullptr;
+    Ptr<Entry> current_;
+  };
+  using IteratorConst = Iterator;
+
+  Iterator iterator() const { return Iterator(*this); }
+  Iterator begin() const { return Iterator(*this); }
+  std::default_sentinel_t end() const { return {}; }
+  Ptr<Entry> xDel(Iterator const& i) { return xDel(Key(i->fwkKey())); }
+
+ private:
+  static Entry* first(HashMapEntry* e) { return static_cast<Entry*>(e); }
+  static Entry* next(Entry* e) { return static_cast<Entry*>(e->fwkHmNext_); }
+  static bool before(Entry* a, Entry* b) {
+    if (a->fwkHmOrder_ != b->fwkHmOrder_) return a->fwkHmOrder_ < b->fwkHmOrder_;
+    return a->fwkKey() < b->fwkKey();
+  }
+  uint32_t buckets() const { return 1u << log2Buckets_; }
+  uint32_t bucketOf(uint32_t order) const {
+    return log2Buckets_ == 0 ? 0 : order >> (32 - log2Buckets_);
+  }
+  Entry* firstFrom(uint32_t bucket) const {
+    if (members_ == 0) return nullptr;
+    for (; bucket < buckets(); ++bucket) {
+      if (buckets_[bucket]) return first(buckets_[bucket]);
+    }
+    return nullptr;
+  }
+  Entry* successor(Entry* e) const {
+    if (e->fwkHmMap_ != this) return successorOfRemoved(e);
+    Entry* n = next(e);
+    return n ? n : firstFrom(bucketOf(e->fwkHmOrder_) + 1);
+  }
+  Entry* successorOfRemoved(Entry* removed) const {
+    if (members_ == 0) return nullptr;
+    uint32_t const bucket = bucketOf(removed->fwkHmOrder_);
+    for (Entry* e = first(buckets_[bucket]); e; e = next(e)) {
+      if (before(removed, e)) return e;
+    }
+    return firstFrom(bucket + 1);
+  }
+  // The walk gives the members in their order, so that each goes to the end of its new chain.
+  void grow() {
+    if (buckets_ && members_ < buckets()) return;
+    uint8_t const log2 = buckets_ ? log2Buckets_ + 1 : 0;
+    auto grown = std::make_unique<HashMapEntry*[]>(size_t{1} << log2);
+    HashMapEntry** place = nullptr;
+    uint32_t lastBucket = 0;
+    for (uint32_t b = 0; members_ > 0 && b < buckets(); ++b) {
+      for (HashMapEntry* e = buckets_[b]; e;) {
+        HashMapEntry* const after = e->fwkHmNext_;
+        uint32_t const bucket = log2 == 0 ? 0 : e->fwkHmOrder_ >> (32 - log2);
+        if (!place || bucket != lastBucket) place = &grown[bucket];
+        *place = e;
+        e->fwkHmNext_ = nullptr;
+        place = &e->fwkHmNext_;
+        lastBucket = bucket;
+        e = after;
+      }
+    }
+    buckets_ = std::move(grown);
+    log2Buckets_ = log2;
+  }
+
+  std::unique_ptr<HashMapEntry*[]> buckets_;
+  uint32_t members_ = 0;
+  uint8_t log2Buckets_ = 0;
+};
+
+}  // namespace Vesk

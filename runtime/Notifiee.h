@@ -1,0 +1,129 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "runtime/HashMap.h"
+#include "runtime/IntfId.h"
+
+namespace Vesk {
+
+class NotifieeListBase;
+
+/// Which attributes of a class a reactor watches: bit n for the attribute with number n.
+using Watch = uint32_t;
+
+/// Base of all reactors: a node that the notifier's list visits.
+class NotifieeBase : public HashMapEntry {
+ public:
+  ~NotifieeBase() override;
+
+  bool isRegisteredNotifiee() const { return list_ != nullptr; }
+  /// The notifier that this reactor was registered with has lost its last reference.
+  virtual void onZeroReferences() {}
+
+ protected:
+  NotifieeBase() = default;
+
+  void enter(NotifieeListBase& list, Watch watch, Lumo::IntfId key);
+  void leave();
+
+ private:
+  friend class NotifieeListBase;
+
+  NotifieeListBase* list_ = nullptr;
+  NotifieeBase* previous_ = nullptr;
+  NotifieeBase* next_ = nullptr;
+  uint64_t place_ = 0;
+  Watch watch_ = 0;
+  Lumo::IntfId key_;
+};
+
+/// The notifiees of one notifier, in order of attachment: those without a key in one chain, those
+/// with a key in a chain for each key. A visit stands on the stack as a cursor that the list knows,
+/// so that notifiees may join, leave and die, and the same list be visited again, in the middle of
+/// it; a notifiee that joins during a visit isn't called in that visit.
+class NotifieeListBase {
+ public:
+  NotifieeListBase() = default;
+  ~NotifieeListBase();
+  NotifieeListBase(NotifieeListBase const&) = delete;
+  NotifieeListBase& operator=(NotifieeListBase const&) = delete;
+
+  /// Process-wide, true by default: notifiees with a key are visited for that key alone, and
+  /// a notifiee is called only for what it overrides. False makes every notifiee that enters
+  /// a list be called for everything.
+  static bool visitsAreFiltered;
+
+  bool empty() const { return notifiees_ == 0; }
+  size_t notifiees() const { return notifiees_; }
+
+  /// Calls `call(NotifieeBase&)` for each notifiee that watches `attribute`, is not marked for
+  /// deletion, and has no key or the key given; with the empty key, for all notifiees. A reference
+  /// is held around each call.
+  template <class Call>
+  static void doVisit(NotifieeListBase* list, uint8_t attribute, Lumo::IntfId key, Call call) {
+    if (!list || list->empty()) return;
+    Cursor cursor(*list, key);
+    while (NotifieeBase* notifiee = cursor.next()) {
+      if (!(notifiee->watch_ >> attribute & 1) || notifiee->isMarkedForDeletion()) continue;
+      Ptr<NotifieeBase> held(notifiee);
+      call(*notifiee);
+    }
+  }
+  /// The same whatever they watch, and marked or not.
+  template <class Call>
+  static void doVisitAll(NotifieeListBase* list, Call call) {
+    if (!list || list->empty()) return;
+    Cursor cursor(*list, Lumo::IntfId());
+    while (NotifieeBase* notifiee = cursor.next()) {
+      Ptr<NotifieeBase> held(notifiee);
+      call(*notifiee);
+    }
+  }
+
+ private:
+  friend class NotifieeBase;
+
+  struct Chain {
+    NotifieeBase* first = nullptr;
+    NotifieeBase* last = nullptr;
+  };
+
+  // One running visit. Its two places merge the chains by order of attachment.
+  class Cursor {
+   public:
+    Cursor(NotifieeListBase& list, Lumo::IntfId key);
+    ~Cursor();
+    Cursor(Cursor const&) = delete;
+    Cursor& operator=(Cursor const&) = delete;
+    NotifieeBase* next();
+
+   private:
+    friend class NotifieeListBase;
+    bool goesOnToFurtherKey();
+
+    NotifieeListBase* list_;
+    Cursor* outer_;
+    NotifieeBase* unkeyed_;
+    NotifieeBase* keyed_ = nullptr;
+    uint64_t end_;
+    std::vector<uint32_t> furtherKeys_;
+  };
+
+  void add(NotifieeBase& notifiee);
+  void remove(NotifieeBase& notifiee);
+  Chain& chainOf(NotifieeBase const& notifiee);
+  std::vector<uint32_t> keysFromLast() const;
+
+  Chain unkeyed_;
+  std::unique_ptr<std::unordered_map<uint32_t, Chain>> keyed_;
+  Cursor* cursors_ = nullptr;
+  uint64_t nextPlace_ = 1;
+  size_t notifiees_ = 0;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,202 @@
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+#include "runtime/Entity.h"
+#include "runtime/Notifiee.h"
+#include "runtime/PtrInterface.h"
+
+namespace Vesk {
+
+// A notifiee class `N` has one virtual handler for each attribute, and lists them in order of the
+// attributes for whatever class `R` derives from it:
+//
+//   template <class R, class V> static constexpr void handlers(V&& v) {
+//     v.value(&R::onKey);
+//     v.template collection<Lumo::IntfId>(&R::onCpStatus, &R::onCpStatusImmediate);
+//   }
+//
+// The number of an attribute, as writes name it, is its place in this list.
+
+namespace Detail {
+
+// Works out, at compile time, which handlers `R` overrides: a pointer to a handler that it inherits
+// is of the type of a pointer to the notifiee class's own.
+template <class N>
+struct Overrides {
+  Watch watch = 0;
+  uint8_t attribute = 0;
+
+  template <class A>
+  constexpr void value(void (A::*)()) {
+    next(!std::is_same_v<A, N>);
+  }
+  template <class K, class A, class B>
+  constexpr void collection(void (A::*)(K const&), void (B::*)()) {
+    next(!std::is_same_v<A, N> || !std::is_same_v<B, N>);
+  }
+  constexpr void next(bool overridden) {
+    if (overridden) watch |= Watch{1} << attribute;
+    ++attribute;
+  }
+};
+
+// Calls the handlers of the watched attributes one after the other, as long as the reactor isn't
+// marked for deletion by one of them.
+template <class N>
+struct CatchUp {
+  N& notifiee;
+  Watch watch;
+
+  void value(void (N::*on)()) { next(on); }
+  template <class K>
+  void collection(void (N::*)(K const&), void (N::*onImmediate)()) {
+    next(onImmediate);
+  }
+  void next(void (N::*on)()) {
+    if ((watch & 1) && !notifiee.isMarkedForDeletion()) (notifiee.*on)();
+    watch >>= 1;
+  }
+};
+
+}  // namespace Detail
+
+/// A reactor on `X` (const for a view) that belongs to an `Owner`. `Self`, the class that derives
+/// from it, overrides the handlers that it wants; it enters the notifier's list for these alone.
+template <class X, class Owner, class Self>
+class Reactor
+    : public std::conditional_t<std::is_const_v<X>, typename std::remove_const_t<X>::NotifieeConst,
+                                typename std::remove_const_t<X>::Notifiee> {
+ public:
+  using Handlers = typename std::remove_const_t<X>::NotifieeConst;
+
+  /// Attaches without running any handler. With a key, only what concerns that interface is told.
+  Reactor(Owner& owner, Ptr<X> notifier, Lumo::IntfId key = Lumo::IntfId())
+      : owner_(&owner), notifier_(std::move(notifier)), key_(key) {
+    isRegisteredNotifieeIs(true);
+  }
+
+  Ptr<X> const& notifier() const { return notifier_; }
+  /// Watches another notifier: runs the handlers of all watched attributes, in order. The present
+  /// notifier changes nothing.
+  void notifierIs(Ptr<X> notifier) {
+    if (notifier == notifier_) return;
+    isRegisteredNotifieeIs(false);
+    notifier_ = std::move(notifier);
+    isRegisteredNotifieeIs(true);
+    Ptr<Reactor> held(this);
+    if (notifier_ && !this->isMarkedForDeletion()) {
+      Detail::CatchUp<Handlers> catchUp{*this, watched()};
+      Handlers::template handlers<Handlers>(catchUp);
+    }
+    this->hasNotificationActiveIs(true);
+  }
+  void isRegisteredNotifieeIs(bool on) {
+    if (!on || !notifier_) {
+      this->leave();
+    } else if (!this->isRegisteredNotifiee()) {
+      auto& notifier = const_cast<std::remove_const_t<X>&>(*notifier_);
+      this->enter(notifier.notifieeList(), watched(), key_);
+    }
+  }
+
+  Owner& owner() const { return *owner_; }
+  /// Takes the reactor out of service: no handler of it runs any more.
+  void retire() {
+    this->isMarkedForDeletionIs(true);
+    isRegisteredNotifieeIs(false);
+  }
+  void ownerDel() { owner_ = nullptr; }
+
+  /// Which attributes a reactor of this class is called for.
+  static constexpr Watch watched() {
+    Detail::Overrides<Handlers> overrides;
+    Handlers::template handlers<Self>(overrides);
+    return overrides.watch;
+  }
+
+ private:
+  Owner* owner_;
+  Ptr<X> notifier_;
+  Lumo::IntfId key_;
+};
+
+/// Takes a state machine's reactor out of service and lets it go.
+template <class R>
+void retire(Ptr<R>& reactor) {
+  if (!reactor) return;
+  reactor->retire();
+  reactor->ownerDel();
+  reactor = nullptr;
+}
+
+/// The nested reactors that a reactor on a collection keeps, one for each member, by its key.
+template <class Nested, class Key>
+class NestedReactors {
+ public:
+  using Map = HashMap<Nested, Key>;
+
+  Nested* find(Key const& key) const { return map_.find(key); }
+  Map const& map() const { return map_; }
+  size_t members() const { return map_.members(); }
+
+  /// Points the nested reactor of `key` at the member; makes it, by `create()`, if there is none.
+  template <class Member, class Create>
+  void xIs(Key const& key, Ptr<Member> const& member, Create create) {
+    if (Ptr<Nested> nested = map_[key]) {
+      nested->notifierIs(member);
+      return;
+    }
+    map_.insert(create().ptr());
+  }
+  /// Lets the nested reactor of `key` go. `onDelete(Nested&)` runs while it can still be read.
+  template <class OnDelete>
+  void xDel(Key const& key, OnDelete onDelete) {
+    Ptr<Nested> nested = map_.xDel(key);
+    if (!nested) return;
+    nested->retire();
+    onDelete(*nested);
+    nested->ownerDel();
+  }
+  void xDel(Key const& key) {
+    xDel(key, [](Nested&) {});
+  }
+  /// Lets all go, with no handler.
+  void retireAll() {
+    for (Nested& nested : map_) xDel(Key(nested.fwkKey()));
+  }
+  void hasNotificationActiveIs(bool active) {
+    for (Nested& nested : map_) nested.hasNotificationActiveIs(active);
+  }
+
+ private:
+  Map map_;
+};
+
+/// Passes the notification flag on to reactors and children, in the order given; nulls are skipped.
+template <class... T>
+void passNotificationActive(bool active, Ptr<T> const&... owned) {
+  ((owned ? owned->hasNotificationActiveIs(active) : void()), ...);
+}
+
+/// Allocates and constructs a state machine or an entity and switches its notification on.
+template <class T, class... Args>
+Ptr<T> makeActive(Args&&... args) {
+  Ptr<T> made = make<T>(std::forward<Args>(args)...);
+  if (!made) throwRangeException("null ValidPtr");
+  made->hasNotificationActiveIs(true);
+  return made;
+}
+
+/// Lets an owned child go: its notification is switched off first, then its destructor runs.
+template <class T>
+void childDel(Ptr<T>& child) {
+  if (!child) return;
+  Ptr<T> going;
+  std::swap(going, child);
+  going->hasNotificationActiveIs(false);
+}
+
+}  // namespace Vesk

@@ -1,0 +1,104 @@
+#include "runtime/TimerWheel.h"
+
+#include "runtime/World.h"
+
+namespace Zorn {
+
+TimerWheel::~TimerWheel() = default;
+
+double TimerWheel::nextTime() const { return heap_.empty() ? never : heap_.front().time; }
+
+size_t TimerWheel::runDue() {
+  uint64_t const armedBefore = armings_;
+  size_t fired = 0;
+  while (!heap_.empty() && heap_.front().time <= Vesk::now() &&
+         heap_.front().arming <= armedBefore) {
+    fireFirst();
+    ++fired;
+  }
+  return fired;
+}
+
+bool TimerWheel::runOne() {
+  if (heap_.empty() || heap_.front().time > Vesk::now()) return false;
+  fireFirst();
+  return true;
+}
+
+void TimerWheel::fireFirst() {
+  Vesk::Ptr<NotifieeConst> timer(heap_.front().timer);
+  disarm(*timer);
+  if (!timer->isMarkedForDeletion()) timer->onTime();
+}
+
+void TimerWheel::arm(NotifieeConst& timer, double time) {
+  Place const place{time, ++armings_, &timer};
+  if (timer.heapPlace_ == NotifieeConst::kNowhere) {
+    heap_.push_back(place);
+    timer.heapPlace_ = heap_.size() - 1;
+  } else {
+    heap_[timer.heapPlace_] = place;
+  }
+  siftUp(timer.heapPlace_);
+  siftDown(timer.heapPlace_);
+}
+
+void TimerWheel::disarm(NotifieeConst& timer) {
+  size_t const at = timer.heapPlace_;
+  if (at == NotifieeConst::kNowhere) return;
+  timer.heapPlace_ = NotifieeConst::kNowhere;
+  Place const last = heap_.back();
+  heap_.pop_back();
+  if (at == heap_.size()) return;
+  put(at, last);
+  siftUp(at);
+  siftDown(last.timer->heapPlace_);
+}
+
+void TimerWheel::put(size_t at, Place const& place) {
+  heap_[at] = place;
+  place.timer->heapPlace_ = at;
+}
+
+void TimerWheel::siftUp(size_t at) {
+  Place const place = heap_[at];
+  while (at > 0 && place < heap_[(at - 1) / 2]) {
+    put(at, heap_[(at - 1) / 2]);
+    at = (at - 1) / 2;
+  }
+  put(at, place);
+}
+
+void TimerWheel::siftDown(size_t at) {
+  Place const place = heap_[at];
+  for (size_t child; (child = 2 * at + 1) < heap_.size(); at = child) {
+    if (child + 1 < heap_.size() && heap_[child + 1] < heap_[child]) ++child;
+    if (!(heap_[child] < place)) break;
+    put(at, heap_[child]);
+  }
+  put(at, place);
+}
+
+TimerWheel::NotifieeConst::NotifieeConst(Vesk::Ptr<TimerWheel> wheel) : wheel_(std::move(wheel)) {}
+
+TimerWheel::NotifieeConst::~NotifieeConst() { wheel_->disarm(*this); }
+
+void TimerWheel::NotifieeConst::timeMinIs(double t) {
+  time_ = t;
+  if (isArmed() && !isMarkedForDeletion()) {
+    wheel_->arm(*this, t);
+  } else {
+    wheel_->disarm(*this);
+  }
+}
+
+void TimerWheel::NotifieeConst::isRegisteredNotifieeIs(bool on) {
+  if (!on) wheel_->disarm(*this);
+}
+
+void TimerWheel::NotifieeConst::retire() {
+  isMarkedForDeletionIs(true);
+  isRegisteredNotifieeIs(false);
+}
+
+}  // namespace Zorn

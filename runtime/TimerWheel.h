@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "runtime/PtrInterface.h"
+
+namespace Zorn {
+
+/// The time of a timer that isn't armed.
+constexpr double never = std::numeric_limits<double>::infinity();
+
+/// Drives every period of the protocol. The host makes it, passes it to the state machines, and
+/// runs it from its main loop. Timers due at one time fire in the order in which they were armed.
+class TimerWheel : public Vesk::PtrInterface {
+ public:
+  class NotifieeConst;
+  class Notifiee;
+
+  TimerWheel() = default;
+  ~TimerWheel() override;
+
+  /// The time of the timer that is due next; `never` when none is armed.
+  double nextTime() const;
+  /// Fires, one at a time, the timers that are due by `Vesk::now()` and were armed before this
+  /// pass. Returns how many fired.
+  size_t runDue();
+  /// Fires the timer that is due next if its time isn't after `Vesk::now()`. False if none was due.
+  bool runOne();
+  size_t armed() const { return heap_.size(); }
+
+ private:
+  struct Place {
+    double time;
+    uint64_t arming;
+    NotifieeConst* timer;
+    bool operator<(Place const& o) const {
+      return time != o.time ? time < o.time : arming < o.arming;
+    }
+  };
+  void arm(NotifieeConst& timer, double time);
+  void disarm(NotifieeConst& timer);
+  void fireFirst();
+  void put(size_t at, Place const& place);
+  void siftUp(size_t at);
+  void siftDown(size_t at);
+
+  // A binary heap in which each timer knows its place, so that any timer leaves in O(log n).
+  std::vector<Place> heap_;
+  uint64_t armings_ = 0;
+};
+
+/// A timer: a reactor on the wheel. A new one is not armed.
+class TimerWheel::NotifieeConst : public Vesk::PtrInterface {
+ public:
+  /// The time last given; `onTime` doesn't change it.
+  double time() const { return time_; }
+  /// Arms the timer for the absolute time `t` in seconds, also if that is the time that it already
+  /// has; the last time given holds, and `onTime` runs at most once for each arming. `never`
+  /// disarms it.
+  void timeMinIs(double t);
+  /// The logic's test: `time` is a finite number.
+  bool isArmed() const { return time_ <= std::numeric_limits<double>::max(); }
+  virtual void onTime() {}
+
+  void isRegisteredNotifieeIs(bool on);
+  void retire();
+
+ protected:
+  explicit NotifieeConst(Vesk::Ptr<TimerWheel> wheel);
+  ~NotifieeConst() override;
+
+ private:
+  friend class TimerWheel;
+  static constexpr size_t kNowhere = SIZE_MAX;
+
+  Vesk::Ptr<TimerWheel> wheel_;
+  double time_ = never;
+  size_t heapPlace_ = kNowhere;
+};
+
+class TimerWheel::Notifiee : public TimerWheel::NotifieeConst {
+ protected:
+  using NotifieeConst::NotifieeConst;
+};
+
+/// A timer that belongs to an `Owner`.
+template <class Owner, class Base = TimerWheel::Notifiee>
+class TimerReactor : public Base {
+ public:
+  TimerReactor(Owner& owner, Vesk::Ptr<TimerWheel> wheel)
+      : Base(std::move(wheel)), owner_(&owner) {}
+
+  Owner& owner() const { return *owner_; }
+  void ownerDel() { owner_ = nullptr; }
+
+ private:
+  Owner* owner_;
+};
+
+}  // namespace Zorn
