@@ -3,8 +3,8 @@
 namespace Vesk {
 
 Ptr<Entity> Dir::entry(Name const& name) const {
-  Entry* entry = entityPtr_.find(name);
-  return entry ? entry->entity() : nullptr;
+  Ptr<Entity> const* entity = entityPtr_[name];
+  return entity ? *entity : nullptr;
 }
 
 void Dir::entityPtrIs(Ptr<Entity> const& entity) {
@@ -13,22 +13,18 @@ void Dir::entityPtrIs(Ptr<Entity> const& entity) {
         "null _entityPtr parameter to mutator for Vesk::Dir::entityPtr not allowed\"");
   }
   Name const name = entity->name();
-  if (entry(name) == entity) return;
-  entityPtr_.xDel(name);
-  entityPtr_.insert(make<Entry>(entity).ptr());
-  entityPtrNotify(name);
+  if (entityPtr_.xIs(name, entity)) entityPtrNotify(name);
 }
 
 Ptr<Entity> Dir::entityPtrDel(Name const& name) {
   Name const kept = name;
-  Ptr<Entry> gone = entityPtr_.xDel(kept);
-  if (!gone) return nullptr;
-  entityPtrNotify(kept);
-  return gone->entity();
+  Ptr<Entity> gone = entry(kept);
+  if (entityPtr_.xDel(kept)) entityPtrNotify(kept);
+  return gone;
 }
 
 void Dir::entityPtrDelAll() {
-  for (Entry& entry : entityPtr_) entityPtrDel(entry.fwkKey());
+  for (auto& entry : entityPtr_) entityPtrDel(entry.fwkKey());
 }
 
 void Dir::entityPtrNotify(Name const& name) {

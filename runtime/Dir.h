@@ -23,17 +23,7 @@ class Dir final : public DescribedEntity<Dir> {
   };
   class Notifiee : public NotifieeConst {};
 
-  /// A member is held in a node of its own, since an entity may lie in another collection too.
-  class Entry final : public HashMapEntry {
-   public:
-    explicit Entry(Ptr<Entity> entity) : entity_(std::move(entity)) {}
-    Name const& fwkKey() const { return entity_->name(); }
-    Ptr<Entity> const& entity() const { return entity_; }
-
-   private:
-    Ptr<Entity> entity_;
-  };
-  using EntityPtrMap = HashMap<Entry, Name>;
+  using EntityPtrMap = ValueMap<Name, Ptr<Entity>>;
 
   explicit Dir(Name const& name) : DescribedEntity(name) {}
 

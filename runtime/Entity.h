@@ -52,9 +52,8 @@ class Notifier : public HashMapEntry {
   /// Calls `on` of each notifiee that watches the attribute; those with a key only if it is `intf`.
   template <class N>
   void tell(uint8_t attribute, Lumo::IntfId intf, void (N::*on)()) {
-    NotifieeListBase::doVisit(notifiees_.get(), attribute, intf, [on](NotifieeBase& notifiee) {
-      (static_cast<N&>(notifiee).*on)();
-    });
+    NotifieeListBase::doVisit(notifiees_.get(), attribute, intf,
+                              [on](NotifieeBase& notifiee) { (static_cast<N&>(notifiee).*on)(); });
   }
   /// The same for a member of a collection, with its key.
   template <class N, class K>
@@ -99,7 +98,8 @@ class Entity : public Notifier {
   void writeKeyed(uint8_t attribute, Lumo::IntfId key, T& field, T const& value, void (N::*on)()) {
     if (field == value) return;
     field = value;
-    if (attributeLogEnabled) [[unlikely]] logWrite(&field);
+    if (attributeLogEnabled) [[unlikely]]
+      logWrite(&field);
     tell(attribute, key, on);
   }
 
@@ -116,8 +116,7 @@ class Entity : public Notifier {
     return member;
   }
   template <class E, class K, class N>
-  Ptr<E> memberDel(uint8_t attribute, HashMap<E, K>& map, K const& key,
-                   void (N::*on)(K const&)) {
+  Ptr<E> memberDel(uint8_t attribute, HashMap<E, K>& map, K const& key, void (N::*on)(K const&)) {
     K const kept = key;
     Ptr<E> member = map.xDel(kept);
     if (!member) return nullptr;

@@ -30,8 +30,8 @@ std::optional<EthAddr> EthAddr::parsed(std::string_view text) {
 
 Vesk::String8 EthAddr::stringValue() const {
   char text[18];
-  std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", bytes_[0], bytes_[1],
-                bytes_[2], bytes_[3], bytes_[4], bytes_[5]);
+  std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", bytes_[0], bytes_[1], bytes_[2],
+                bytes_[3], bytes_[4], bytes_[5]);
   return text;
 }
 

@@ -9,7 +9,8 @@
 #include <vector>
 
 /// The ring-buffer trace: cheap enough to leave on, read after the fact. A trace file holds a ring
-/// for each level; a statement puts its number and its arguments there, and its format is kept once.
+/// for each level; a statement puts its number and its arguments there, and its format is kept
+/// once.
 namespace Glimmer {
 
 class TraceFile;

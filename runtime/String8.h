@@ -61,7 +61,9 @@ class String8 {
   friend bool operator==(String8 const& a, String8 const& b) {
     return a.rep_ == b.rep_ || a.view() == b.view();
   }
-  friend bool operator==(String8 const& a, char const* b) { return a.view() == std::string_view(b); }
+  friend bool operator==(String8 const& a, char const* b) {
+    return a.view() == std::string_view(b);
+  }
   friend std::strong_ordering operator<=>(String8 const& a, String8 const& b) {
     return a.view() <=> b.view();
   }

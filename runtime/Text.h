@@ -36,7 +36,9 @@ template <class E>
 struct EnumNames;
 
 template <class E>
-concept IsNamedEnum = std::is_enum_v<E> && requires { EnumNames<E>::names; };
+concept IsNamedEnum = std::is_enum_v<E> && requires {
+  EnumNames<E>::names;
+};
 
 /// The name of an enumerator; "?" for a number that has none.
 template <IsNamedEnum E>
@@ -125,7 +127,9 @@ struct FieldParser {
 };
 
 template <class T>
-constexpr bool printsBare = requires { T::kPrintsBare; };
+constexpr bool printsBare = requires {
+  T::kPrintsBare;
+};
 
 }  // namespace Detail
 

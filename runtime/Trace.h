@@ -128,11 +128,11 @@ template <class... Pieces>
 
 /// Traces the signature of the enclosing function and then the pieces. The source unit names its
 /// handle `traceHandle`.
-#define VESK_TRACE(level, ...)                                                                \
-  do {                                                                                        \
-    if (traceHandle.isEnabled(level)) [[unlikely]] {                                          \
-      static ::Glimmer::MsgDesc glimmerDesc;                                                  \
-      ::Vesk::Detail::traceBothWays(traceHandle, level, glimmerDesc, __FILE__, __LINE__,      \
-                                    __PRETTY_FUNCTION__, __VA_ARGS__);                        \
-    }                                                                                         \
+#define VESK_TRACE(level, ...)                                                           \
+  do {                                                                                   \
+    if (traceHandle.isEnabled(level)) [[unlikely]] {                                     \
+      static ::Glimmer::MsgDesc glimmerDesc;                                             \
+      ::Vesk::Detail::traceBothWays(traceHandle, level, glimmerDesc, __FILE__, __LINE__, \
+                                    __PRETTY_FUNCTION__, __VA_ARGS__);                   \
+    }                                                                                    \
   } while (false)
