@@ -12,7 +12,7 @@ LABEL = re.compile(r"\b(?:public|private|protected)\s*:(?!:)")
 ATTRIBUTE = re.compile(r"\[\[.*?\]\]|\balignas\s*\([^()]*\)", re.DOTALL)
 ANGLES = re.compile(r"<[^<>;]*>")
 GROUP = re.compile(r"\([^()]*\)|\{[^{}]*\}|\[[^\[\]]*\]")
-NAMESPACE = re.compile(r"^(?:inline\s+)?namespace\b|^extern\s*\"\s*\"$")
+NAMESPACE = re.compile(r"\bnamespace(?:\s+[\w:]+)?$|^extern\s*\"\s*\"$")
 TYPE = re.compile(r"^(?:typedef\s+|static\s+|inline\s+|constexpr\s+|const\s+)*"
                   r"(?:class|struct|union|enum)\b[^#]*$")
 LAMBDA = re.compile(r"@\s*(?:\#\s*)?(?:mutable\b\s*|constexpr\b\s*|noexcept\b\s*)*(?:->.*)?$",

@@ -128,6 +128,12 @@ class FunctionLengthTest(unittest.TestCase):
                              ["function-length"], head)
             self.assertEqual(rules("model/File.cpp", self.function(head, 60 - fixed)), [], head)
 
+    def test_a_namespace_is_no_function(self):
+        inside = lines(3, self.function("void f() {", 40))
+        for head in ("namespace a::b {", "namespace {", "inline namespace c {", 'extern "C" {',
+                     "MACRO(4)\nnamespace a {"):
+            self.assertEqual(rules("model/File.cpp", head + inside + "}\n"), [], head)
+
     def test_members_are_measured_one_by_one(self):
         inside = lines(3, "  void f() {\n" + lines(30) + "  }\n")
         text = "namespace a::b {\nclass Foo : public Bar<int> {\n public:\n" + inside + "};\n}\n"
@@ -146,7 +152,8 @@ class FunctionLengthTest(unittest.TestCase):
         self.assertEqual(rules("model/File.cpp", "run({\n" + lines(70, "{1, 2},\n") + "});"), [])
 
     def test_what_follows_a_table_is_measured_still(self):
-        text = "int const t[] = {1, 2};\nstruct S { int a{3}; };\n" + self.function("void f() {", 60)
+        tables = "int const t[] = {1, 2};\nstruct S { int a{3}; };\nMACRO(4)\nnamespace a {}\n"
+        text = tables + self.function("void f() {", 60)
         self.assertEqual(rules("model/File.cpp", text), ["function-length"])
 
     def test_braces_in_text_and_macros_do_not_count(self):
@@ -185,7 +192,8 @@ class BansTest(unittest.TestCase):
                          "auto t = timer.time();", "x = runtime(0);", "// time(nullptr)")
 
     def test_randomness(self):
-        for code in ("x = rand() % 3;", "x = arc4random_uniform(3);", "x = std::rand();", "std::random_device d;",
+        for code in ("x = rand() % 3;", "x = arc4random_uniform(3);", "x = std::rand();",
+                     "std::random_device d;",
                      "std::mt19937 r;", "RAND_bytes(p, 3);", "return rand();", "srand(1);"):
             self.assert_banned("randomness", code, ("linux", "apps", "lab", "tests/lab"))
         self.assert_fine("int x = Vesk::world().rand() % n;", "int y = world->rand();",
