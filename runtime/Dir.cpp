@@ -28,7 +28,7 @@ void Dir::entityPtrDelAll() {
 }
 
 void Dir::entityPtrNotify(Name const& name) {
-  tellKey(kEntityPtr, Lumo::IntfId(), name, &NotifieeConst::onEntityPtr);
+  tellKey(kEntityPtr, name, &NotifieeConst::onEntityPtr);
 }
 
 }  // namespace Vesk

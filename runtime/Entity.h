@@ -55,15 +55,22 @@ class Notifier : public HashMapEntry {
     NotifieeListBase::doVisit(notifiees_.get(), attribute, intf,
                               [on](NotifieeBase& notifiee) { (static_cast<N&>(notifiee).*on)(); });
   }
-  /// The same for a member of a collection, with its key.
+  /// The same for a member of a collection, with its key: which interface it concerns is told by
+  /// the key itself.
   template <class N, class K>
-  void tellKey(uint8_t attribute, Lumo::IntfId intf, K const& key, void (N::*on)(K const&)) {
-    NotifieeListBase::doVisit(notifiees_.get(), attribute, intf, [&](NotifieeBase& notifiee) {
-      (static_cast<N&>(notifiee).*on)(key);
-    });
+  void tellKey(uint8_t attribute, K const& key, void (N::*on)(K const&)) {
+    NotifieeListBase::doVisit(
+        notifiees_.get(), attribute, interfaceOf(key),
+        [&](NotifieeBase& notifiee) { (static_cast<N&>(notifiee).*on)(key); });
   }
 
  private:
+  static Lumo::IntfId interfaceOf(Lumo::IntfId key) { return key; }
+  template <class K>
+  static Lumo::IntfId interfaceOf(K const&) {
+    return Lumo::IntfId();
+  }
+
   std::unique_ptr<NotifieeListBase> notifiees_;
 };
 
@@ -129,6 +136,18 @@ class Entity : public Notifier {
     for (E& member : map) memberDel(attribute, map, K(member.fwkKey()), on);
   }
 
+  /// One optional entity: puts another in the place, or none, and tells.
+  template <class E, class N>
+  void childIs(uint8_t attribute, Ptr<E>& child, Ptr<E> another, void (N::*on)()) {
+    if (child == another) return;
+    if (child) child->parentIs(nullptr);
+    child = std::move(another);
+    if (child) child->parentIs(this);
+    if (attributeLogEnabled) [[unlikely]]
+      logWrite(&child);
+    tell(attribute, Lumo::IntfId(), on);
+  }
+
   /// Collection of plain values.
   template <class K, class T, class N>
   void valueIs(uint8_t attribute, ValueMap<K, T>& map, K const& key, T const& value,
@@ -158,19 +177,13 @@ class Entity : public Notifier {
         logMember(map, valueToStrep(key), valueToStrep(value));
       }
     }
-    tellKey(attribute, interfaceOf(key), key, on);
+    tellKey(attribute, key, on);
   }
 
   void logWrite(void const* field) const;
   void logMember(void const* map, std::string const& key, std::string const& value) const;
 
  private:
-  static Lumo::IntfId interfaceOf(Lumo::IntfId key) { return key; }
-  template <class K>
-  static Lumo::IntfId interfaceOf(K const&) {
-    return Lumo::IntfId();
-  }
-
   Name name_;
   Entity* parent_ = nullptr;
   uint64_t entityId_;

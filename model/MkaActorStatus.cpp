@@ -1,0 +1,48 @@
+#include "model/MkaActorStatus.h"
+
+namespace Macsec {
+
+Vesk::Ptr<MkaPeer> MkaActorStatus::livePeerIs(Vesk::String8 const& key) {
+  return memberIs(
+      kLivePeer, livePeer_, key, [&] { return newLivePeer(key); }, &NotifieeConst::onLivePeer);
+}
+
+Vesk::Ptr<MkaPeer> MkaActorStatus::newLivePeer(Vesk::String8 const& key) {
+  return Vesk::make<MkaPeer>(key);
+}
+
+Vesk::Ptr<MkaPeer> MkaActorStatus::livePeerDel(Vesk::String8 const& key) {
+  return memberDel(kLivePeer, livePeer_, key, &NotifieeConst::onLivePeer);
+}
+
+void MkaActorStatus::livePeerDelAll() {
+  memberDelAll(kLivePeer, livePeer_, &NotifieeConst::onLivePeer);
+}
+
+void MkaActorStatus::livePeerNotify(Vesk::String8 const& key) {
+  tellKey(kLivePeer, key, &NotifieeConst::onLivePeer);
+}
+
+Vesk::Ptr<MkaPeer> MkaActorStatus::potentialPeerIs(Vesk::String8 const& key) {
+  return memberIs(
+      kPotentialPeer, potentialPeer_, key, [&] { return newPotentialPeer(key); },
+      &NotifieeConst::onPotentialPeer);
+}
+
+Vesk::Ptr<MkaPeer> MkaActorStatus::newPotentialPeer(Vesk::String8 const& key) {
+  return Vesk::make<MkaPeer>(key);
+}
+
+Vesk::Ptr<MkaPeer> MkaActorStatus::potentialPeerDel(Vesk::String8 const& key) {
+  return memberDel(kPotentialPeer, potentialPeer_, key, &NotifieeConst::onPotentialPeer);
+}
+
+void MkaActorStatus::potentialPeerDelAll() {
+  memberDelAll(kPotentialPeer, potentialPeer_, &NotifieeConst::onPotentialPeer);
+}
+
+void MkaActorStatus::potentialPeerNotify(Vesk::String8 const& key) {
+  tellKey(kPotentialPeer, key, &NotifieeConst::onPotentialPeer);
+}
+
+}  // namespace Macsec

@@ -1,0 +1,17 @@
+#include "model/MkaMessageInfo.h"
+
+namespace Macsec {
+
+Vesk::Ptr<MkaInfo> MkaMessageInfo::mkaInfoIs() {
+  if (mkaInfo_) return mkaInfo_;
+  childIs(kMkaInfo, mkaInfo_, Vesk::make<MkaInfo>(), &NotifieeConst::onMkaInfo);
+  return mkaInfo_;
+}
+
+Vesk::Ptr<MkaInfo> MkaMessageInfo::mkaInfoDel() {
+  Vesk::Ptr<MkaInfo> gone = mkaInfo_;
+  childIs(kMkaInfo, mkaInfo_, Vesk::Ptr<MkaInfo>(), &NotifieeConst::onMkaInfo);
+  return gone;
+}
+
+}  // namespace Macsec

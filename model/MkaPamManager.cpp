@@ -1,0 +1,115 @@
+#include "model/MkaPamManager.h"
+
+#include "runtime/Assert.h"
+#include "runtime/Trace.h"
+
+namespace Macsec {
+
+namespace {
+
+Vesk::TraceHandle traceHandle("Macsec");
+
+}  // namespace
+
+void MkaPamManager::handleRxMessageInfoInit() {
+  VESK_TRACE(8, "");
+  rxMessageInfoIs();
+  VESK_ASSERT(rxMessageInfo_);
+}
+
+void MkaPamManager::handleTxMessageInfoInit() {
+  VESK_TRACE(8, "");
+  txMessageInfoIs();
+  VESK_ASSERT(txMessageInfo_);
+}
+
+Vesk::Ptr<Intf> MkaPamManager::mkaIntfIs(Lumo::IntfId key) {
+  return memberIs(
+      kMkaIntf, mkaIntf_, key, [&] { return newMkaIntf(key); }, &NotifieeConst::onMkaIntf);
+}
+
+Vesk::Ptr<Intf> MkaPamManager::newMkaIntf(Lumo::IntfId key) { return Vesk::make<Intf>(key); }
+
+Vesk::Ptr<Intf> MkaPamManager::mkaIntfDel(Lumo::IntfId key) {
+  return memberDel(kMkaIntf, mkaIntf_, key, &NotifieeConst::onMkaIntf);
+}
+
+void MkaPamManager::mkaIntfDelAll() { memberDelAll(kMkaIntf, mkaIntf_, &NotifieeConst::onMkaIntf); }
+
+void MkaPamManager::mkaIntfNotify(Lumo::IntfId key) {
+  tellKey(kMkaIntf, key, &NotifieeConst::onMkaIntf);
+}
+
+Vesk::Ptr<MkaMessageInfo> MkaPamManager::rxMessageInfoIs() {
+  if (rxMessageInfo_) return rxMessageInfo_;
+  childIs(kRxMessageInfo, rxMessageInfo_, Vesk::make<MkaMessageInfo>(),
+          &NotifieeConst::onRxMessageInfo);
+  return rxMessageInfo_;
+}
+
+Vesk::Ptr<MkaMessageInfo> MkaPamManager::rxMessageInfoDel() {
+  Vesk::Ptr<MkaMessageInfo> gone = rxMessageInfo_;
+  childIs(kRxMessageInfo, rxMessageInfo_, Vesk::Ptr<MkaMessageInfo>(),
+          &NotifieeConst::onRxMessageInfo);
+  return gone;
+}
+
+Vesk::Ptr<MkaMessageInfo> MkaPamManager::txMessageInfoIs() {
+  if (txMessageInfo_) return txMessageInfo_;
+  childIs(kTxMessageInfo, txMessageInfo_, Vesk::make<MkaMessageInfo>(),
+          &NotifieeConst::onTxMessageInfo);
+  return txMessageInfo_;
+}
+
+Vesk::Ptr<MkaMessageInfo> MkaPamManager::txMessageInfoDel() {
+  Vesk::Ptr<MkaMessageInfo> gone = txMessageInfo_;
+  childIs(kTxMessageInfo, txMessageInfo_, Vesk::Ptr<MkaMessageInfo>(),
+          &NotifieeConst::onTxMessageInfo);
+  return gone;
+}
+
+Vesk::Ptr<MkaPamCounter> MkaPamManager::txPamCounterIs(Lumo::IntfId key) {
+  return memberIs(
+      kTxPamCounter, txPamCounter_, key, [&] { return newTxPamCounter(key); },
+      &NotifieeConst::onTxPamCounter);
+}
+
+Vesk::Ptr<MkaPamCounter> MkaPamManager::newTxPamCounter(Lumo::IntfId key) {
+  return Vesk::make<MkaPamCounter>(key);
+}
+
+Vesk::Ptr<MkaPamCounter> MkaPamManager::txPamCounterDel(Lumo::IntfId key) {
+  return memberDel(kTxPamCounter, txPamCounter_, key, &NotifieeConst::onTxPamCounter);
+}
+
+void MkaPamManager::txPamCounterDelAll() {
+  memberDelAll(kTxPamCounter, txPamCounter_, &NotifieeConst::onTxPamCounter);
+}
+
+void MkaPamManager::txPamCounterNotify(Lumo::IntfId key) {
+  tellKey(kTxPamCounter, key, &NotifieeConst::onTxPamCounter);
+}
+
+Vesk::Ptr<MkaPamCounter> MkaPamManager::rxPamCounterIs(Lumo::IntfId key) {
+  return memberIs(
+      kRxPamCounter, rxPamCounter_, key, [&] { return newRxPamCounter(key); },
+      &NotifieeConst::onRxPamCounter);
+}
+
+Vesk::Ptr<MkaPamCounter> MkaPamManager::newRxPamCounter(Lumo::IntfId key) {
+  return Vesk::make<MkaPamCounter>(key);
+}
+
+Vesk::Ptr<MkaPamCounter> MkaPamManager::rxPamCounterDel(Lumo::IntfId key) {
+  return memberDel(kRxPamCounter, rxPamCounter_, key, &NotifieeConst::onRxPamCounter);
+}
+
+void MkaPamManager::rxPamCounterDelAll() {
+  memberDelAll(kRxPamCounter, rxPamCounter_, &NotifieeConst::onRxPamCounter);
+}
+
+void MkaPamManager::rxPamCounterNotify(Lumo::IntfId key) {
+  tellKey(kRxPamCounter, key, &NotifieeConst::onRxPamCounter);
+}
+
+}  // namespace Macsec

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+#include "runtime/Describe.h"
+#include "runtime/Reactor.h"
+
+namespace Interface {
+
+/// The packet access points on Ethernet devices: only its identity is used here.
+class EthDevPamCollection final : public Vesk::DescribedEntity<EthDevPamCollection> {
+ public:
+  explicit EthDevPamCollection(Vesk::Name const& name) : DescribedEntity(name) {}
+
+  template <class V>
+  static void describe(V&& v) {}
+
+ private:
+};
+
+}  // namespace Interface

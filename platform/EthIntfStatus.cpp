@@ -1,0 +1,31 @@
+#include "platform/EthIntfStatus.h"
+
+namespace Interface {
+
+Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::intfStatusIs(Lumo::IntfId key,
+                                                        Lumo::EthAddr const& ethAddr,
+                                                        uint16_t portNumber) {
+  return memberIs(
+      kIntfStatus, intfStatus_, key, [&] { return newIntfStatus(key, ethAddr, portNumber); },
+      &NotifieeConst::onIntfStatus);
+}
+
+Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::newIntfStatus(Lumo::IntfId key,
+                                                         Lumo::EthAddr const& ethAddr,
+                                                         uint16_t portNumber) {
+  return Vesk::make<EthIntfStatus>(key, ethAddr, portNumber);
+}
+
+Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::intfStatusDel(Lumo::IntfId key) {
+  return memberDel(kIntfStatus, intfStatus_, key, &NotifieeConst::onIntfStatus);
+}
+
+void EthIntfStatusDir::intfStatusDelAll() {
+  memberDelAll(kIntfStatus, intfStatus_, &NotifieeConst::onIntfStatus);
+}
+
+void EthIntfStatusDir::intfStatusNotify(Lumo::IntfId key) {
+  tellKey(kIntfStatus, key, &NotifieeConst::onIntfStatus);
+}
+
+}  // namespace Interface
