@@ -26,6 +26,9 @@ class IntfConfig final : public Vesk::DescribedEntity<IntfConfig> {
 
   IntfConfig(Vesk::Name const& name, Lumo::IntfId intfId)
       : DescribedEntity(name), intfId_(intfId) {}
+  static Vesk::Ptr<IntfConfig> IntfConfigIs(Vesk::Name const& name, Lumo::IntfId intfId) {
+    return Vesk::makeActive<IntfConfig>(name, intfId);
+  }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }
@@ -94,6 +97,9 @@ class Config final : public Vesk::DescribedEntity<Config> {
   static constexpr bool delayProtectionDefault = false;
 
   explicit Config(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<Config> ConfigIs(Vesk::Name const& name) {
+    return Vesk::makeActive<Config>(name);
+  }
 
   /// All profiles.
   ProfileMap const& profile() const { return profile_; }

@@ -77,6 +77,9 @@ class CpStatus final : public Vesk::DescribedEntity<CpStatus> {
 
   CpStatus(Lumo::IntfId intfId, MacsecParams const& macsecParams)
       : DescribedEntity(intfId.stringValue()), intfId_(intfId), macsecParams_(macsecParams) {}
+  static Vesk::Ptr<CpStatus> CpStatusIs(Lumo::IntfId intfId, MacsecParams const& macsecParams) {
+    return Vesk::makeActive<CpStatus>(intfId, macsecParams);
+  }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }

@@ -52,6 +52,9 @@ class IntfStatus final : public Vesk::DescribedEntity<IntfStatus> {
 
   IntfStatus(Lumo::IntfId intfId, MacsecParams const& macsecParams)
       : DescribedEntity(intfId.stringValue()), intfId_(intfId), macsecParams_(macsecParams) {}
+  static Vesk::Ptr<IntfStatus> IntfStatusIs(Lumo::IntfId intfId, MacsecParams const& macsecParams) {
+    return Vesk::makeActive<IntfStatus>(intfId, macsecParams);
+  }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }

@@ -32,6 +32,10 @@ class SaStatus final : public Vesk::DescribedEntity<SaStatus> {
         associationNumber_(associationNumber),
         keyId_(keyId),
         keyNum_(keyNum) {}
+  static Vesk::Ptr<SaStatus> SaStatusIs(AssociationNumber associationNumber,
+                                        Vesk::String8 const& keyId, uint32_t keyNum) {
+    return Vesk::makeActive<SaStatus>(associationNumber, keyId, keyNum);
+  }
 
   /// The key of the collection that holds this.
   AssociationNumber fwkKey() const { return associationNumber_; }
@@ -89,6 +93,9 @@ class MacSecIntfStatus final : public Vesk::DescribedEntity<MacSecIntfStatus> {
 
   explicit MacSecIntfStatus(Lumo::IntfId intfId)
       : DescribedEntity(intfId.stringValue()), intfId_(intfId) {}
+  static Vesk::Ptr<MacSecIntfStatus> MacSecIntfStatusIs(Lumo::IntfId intfId) {
+    return Vesk::makeActive<MacSecIntfStatus>(intfId);
+  }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }

@@ -29,6 +29,9 @@ class MacSecStatus final : public Vesk::DescribedEntity<MacSecStatus> {
   using StatusMap = Vesk::HashMap<MacSecIntfStatus, Lumo::IntfId>;
 
   explicit MacSecStatus(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<MacSecStatus> MacSecStatusIs(Vesk::Name const& name) {
+    return Vesk::makeActive<MacSecStatus>(name);
+  }
 
   /// Interfaces of this slice.
   StatusMap const& status() const { return status_; }
@@ -72,6 +75,9 @@ class MacSecIntfStatusPtrDir final : public Vesk::DescribedEntity<MacSecIntfStat
   using StatusMap = Vesk::ValueMap<Lumo::IntfId, Vesk::Ptr<MacSecIntfStatus>>;
 
   explicit MacSecIntfStatusPtrDir(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<MacSecIntfStatusPtrDir> MacSecIntfStatusPtrDirIs(Vesk::Name const& name) {
+    return Vesk::makeActive<MacSecIntfStatusPtrDir>(name);
+  }
 
   /// The interfaces.
   StatusMap const& status() const { return status_; }

@@ -100,6 +100,9 @@ class MkaActorStatus final : public Vesk::DescribedEntity<MkaActorStatus> {
   static constexpr bool macsecDesiredDefault = true;
 
   explicit MkaActorStatus(Vesk::String8 const& ckn) : DescribedEntity(ckn), ckn_(ckn) {}
+  static Vesk::Ptr<MkaActorStatus> MkaActorStatusIs(Vesk::String8 const& ckn) {
+    return Vesk::makeActive<MkaActorStatus>(ckn);
+  }
 
   /// The key of the collection that holds this.
   Vesk::String8 const& fwkKey() const { return ckn_; }

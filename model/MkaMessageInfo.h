@@ -41,6 +41,7 @@ class MkaInfo final : public Vesk::DescribedEntity<MkaInfo> {
   class Notifiee : public NotifieeConst {};
 
   MkaInfo() : DescribedEntity("mkaInfo") {}
+  static Vesk::Ptr<MkaInfo> MkaInfoIs() { return Vesk::makeActive<MkaInfo>(); }
 
   /// Basic parameter set.
   BasicInfo const& baseInfo() const { return baseInfo_; }
@@ -118,6 +119,7 @@ class MkaMessageInfo final : public Vesk::DescribedEntity<MkaMessageInfo> {
   using PotentialPeerMap = Vesk::ValueMap<Vesk::String8, uint32_t>;
 
   MkaMessageInfo() : DescribedEntity("messageInfo") {}
+  static Vesk::Ptr<MkaMessageInfo> MkaMessageInfoIs() { return Vesk::makeActive<MkaMessageInfo>(); }
 
   /// The interface that the message belongs to.
   Lumo::IntfId intfId() const { return intfId_; }

@@ -14,6 +14,7 @@ namespace Macsec {
 class Intf final : public Vesk::DescribedEntity<Intf> {
  public:
   explicit Intf(Lumo::IntfId intfId) : DescribedEntity(intfId.stringValue()), intfId_(intfId) {}
+  static Vesk::Ptr<Intf> IntfIs(Lumo::IntfId intfId) { return Vesk::makeActive<Intf>(intfId); }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }
@@ -50,6 +51,9 @@ class MkaPamCounter final : public Vesk::DescribedEntity<MkaPamCounter> {
 
   explicit MkaPamCounter(Lumo::IntfId intfId)
       : DescribedEntity(intfId.stringValue()), intfId_(intfId) {}
+  static Vesk::Ptr<MkaPamCounter> MkaPamCounterIs(Lumo::IntfId intfId) {
+    return Vesk::makeActive<MkaPamCounter>(intfId);
+  }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }
@@ -129,6 +133,10 @@ class MkaPamManager final : public Vesk::DescribedEntity<MkaPamManager> {
       : DescribedEntity("mkaPamManager"), ethDevPamCollection_(ethDevPamCollection) {
     handleRxMessageInfoInit();
     handleTxMessageInfoInit();
+  }
+  static Vesk::Ptr<MkaPamManager> MkaPamManagerIs(
+      Vesk::Ptr<Interface::EthDevPamCollection const> const& ethDevPamCollection) {
+    return Vesk::makeActive<MkaPamManager>(ethDevPamCollection);
   }
 
   /// Held for the frame codec.

@@ -29,6 +29,9 @@ class MkaPeer final : public Vesk::DescribedEntity<MkaPeer> {
   class Notifiee : public NotifieeConst {};
 
   explicit MkaPeer(Vesk::String8 const& msgId) : DescribedEntity(msgId), msgId_(msgId) {}
+  static Vesk::Ptr<MkaPeer> MkaPeerIs(Vesk::String8 const& msgId) {
+    return Vesk::makeActive<MkaPeer>(msgId);
+  }
 
   /// The key of the collection that holds this.
   Vesk::String8 const& fwkKey() const { return msgId_; }

@@ -35,6 +35,9 @@ class MkaPortStatus final : public Vesk::DescribedEntity<MkaPortStatus> {
 
   explicit MkaPortStatus(Lumo::IntfId intfId)
       : DescribedEntity(intfId.stringValue()), intfId_(intfId) {}
+  static Vesk::Ptr<MkaPortStatus> MkaPortStatusIs(Lumo::IntfId intfId) {
+    return Vesk::makeActive<MkaPortStatus>(intfId);
+  }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }

@@ -63,6 +63,9 @@ class Profile final : public Vesk::DescribedEntity<Profile> {
   static constexpr bool includeSciDefault = false;
 
   explicit Profile(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<Profile> ProfileIs(Vesk::Name const& name) {
+    return Vesk::makeActive<Profile>(name);
+  }
 
   /// The key of the collection that holds this.
   Vesk::Name const& fwkKey() const { return name(); }

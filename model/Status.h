@@ -87,6 +87,9 @@ class Status final : public Vesk::DescribedEntity<Status> {
   static constexpr uint8_t latestKeyEnablePeriodDefault = 180;
 
   explicit Status(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<Status> StatusIs(Vesk::Name const& name) {
+    return Vesk::makeActive<Status>(name);
+  }
 
   /// One entry for each interface that has a usable profile.
   IntfStatusMap const& intfStatus() const { return intfStatus_; }

@@ -11,6 +11,9 @@ namespace Interface {
 class EthDevPamCollection final : public Vesk::DescribedEntity<EthDevPamCollection> {
  public:
   explicit EthDevPamCollection(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<EthDevPamCollection> EthDevPamCollectionIs(Vesk::Name const& name) {
+    return Vesk::makeActive<EthDevPamCollection>(name);
+  }
 
   template <class V>
   static void describe(V&& v) {}

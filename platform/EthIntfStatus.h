@@ -37,6 +37,10 @@ class EthIntfStatus final : public Vesk::DescribedEntity<EthIntfStatus> {
         intfId_(intfId),
         ethAddr_(ethAddr),
         portNumber_(portNumber) {}
+  static Vesk::Ptr<EthIntfStatus> EthIntfStatusIs(Lumo::IntfId intfId, Lumo::EthAddr const& ethAddr,
+                                                  uint16_t portNumber) {
+    return Vesk::makeActive<EthIntfStatus>(intfId, ethAddr, portNumber);
+  }
 
   /// The key of the collection that holds this.
   Lumo::IntfId fwkKey() const { return intfId_; }
@@ -89,6 +93,9 @@ class EthIntfStatusDir final : public Vesk::DescribedEntity<EthIntfStatusDir> {
   using IntfStatusMap = Vesk::HashMap<EthIntfStatus, Lumo::IntfId>;
 
   explicit EthIntfStatusDir(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<EthIntfStatusDir> EthIntfStatusDirIs(Vesk::Name const& name) {
+    return Vesk::makeActive<EthIntfStatusDir>(name);
+  }
 
   /// The interfaces.
   IntfStatusMap const& intfStatus() const { return intfStatus_; }
