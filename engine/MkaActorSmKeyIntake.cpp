@@ -1,0 +1,160 @@
+#include <algorithm>
+
+#include "engine/MkaActorSmReactors.h"
+#include "runtime/Trace.h"
+
+// The key-related parameter sets of an MKPDU: what the key server distributes, and who may transmit
+// with it when.
+
+namespace Macsec {
+
+namespace {
+
+Vesk::TraceHandle traceHandle("Macsec::MkaSm");
+
+// Three quarters of the 32-bit packet number space.
+constexpr uint32_t kLlpnExhaustion = 0xC0000000;
+
+// The sender's view of a SAK; the default value when it has none.
+KeyInfo matching(KeyInfo const& latest, KeyInfo const& old, Sak const& sak) {
+  if (sakMatch(latest, sak)) return latest;
+  if (sakMatch(old, sak)) return old;
+  return KeyInfo();
+}
+
+}  // namespace
+
+bool sakMatch(KeyInfo const& keyInfo, Sak const& sak) {
+  return keyInfo != KeyInfo() && keyInfo.keyAN() == sak.an().value() &&
+         keyInfo.keyNum() == sak.keyNum() && keyInfo.keyServerMsgId() == sak.keyMsgId();
+}
+
+void MkaActorSm::parseCakDistInfo() {
+  VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
+  auto const info = rxMessageInfo()->mkaInfo();
+  Vesk::String8 const& id = info->baseInfo().msgId();
+  if (!actorStatus().livePeer(id)) {
+    VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
+               ". Ignoring CAK dist set.");
+    return;
+  }
+  if (info->baseInfo().sci() != actorStatus().keyServer()) {
+    VESK_TRACE(3, ": Received dist CAK from a peer ", id,
+               " who is not a key server for actor ", ckn_, " on ", intfId_);
+    return;
+  }
+  CakDistInfo const& dist = info->cakDistInfo();
+  if (dist == CakDistInfo()) {
+    VESK_TRACE(3, ": No Dist CAK set found in MKPDU from peer ", id, " for actor ", ckn_, " on ",
+               intfId_);
+    return;
+  }
+  actorStatus().distCakIs(Cak(dist.ckn(), dist.cak()));
+}
+
+void MkaActorSm::parseSakDistInfo() {
+  VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
+  auto const info = rxMessageInfo()->mkaInfo();
+  Vesk::String8 const id = info->baseInfo().msgId();
+  if (!actorStatus().livePeer(id)) {
+    VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
+               ". Ignoring SAK dist set.");
+    return;
+  }
+  if (info->baseInfo().sci() != actorStatus().keyServer()) {
+    VESK_TRACE(3, ": Received dist SAK from a peer ", id,
+               " who is not a key server for actor ", ckn_, " on ", intfId_);
+    return;
+  }
+  SakDistInfo const& dist = info->sakDistInfo();
+  if (dist == SakDistInfo()) {
+    VESK_TRACE(3, ": No Dist SAK set found in MKPDU from peer ", id, " for actor ", ckn_, " on ",
+               intfId_);
+    return;
+  }
+  if (dist.cipherSuite() != intfStatus_->macsecParams().cipher()) {
+    VESK_TRACE(3, ": Cipher Suite mismatch from peer ", id,
+               ". Ignoring dist SAK set for actor ", ckn_, " on ", intfId_);
+    return;
+  }
+  Sak sak(AssociationNumber(dist.anAndOffset().distAN()));
+  sak.keyMsgIdIs(id);
+  sak.keyNumIs(dist.keyNum());
+  sak.keyIs(dist.sak());
+  takeSak(sak);
+}
+
+// Only member identifier and key number tell a new SAK from one that is repeated.
+void MkaActorSm::takeSak(Sak const& sak) {
+  Sak const& known = actorStatus().distSak();
+  if (known.keyMsgId() == sak.keyMsgId() && known.keyNum() == sak.keyNum()) return;
+  VESK_TRACE(1, ": Resetting sakTransmit", "for actor ", ckn_, " on ", intfId_);
+  actorStatus().sakTransmitIs(false);
+  VESK_TRACE(1, ": Installing SAK from peer ", sak.keyMsgId(), " for actor ", ckn_, " on ",
+             intfId_);
+  actorStatus().distSakIs(sak);
+}
+
+void MkaActorSm::parseSakUseInfo() {
+  VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
+  auto const info = rxMessageInfo()->mkaInfo();
+  Vesk::String8 const& id = info->baseInfo().msgId();
+  SakUseInfo const& use = info->sakUseInfo();
+  if (use == SakUseInfo()) {
+    VESK_TRACE(3, ": No SAK USE set present in MKPDU from peer ", id, " for actor ", ckn_, " on ",
+               intfId_);
+    return;
+  }
+  if (!actorStatus().livePeer(id)) {
+    VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
+               ". Ignoring SAK use set.");
+    return;
+  }
+  KeyInfo latest = use.latestKeyInfo();
+  KeyInfo old = use.oldKeyInfo();
+  applyFollowerRule(info->baseInfo(), matching(latest, old, actorStatus().distSak()));
+  applyKeyServerRule(latest, old);
+  bool const delayProtect = use.plainTextInfo().delayProtect();
+  actorStatus().keysLPNIs(delayProtect ? KeysLPN(old.keyLLPN(), latest.keyLLPN()) : KeysLPN());
+  countLlpnExhaustion(use);
+}
+
+// A member transmits with the SAK when, and as long as, the key server reports that it does.
+void MkaActorSm::applyFollowerRule(BasicInfo const& basic, KeyInfo const& match) {
+  if (!basic.keyServer() || basic.sci() != actorStatus().keyServer()) return;
+  if (match == KeyInfo() || actorStatus().electedSelf()) return;
+  VESK_TRACE(1, ": Setting sakTransmit:  ", match.keyTx(), " for actor ", ckn_, " on ", intfId_);
+  actorStatus().sakTransmitIs(match.keyTx());
+}
+
+// The key server waits until every live peer can receive. `latest` and `old` are left with what the
+// last peer looked at reports.
+void MkaActorSm::applyKeyServerRule(KeyInfo& latest, KeyInfo& old) {
+  if (!actorStatus().electedSelf() || actorStatus().distSak() == Sak()) return;
+  if (actorStatus().sakTransmit()) return;
+  bool const canReceive = canAllPeersReceive(latest, old);
+  VESK_TRACE(1, ": Setting sakTransmit ", canReceive, " for actor ", ckn_, " on ", intfId_);
+  actorStatus().sakTransmitIs(canReceive);
+}
+
+bool MkaActorSm::canAllPeersReceive(KeyInfo& latest, KeyInfo& old) const {
+  for (MkaPeer& peer : actorStatus().livePeer()) {
+    SakUseInfo const& use = peer.sakUseInfo();
+    if (use == SakUseInfo()) return false;
+    latest = use.latestKeyInfo();
+    old = use.oldKeyInfo();
+    if (latest == KeyInfo() && old == KeyInfo()) return false;
+    if (!matching(latest, old, actorStatus().distSak()).keyRx()) return false;
+  }
+  return true;
+}
+
+void MkaActorSm::countLlpnExhaustion(SakUseInfo const& use) {
+  if (!actorStatus().electedSelf()) return;
+  uint32_t const highest = std::max(use.latestKeyInfo().keyLLPN(), use.oldKeyInfo().keyLLPN());
+  if (highest < kLlpnExhaustion) return;
+  VESK_TRACE(1, ": LLPN exhaustion detected for actor ", ckn_, " on ", intfId_);
+  actorStatus().llpnExhaustionInc(1);
+}
+
+}  // namespace Macsec

@@ -1,0 +1,161 @@
+#include "engine/MkaPortSm.h"
+
+#include "engine/MkaPortSmReactors.h"
+#include "engine/MkaSm.h"
+#include "runtime/Trace.h"
+
+// Construction and end of a port, and what stands around its actors.
+
+namespace Macsec {
+
+namespace {
+
+Vesk::TraceHandle traceHandle("Macsec::MkaSm");
+
+}  // namespace
+
+MkaPortSm::MkaPortSm(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+                     Vesk::Ptr<MkaPamManager> pamManager,
+                     Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                     Vesk::Ptr<Zorn::TimerWheel> timerWheel)
+    : intfId_(intfId),
+      status_(Vesk::make<StatusReactor>(*this, std::move(status))),
+      pamManager_(Vesk::make<PamManagerReactor>(*this, std::move(pamManager))),
+      hwStatus_(Vesk::make<HwStatusReactor>(*this, std::move(hwStatus))),
+      timerWheel_(std::move(timerWheel)) {
+  handleInitialized();
+}
+
+MkaPortSm::~MkaPortSm() {
+  handleCleanUp();
+  Vesk::retire(status_);
+  Vesk::retire(intfStatus_);
+  portStatus_->retireAll();
+  Vesk::retire(portStatus_);
+  Vesk::retire(pamManager_);
+  Vesk::retire(hwStatus_);
+  Vesk::retire(defaultActorTimer_);
+  Vesk::retire(actorDeletionTimer_);
+  mkaActorSmDelAll();
+}
+
+Vesk::Ptr<MkaPortSm> MkaPortSm::MkaPortSmIs(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+                                            Vesk::Ptr<MkaPamManager> pamManager,
+                                            Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                                            Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
+  return Vesk::makeActive<MkaPortSm>(intfId, std::move(status), std::move(pamManager),
+                                     std::move(hwStatus), std::move(timerWheel));
+}
+
+Vesk::Ptr<MkaPortSm> mkaPortSmFactory(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+                                      Vesk::Ptr<MkaPamManager> pamManager,
+                                      Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                                      Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
+  return MkaPortSm::MkaPortSmIs(intfId, std::move(status), std::move(pamManager),
+                                std::move(hwStatus), std::move(timerWheel));
+}
+
+void MkaPortSm::hasNotificationActiveIs(bool active) {
+  PtrInterface::hasNotificationActiveIs(active);
+  Vesk::passNotificationActive(active, status_, intfStatus_, portStatus_, pamManager_, hwStatus_,
+                               defaultActorTimer_, actorDeletionTimer_);
+  for (MkaActorSm& actorSm : mkaActorSm_) actorSm.hasNotificationActiveIs(active);
+}
+
+Status& MkaPortSm::status() const { return *status_->notifier(); }
+IntfStatus const& MkaPortSm::intfStatus() const { return *intfStatus_->notifier(); }
+MkaPortStatus& MkaPortSm::portStatus() const { return *portStatus_->notifier(); }
+
+bool MkaPortSm::isDefaultActorTimerArmed() const { return defaultActorTimer_->isArmed(); }
+bool MkaPortSm::isActorDeletionTimerArmed() const { return actorDeletionTimer_->isArmed(); }
+
+Vesk::Ptr<MkaActorSm> MkaPortSm::mkaActorSmIs(
+    Vesk::String8 const& ckn, Vesk::String8 const& cak, Lumo::IntfId intfId,
+    Vesk::Ptr<Status> const& status, Vesk::Ptr<MkaPamManager> const& pamManager,
+    Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
+    Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) {
+  if (auto actorSm = mkaActorSm_[ckn]) return actorSm;
+  auto actorSm =
+      Vesk::make<MkaActorSm>(ckn, cak, intfId, status, pamManager, hwStatus, timerWheel);
+  mkaActorSm_.insert(actorSm.ptr());
+  actorSm->hasNotificationActiveIs(true);
+  return actorSm;
+}
+
+void MkaPortSm::mkaActorSmDel(Vesk::String8 const& ckn) {
+  if (auto actorSm = mkaActorSm_.xDel(ckn)) actorSm->hasNotificationActiveIs(false);
+}
+
+void MkaPortSm::mkaActorSmDelAll() {
+  for (MkaActorSm& actorSm : mkaActorSm_) mkaActorSmDel(actorSm.ckn());
+}
+
+void MkaPortSm::handleInitialized() {
+  VESK_TRACE(8, ": IntfId ", intfId_);
+  intfStatus_ = Vesk::make<IntfStatusReactor>(*this, status().intfStatus(intfId_));
+  cpStatus_ = status().cpStatus(intfId_);
+  portStatus_ = Vesk::make<PortStatusReactor>(*this, status().portStatus(intfId_));
+  defaultActorTimer_ = Vesk::make<DefaultActorTimerReactor>(*this, timerWheel_);
+  actorDeletionTimer_ = Vesk::make<ActorDeletionTimerReactor>(*this, timerWheel_);
+  takeUpActors();
+  initialized_ = true;
+  handleDefaultKey();
+  handleKey();
+}
+
+// Of the actors that a former run left, those without a configured key go.
+void MkaPortSm::takeUpActors() {
+  for (auto i = portStatus().actorStatus().iterator(); i; ++i) {
+    if (i->name() != intfStatus().key().ckn() && i->name() != intfStatus().defaultKey().ckn()) {
+      VESK_TRACE(3, ": Deleting actor status ", i->name(), " on ", intfId_);
+      portStatus().actorStatusDel(i);
+    } else if (i->principal()) {
+      principalActorCknIs(i->name());
+    }
+  }
+}
+
+void MkaPortSm::handleCleanUp() {
+  VESK_TRACE(8, ": IntfId ", intfId_);
+  for (auto i = portStatus().actorStatus().iterator(); i; ++i) {
+    VESK_TRACE(3, "Deleting actor ", i->name(), " on ", intfId_);
+    mkaActorSmDel(i->name());
+    portStatus().actorStatusDel(i);
+  }
+  resetCpStatus(*cpStatus_);
+}
+
+MkaPortSm::PortStatusReactor::PortStatusReactor(MkaPortSm& sm,
+                                                Vesk::Ptr<MkaPortStatus> portStatus)
+    : Reactor(sm, std::move(portStatus)) {
+  for (auto& member : notifier()->actorStatus()) actorStatusIs(&member);
+}
+
+void MkaPortSm::PortStatusReactor::hasNotificationActiveIs(bool active) {
+  NotifieeConst::hasNotificationActiveIs(active);
+  actorStatus_.hasNotificationActiveIs(active);
+}
+
+void MkaPortSm::PortStatusReactor::onActorStatus(Vesk::String8 const& ckn) {
+  if (auto member = notifier()->actorStatus(ckn)) {
+    actorStatusIs(member);
+  } else {
+    actorStatus_.xDel(ckn);
+  }
+}
+
+void MkaPortSm::PortStatusReactor::onActorStatusImmediate() {
+  for (auto& member : notifier()->actorStatus()) actorStatusIs(&member);
+  for (auto& nested : actorStatus_.map()) {
+    if (!notifier()->actorStatus(nested.fwkKey())) actorStatus_.xDel(nested.fwkKey());
+  }
+}
+
+void MkaPortSm::PortStatusReactor::actorStatusIs(Vesk::Ptr<MkaActorStatus> const& member) {
+  actorStatus_.xIs(member->ckn(), member,
+                   [&] { return Vesk::make<ActorStatusReactor>(owner(), member); });
+}
+
+void MkaPortSm::PortStatusReactor::retireAll() { actorStatus_.retireAll(); }
+
+}  // namespace Macsec

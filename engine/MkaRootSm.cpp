@@ -1,0 +1,83 @@
+#include "engine/MkaRootSm.h"
+
+#include "runtime/Reactor.h"
+#include "runtime/Trace.h"
+
+namespace Macsec {
+
+namespace {
+
+Vesk::TraceHandle traceHandle("Macsec::MkaSm");
+
+}  // namespace
+
+struct MkaRootSm::StatusReactor final : Vesk::Reactor<Status, MkaRootSm, StatusReactor> {
+  using Reactor::Reactor;
+  void onMacsecEnabled() override { owner().handleMacsecEnabled(); }
+};
+
+MkaRootSm::MkaRootSm(Vesk::Ptr<Status> status,
+                     Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+                     Vesk::Ptr<MkaPamManager> pamManager,
+                     Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                     Vesk::Ptr<Zorn::TimerWheel> timerWheel)
+    : status_(Vesk::make<StatusReactor>(*this, std::move(status))),
+      ethIntfStatusDir_(std::move(ethIntfStatusDir)),
+      pamManager_(std::move(pamManager)),
+      hwStatus_(std::move(hwStatus)),
+      timerWheel_(std::move(timerWheel)) {
+  handleMacsecEnabled();
+  handleInitialized();
+}
+
+MkaRootSm::~MkaRootSm() {
+  Vesk::retire(status_);
+  mkaSmDel();
+}
+
+Vesk::Ptr<MkaRootSm> MkaRootSm::MkaRootSmIs(
+    Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+    Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+    Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
+  return Vesk::makeActive<MkaRootSm>(std::move(status), std::move(ethIntfStatusDir),
+                                     std::move(pamManager), std::move(hwStatus),
+                                     std::move(timerWheel));
+}
+
+Vesk::Ptr<MkaRootSm> mkaRootSmFactory(
+    Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+    Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+    Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
+  return MkaRootSm::MkaRootSmIs(std::move(status), std::move(ethIntfStatusDir),
+                                std::move(pamManager), std::move(hwStatus),
+                                std::move(timerWheel));
+}
+
+void MkaRootSm::hasNotificationActiveIs(bool active) {
+  PtrInterface::hasNotificationActiveIs(active);
+  Vesk::passNotificationActive(active, status_, mkaSm_);
+}
+
+Vesk::Ptr<MkaSm> MkaRootSm::mkaSmIs() {
+  if (!mkaSm_) {
+    mkaSm_ = MkaSm::MkaSmIs(status_->notifier(), ethIntfStatusDir_, pamManager_, hwStatus_,
+                            timerWheel_);
+  }
+  return mkaSm_;
+}
+
+void MkaRootSm::handleInitialized() {
+  VESK_TRACE(8, "");
+  initialized_ = true;
+}
+
+void MkaRootSm::handleMacsecEnabled() {
+  VESK_TRACE(8, "");
+  if (status_->notifier()->macsecEnabled()) {
+    mkaSmIs();
+  } else {
+    mkaSmDel();
+  }
+}
+
+}  // namespace Macsec

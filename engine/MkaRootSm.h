@@ -1,0 +1,48 @@
+#pragma once
+
+#include "engine/MkaSm.h"
+
+namespace Macsec {
+
+/// The top of the key agreement engine: has an `MkaSm` exist exactly while `Status::macsecEnabled`
+/// is true.
+class MkaRootSm final : public Vesk::PtrInterface {
+ public:
+  MkaRootSm(Vesk::Ptr<Status> status,
+            Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+            Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+            Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+  ~MkaRootSm() override;
+  static Vesk::Ptr<MkaRootSm> MkaRootSmIs(
+      Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+      Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+      Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+  void hasNotificationActiveIs(bool active) override;
+
+  Vesk::Ptr<MkaSm> const& mkaSm() const { return mkaSm_; }
+  Vesk::Ptr<MkaSm> mkaSmIs();
+  void mkaSmDel() { Vesk::childDel(mkaSm_); }
+  bool initialized() const { return initialized_; }
+
+  void handleInitialized();
+  void handleMacsecEnabled();
+
+ private:
+  struct StatusReactor;
+
+  Vesk::Ptr<StatusReactor> status_;
+  Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir_;
+  Vesk::Ptr<MkaPamManager> pamManager_;
+  Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus_;
+  Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
+  Vesk::Ptr<MkaSm> mkaSm_;
+  bool initialized_ = false;
+};
+
+/// Builds the state machine with its notification on.
+Vesk::Ptr<MkaRootSm> mkaRootSmFactory(
+    Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+    Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+    Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+
+}  // namespace Macsec

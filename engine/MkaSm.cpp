@@ -1,0 +1,214 @@
+#include "engine/MkaSm.h"
+
+#include "engine/MkaSmReactors.h"
+#include "runtime/Trace.h"
+
+namespace Macsec {
+
+namespace {
+
+Vesk::TraceHandle traceHandle("Macsec::MkaSm");
+
+}  // namespace
+
+void resetCpStatus(CpStatus& cpStatus) {
+  cpStatus.oldSakContextIs(SakContext());
+  cpStatus.latestSakContextIs(SakContext());
+  cpStatus.txSakIs(Sak());
+  cpStatus.rxSakDelAll();
+  cpStatus.controlledPortEnabledIs(false);
+}
+
+MkaSm::MkaSm(Vesk::Ptr<Status> status,
+             Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+             Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+             Vesk::Ptr<Zorn::TimerWheel> timerWheel)
+    : status_(Vesk::make<StatusReactor>(*this, std::move(status))),
+      ethIntfStatusDir_(Vesk::make<EthIntfStatusDirReactor>(*this, std::move(ethIntfStatusDir))),
+      pamManager_(std::move(pamManager)),
+      hwStatus_(Vesk::make<HwStatusReactor>(*this, std::move(hwStatus))),
+      timerWheel_(std::move(timerWheel)) {
+  handleInitialized();
+}
+
+MkaSm::~MkaSm() {
+  handleCleanUp();
+  Vesk::retire(status_);
+  ethIntfStatusDir_->retireAll();
+  Vesk::retire(ethIntfStatusDir_);
+  Vesk::retire(hwStatus_);
+  mkaPortSmDelAll();
+}
+
+Vesk::Ptr<MkaSm> MkaSm::MkaSmIs(Vesk::Ptr<Status> status,
+                                Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+                                Vesk::Ptr<MkaPamManager> pamManager,
+                                Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                                Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
+  return Vesk::makeActive<MkaSm>(std::move(status), std::move(ethIntfStatusDir),
+                                 std::move(pamManager), std::move(hwStatus),
+                                 std::move(timerWheel));
+}
+
+Vesk::Ptr<MkaSm> mkaSmFactory(Vesk::Ptr<Status> status,
+                              Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+                              Vesk::Ptr<MkaPamManager> pamManager,
+                              Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                              Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
+  return MkaSm::MkaSmIs(std::move(status), std::move(ethIntfStatusDir), std::move(pamManager),
+                        std::move(hwStatus), std::move(timerWheel));
+}
+
+void MkaSm::hasNotificationActiveIs(bool active) {
+  PtrInterface::hasNotificationActiveIs(active);
+  Vesk::passNotificationActive(active, status_, ethIntfStatusDir_, hwStatus_);
+  for (MkaPortSm& portSm : mkaPortSm_) portSm.hasNotificationActiveIs(active);
+}
+
+Status& MkaSm::status() const { return *status_->notifier(); }
+
+bool MkaSm::isLinkUp(Lumo::IntfId intfId) const {
+  auto ethIntfStatus = ethIntfStatusDir_->notifier()->intfStatus(intfId);
+  return ethIntfStatus && ethIntfStatus->linkStatus() == Interface::linkUp;
+}
+
+Vesk::Ptr<MkaPortSm> MkaSm::mkaPortSmIs(Lumo::IntfId intfId) {
+  if (auto portSm = mkaPortSm_[intfId]) return portSm;
+  auto portSm = Vesk::make<MkaPortSm>(intfId, status_->notifier(), pamManager_,
+                                      hwStatus_->notifier(), timerWheel_);
+  mkaPortSm_.insert(portSm.ptr());
+  portSm->hasNotificationActiveIs(true);
+  return portSm;
+}
+
+void MkaSm::mkaPortSmDel(Lumo::IntfId intfId) {
+  if (auto portSm = mkaPortSm_.xDel(intfId)) portSm->hasNotificationActiveIs(false);
+}
+
+void MkaSm::mkaPortSmDelAll() {
+  for (MkaPortSm& portSm : mkaPortSm_) mkaPortSmDel(portSm.intfId());
+}
+
+void MkaSm::handleInitialized() {
+  VESK_TRACE(8, "");
+  repairCpStatus();
+  repairPortStatus();
+  initialized_ = true;
+  handleIntfStatus();
+}
+
+// What a former run left of an interface that isn't configured any more goes; of one that has no
+// link it is emptied; of one whose link is up it is taken up as it is.
+void MkaSm::repairCpStatus() {
+  for (auto i = status().cpStatus().iterator(); i; ++i) {
+    Lumo::IntfId const intfId = i->intfId();
+    if (!status().intfStatus(intfId)) {
+      VESK_TRACE(3, ": Deleting stale cpStatus for intfId ", intfId);
+      status().cpStatusDel(i);
+    } else if (!isLinkUp(intfId)) {
+      resetCpStatus(*i);
+    }
+  }
+}
+
+void MkaSm::repairPortStatus() {
+  for (auto i = status().portStatus().iterator(); i; ++i) {
+    Lumo::IntfId const intfId = i->intfId();
+    if (!status().intfStatus(intfId)) {
+      VESK_TRACE(3, ": Deleting stale portStatus for intfId ", intfId);
+      status().portStatusDel(i);
+    } else if (!isLinkUp(intfId)) {
+      i->actorStatusDelAll();
+    }
+  }
+}
+
+void MkaSm::handleIntfStatus() {
+  VESK_TRACE(8, "");
+  for (IntfStatus& intfStatus : status().intfStatus()) handleIntfStatus(intfStatus.intfId());
+}
+
+void MkaSm::handleIntfStatus(Lumo::IntfId intfId) {
+  if (!initialized_) return;
+  VESK_TRACE(8, ": IntfId ", intfId);
+  createOrDeletePortSm(intfId, !status().intfStatus(intfId));
+}
+
+void MkaSm::handleHwStatus(Lumo::IntfId intfId) {
+  if (!initialized_) return;
+  VESK_TRACE(8, ": IntfId ", intfId);
+  bool const inHardware = static_cast<bool>(hwStatus_->notifier()->status(intfId));
+  bool const hasPortStatus = static_cast<bool>(status().portStatus(intfId));
+  if (!status().intfStatus(intfId)) return;
+  if (inHardware && !hasPortStatus) createOrDeletePortSm(intfId, false);
+  if (!inHardware && hasPortStatus) createOrDeletePortSm(intfId, true);
+}
+
+void MkaSm::createOrDeletePortSm(Lumo::IntfId intfId, bool del) {
+  VESK_TRACE(8, ": IntfId ", intfId, " delete: ", del);
+  if (del) {
+    deletePort(intfId);
+    return;
+  }
+  if (!isLinkUp(intfId)) {
+    VESK_TRACE(3, ": Ignoring ", intfId, " because the link is not up.");
+    return;
+  }
+  if (!hwStatus_->notifier()->status(intfId)) {
+    VESK_TRACE(3, ": Ignoring ", intfId,
+               " because the interface does not exist in hardware status.");
+    return;
+  }
+  createPort(intfId);
+}
+
+void MkaSm::createPort(Lumo::IntfId intfId) {
+  VESK_TRACE(1, ": Creating new port status for ", intfId);
+  status().portStatusIs(intfId);
+  VESK_TRACE(1, ": Creating new cpStatus for ", intfId);
+  status().cpStatusIs(intfId, status().intfStatus(intfId)->macsecParams());
+  updateSci(intfId);
+  if (mkaPortSm_.find(intfId)) return;
+  VESK_TRACE(1, ": Creating a new portSm for ", intfId);
+  mkaPortSmIs(intfId);
+}
+
+void MkaSm::deletePort(Lumo::IntfId intfId) {
+  if (mkaPortSm_.find(intfId)) {
+    VESK_TRACE(1, ": Cleaning up portSm for ", intfId);
+    mkaPortSmDel(intfId);
+  }
+  if (status().portStatus(intfId)) {
+    VESK_TRACE(1, ": Deleting portStatus for ", intfId);
+    status().portStatusDel(intfId);
+  }
+  if (status().cpStatus(intfId)) {
+    VESK_TRACE(1, ": Deleting cpStatus for ", intfId);
+    status().cpStatusDel(intfId);
+  }
+}
+
+void MkaSm::updateSci(Lumo::IntfId intfId) {
+  VESK_TRACE(8, ": IntfId ", intfId);
+  auto portStatus = status().portStatus(intfId);
+  if (!portStatus) {
+    VESK_TRACE(3, ": No portStatus found for ", intfId);
+    return;
+  }
+  auto ethIntfStatus = ethIntfStatusDir_->notifier()->intfStatus(intfId);
+  if (!ethIntfStatus) {
+    VESK_TRACE(3, ": No ethIntfStatus found for ", intfId);
+    return;
+  }
+  portStatus->mySciIs(Sci(ethIntfStatus->ethAddr(), ethIntfStatus->portNumber()));
+  VESK_TRACE(3, ": Updated Sci with mac ", ethIntfStatus->ethAddr(), " and port number ",
+             ethIntfStatus->portNumber(), " for ", intfId);
+}
+
+void MkaSm::handleCleanUp() {
+  VESK_TRACE(8, "");
+  if (!status_->notifier()) return;
+  for (MkaPortSm& portSm : mkaPortSm_) createOrDeletePortSm(portSm.intfId(), true);
+}
+
+}  // namespace Macsec

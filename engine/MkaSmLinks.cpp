@@ -1,0 +1,86 @@
+#include "engine/MkaSmReactors.h"
+#include "runtime/Trace.h"
+
+// How ports follow the links of the Ethernet interfaces.
+
+namespace Macsec {
+
+namespace {
+
+Vesk::TraceHandle traceHandle("Macsec::MkaSm");
+
+}  // namespace
+
+MkaSm::EthIntfStatusDirReactor::EthIntfStatusDirReactor(
+    MkaSm& sm, Vesk::Ptr<Interface::EthIntfStatusDir const> dir)
+    : Reactor(sm, std::move(dir)) {
+  for (auto& member : notifier()->intfStatus()) ethIntfStatusIs(&member);
+}
+
+void MkaSm::EthIntfStatusDirReactor::hasNotificationActiveIs(bool active) {
+  NotifieeConst::hasNotificationActiveIs(active);
+  ethIntfStatus_.hasNotificationActiveIs(active);
+}
+
+void MkaSm::EthIntfStatusDirReactor::onIntfStatus(Lumo::IntfId const& intfId) {
+  if (auto member = notifier()->intfStatus(intfId)) {
+    ethIntfStatusIs(member);
+  } else {
+    ethIntfStatusDel(intfId);
+  }
+}
+
+void MkaSm::EthIntfStatusDirReactor::onIntfStatusImmediate() {
+  for (auto& member : notifier()->intfStatus()) ethIntfStatusIs(&member);
+  for (auto& nested : ethIntfStatus_.map()) {
+    if (!notifier()->intfStatus(nested.fwkKey())) ethIntfStatusDel(nested.fwkKey());
+  }
+}
+
+void MkaSm::EthIntfStatusDirReactor::ethIntfStatusIs(
+    Vesk::Ptr<Interface::EthIntfStatus const> const& member) {
+  ethIntfStatus_.xIs(member->intfId(), member,
+                     [&] { return Vesk::make<EthIntfStatusReactor>(owner(), member); });
+}
+
+void MkaSm::EthIntfStatusDirReactor::ethIntfStatusDel(Lumo::IntfId intfId) {
+  ethIntfStatus_.xDel(intfId, [](EthIntfStatusReactor& nested) { nested.handleEthIntfDelete(); });
+}
+
+void MkaSm::EthIntfStatusDirReactor::retireAll() { ethIntfStatus_.retireAll(); }
+
+void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleLinkStatus() {
+  Lumo::IntfId const intfId = fwkKey();
+  MkaSm& sm = owner();
+  VESK_TRACE(8, ": IntfId ", intfId);
+  if (!sm.initialized_) {
+    VESK_TRACE(3, ": MkaSm not initialized, bailing.");
+    return;
+  }
+  auto intfStatus = sm.status().intfStatus(intfId);
+  if (!intfStatus) return;
+  if (notifier()->linkStatus() != Interface::linkUp) {
+    VESK_TRACE(3, ": Intf ", intfId, " not up, cleaning up portSm.");
+    sm.mkaPortSmDel(intfId);
+    return;
+  }
+  VESK_TRACE(3, ": Intf ", intfId, " is back up. Creating portSm and other statuses.");
+  if (!sm.status().portStatus(intfId)) sm.status().portStatusIs(intfId);
+  if (!sm.status().cpStatus(intfId)) {
+    sm.status().cpStatusIs(intfId, intfStatus->macsecParams());
+  }
+  sm.updateSci(intfId);
+  if (!sm.mkaPortSm_.find(intfId)) sm.mkaPortSmIs(intfId);
+}
+
+void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleEthIntfDelete() {
+  Lumo::IntfId const intfId = fwkKey();
+  VESK_TRACE(8, ": IntfId ", intfId);
+  if (!owner().initialized_) {
+    VESK_TRACE(3, ": MkaSm not initialized, bailing.");
+    return;
+  }
+  if (owner().status().intfStatus(intfId)) owner().createOrDeletePortSm(intfId, true);
+}
+
+}  // namespace Macsec

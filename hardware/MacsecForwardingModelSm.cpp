@@ -1,0 +1,135 @@
+#include "hardware/MacsecForwardingModelSm.h"
+
+#include "runtime/Assert.h"
+#include "runtime/Trace.h"
+
+namespace Macsec {
+
+namespace {
+
+Vesk::TraceHandle traceHandle("MacsecForwardingModelSm");
+
+}  // namespace
+
+struct MacsecForwardingModelSm::StatusReactor final
+    : Vesk::Reactor<Status const, MacsecForwardingModelSm, StatusReactor> {
+  using Reactor::Reactor;
+  void onCpStatus(Lumo::IntfId const& intfId) override;
+  void onCpStatusImmediate() override;
+  void cpStatusIs(Vesk::Ptr<CpStatus const> const& member);
+};
+
+struct MacsecForwardingModelSm::CpStatusReactor final
+    : Vesk::Reactor<CpStatus const, MacsecForwardingModelSm, CpStatusReactor> {
+  using Reactor::Reactor;
+  Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
+  void onControlledPortEnabled() override { owner().updateForwardingModel(fwkKey()); }
+};
+
+MacsecForwardingModelSm::MacsecForwardingModelSm(
+    Vesk::Ptr<Status const> status,
+    Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir)
+    : status_(Vesk::make<StatusReactor>(*this, std::move(status))),
+      forwardingModelInputDir_(std::move(forwardingModelInputDir)) {
+  for (CpStatus& member : status_->notifier()->cpStatus()) status_->cpStatusIs(&member);
+  handleInitialized();
+}
+
+MacsecForwardingModelSm::~MacsecForwardingModelSm() {
+  Vesk::retire(status_);
+  cpStatus_.retireAll();
+}
+
+Vesk::Ptr<MacsecForwardingModelSm> MacsecForwardingModelSm::MacsecForwardingModelSmIs(
+    Vesk::Ptr<Status const> status,
+    Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir) {
+  return Vesk::makeActive<MacsecForwardingModelSm>(std::move(status),
+                                                   std::move(forwardingModelInputDir));
+}
+
+Vesk::Ptr<MacsecForwardingModelSm> macsecForwardingModelSmFactory(
+    Vesk::Ptr<Status const> status,
+    Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir) {
+  return MacsecForwardingModelSm::MacsecForwardingModelSmIs(std::move(status),
+                                                            std::move(forwardingModelInputDir));
+}
+
+void MacsecForwardingModelSm::hasNotificationActiveIs(bool active) {
+  PtrInterface::hasNotificationActiveIs(active);
+  Vesk::passNotificationActive(active, status_);
+  cpStatus_.hasNotificationActiveIs(active);
+}
+
+void MacsecForwardingModelSm::StatusReactor::cpStatusIs(
+    Vesk::Ptr<CpStatus const> const& member) {
+  owner().cpStatus_.xIs(member->intfId(), member,
+                        [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
+}
+
+void MacsecForwardingModelSm::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
+  if (auto member = notifier()->cpStatus(intfId)) {
+    cpStatusIs(member);
+  } else {
+    owner().cpStatus_.xDel(intfId);
+  }
+  owner().handleControlledPortStatus(intfId);
+}
+
+void MacsecForwardingModelSm::StatusReactor::onCpStatusImmediate() {
+  for (CpStatus& member : notifier()->cpStatus()) cpStatusIs(&member);
+  for (CpStatusReactor& nested : owner().cpStatus_.map()) {
+    if (!notifier()->cpStatus(nested.fwkKey())) owner().cpStatus_.xDel(nested.fwkKey());
+  }
+  owner().handleControlledPortStatus();
+}
+
+void MacsecForwardingModelSm::handleInitialized() {
+  VESK_TRACE(8, "");
+  checkAndCleanInput();
+  initialized_ = true;
+  handleControlledPortStatus();
+}
+
+// The directory is this system's own, and it never writes another value.
+void MacsecForwardingModelSm::checkAndCleanInput() {
+  auto const& input = forwardingModelInputDir_->forwardingModelInput();
+  for (auto& entry : input) {
+    VESK_ASSERT_NAMED(entry.value() == Interface::intfForwardingModelUnauthorized(),
+                      "*iter == Interface::intfForwardingModelUnauthorized()");
+  }
+  for (auto& entry : input) {
+    Lumo::IntfId const intfId = entry.fwkKey();
+    if (status_->notifier()->cpStatus(intfId)) continue;
+    forwardingModelInputDir_->forwardingModelInputDel(intfId);
+  }
+}
+
+void MacsecForwardingModelSm::handleControlledPortStatus() {
+  if (!initialized_) return;
+  VESK_TRACE(8, "");
+  for (CpStatus& cpStatus : status_->notifier()->cpStatus()) {
+    handleControlledPortStatus(cpStatus.intfId());
+  }
+}
+
+void MacsecForwardingModelSm::handleControlledPortStatus(Lumo::IntfId intfId) {
+  if (!initialized_) return;
+  VESK_TRACE(8, " intfId=", intfId);
+  updateForwardingModel(intfId);
+}
+
+void MacsecForwardingModelSm::updateForwardingModel(Lumo::IntfId intfId) {
+  if (!initialized_) return;
+  VESK_TRACE(8, " intfId=", intfId);
+  auto const cpStatus = status_->notifier()->cpStatus(intfId);
+  if (cpStatus && !cpStatus->controlledPortEnabled()) {
+    VESK_TRACE(3, " Making forwarding model for ", intfId.stringValue(), " unauthorized");
+    forwardingModelInputDir_->forwardingModelInputIs(
+        intfId, Interface::intfForwardingModelUnauthorized());
+    return;
+  }
+  forwardingModelInputDir_->forwardingModelInputDel(intfId);
+  VESK_TRACE(3, " Making forwarding model for ", intfId.stringValue(), " authorized");
+}
+
+}  // namespace Macsec
