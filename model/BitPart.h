@@ -2,32 +2,78 @@
 
 #include <compare>
 #include <cstdint>
-#include <iosfwd>
-#include <string>
-#include <string_view>
+#include <type_traits>
 
-#include "runtime/NetValues.h"
+#include "runtime/Text.h"
 
 namespace Macsec {
 
-/// The word of a parameter set that holds several fields side by side: a value type that lies on
-/// the bytes of a packet. A setter stores the low bits of its argument that the field has room for
-/// and leaves all other bits as they are. `Part` is the class that names the fields.
-template <class Part, class Word>
-class BitPart {
+/// Two octets in the order of the frame; they print as "v0" and "v1" of a literal.
+template <class Part>
+class BitWord : public Vesk::Value<Part> {
  public:
-  constexpr BitPart() = default;
-  constexpr explicit BitPart(Word value) : word_(value) {}
+  constexpr BitWord() = default;
+  constexpr explicit BitWord(uint16_t value) { valueIs(value); }
 
   /// The whole word in host order.
-  constexpr Word value() const { return word_.value(); }
-  constexpr void valueIs(Word value) { word_.valueIs(value); }
+  constexpr uint16_t value() const { return static_cast<uint16_t>(v0_ << 8 | v1_); }
+  constexpr void valueIs(uint16_t value) {
+    v0_ = static_cast<uint8_t>(value >> 8);
+    v1_ = static_cast<uint8_t>(value);
+  }
+  constexpr uint8_t v0() const { return v0_; }
+  constexpr void v0Is(uint8_t v0) { v0_ = v0; }
+  constexpr uint8_t v1() const { return v1_; }
+  constexpr void v1Is(uint8_t v1) { v1_ = v1; }
 
-  /// The two octets of a 16-bit word in the order of the frame.
-  constexpr uint8_t v0() const requires(sizeof(Word) == 2) { return word_.bytes()[0]; }
-  constexpr void v0Is(uint8_t v0) requires(sizeof(Word) == 2) { valueIs(join(v0, v1())); }
-  constexpr uint8_t v1() const requires(sizeof(Word) == 2) { return word_.bytes()[1]; }
-  constexpr void v1Is(uint8_t v1) requires(sizeof(Word) == 2) { valueIs(join(v0(), v1)); }
+  template <class V>
+  static void describe(V&& v) {
+    v("v0", static_cast<uint8_t Part::*>(&BitWord::v0_));
+    v("v1", static_cast<uint8_t Part::*>(&BitWord::v1_));
+  }
+
+ private:
+  uint8_t v0_ = 0;
+  uint8_t v1_ = 0;
+};
+
+/// One octet; it prints as its number.
+template <class Part>
+class BitOctet : public Vesk::Value<Part> {
+ public:
+  static constexpr bool kPrintsBare = true;
+
+  constexpr BitOctet() = default;
+  constexpr explicit BitOctet(uint8_t value) : value_(value) {}
+  /// Throws `Vesk::RangeException` above 255.
+  static Part fromNumber(uint64_t number) {
+    if (number > 255)
+      Vesk::throwRangeException(std::string(Part::kTypeName) + " > 255 not allowed");
+    return Part(static_cast<uint8_t>(number));
+  }
+
+  constexpr uint8_t value() const { return value_; }
+  constexpr void valueIs(uint8_t value) { value_ = value; }
+  uint64_t number() const { return value_; }
+
+  template <class V>
+  static void describe(V&& v) {
+    v("value", static_cast<uint8_t Part::*>(&BitOctet::value_));
+  }
+
+ private:
+  uint8_t value_ = 0;
+};
+
+/// The octet or word of a parameter set that holds several fields side by side: a value type that
+/// lies on the bytes of a packet. A setter stores the low bits of its argument that the field has
+/// room for and leaves all other bits as they are. `Part` is the class that names the fields.
+template <class Part, class Word>
+class BitPart : public std::conditional_t<sizeof(Word) == 2, BitWord<Part>, BitOctet<Part>> {
+  using Base = std::conditional_t<sizeof(Word) == 2, BitWord<Part>, BitOctet<Part>>;
+
+ public:
+  using Base::Base;
 
   friend constexpr bool operator==(Part const& a, Part const& b) { return a.value() == b.value(); }
   friend constexpr auto operator<=>(Part const& a, Part const& b) {
@@ -38,11 +84,12 @@ class BitPart {
   /// The field that takes the bits from `high` down to `low`; bit 0 is the lowest.
   template <int high, int low>
   constexpr Word bits() const {
-    return (value() & mask<high, low>()) >> low;
+    return static_cast<Word>((this->value() & mask<high, low>()) >> low);
   }
   template <int high, int low>
   constexpr void bitsIs(unsigned field) {
-    valueIs(static_cast<Word>((value() & ~mask<high, low>()) | (field << low & mask<high, low>())));
+    unsigned const others = this->value() & ~mask<high, low>();
+    this->valueIs(static_cast<Word>(others | (field << low & mask<high, low>())));
   }
 
  private:
@@ -51,43 +98,6 @@ class BitPart {
     static_assert(0 <= low && low <= high && high < 8 * static_cast<int>(sizeof(Word)));
     return ((1u << (high - low + 1)) - 1) << low;
   }
-  static constexpr Word join(uint8_t v0, uint8_t v1) { return static_cast<Word>(v0 << 8 | v1); }
-
-  Lumo::NetValue<Word> word_;
 };
-
-/// "Value('Macsec::<Type>', ** {'v0': <v0>, 'v1': <v1>})" and back; what isn't that text throws
-/// `Vesk::ParseException`.
-std::string wordToStrep(char const* typeName, uint8_t v0, uint8_t v1);
-uint16_t wordFromStrep(char const* typeName, std::string_view text);
-/// A decimal number from 0 to 255, or `Vesk::ParseException`.
-uint8_t octetFromStrep(std::string_view text);
-/// Writes the text to the stream.
-std::ostream& strepTo(std::ostream& out, std::string const& text);
-
-/// The printed form: a 16-bit part as a literal with its type's name, an 8-bit part as its number.
-template <class Part>
-std::string valueToStrep(BitPart<Part, uint16_t> const& part) {
-  return wordToStrep(Part::typeName, part.v0(), part.v1());
-}
-template <class Part>
-std::string valueToStrep(BitPart<Part, uint8_t> const& part) {
-  return std::to_string(part.value());
-}
-
-/// The part whose printed form this is; any other text throws `Vesk::ParseException`.
-template <class Part>
-Part partFromStrep(std::string_view text) {
-  if constexpr (sizeof(Part) == 2) {
-    return Part(wordFromStrep(Part::typeName, text));
-  } else {
-    return Part(octetFromStrep(text));
-  }
-}
-
-template <class Part, class Word>
-std::ostream& operator<<(std::ostream& out, BitPart<Part, Word> const& part) {
-  return strepTo(out, valueToStrep(part));
-}
 
 }  // namespace Macsec

@@ -12,7 +12,7 @@ namespace Macsec {
 ///    | keyServer | macsecDesired | macsecCapability | parameterSetBodyLength |
 class BasicParameterSetPart : public BitPart<BasicParameterSetPart, uint16_t> {
  public:
-  static constexpr char const* typeName = "Macsec::BasicParameterSetPart";
+  static constexpr char const* kTypeName = "Macsec::BasicParameterSetPart";
 
   using BitPart::BitPart;
 
@@ -32,7 +32,7 @@ class BasicParameterSetPart : public BitPart<BasicParameterSetPart, uint16_t> {
 ///    | reserved | parameterSetBodyLength |
 class PeerListLengthParameter : public BitPart<PeerListLengthParameter, uint16_t> {
  public:
-  static constexpr char const* typeName = "Macsec::PeerListLengthParameter";
+  static constexpr char const* kTypeName = "Macsec::PeerListLengthParameter";
 
   using BitPart::BitPart;
 
@@ -48,6 +48,8 @@ class PeerListLengthParameter : public BitPart<PeerListLengthParameter, uint16_t
 ///    | latestKeyAN | latestKeyTx | latestKeyRx | oldKeyAN | oldKeyTx | oldKeyRx |
 class SakUseAnAndOffset : public BitPart<SakUseAnAndOffset, uint8_t> {
  public:
+  static constexpr char const* kTypeName = "Macsec::SakUseAnAndOffset";
+
   using BitPart::BitPart;
 
   constexpr uint8_t latestKeyAN() const { return bits<7, 6>(); }
@@ -70,7 +72,7 @@ class SakUseAnAndOffset : public BitPart<SakUseAnAndOffset, uint8_t> {
 ///    | plainTx | plainRx | reserved | delayProtect | parameterSetBodyLength |
 class SakUsePlainTxAndLengthSet : public BitPart<SakUsePlainTxAndLengthSet, uint16_t> {
  public:
-  static constexpr char const* typeName = "Macsec::SakUsePlainTxAndLengthSet";
+  static constexpr char const* kTypeName = "Macsec::SakUsePlainTxAndLengthSet";
 
   using BitPart::BitPart;
 
@@ -92,6 +94,8 @@ class SakUsePlainTxAndLengthSet : public BitPart<SakUsePlainTxAndLengthSet, uint
 ///    | distributedAN | confidentialityOffset | reserved |
 class DistSakAnAndOffset : public BitPart<DistSakAnAndOffset, uint8_t> {
  public:
+  static constexpr char const* kTypeName = "Macsec::DistSakAnAndOffset";
+
   using BitPart::BitPart;
 
   constexpr uint8_t distributedAN() const { return bits<7, 6>(); }
@@ -108,7 +112,7 @@ class DistSakAnAndOffset : public BitPart<DistSakAnAndOffset, uint8_t> {
 ///    | reserved | parameterSetBodyLength |
 class DistSakLengthSet : public BitPart<DistSakLengthSet, uint16_t> {
  public:
-  static constexpr char const* typeName = "Macsec::DistSakLengthSet";
+  static constexpr char const* kTypeName = "Macsec::DistSakLengthSet";
 
   using BitPart::BitPart;
 
@@ -124,7 +128,7 @@ class DistSakLengthSet : public BitPart<DistSakLengthSet, uint16_t> {
 ///    | reserved | parameterSetBodyLength |
 class DistCakLengthSet : public BitPart<DistCakLengthSet, uint16_t> {
  public:
-  static constexpr char const* typeName = "Macsec::DistCakLengthSet";
+  static constexpr char const* kTypeName = "Macsec::DistCakLengthSet";
 
   using BitPart::BitPart;
 
@@ -140,7 +144,7 @@ class DistCakLengthSet : public BitPart<DistCakLengthSet, uint16_t> {
 ///    | reserved | parameterSetBodyLength |
 class IcvIndicatorLengthSet : public BitPart<IcvIndicatorLengthSet, uint16_t> {
  public:
-  static constexpr char const* typeName = "Macsec::IcvIndicatorLengthSet";
+  static constexpr char const* kTypeName = "Macsec::IcvIndicatorLengthSet";
 
   using BitPart::BitPart;
 
