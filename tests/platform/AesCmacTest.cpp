@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <memory>
 #include <utility>
 
 #include "tests/platform/AllocationCount.h"
@@ -91,6 +92,16 @@ TEST(AesCmac, AllocatesNothingPerComputation) {
   AesCmac another(octetsOf(kKey256));
   EXPECT_GT(allocations(), after) << "keying allocates, so the count must see it";
 }
+
+#ifndef __SANITIZE_ADDRESS__
+TEST(AllocationCount, SeesTheAllocationsOfCpp) {
+  uint64_t const before = allocations();
+  auto const octets = std::make_unique<std::array<uint8_t, 100>>();
+  freedOctetsWatchedIs(*octets);
+  freedOctetsWatchedIs({});
+  EXPECT_GT(allocations(), before);
+}
+#endif
 
 TEST(AesCmac, LeavesNoKeyInTheMemoryThatItFrees) {
   for (char const* text : {kKey128, kKey256}) {
