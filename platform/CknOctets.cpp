@@ -1,0 +1,19 @@
+#include "platform/CknOctets.h"
+
+#include <algorithm>
+
+#include "platform/Hex.h"
+
+namespace Macsec {
+
+CknOctets::CknOctets(std::string_view text) {
+  if (text.size() <= 2 * kMaxSize && isHexOctets(text)) {
+    size_ = text.size() / 2;
+    static_cast<void>(hexDecode(text, std::span(octets_).first(size_)));
+    return;
+  }
+  size_ = std::min(text.size(), kMaxSize);
+  std::copy_n(text.begin(), size_, octets_.begin());
+}
+
+}  // namespace Macsec

@@ -1,0 +1,121 @@
+#include "platform/WardcodeLib.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "platform/Hex.h"
+#include "platform/SecretOctets.h"
+#include "platform/WardcodeCipher.h"
+#include "runtime/Assert.h"
+#include "runtime/World.h"
+
+namespace WardcodeLib {
+
+namespace {
+
+constexpr char kFailureText[] =
+    "A stored key doesn't decode under the key of this host and counts as no key. Enter the key "
+    "again, or restore the host key file under which it was stored.";
+
+/// Never destroyed: keys are still decoded while the process ends under live handlers.
+template <class T>
+union Immortal {
+  Immortal() : value() {}
+  ~Immortal() {}
+  T value;
+};
+
+Macsec::SecretOctets<kHostKeySize>& storedHostKey() {
+  static Immortal<Macsec::SecretOctets<kHostKeySize>> key;
+  return key.value;
+}
+
+std::span<uint8_t const, kHostKeySize> hostKey() {
+  auto& key = storedHostKey();
+  if (key.size() == 0) {
+    key.sizeIs(kHostKeySize);
+    Vesk::world().randomBytes(key.octets());
+  }
+  return key.octets().first<kHostKeySize>();
+}
+
+/// What didn't decode, and who hears of it.
+struct Failures {
+  uint64_t count = 0;
+  bool reported = false;
+  std::function<void(std::string_view)> sink;
+
+  void report() {
+    if (count == 0 || reported || !sink) return;
+    reported = true;
+    sink(kFailureText);
+  }
+};
+
+Failures& failures() {
+  static Immortal<Failures> failures;
+  return failures.value;
+}
+
+Vesk::String8 noKey() {
+  ++failures().count;
+  failures().report();
+  return {};
+}
+
+bool isEncoded(std::string_view text) {
+  return text.starts_with(kPrefix) && Macsec::isHexOctets(text.substr(kPrefix.size())) &&
+         text.size() > kPrefix.size() + 2 * (kNonceSize + kTagSize);
+}
+
+}  // namespace
+
+void hostKeyIs(std::span<uint8_t const, kHostKeySize> key) {
+  storedHostKey().sizeIs(kHostKeySize);
+  std::copy(key.begin(), key.end(), storedHostKey().octets().begin());
+}
+
+void hostKeyDel() {
+  Macsec::wipe(storedHostKey().octets());
+  storedHostKey().sizeIs(0);
+}
+
+Vesk::String8 doEncodeKey(Vesk::String8 key) {
+  if (key.empty()) return {};
+  auto const host = hostKey();
+  std::vector<uint8_t> sealed(kNonceSize + key.size() + kTagSize);
+  Vesk::world().randomBytes(std::span(sealed).first<kNonceSize>());
+  bool const done = seal(host, key.view(), sealed);
+  VESK_ASSERT_NAMED(done, "OpenSSL's default provider offers AES-256-GCM");
+  return Vesk::String8::filled(kPrefix.size() + 2 * sealed.size(), [&](char* text) {
+    Macsec::hexEncode(sealed, std::copy(kPrefix.begin(), kPrefix.end(), text));
+  });
+}
+
+Vesk::String8 doDecodeKey(Vesk::String8 encoded) {
+  if (encoded.empty()) return {};
+  if (!isEncoded(encoded.view())) return noKey();
+  auto const hex = encoded.view().substr(kPrefix.size());
+  std::vector<uint8_t> sealed(hex.size() / 2);
+  static_cast<void>(Macsec::hexDecode(hex, sealed));
+  bool opened = false;
+  auto const key = Vesk::String8::secretFilled(
+      sealed.size() - kNonceSize - kTagSize,
+      [&](char* text) { opened = open(hostKey(), sealed, reinterpret_cast<uint8_t*>(text)); });
+  return opened ? key : noKey();
+}
+
+void decodeFailureSinkIs(std::function<void(std::string_view)> sink) {
+  failures().sink = std::move(sink);
+  failures().report();
+}
+
+uint64_t decodeFailures() { return failures().count; }
+
+void decodeFailuresDel() {
+  failures().count = 0;
+  failures().reported = false;
+}
+
+}  // namespace WardcodeLib

@@ -1,0 +1,130 @@
+#include "platform/KeyWrap.h"
+
+#include <gtest/gtest.h>
+#include <openssl/err.h>
+
+#include <algorithm>
+
+#include "tests/platform/AllocationCount.h"
+#include "tests/platform/OctetText.h"
+
+namespace Macsec {
+namespace {
+
+constexpr char kKek128[] = "000102030405060708090a0b0c0d0e0f";
+constexpr char kKek256[] = "000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f";
+constexpr char kKey128[] = "00112233445566778899aabbccddeeff";
+constexpr char kKey256[] = "00112233445566778899aabbccddeeff000102030405060708090a0b0c0d0e0f";
+
+struct Vector {
+  char const* kek;
+  char const* key;
+  char const* wrapped;
+};
+
+// RFC 3394 4.1, 4.3 and 4.6, and the key of an MKPDU.
+constexpr Vector kVectors[] = {
+    {kKek128, kKey128, "1fa68b0a8112b447aef34bd8fb5a7b829d3e862371d2cfe5"},
+    {kKek256, kKey128, "64e8c3f9ce0f5ba263e9777905818a2a93c8191e7d6e8ae7"},
+    {kKek256, kKey256,
+     "28c9f404c4b810f4cbccb35cfb87f8263f5786e2d80ed326cbc7f0e71a99f43bfb988b9b7a02dd21"},
+    {"d1eed7b4638f373c9b5891bb6342cdb8", "378f101a582e734030e761c62b7ab8c9",
+     "116771c88648360e9aaff76dc6e18292b6496b89c29c10fe"},
+};
+
+bool allZero(std::vector<uint8_t> const& octets) {
+  return std::all_of(octets.begin(), octets.end(), [](uint8_t octet) { return octet == 0; });
+}
+
+TEST(KeyWrap, GivesTheValuesOfRfc3394BothWaysAndAgain) {
+  for (Vector const& v : kVectors) {
+    KeyWrap wrap(octetsOf(v.kek));
+    for (int round = 0; round < 2; ++round) {
+      std::vector<uint8_t> wrapped(std::string_view(v.wrapped).size() / 2);
+      ASSERT_TRUE(wrap.wrap(octetsOf(v.key), wrapped)) << v.wrapped;
+      EXPECT_EQ(hexString(wrapped), v.wrapped);
+      std::vector<uint8_t> key(wrapped.size() - KeyWrap::kOverhead);
+      ASSERT_TRUE(wrap.unwrap(wrapped, key)) << v.wrapped;
+      EXPECT_EQ(hexString(key), v.key);
+    }
+  }
+}
+
+TEST(KeyWrap, RefusesAnyFlippedBitAndThenStillUnwrapsTheRightOne) {
+  for (Vector const& v : kVectors) {
+    KeyWrap wrap(octetsOf(v.kek));
+    auto wrapped = octetsOf(v.wrapped);
+    std::vector<uint8_t> key(wrapped.size() - KeyWrap::kOverhead);
+    for (size_t bit = 0; bit < 8 * wrapped.size(); ++bit) {
+      wrapped[bit / 8] ^= 1 << bit % 8;
+      key.assign(key.size(), 1);
+      EXPECT_FALSE(wrap.unwrap(wrapped, key)) << v.wrapped << " bit " << bit;
+      EXPECT_TRUE(allZero(key));
+      wrapped[bit / 8] ^= 1 << bit % 8;
+    }
+    EXPECT_TRUE(wrap.unwrap(wrapped, key));
+    EXPECT_EQ(hexString(key), v.key);
+  }
+  EXPECT_EQ(ERR_peek_error(), 0u) << "a refusal leaves nothing in the queue of errors";
+}
+
+TEST(KeyWrap, RefusesAKeyWrappedUnderAnotherKek) {
+  KeyWrap other(octetsOf("ffffffffffffffffffffffffffffffff"));
+  std::vector<uint8_t> key(16);
+  EXPECT_FALSE(other.unwrap(octetsOf(kVectors[0].wrapped), key));
+}
+
+TEST(KeyWrap, RefusesOtherSizes) {
+  KeyWrap wrap(octetsOf(kKek128));
+  for (size_t size : {0, 8, 15, 24, 31, 40}) {
+    std::vector<uint8_t> octets(size, 1);
+    std::vector<uint8_t> out(size + KeyWrap::kOverhead, 1);
+    EXPECT_FALSE(wrap.wrap(octets, out)) << size;
+    EXPECT_TRUE(allZero(out)) << size;
+    out.assign(out.size(), 1);
+    EXPECT_FALSE(wrap.unwrap(out, octets)) << size;
+    EXPECT_TRUE(allZero(octets)) << size;
+  }
+  std::vector<uint8_t> small(23);
+  EXPECT_FALSE(wrap.wrap(octetsOf(kKey128), small));
+}
+
+TEST(KeyWrap, DoesNothingWithoutAKekOfAnAesLength) {
+  for (size_t size : {0, 15, 24, 33}) {
+    KeyWrap wrap{std::vector<uint8_t>(size)};
+    std::vector<uint8_t> out(24);
+    EXPECT_FALSE(wrap.keyed()) << size;
+    EXPECT_FALSE(wrap.wrap(octetsOf(kKey128), out)) << size;
+  }
+}
+
+TEST(KeyWrap, AllocatesNothingPerKey) {
+  ASSERT_TRUE(opensslIsCounted());
+  KeyWrap wrap(octetsOf(kKek128));
+  auto const key = octetsOf(kKey128);
+  std::vector<uint8_t> wrapped(24);
+  std::vector<uint8_t> out(16);
+  uint64_t const before = allocations();
+  bool const right = wrap.wrap(key, wrapped) && wrap.unwrap(wrapped, out);
+  uint64_t const after = allocations();
+  EXPECT_TRUE(right);
+  EXPECT_EQ(after, before);
+}
+
+TEST(KeyWrap, LeavesNoKekInTheMemoryThatItFrees) {
+  auto const kek = octetsOf("d1eed7b4638f373c9b5891bb6342cdb8");
+  {
+    KeyWrap wrap(kek);
+    std::vector<uint8_t> wrapped(24);
+    EXPECT_TRUE(wrap.wrap(octetsOf(kKey128), wrapped));
+    freedOctetsWatchedIs(kek);
+  }
+  uint64_t const blocks = freedBlocks();
+  uint64_t const withKek = freedBlocksWithWatchedOctets();
+  freedOctetsWatchedIs({});
+  EXPECT_GT(blocks, 0u);
+  EXPECT_EQ(withKek, 0u);
+}
+
+}  // namespace
+}  // namespace Macsec
