@@ -101,7 +101,7 @@ void ConfigReader::readProfile(std::string const& name, YAML::Node const& nameNo
   KeyPlace key, fallback;
   profile.name = name;
   yaml_.words(
-      node, nameNode.Mark(), fmt::format("profile {}", quoted(name)),
+      node, nameNode.Mark(), fmt::format("profile {}", quotedWord(name)),
       {{"key", false, [&](auto& value) { readKey(value, "key", profile.key, key); }},
        {"fallback-key", false,
         [&](auto& value) { readKey(value, "fallback-key", profile.fallbackKey, fallback); }},
@@ -121,7 +121,7 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                                  YAML::Node const& node) {
   InterfaceConfig intf;
   intf.name = name;
-  yaml_.words(node, nameNode.Mark(), fmt::format("interface {}", quoted(name)),
+  yaml_.words(node, nameNode.Mark(), fmt::format("interface {}", quotedWord(name)),
               {{"profile", true,
                 [&](YAML::Node const& value) {
                   store(yaml_.text(value, "profile"), intf.profile);
@@ -158,7 +158,7 @@ void ConfigReader::readSuite(YAML::Node const& node, ProfileConfig& profile) {
   if (auto suite = suiteOf(*word)) {
     profile.cipherSuite = *suite;
   } else {
-    yaml_.mistake(node.Mark(), fmt::format("unknown cipher-suite {}", quoted(*word)),
+    yaml_.mistake(node.Mark(), fmt::format("unknown cipher-suite {}", quotedWord(*word)),
                   remedyForUnknown(*word, suiteWords()));
   }
 }
@@ -188,7 +188,7 @@ void ConfigReader::checkProfilesExist() {
   for (auto const& intf : config_.interfaces) {
     if (intf.profile.empty() || config_.profile(intf.profile)) continue;
     yaml_.mistake(
-        profilePlace_[intf.name], fmt::format("there is no profile {}", quoted(intf.profile)),
+        profilePlace_[intf.name], fmt::format("there is no profile {}", quotedWord(intf.profile)),
         known.empty() ? "add it under 'profiles'" : remedyForUnknown(intf.profile, known));
   }
 }

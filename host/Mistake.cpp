@@ -57,7 +57,7 @@ void sortByPlace(std::vector<Mistake>& mistakes) {
   });
 }
 
-std::string quoted(std::string_view word) {
+std::string quotedWord(std::string_view word) {
   if (mayBeKey(word)) return fmt::format("a word of {} characters", word.size());
   std::string shown(word.substr(0, 40));
   std::replace_if(

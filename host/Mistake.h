@@ -27,7 +27,7 @@ void sortByPlace(std::vector<Mistake>& mistakes);
 
 /// The word in single quotes as a message may show it. A long word made of hexadecimal digits could
 /// be a key in the wrong place, so of such a word only its length is told.
-std::string quoted(std::string_view word);
+std::string quotedWord(std::string_view word);
 
 /// The word of `known` that is nearest to `word` (insertions, deletions, replacements and swaps of
 /// neighbours), or that it begins; empty when none is near enough to be meant.

@@ -46,7 +46,7 @@ void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string 
     auto entry = std::find_if(entries.begin(), entries.end(),
                               [&](Entry const& e) { return e.word == *word; });
     if (entry == entries.end()) {
-      mistake(pair.first.Mark(), fmt::format("unknown word {} in {}", quoted(*word), what),
+      mistake(pair.first.Mark(), fmt::format("unknown word {} in {}", quotedWord(*word), what),
               remedyForUnknown(*word, known));
     } else if (auto [first, isNew] = lineOf.emplace(*word, pair.first.Mark().line); !isNew) {
       mistake(pair.first.Mark(), fmt::format("'{}' stands twice in {}", *word, what),
@@ -75,7 +75,7 @@ void YamlReader::names(
     if (isNew) {
       read(*name, pair.first, pair.second);
     } else {
-      mistake(pair.first.Mark(), fmt::format("{} {} stands twice", kind, quoted(*name)),
+      mistake(pair.first.Mark(), fmt::format("{} {} stands twice", kind, quotedWord(*name)),
               fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
     }
   }
