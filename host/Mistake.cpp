@@ -53,8 +53,9 @@ std::string textOf(std::vector<Mistake> const& mistakes) {
 
 void sortByPlace(std::vector<Mistake>& mistakes) {
   std::stable_sort(mistakes.begin(), mistakes.end(), [](Mistake const& a, Mistake const& b) {
-    return std::tie(a.line, a.column) < std::tie(b.line, b.column);
+    return std::tie(a.file, a.line, a.column) < std::tie(b.file, b.line, b.column);
   });
+  mistakes.erase(std::unique(mistakes.begin(), mistakes.end()), mistakes.end());
 }
 
 std::string quotedWord(std::string_view word) {

@@ -22,7 +22,7 @@ struct Mistake {
 
 /// The mistakes in the order of their places, one on each line.
 std::string textOf(std::vector<Mistake> const& mistakes);
-/// Sorts by line and column; mistakes of one place keep their order.
+/// Sorts by file, line and column; mistakes of one place keep their order, and equal ones go.
 void sortByPlace(std::vector<Mistake>& mistakes);
 
 /// The word in single quotes as a message may show it. A long word made of hexadecimal digits could
