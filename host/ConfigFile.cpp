@@ -1,7 +1,6 @@
 #include "host/ConfigFile.h"
 
 #include <fmt/format.h>
-#include <openssl/crypto.h>
 #include <yaml-cpp/yaml.h>
 
 #include <cerrno>
@@ -19,8 +18,6 @@ namespace {
 
 /// Longest group CAK lifetime in minutes whose seconds still fit 32 bits.
 constexpr uint32_t maxLifetime = UINT32_MAX / 60;
-
-void wipe(std::string& text) { OPENSSL_cleanse(text.data(), text.size()); }
 
 /// A key as it stands in the file, before the suite that it has to fit is known.
 struct KeyPlace {

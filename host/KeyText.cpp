@@ -1,6 +1,7 @@
 #include "host/KeyText.h"
 
 #include <fmt/format.h>
+#include <string.h>
 
 #include <algorithm>
 #include <cctype>
@@ -70,5 +71,7 @@ std::optional<Fault> faultOfKey(std::string_view cak, unsigned bits) {
       fmt::format("the key has {} digits, which doesn't fit gcm-aes-xpn-{}", cak.size(), bits),
       fmt::format("give {} hexadecimal digits, or another cipher-suite", keyDigits(bits))};
 }
+
+void wipe(std::string& text) { explicit_bzero(text.data(), text.size()); }
 
 }  // namespace Macsecd

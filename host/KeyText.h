@@ -28,4 +28,7 @@ std::optional<Fault> faultOfKey(std::string_view cak);
 /// The same, and the length has to be that of the suite of `bits`.
 std::optional<Fault> faultOfKey(std::string_view cak, unsigned bits);
 
+/// Overwrites a text that held a key, so that it doesn't stay in memory.
+void wipe(std::string& text);
+
 }  // namespace Macsecd

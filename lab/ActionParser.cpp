@@ -1,7 +1,6 @@
 #include "lab/ActionParser.h"
 
 #include <fmt/format.h>
-#include <openssl/crypto.h>
 
 namespace Lab {
 
@@ -65,7 +64,7 @@ KeyChange parseNewKey(bool fallback, Words& words, Known& known) {
   auto text = words.any("the key");
   key.cak = Vesk::String8::secret(text);
   auto fault = Macsecd::faultOfKey(text);
-  OPENSSL_cleanse(text.data(), text.size());
+  Macsecd::wipe(text);
   check(fault, column);
   known.keyNames.insert(key.ckn);
   change.key = std::move(key);
