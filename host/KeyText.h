@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Macsecd {
+
+/// Longest key name on the wire, in octets (IEEE 802.1X-2010 9.3.1).
+inline constexpr size_t maxKeyNameOctets = 32;
+
+/// What is wrong with a text, and what to do about it. Never holds the text of a key.
+struct Fault {
+  std::string what;
+  std::string remedy;
+};
+
+/// The octets of a key name (CKN) on the wire: an even number of hexadecimal digits, at most 64,
+/// stands for its octets; any other text goes as its characters.
+std::string keyNameOctets(std::string_view ckn);
+/// Why this text can't be a key name; nothing when it can.
+std::optional<Fault> faultOfKeyName(std::string_view ckn);
+
+/// Digits of a key (CAK) for a cipher suite of `bits` (128 or 256): 32 or 64.
+size_t keyDigits(unsigned bits);
+/// Why this text can't be a key of any suite: not hexadecimal, odd, or neither 32 nor 64 digits.
+std::optional<Fault> faultOfKey(std::string_view cak);
+/// The same, and the length has to be that of the suite of `bits`.
+std::optional<Fault> faultOfKey(std::string_view cak, unsigned bits);
+
+/// Overwrites a text that held a key, so that it doesn't stay in memory.
+void wipe(std::string& text);
+
+}  // namespace Macsecd

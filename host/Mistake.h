@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Macsecd {
+
+/// One mistake in a file that the operator wrote: where it stands, what is wrong, what to do.
+/// It never holds the text of a key.
+struct Mistake {
+  std::string file;
+  int line = 1;    ///< from 1
+  int column = 1;  ///< from 1, in octets
+  std::string what;
+  std::string remedy;
+
+  /// "file:line:column: what; remedy", without an end of line.
+  std::string text() const;
+  friend bool operator==(Mistake const&, Mistake const&) = default;
+};
+
+/// The mistakes in the order of their places, one on each line.
+std::string textOf(std::vector<Mistake> const& mistakes);
+/// Sorts by file, line and column; mistakes of one place keep their order, and equal ones go.
+void sortByPlace(std::vector<Mistake>& mistakes);
+
+/// The word in single quotes as a message may show it. A long word made of hexadecimal digits could
+/// be a key in the wrong place, so of such a word only its length is told.
+std::string quotedWord(std::string_view word);
+
+/// The word of `known` that is nearest to `word` (insertions, deletions, replacements and swaps of
+/// neighbours), or that it begins; empty when none is near enough to be meant.
+std::string nearestWord(std::string_view word, std::vector<std::string> const& known);
+
+/// What to do about an unknown word: "write 'x'", or the list of the known ones.
+std::string remedyForUnknown(std::string_view word, std::vector<std::string> const& known);
+
+}  // namespace Macsecd

@@ -1,0 +1,123 @@
+#include "host/YamlReader.h"
+
+#include <fmt/format.h>
+#include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+
+namespace Macsecd {
+
+void YamlReader::mistake(YAML::Mark const& at, std::string what, std::string remedy) {
+  int line = std::max(at.line, 0) + 1;
+  int column = std::max(at.column, 0) + 1;
+  mistakes_.push_back({file_, line + linesBefore_, column, std::move(what), std::move(remedy)});
+}
+
+void YamlReader::mistake(YAML::Node const& at, Fault const& fault) {
+  mistake(at.Mark(), fault.what, fault.remedy);
+}
+
+bool YamlReader::isMap(YAML::Node const& node, std::string const& what) {
+  if (node.IsMap()) return true;
+  if (!node.IsNull()) {
+    mistake(node.Mark(), fmt::format("{} has to be a mapping", what),
+            "write its entries as 'word: value', indented below it");
+  }
+  return false;
+}
+
+std::optional<std::string> YamlReader::keyText(YAML::Node const& key, std::string const& what) {
+  if (key.IsScalar() && !key.Scalar().empty()) return key.Scalar();
+  mistake(key.Mark(), fmt::format("an entry of {} has no name", what), "give it a name");
+  return std::nullopt;
+}
+
+void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string const& what,
+                       std::vector<Entry> const& entries) {
+  if (!isMap(map, what) && !map.IsNull()) return;
+  std::vector<std::string> known;
+  for (auto const& entry : entries) known.push_back(entry.word);
+  std::map<std::string, int> lineOf;
+  for (auto const& pair : map) {
+    auto word = keyText(pair.first, what);
+    if (!word) continue;
+    auto entry = std::find_if(entries.begin(), entries.end(),
+                              [&](Entry const& e) { return e.word == *word; });
+    if (entry == entries.end()) {
+      mistake(pair.first.Mark(), fmt::format("unknown word {} in {}", quotedWord(*word), what),
+              remedyForUnknown(*word, known));
+    } else if (auto [first, isNew] = lineOf.emplace(*word, pair.first.Mark().line); !isNew) {
+      mistake(pair.first.Mark(), fmt::format("'{}' stands twice in {}", *word, what),
+              fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
+    } else {
+      wordMark_ = pair.first.Mark();
+      entry->read(pair.second);
+    }
+  }
+  for (auto const& entry : entries) {
+    if (!entry.required || lineOf.count(entry.word)) continue;
+    mistake(at, fmt::format("{} has no '{}'", what, entry.word),
+            fmt::format("add '{}: ...'", entry.word));
+  }
+}
+
+void YamlReader::names(
+    YAML::Node const& map, std::string const& kind,
+    std::function<void(std::string const&, YAML::Node const&, YAML::Node const&)> const& read) {
+  if (!isMap(map, fmt::format("'{}s'", kind))) return;
+  std::map<std::string, int> lineOf;
+  for (auto const& pair : map) {
+    auto name = keyText(pair.first, fmt::format("'{}s'", kind));
+    if (!name) continue;
+    auto [first, isNew] = lineOf.emplace(*name, pair.first.Mark().line);
+    if (isNew) {
+      read(*name, pair.first, pair.second);
+    } else {
+      mistake(pair.first.Mark(), fmt::format("{} {} stands twice", kind, quotedWord(*name)),
+              fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
+    }
+  }
+}
+
+std::optional<std::string> YamlReader::text(YAML::Node const& node, std::string const& word) {
+  if (node.IsScalar() && !node.Scalar().empty()) return node.Scalar();
+  if (node.IsScalar() || node.IsNull()) {
+    mistake(wordMark_, fmt::format("'{}' has no value", word), "give it one");
+  } else {
+    mistake(node.Mark(), fmt::format("'{}' has to be a single value", word),
+            "write the value on the same line");
+  }
+  return std::nullopt;
+}
+
+std::optional<bool> YamlReader::boolean(YAML::Node const& node, std::string const& word) {
+  static std::map<std::string, bool> const meanings{
+      {"true", true}, {"yes", true}, {"on", true}, {"false", false}, {"no", false}, {"off", false}};
+  auto value = text(node, word);
+  if (!value) return std::nullopt;
+  if (auto found = meanings.find(*value); found != meanings.end()) return found->second;
+  mistake(node.Mark(), fmt::format("'{}' is neither true nor false", word), "write true or false");
+  return std::nullopt;
+}
+
+std::optional<uint32_t> YamlReader::number(YAML::Node const& node, std::string const& word,
+                                           uint32_t min, uint32_t max) {
+  auto value = text(node, word);
+  if (!value) return std::nullopt;
+  bool digits = std::all_of(value->begin() + ((*value)[0] == '-' && value->size() > 1 ? 1 : 0),
+                            value->end(), [](char c) { return c >= '0' && c <= '9'; });
+  auto remedy = fmt::format("write a whole number from {} to {}", min, max);
+  if (!digits) {
+    mistake(node.Mark(), fmt::format("'{}' is no whole number", word), remedy);
+    return std::nullopt;
+  }
+  uint32_t number = 0;
+  auto [end, error] = std::from_chars(value->data(), value->data() + value->size(), number);
+  if (error == std::errc() && number >= min && number <= max) return number;
+  mistake(node.Mark(), fmt::format("'{}' is out of range", word), remedy);
+  return std::nullopt;
+}
+
+}  // namespace Macsecd

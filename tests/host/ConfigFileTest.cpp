@@ -1,0 +1,260 @@
+#include "host/ConfigFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace Macsecd {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+
+std::string const key128 = "00112233445566778899aabbccddeeff";
+std::string const key256 = key128 + key128;
+
+/// The lines of what an operator would see.
+std::vector<std::string> complaints(std::string const& text) {
+  std::vector<std::string> lines;
+  for (auto const& mistake : parseConfig(text, "f").mistakes) lines.push_back(mistake.text());
+  return lines;
+}
+
+/// A profile p with the given lines, which stand from line 3 on in column 5.
+std::string profile(std::string const& lines) {
+  std::string text = "profiles:\n  p:\n";
+  for (size_t at = 0; at < lines.size();) {
+    size_t end = std::min(lines.find('\n', at), lines.size());
+    text += "    " + lines.substr(at, end - at) + "\n";
+    at = end + 1;
+  }
+  return text;
+}
+
+TEST(ConfigFile, AnEmptyFileGivesTheDefaults) {
+  auto result = parseConfig("", "f");
+  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  EXPECT_FALSE(result.config.shutdown);
+  EXPECT_FALSE(result.config.fips);
+  EXPECT_FALSE(result.config.delayProtection);
+  EXPECT_THAT(result.config.profiles, IsEmpty());
+  EXPECT_THAT(result.config.interfaces, IsEmpty());
+}
+
+TEST(ConfigFile, AProfileWithoutEntriesHasTheDefaultsAndIsLegalWithoutAKey) {
+  auto result = parseConfig("profiles:\n  p:\ninterfaces: {Ethernet1: {profile: p}}\n", "f");
+  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  auto const* p = result.config.profile("p");
+  ASSERT_TRUE(p);
+  EXPECT_FALSE(p->key);
+  EXPECT_FALSE(p->fallbackKey);
+  EXPECT_EQ(p->keyServerPriority, 16);
+  EXPECT_EQ(p->rekeyPeriod, 0u);
+  EXPECT_EQ(p->cipherSuite, Suite::gcmAesXpn128);
+  EXPECT_FALSE(p->includeSci);
+  EXPECT_FALSE(p->dot1x);
+  EXPECT_EQ(p->groupCak, (GroupCakConfig{false, 1000}));
+  EXPECT_EQ(result.config.interface("Ethernet1")->portNumber, 1);
+}
+
+TEST(ConfigFile, EveryEntryOfAFullFileIsRead) {
+  auto result = parseConfig(
+      "shutdown: true\nfips: yes\ndelay-protection: on\n" +
+          profile("key: {ckn: AB01, cak: " + key256 + "}\nfallback-key: {ckn: cd, cak: " + key256 +
+                  "}\nkey-server-priority: 255\nrekey-period: 4294967295\n"
+                  "cipher-suite: gcm-aes-xpn-256\ninclude-sci: true\n"
+                  "dot1x: true\ngroup-cak: {enabled: true, lifetime: 5}\n") +
+          "interfaces:\n  Ethernet7: {profile: p, port-number: 65535}\n",
+      "f");
+  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  auto const& c = result.config;
+  EXPECT_TRUE(c.shutdown && c.fips && c.delayProtection);
+  auto const& p = c.profiles.at(0);
+  EXPECT_EQ(p.key, (KeyConfig{"AB01", Vesk::String8(key256)}));
+  EXPECT_EQ(p.fallbackKey->ckn, "cd");
+  EXPECT_EQ(p.keyServerPriority, 255);
+  EXPECT_EQ(p.rekeyPeriod, 4294967295u);
+  EXPECT_EQ(p.cipherSuite, Suite::gcmAesXpn256);
+  EXPECT_TRUE(p.includeSci && p.dot1x);
+  EXPECT_EQ(p.groupCak, (GroupCakConfig{true, 5}));
+  EXPECT_EQ(c.interface("Ethernet7")->profile, "p");
+  EXPECT_EQ(c.interface("Ethernet7")->portNumber, 65535);
+  EXPECT_EQ(c.interface("Ethernet8"), nullptr);
+}
+
+TEST(ConfigFile, TheShippedExampleIsGood) {
+  auto result = readConfigFile(EXAMPLES "/switch.yaml");
+  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+  EXPECT_THAT(result.config.profiles, SizeIs(3));
+  EXPECT_THAT(result.config.interfaces, SizeIs(4));
+}
+
+TEST(ConfigFile, AnUnknownWordIsAnsweredWithTheNearestOne) {
+  EXPECT_THAT(complaints("shutdwon: true\n"),
+              ElementsAre("f:1:1: unknown word 'shutdwon' in the configuration; write 'shutdown'"));
+  EXPECT_THAT(complaints(profile("rekey: 5")),
+              ElementsAre("f:3:5: unknown word 'rekey' in profile 'p'; write 'rekey-period'"));
+  EXPECT_THAT(complaints(profile("colour: 5")),
+              ElementsAre(HasSubstr("unknown word 'colour' in profile 'p'; use one of: key, ")));
+  EXPECT_THAT(complaints(profile("group-cak: {lifetme: 5}")),
+              ElementsAre("f:3:17: unknown word 'lifetme' in 'group-cak'; write 'lifetime'"));
+  EXPECT_THAT(complaints(profile("cipher-suite: gcm-aes-128")),
+              ElementsAre("f:3:19: unknown cipher-suite 'gcm-aes-128'; write 'gcm-aes-xpn-128'"));
+}
+
+TEST(ConfigFile, AMissingEntryIsToldAtThePlaceOfItsOwner) {
+  EXPECT_THAT(complaints(profile("key:\n  ckn: ab")),
+              ElementsAre("f:4:7: 'key' has no 'cak'; add 'cak: ...'"));
+  EXPECT_THAT(complaints("interfaces:\n  Ethernet1: {port-number: 2}\n"),
+              ElementsAre("f:2:3: interface 'Ethernet1' has no 'profile'; add 'profile: ...'"));
+  EXPECT_THAT(complaints("shutdown:\n"),
+              ElementsAre("f:1:1: 'shutdown' has no value; give it one"));
+}
+
+TEST(ConfigFile, ADuplicateEntryIsToldWithTheLineOfTheFirst) {
+  EXPECT_THAT(complaints("fips: true\nfips: true\n"),
+              ElementsAre("f:2:1: 'fips' stands twice in the configuration; "
+                          "remove it here or in line 1"));
+  EXPECT_THAT(complaints("profiles:\n  p:\n  q:\n  p:\n"),
+              ElementsAre("f:4:3: profile 'p' stands twice; remove it here or in line 2"));
+  EXPECT_THAT(complaints("profiles: {p: }\ninterfaces:\n  e: {profile: p}\n  e: {profile: p}\n"),
+              ElementsAre("f:4:3: interface 'e' stands twice; remove it here or in line 3"));
+}
+
+TEST(ConfigFile, AKeyIsHexadecimalEvenAndFitsTheSuiteWhereverTheSuiteStands) {
+  EXPECT_THAT(complaints(profile("key: {ckn: a, cak: 012}")),
+              ElementsAre(HasSubstr("f:3:24: the key has an odd number of digits, 3; ")));
+  EXPECT_THAT(complaints(profile("key: {ckn: a, cak: xy}")),
+              ElementsAre(HasSubstr("f:3:24: the key has characters that aren't hexadecimal")));
+  EXPECT_THAT(complaints(profile("key: {ckn: a, cak: " + key256 + "}")),
+              ElementsAre(HasSubstr("the key has 64 digits, which doesn't fit gcm-aes-xpn-128; "
+                                    "give 32 hexadecimal digits")));
+  EXPECT_THAT(complaints(profile("fallback-key: {ckn: a, cak: " + key128 +
+                                 "}\ncipher-suite: gcm-aes-xpn-256")),
+              ElementsAre(HasSubstr("f:3:33: the key has 32 digits, which doesn't fit")));
+}
+
+TEST(ConfigFile, AKeyNameHasAtMost32OctetsAsTheyGoOnTheWire) {
+  auto named = [](std::string const& ckn) {
+    return complaints(profile("key: {ckn: " + ckn + ", cak: " + key128 + "}"));
+  };
+  EXPECT_THAT(named(std::string(32, 'x')), IsEmpty());
+  EXPECT_THAT(named(std::string(64, 'a')), IsEmpty());
+  EXPECT_THAT(named(std::string(33, 'x')),
+              ElementsAre(HasSubstr("f:3:16: the key name has 33 octets, more than 32; ")));
+  EXPECT_THAT(named(std::string(63, 'a')), ElementsAre(HasSubstr("has 63 octets")));
+  EXPECT_THAT(named(std::string(66, 'a')), ElementsAre(HasSubstr("has 66 octets")));
+}
+
+TEST(ConfigFile, PrimaryAndFallbackKeyNeedDifferentNamesOnTheWire) {
+  auto keys = [](std::string const& one, std::string const& other) {
+    return complaints(profile("key: {ckn: " + one + ", cak: " + key128 +
+                              "}\nfallback-key: {ckn: " + other + ", cak: " + key128 + "}"));
+  };
+  EXPECT_THAT(keys("ab", "abc"), IsEmpty());
+  EXPECT_THAT(keys("ab", "ab"),
+              ElementsAre("f:4:25: the fallback key has the name of the primary key; "
+                          "keys of one interface need different names"));
+  EXPECT_THAT(keys("ab", "AB"), SizeIs(1)) << "the same octet";
+  EXPECT_THAT(keys("xy", "7879"), SizeIs(1)) << "the same octets";
+}
+
+TEST(ConfigFile, AValueOfTheWrongTypeIsRefused) {
+  EXPECT_THAT(complaints("fips: maybe\n"),
+              ElementsAre("f:1:7: 'fips' is neither true nor false; write true or false"));
+  EXPECT_THAT(complaints("fips: [true]\n"),
+              ElementsAre(HasSubstr("f:1:7: 'fips' has to be a single value; ")));
+  EXPECT_THAT(complaints("profiles: 5\n"),
+              ElementsAre(HasSubstr("f:1:11: 'profiles' has to be a mapping; ")));
+  EXPECT_THAT(complaints("- 5\n"), ElementsAre(HasSubstr("f:1:1: the configuration has to be")));
+  EXPECT_THAT(complaints(profile("key: " + key128)),
+              ElementsAre(HasSubstr("f:3:10: 'key' has to be a mapping; ")));
+  EXPECT_THAT(complaints(profile("rekey-period: 1.5")),
+              ElementsAre(HasSubstr("f:3:19: 'rekey-period' is no whole number; ")));
+}
+
+TEST(ConfigFile, ANumberOutOfRangeIsToldWithItsRange) {
+  EXPECT_THAT(complaints(profile("key-server-priority: 256")),
+              ElementsAre("f:3:26: 'key-server-priority' is out of range; "
+                          "write a whole number from 0 to 255"));
+  EXPECT_THAT(complaints(profile("key-server-priority: -1")), SizeIs(1));
+  EXPECT_THAT(complaints(profile("rekey-period: 4294967296")), SizeIs(1));
+  EXPECT_THAT(complaints(profile("group-cak: {lifetime: 71582789}")), SizeIs(1));
+  EXPECT_THAT(complaints("profiles: {p: }\ninterfaces: {e: {profile: p, port-number: 0}}\n"),
+              ElementsAre(HasSubstr("from 1 to 65535")));
+}
+
+TEST(ConfigFile, AnInterfaceNamesAProfileThatExists) {
+  EXPECT_THAT(complaints("profiles: {core: }\ninterfaces:\n  e: {profile: croe}\n"),
+              ElementsAre("f:3:16: there is no profile 'croe'; write 'core'"));
+  EXPECT_THAT(complaints("interfaces: {e: {profile: x}}\n"),
+              ElementsAre(HasSubstr("there is no profile 'x'; add it under 'profiles'")));
+}
+
+TEST(ConfigFile, WhatIsNotYamlIsAMistakeToo) {
+  EXPECT_THAT(complaints("profiles:\n  p: [1, 2\n"), ElementsAre(HasSubstr("this isn't YAML: ")));
+  EXPECT_THAT(complaints("a: b: c\n"), ElementsAre(HasSubstr("f:1:5: this isn't YAML: ")));
+  EXPECT_THAT(complaints("fips: true\n---\nfips: true\n"),
+              ElementsAre(HasSubstr("a second document begins here; ")));
+  EXPECT_THAT(complaints("? [1]\n: 2\n"), ElementsAre(HasSubstr("has no name; ")));
+}
+
+TEST(ConfigFile, AnAliasMayNameOneKeyTwice) {
+  auto result = parseConfig(
+      profile("key: {ckn: a, cak: &k " + key128 + "}\nfallback-key: {ckn: b, cak: *k}"), "f");
+  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  EXPECT_EQ(result.config.profiles[0].fallbackKey->cak.view(), key128);
+}
+
+TEST(ConfigFile, AllMistakesComeAtOnceInTheOrderOfTheirPlaces) {
+  auto all = complaints(
+      "fips: 7\ncolour: red\nprofiles:\n  p:\n    key: {ckn: a, cak: 0}\n"
+      "interfaces:\n  e: {profile: q, port-number: many}\n");
+  EXPECT_THAT(all, ElementsAre(HasSubstr("f:1:7: "), HasSubstr("f:2:1: "), HasSubstr("f:5:24: "),
+                               HasSubstr("f:7:16: "), HasSubstr("f:7:32: ")));
+}
+
+TEST(ConfigFile, NoMistakeShowsAKeyWhereverItStands) {
+  for (std::string const& secret : {key128, key256, key128.substr(1), key128 + "x"}) {
+    for (std::string const& text :
+         {profile("key: " + secret), profile("key: {ckn: a, cak: [" + secret + "]}"),
+          profile("key: {" + secret + ": a}"), profile(secret + ": 1"),
+          profile("cipher-suite: " + secret), profile("key: {ckn: a, cak: " + secret + "x}"),
+          profile("key: {ckn: a, cak: \"" + secret),
+          profile("key: {ckn: a, cak: " + secret + ": b}"), profile("dot1x: " + secret),
+          profile("rekey-period: " + secret), "interfaces: {e: {profile: " + secret + "}}\n"}) {
+      auto result = parseConfig(text, "f");
+      EXPECT_FALSE(result.good()) << text;
+      EXPECT_THAT(textOf(result.mistakes), Not(HasSubstr(secret))) << text;
+    }
+  }
+}
+
+TEST(ConfigFile, PlacesCountTheLinesBeforeTheText) {
+  auto mistakes = parseConfig("\n  fips: 7\n", "f", 10).mistakes;
+  ASSERT_THAT(mistakes, SizeIs(1));
+  EXPECT_EQ(mistakes[0].line, 12);
+  EXPECT_EQ(mistakes[0].column, 9);
+}
+
+TEST(ConfigFile, AFileThatCannotBeReadIsAMistake) {
+  auto missing = readConfigFile("/nowhere/at/all.yaml");
+  ASSERT_THAT(missing.mistakes, SizeIs(1));
+  EXPECT_THAT(missing.mistakes[0].text(), HasSubstr("/nowhere/at/all.yaml:1:1: the file can't be "
+                                                    "read: No such file or directory; "));
+  EXPECT_THAT(readConfigFile("/").mistakes, SizeIs(1));
+}
+
+TEST(Mistake, ANearWordIsSuggestedAndAFarOneIsNot) {
+  EXPECT_EQ(nearestWord("shutdwon", {"fips", "shutdown"}), "shutdown");
+  EXPECT_EQ(nearestWord("cak", {"ckn", "cak"}), "cak");
+  EXPECT_EQ(nearestWord("zzzz", {"fips", "shutdown"}), "");
+  EXPECT_EQ(nearestWord("", {"fips"}), "");
+}
+
+}  // namespace
+}  // namespace Macsecd
