@@ -40,8 +40,7 @@ bool isGreater(Sci const& a, Sci const& b) {
 
 }  // namespace
 
-ControlledPortSm::ControlledPortSm(Vesk::String8 ckn, Lumo::IntfId intfId,
-                                   Vesk::Ptr<Status> status,
+ControlledPortSm::ControlledPortSm(Vesk::String8 ckn, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
                                    Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
                                    Vesk::Ptr<Zorn::TimerWheel> timerWheel)
     : ckn_(std::move(ckn)),
@@ -153,8 +152,7 @@ void ControlledPortSm::handleSakTransmit() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   if (!isSameKey(cpStatus_->latestSakContext().sak(), actorStatus().distSak())) {
-    VESK_TRACE(3,
-               ": Ignoring sakTransmit because distSak and latest key do not match for actor ",
+    VESK_TRACE(3, ": Ignoring sakTransmit because distSak and latest key do not match for actor ",
                ckn_, " on ", intfId_);
     return;
   }

@@ -28,8 +28,8 @@ bool isReportOf(Sak const& sak, SaStatus const& saStatus) {
 
 }  // namespace
 
-ControlledPortSm::HwStatusReactor::HwStatusReactor(
-    ControlledPortSm& sm, Vesk::Ptr<MacSecIntfStatusPtrDir const> dir)
+ControlledPortSm::HwStatusReactor::HwStatusReactor(ControlledPortSm& sm,
+                                                   Vesk::Ptr<MacSecIntfStatusPtrDir const> dir)
     : Reactor(sm, std::move(dir), sm.intfId()) {
   if (Vesk::NotifieeListBase::visitsAreFiltered) {
     macsecIntfStatusReactor(sm.intfId());
@@ -115,8 +115,8 @@ void ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor::handleRxSaStatu
     return;
   }
   latest.rxInstalledIs(true);
-  VESK_TRACE(1, ": Starting receive on key: ", latest.sak().keyMsgId(), ":",
-             latest.sak().keyNum(), " for actor ", sm.ckn_, " on ", sm.intfId_);
+  VESK_TRACE(1, ": Starting receive on key: ", latest.sak().keyMsgId(), ":", latest.sak().keyNum(),
+             " for actor ", sm.ckn_, " on ", sm.intfId_);
   sm.cpStatus_->latestSakContextIs(latest);
   sm.handleReceiveUp();
 }
@@ -159,8 +159,7 @@ void ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor::handleTxSaStatu
   takeTransmitUp(latest);
 }
 
-void ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor::takeTransmitUp(
-    SakContext latest) {
+void ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor::takeTransmitUp(SakContext latest) {
   ControlledPortSm& sm = owner();
   Sak const sak = latest.sak();
   SakContext old = sm.cpStatus_->oldSakContext();

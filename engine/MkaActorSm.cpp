@@ -15,10 +15,10 @@ namespace {
 
 Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 
-Vesk::LogHandle const MKA_STATE_CHG(
-    "MKA_STATE_CHG", Vesk::LogSeverity::notice, "MKA using key %s %s on interface %s",
-    "Macsec key agreement protocol state changed on the interface", Vesk::NoActionRequired, 0.0,
-    1.0);
+Vesk::LogHandle const MKA_STATE_CHG("MKA_STATE_CHG", Vesk::LogSeverity::notice,
+                                    "MKA using key %s %s on interface %s",
+                                    "Macsec key agreement protocol state changed on the interface",
+                                    Vesk::NoActionRequired, 0.0, 1.0);
 
 constexpr int kMemberIdentifierBits = 96;
 // Priority of an actor whose key comes from 802.1X, by the kind of that key.
@@ -110,8 +110,8 @@ Vesk::Ptr<MkaKeyServerSm> MkaActorSm::keyServerSmIs(
     Vesk::Ptr<Zorn::TimerWheel> const& reKeyTimer) {
   if (keyServerSm_ && keyServerSm_->isFor(intfId, ckn, status)) return keyServerSm_;
   keyServerSmDel();
-  keyServerSm_ = MkaKeyServerSm::MkaKeyServerSmIs(intfId, ckn, status, mkaPeriodicTimer,
-                                                  reKeyTimer);
+  keyServerSm_ =
+      MkaKeyServerSm::MkaKeyServerSmIs(intfId, ckn, status, mkaPeriodicTimer, reKeyTimer);
   return keyServerSm_;
 }
 

@@ -39,8 +39,8 @@ void MkaActorSm::parseCakDistInfo() {
     return;
   }
   if (info->baseInfo().sci() != actorStatus().keyServer()) {
-    VESK_TRACE(3, ": Received dist CAK from a peer ", id,
-               " who is not a key server for actor ", ckn_, " on ", intfId_);
+    VESK_TRACE(3, ": Received dist CAK from a peer ", id, " who is not a key server for actor ",
+               ckn_, " on ", intfId_);
     return;
   }
   CakDistInfo const& dist = info->cakDistInfo();
@@ -62,8 +62,8 @@ void MkaActorSm::parseSakDistInfo() {
     return;
   }
   if (info->baseInfo().sci() != actorStatus().keyServer()) {
-    VESK_TRACE(3, ": Received dist SAK from a peer ", id,
-               " who is not a key server for actor ", ckn_, " on ", intfId_);
+    VESK_TRACE(3, ": Received dist SAK from a peer ", id, " who is not a key server for actor ",
+               ckn_, " on ", intfId_);
     return;
   }
   SakDistInfo const& dist = info->sakDistInfo();
@@ -73,8 +73,8 @@ void MkaActorSm::parseSakDistInfo() {
     return;
   }
   if (dist.cipherSuite() != intfStatus_->macsecParams().cipher()) {
-    VESK_TRACE(3, ": Cipher Suite mismatch from peer ", id,
-               ". Ignoring dist SAK set for actor ", ckn_, " on ", intfId_);
+    VESK_TRACE(3, ": Cipher Suite mismatch from peer ", id, ". Ignoring dist SAK set for actor ",
+               ckn_, " on ", intfId_);
     return;
   }
   Sak sak(AssociationNumber(dist.anAndOffset().distAN()));

@@ -47,8 +47,7 @@ void MkaActorSm::takeLivePath(MkaInfo const& info) {
   }
   refresh(*peer, info);
   if (actorStatus().potentialPeer(id)) {
-    VESK_TRACE(3, ": Removing ", id, " from potential peer list of actor ", ckn_, " on ",
-               intfId_);
+    VESK_TRACE(3, ": Removing ", id, " from potential peer list of actor ", ckn_, " on ", intfId_);
     actorStatus().potentialPeerDel(id);
   }
   doUpdateKeyServer();

@@ -55,8 +55,8 @@ void MkaActorSm::transmit(MkaMessageInfo& tx) {
 // As long as no key server is known, every actor that may be one claims the role, and so is
 // a candidate for the others' election; from then on the elected one alone.
 BasicInfo MkaActorSm::basicInfo() {
-  bool const claims = actorStatus().keyServer() == Sci() ? mayBeKeyServer()
-                                                         : actorStatus().electedSelf();
+  bool const claims =
+      actorStatus().keyServer() == Sci() ? mayBeKeyServer() : actorStatus().electedSelf();
   unsigned char const priority = getKeyServerPriority();
   if (actorStatus().msgNum() == kLastMessageNumber) updateMsgId();
   Vesk::String8 const msgId = actorStatus().msgId();

@@ -62,8 +62,7 @@ MkaKeyServerSm::MkaKeyServerSm(Lumo::IntfId intfId, Vesk::String8 ckn, Vesk::Ptr
     : intfId_(intfId),
       ckn_(std::move(ckn)),
       status_(std::move(status)),
-      mkaPeriodicTimer_(
-          Vesk::make<MkaPeriodicTimerReactor>(*this, std::move(mkaPeriodicTimer))),
+      mkaPeriodicTimer_(Vesk::make<MkaPeriodicTimerReactor>(*this, std::move(mkaPeriodicTimer))),
       reKeyTimer_(Vesk::make<ReKeyTimerReactor>(*this, std::move(reKeyTimer))) {
   handleInitialized();
 }
@@ -127,8 +126,7 @@ void MkaKeyServerSm::generateAndArmGuard() {
 void MkaKeyServerSm::handleInitialized() {
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
   mkaPortStatus_ = status_->portStatus(intfId_);
-  mkaActorStatus_ =
-      Vesk::make<MkaActorStatusReactor>(*this, mkaPortStatus_->actorStatus(ckn_));
+  mkaActorStatus_ = Vesk::make<MkaActorStatusReactor>(*this, mkaPortStatus_->actorStatus(ckn_));
   mkaIntfStatus_ = Vesk::make<MkaIntfStatusReactor>(*this, status_->intfStatus(intfId_));
   if (actorStatus().electedSelf()) {
     actorStatus().newSakIs(true);
@@ -239,8 +237,8 @@ void MkaKeyServerSm::handleReKeyTimerExpiry() {
     armReKey();
     return;
   }
-  VESK_TRACE(3, "Live peer list is empty. Disarming mkaPeriodicTimer only", " on intfId ",
-             intfId_, " for ckn ", ckn_);
+  VESK_TRACE(3, "Live peer list is empty. Disarming mkaPeriodicTimer only", " on intfId ", intfId_,
+             " for ckn ", ckn_);
   disarmGuard();
 }
 

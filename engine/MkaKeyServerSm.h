@@ -7,7 +7,8 @@
 namespace Macsec {
 
 /// Decides when a new SAK is needed in one connectivity association, and makes it. It exists while
-/// its actor is principal, key server or not. The guard bounds the rate: one key in an MKA lifetime.
+/// its actor is principal, key server or not. The guard bounds the rate: one key in an MKA
+/// lifetime.
 ///
 ///     +----------------+  first live peer: generate   +-----------------------+
 ///     | Guard disarmed | ---------------------------> | Guard armed           |

@@ -75,8 +75,7 @@ Vesk::Ptr<MkaActorSm> MkaPortSm::mkaActorSmIs(
     Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
     Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) {
   if (auto actorSm = mkaActorSm_[ckn]) return actorSm;
-  auto actorSm =
-      Vesk::make<MkaActorSm>(ckn, cak, intfId, status, pamManager, hwStatus, timerWheel);
+  auto actorSm = Vesk::make<MkaActorSm>(ckn, cak, intfId, status, pamManager, hwStatus, timerWheel);
   mkaActorSm_.insert(actorSm.ptr());
   actorSm->hasNotificationActiveIs(true);
   return actorSm;
@@ -125,8 +124,7 @@ void MkaPortSm::handleCleanUp() {
   resetCpStatus(*cpStatus_);
 }
 
-MkaPortSm::PortStatusReactor::PortStatusReactor(MkaPortSm& sm,
-                                                Vesk::Ptr<MkaPortStatus> portStatus)
+MkaPortSm::PortStatusReactor::PortStatusReactor(MkaPortSm& sm, Vesk::Ptr<MkaPortStatus> portStatus)
     : Reactor(sm, std::move(portStatus)) {
   for (auto& member : notifier()->actorStatus()) actorStatusIs(&member);
 }

@@ -36,8 +36,7 @@ struct MkaPortSm::Candidates {
 };
 
 void MkaPortSm::logKeyInUse(MkaActorStatus const& actor) const {
-  Vesk::log(actor.defaultActor() ? MKA_FALLBACK_KEY_IN_USE : MKA_KEY_IN_USE, actor.name(),
-            intfId_);
+  Vesk::log(actor.defaultActor() ? MKA_FALLBACK_KEY_IN_USE : MKA_KEY_IN_USE, actor.name(), intfId_);
 }
 
 // `principalActorCkn` is empty or names an actor that is principal, and no other actor is.
@@ -168,8 +167,8 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleFailed(MkaActorStat
     sm.actorDeletionTimer_->timeMinIs(Zorn::never);
   }
   if (actor.electedSelf()) {
-    VESK_TRACE(1, ": Actor ", actor.name(),
-               " was the principal actor. Electing new actor on ", sm.intfId_);
+    VESK_TRACE(1, ": Actor ", actor.name(), " was the principal actor. Electing new actor on ",
+               sm.intfId_);
     sm.doElectPrincipalActor();
     return;
   }

@@ -44,13 +44,13 @@ Vesk::Ptr<MkaRootSm> MkaRootSm::MkaRootSmIs(
                                      std::move(timerWheel));
 }
 
-Vesk::Ptr<MkaRootSm> mkaRootSmFactory(
-    Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
-    Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
-    Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
+Vesk::Ptr<MkaRootSm> mkaRootSmFactory(Vesk::Ptr<Status> status,
+                                      Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+                                      Vesk::Ptr<MkaPamManager> pamManager,
+                                      Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                                      Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
   return MkaRootSm::MkaRootSmIs(std::move(status), std::move(ethIntfStatusDir),
-                                std::move(pamManager), std::move(hwStatus),
-                                std::move(timerWheel));
+                                std::move(pamManager), std::move(hwStatus), std::move(timerWheel));
 }
 
 void MkaRootSm::hasNotificationActiveIs(bool active) {
@@ -60,8 +60,8 @@ void MkaRootSm::hasNotificationActiveIs(bool active) {
 
 Vesk::Ptr<MkaSm> MkaRootSm::mkaSmIs() {
   if (!mkaSm_) {
-    mkaSm_ = MkaSm::MkaSmIs(status_->notifier(), ethIntfStatusDir_, pamManager_, hwStatus_,
-                            timerWheel_);
+    mkaSm_ =
+        MkaSm::MkaSmIs(status_->notifier(), ethIntfStatusDir_, pamManager_, hwStatus_, timerWheel_);
   }
   return mkaSm_;
 }

@@ -8,8 +8,7 @@ namespace Macsec {
 /// is true.
 class MkaRootSm final : public Vesk::PtrInterface {
  public:
-  MkaRootSm(Vesk::Ptr<Status> status,
-            Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+  MkaRootSm(Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
             Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
             Vesk::Ptr<Zorn::TimerWheel> timerWheel);
   ~MkaRootSm() override;
@@ -40,9 +39,10 @@ class MkaRootSm final : public Vesk::PtrInterface {
 };
 
 /// Builds the state machine with its notification on.
-Vesk::Ptr<MkaRootSm> mkaRootSmFactory(
-    Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
-    Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
-    Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+Vesk::Ptr<MkaRootSm> mkaRootSmFactory(Vesk::Ptr<Status> status,
+                                      Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+                                      Vesk::Ptr<MkaPamManager> pamManager,
+                                      Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                                      Vesk::Ptr<Zorn::TimerWheel> timerWheel);
 
 }  // namespace Macsec

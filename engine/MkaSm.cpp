@@ -46,8 +46,7 @@ Vesk::Ptr<MkaSm> MkaSm::MkaSmIs(Vesk::Ptr<Status> status,
                                 Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
                                 Vesk::Ptr<Zorn::TimerWheel> timerWheel) {
   return Vesk::makeActive<MkaSm>(std::move(status), std::move(ethIntfStatusDir),
-                                 std::move(pamManager), std::move(hwStatus),
-                                 std::move(timerWheel));
+                                 std::move(pamManager), std::move(hwStatus), std::move(timerWheel));
 }
 
 Vesk::Ptr<MkaSm> mkaSmFactory(Vesk::Ptr<Status> status,

@@ -10,8 +10,7 @@ Vesk::TraceHandle traceHandle("Macsec::HwEmulator");
 
 }  // namespace
 
-struct HwEmulator::StatusReactor final
-    : Vesk::Reactor<Status const, HwEmulator, StatusReactor> {
+struct HwEmulator::StatusReactor final : Vesk::Reactor<Status const, HwEmulator, StatusReactor> {
   struct CpStatusReactor;
 
   StatusReactor(HwEmulator& emulator, Vesk::Ptr<Status const> status);
@@ -40,8 +39,7 @@ struct HwEmulator::StatusReactor::CpStatusReactor final
   void updateTxSaStatus();
 };
 
-HwEmulator::HwEmulator(Vesk::Ptr<Status const> status,
-                       Vesk::Ptr<MacSecIntfStatusPtrDir> allMacsec)
+HwEmulator::HwEmulator(Vesk::Ptr<Status const> status, Vesk::Ptr<MacSecIntfStatusPtrDir> allMacsec)
     : status_(Vesk::make<StatusReactor>(*this, std::move(status))),
       allMacsec_(std::move(allMacsec)) {
   status_->follow();

@@ -14,8 +14,7 @@ Vesk::TraceHandle traceHandle("HwStatus");
 HwStatusSm::HwStatusSm(Vesk::Ptr<MacSecIntfStatusPtrDir> hwStatus,
                        Vesk::Ptr<Vesk::Dir const> hwStatusSliceDir)
     : hwStatus_(std::move(hwStatus)),
-      hwStatusSliceDir_(
-          Vesk::make<HwStatusSliceDirReactor>(*this, std::move(hwStatusSliceDir))) {
+      hwStatusSliceDir_(Vesk::make<HwStatusSliceDirReactor>(*this, std::move(hwStatusSliceDir))) {
   doInit();
 }
 

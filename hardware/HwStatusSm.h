@@ -7,7 +7,8 @@
 namespace Macsec {
 
 /// Merges the slices of the hardware into the one view that the engine reads, and remembers which
-/// slice each interface came from, so that a slice that goes takes exactly its own interfaces along.
+/// slice each interface came from, so that a slice that goes takes exactly its own interfaces
+/// along.
 class HwStatusSm final : public Vesk::PtrInterface {
  public:
   HwStatusSm(Vesk::Ptr<MacSecIntfStatusPtrDir> hwStatus,

@@ -60,8 +60,7 @@ void MacsecForwardingModelSm::hasNotificationActiveIs(bool active) {
   cpStatus_.hasNotificationActiveIs(active);
 }
 
-void MacsecForwardingModelSm::StatusReactor::cpStatusIs(
-    Vesk::Ptr<CpStatus const> const& member) {
+void MacsecForwardingModelSm::StatusReactor::cpStatusIs(Vesk::Ptr<CpStatus const> const& member) {
   owner().cpStatus_.xIs(member->intfId(), member,
                         [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
 }
@@ -124,8 +123,8 @@ void MacsecForwardingModelSm::updateForwardingModel(Lumo::IntfId intfId) {
   auto const cpStatus = status_->notifier()->cpStatus(intfId);
   if (cpStatus && !cpStatus->controlledPortEnabled()) {
     VESK_TRACE(3, " Making forwarding model for ", intfId.stringValue(), " unauthorized");
-    forwardingModelInputDir_->forwardingModelInputIs(
-        intfId, Interface::intfForwardingModelUnauthorized());
+    forwardingModelInputDir_->forwardingModelInputIs(intfId,
+                                                     Interface::intfForwardingModelUnauthorized());
     return;
   }
   forwardingModelInputDir_->forwardingModelInputDel(intfId);

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "model/Config.h"
+#include "model/Status.h"
+#include "platform/EapKeyStatus.h"
+#include "platform/EthIntfStatus.h"
+#include "platform/MessageCounters.h"
+#include "runtime/Reactor.h"
+
+namespace Macsec {
+
+/// Turns the configuration tree into the `IntfStatus` entries of the status tree, which are all
+/// that the engine sees of configuration. An entry exists while some profile binds the interface
+/// and has something to run on: a configured primary key, or 802.1X enabled.
+class ConfigSm final : public Vesk::PtrInterface {
+ public:
+  /// `eapKeyStatus` and `brineCounters` may be null where there is no 802.1X module and no table of
+  /// message counters.
+  ConfigSm(Vesk::Ptr<Config const> config, Vesk::Ptr<Status> status,
+           Vesk::Ptr<Dot1x::EapKeyStatus const> eapKeyStatus,
+           Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+           Vesk::Ptr<Brine::MessageCounters> brineCounters);
+  ~ConfigSm() override;
+  static Vesk::Ptr<ConfigSm> ConfigSmIs(
+      Vesk::Ptr<Config const> config, Vesk::Ptr<Status> status,
+      Vesk::Ptr<Dot1x::EapKeyStatus const> eapKeyStatus,
+      Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+      Vesk::Ptr<Brine::MessageCounters> brineCounters);
+  void hasNotificationActiveIs(bool active) override;
+
+  bool initialized() const { return initialized_; }
+  /// How many profiles have a reactor.
+  size_t profiles() const { return profile_.members(); }
+
+  // Profiles.
+  void handleInitialized();
+  // Keys of 802.1X.
+  void handleEapKeyStatus();
+  void handleEapKeyStatus(Lumo::IntfId intfId);
+  /// The CAK and CKN of a master session key (IEEE 802.1X-2010, 6.2.2); the default value when they
+  /// can't be derived.
+  Cak deriveKey(CipherSuite cipher, Dot1x::EapKey const& eapKey) const;
+  // Delay protection.
+  void handleDelayProtection();
+  // The FIPS mode of the process and the clearing of message counters have their place here:
+  // `ConfigReactor` and `StatusReactor` don't watch their switches yet.
+
+ private:
+  struct ConfigReactor;
+  struct StatusReactor;
+  struct EapKeyStatusReactor;
+  struct EthIntfStatusDirReactor;
+  struct ProfileReactor;
+
+  Config const& config() const;
+  Status& status() const;
+  bool isStale(IntfStatus const& intfStatus) const;
+  void profileIs(Vesk::Ptr<Profile const> const& profile);
+  void profileDel(Vesk::Name const& name);
+  void profilesFollowConfig();
+
+  Vesk::Ptr<ConfigReactor> config_;
+  Vesk::Ptr<StatusReactor> status_;
+  Vesk::Ptr<EapKeyStatusReactor> eapKeyStatus_;
+  Vesk::Ptr<EthIntfStatusDirReactor> ethIntfStatusDir_;
+  Vesk::Ptr<Brine::MessageCounters> brineCounters_;
+  Vesk::NestedReactors<ProfileReactor, Vesk::Name> profile_;
+  bool initialized_ = false;
+};
+
+/// Builds the state machine with its notification on.
+Vesk::Ptr<ConfigSm> configSmFactory(Vesk::Ptr<Config const> config, Vesk::Ptr<Status> status,
+                                    Vesk::Ptr<Dot1x::EapKeyStatus const> eapKeyStatus,
+                                    Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+                                    Vesk::Ptr<Brine::MessageCounters> brineCounters);
+
+/// Whether two keys differ: by name, or by clear text. The encoded form is never compared.
+bool keysDiffer(Cak const& a, Cak const& b);
+
+}  // namespace Macsec
