@@ -1,0 +1,141 @@
+#include "host/Host.h"
+
+#include "host/ConfigTree.h"
+#include "host/StatusCopy.h"
+#include "model/Factories.h"
+#include "runtime/World.h"
+
+namespace Macsecd {
+
+namespace {
+
+using Macsec::MacSecStatus;
+
+Vesk::Name const kEmulatedSlice = "emulated";
+
+// The world of a process that has died: what its objects still do on their way out reaches nobody.
+class DeadWorld final : public Vesk::World {
+ public:
+  explicit DeadWorld(double now) : now_(now) {}
+  double now() const override { return now_; }
+  int rand() override { return 0; }
+  void randomBytes(std::span<uint8_t> out) override { std::fill(out.begin(), out.end(), 0); }
+  void syslog(Vesk::LogMessage const&) override {}
+  void exit(int) override {}
+
+ private:
+  double now_;
+};
+
+}  // namespace
+
+struct Host::ConfigReactor final : Vesk::Reactor<Macsec::Config const, Host, ConfigReactor> {
+  using Reactor::Reactor;
+  void onShutdown() override { owner().handleShutdown(); }
+};
+
+// The top state machines and the codec, in the order in which they are built; they end in the
+// opposite order. The directory of the hardware is filled before anybody asks it, and nobody sends
+// before there is a codec.
+struct Host::Machines {
+  explicit Machines(Host& host)
+      : hwStatusSm(Macsec::hwStatusSmFactory(host.hwStatus_, host.slices_)),
+        codec(host.pamManager_, host.status_, host.ethIntfStatusDir_, host.sink_),
+        hwEmulator(host.options_.emulateHardware
+                       ? Macsec::hwEmulatorFactory(host.status_, host.hwStatus_)
+                       : nullptr),
+        configSm(Macsec::configSmFactory(host.config_, host.status_, host.eapKeyStatus_,
+                                         host.ethIntfStatusDir_, nullptr)),
+        mkaRootSm(Macsec::mkaRootSmFactory(host.status_, host.ethIntfStatusDir_, host.pamManager_,
+                                           host.hwStatus_, host.timerWheel_)),
+        forwardingModelSm(
+            Macsec::macsecForwardingModelSmFactory(host.status_, host.forwardingModelInputDir_)) {}
+
+  Vesk::Ptr<Macsec::HwStatusSm> hwStatusSm;
+  Codec::FrameCodec codec;
+  Vesk::Ptr<Macsec::HwEmulator> hwEmulator;
+  Vesk::Ptr<Macsec::ConfigSm> configSm;
+  Vesk::Ptr<Macsec::MkaRootSm> mkaRootSm;
+  Vesk::Ptr<Macsec::MacsecForwardingModelSm> forwardingModelSm;
+};
+
+Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
+    : sink_(sink),
+      options_(options),
+      config_(Macsec::configFactory(name + "/config")),
+      status_(Macsec::statusFactory(name + "/status")),
+      pamManager_(Macsec::mkaPamManagerFactory(
+          Interface::EthDevPamCollection::EthDevPamCollectionIs(name + "/pam"))),
+      ethIntfStatusDir_(Interface::EthIntfStatusDir::EthIntfStatusDirIs(name + "/interfaces")),
+      eapKeyStatus_(Dot1x::EapKeyStatus::EapKeyStatusIs(name + "/eapKeys")),
+      slices_(Vesk::makeActive<Vesk::Dir>(name + "/slices")),
+      hwStatus_(Macsec::macSecIntfStatusPtrDirFactory(name + "/hardware")),
+      forwardingModelInputDir_(
+          Interface::IntfForwardingModelInputDir::IntfForwardingModelInputDirIs(name +
+                                                                                "/forwarding")),
+      timerWheel_(Vesk::make<Zorn::TimerWheel>()),
+      configReactor_(Vesk::make<ConfigReactor>(*this, config_)) {
+  if (options_.emulateHardware) {
+    slices_->entityPtrIs(Macsec::macSecStatusFactory(kEmulatedSlice));
+  }
+}
+
+Host::~Host() {
+  stop();
+  Vesk::retire(configReactor_);
+}
+
+void Host::interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t portNumber) {
+  ethIntfStatusDir_->intfStatusIs(intfId, addr, portNumber);
+  if (!options_.emulateHardware) return;
+  Vesk::ptrCast<MacSecStatus>(slices_->entry(kEmulatedSlice))->statusIs(intfId);
+}
+
+void Host::interfaceDel(Lumo::IntfId intfId) {
+  ethIntfStatusDir_->intfStatusDel(intfId);
+  if (!options_.emulateHardware) return;
+  Vesk::ptrCast<MacSecStatus>(slices_->entry(kEmulatedSlice))->statusDel(intfId);
+}
+
+void Host::linkIs(Lumo::IntfId intfId, bool up) {
+  auto const intfStatus = ethIntfStatusDir_->intfStatus(intfId);
+  if (intfStatus) intfStatus->linkStatusIs(up ? Interface::linkUp : Interface::linkDown);
+}
+
+void Host::configIs(SwitchConfig const& config) { writeConfig(config, *config_); }
+
+void Host::handleShutdown() { status_->macsecEnabledIs(!config_->shutdown()); }
+
+void Host::start() {
+  if (running()) return;
+  status_->fipsStatusIs(Macsec::FipsStatus());
+  handleShutdown();
+  machines_ = std::make_unique<Machines>(*this);
+}
+
+void Host::stop() { machines_.reset(); }
+
+void Host::restart() {
+  auto left = copyOf(*status_);
+  if (running()) {
+    DeadWorld dead(Vesk::now());
+    Vesk::WorldScope scope(dead);
+    bool const logs = std::exchange(Vesk::attributeLogEnabled, false);
+    stop();
+    Vesk::attributeLogEnabled = logs;
+  }
+  status_ = left;
+  Vesk::Ptr<Interface::EthDevPamCollection const> const pam = pamManager_->ethDevPamCollection();
+  pamManager_ = Macsec::mkaPamManagerFactory(pam);
+  hwStatus_ = Macsec::macSecIntfStatusPtrDirFactory(hwStatus_->name());
+  timerWheel_ = Vesk::make<Zorn::TimerWheel>();
+  start();
+}
+
+void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  if (machines_) machines_->codec.receive(intfId, frame);
+}
+
+Codec::FrameCodec* Host::codec() const { return machines_ ? &machines_->codec : nullptr; }
+
+}  // namespace Macsecd

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <memory>
+#include <span>
+
+#include "codec/FrameCodec.h"
+#include "codec/FrameSink.h"
+#include "config/ConfigSm.h"
+#include "engine/MkaRootSm.h"
+#include "hardware/HwEmulator.h"
+#include "hardware/HwStatusSm.h"
+#include "hardware/MacsecForwardingModelSm.h"
+#include "host/ConfigFile.h"
+#include "platform/IntfForwardingModel.h"
+#include "runtime/Dir.h"
+
+namespace Macsecd {
+
+struct HostOptions {
+  /// Answers in the hardware's place, with one slice that has every interface. Otherwise the caller
+  /// fills `slices()`.
+  bool emulateHardware = true;
+};
+
+/// One switch: owns the entities, builds the state machines in the right order, and stops cleanly.
+/// Every call, and every timer of its wheel, runs in the world of the switch (`Vesk::WorldScope`).
+class Host {
+ public:
+  /// `sink` takes the frames to send.
+  Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options = {});
+  ~Host();
+  Host(Host const&) = delete;
+  Host& operator=(Host const&) = delete;
+
+  /// Makes an Ethernet interface, with its link not up.
+  void interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t portNumber);
+  void interfaceDel(Lumo::IntfId intfId);
+  void linkIs(Lumo::IntfId intfId, bool up);
+  /// Makes the configuration tree say what the file says; at any time.
+  void configIs(SwitchConfig const& config);
+
+  void start();
+  /// Destroys the state machines, which empty the tree.
+  void stop();
+  /// What a new process does with the status tree that the former one left when it died: nothing is
+  /// torn down, and the state machines take up what they find.
+  void restart();
+  bool running() const { return machines_ != nullptr; }
+
+  /// A frame that came in on this interface.
+  void receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
+
+  Vesk::Ptr<Macsec::Config> const& config() const { return config_; }
+  Vesk::Ptr<Macsec::Status> const& status() const { return status_; }
+  Vesk::Ptr<Macsec::MkaPamManager> const& pamManager() const { return pamManager_; }
+  Vesk::Ptr<Interface::EthIntfStatusDir> const& ethIntfStatusDir() const {
+    return ethIntfStatusDir_;
+  }
+  Vesk::Ptr<Dot1x::EapKeyStatus> const& eapKeyStatus() const { return eapKeyStatus_; }
+  /// The hardware slices, each a `MacSecStatus`.
+  Vesk::Ptr<Vesk::Dir> const& slices() const { return slices_; }
+  Vesk::Ptr<Macsec::MacSecIntfStatusPtrDir> const& hwStatus() const { return hwStatus_; }
+  Vesk::Ptr<Interface::IntfForwardingModelInputDir> const& forwardingModelInputDir() const {
+    return forwardingModelInputDir_;
+  }
+  Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
+  /// Null while the switch doesn't run.
+  Codec::FrameCodec* codec() const;
+
+ private:
+  struct ConfigReactor;
+  struct Machines;
+
+  void handleShutdown();
+
+  Codec::FrameSink& sink_;
+  HostOptions const options_;
+  Vesk::Ptr<Macsec::Config> config_;
+  Vesk::Ptr<Macsec::Status> status_;
+  Vesk::Ptr<Macsec::MkaPamManager> pamManager_;
+  Vesk::Ptr<Interface::EthIntfStatusDir> ethIntfStatusDir_;
+  Vesk::Ptr<Dot1x::EapKeyStatus> eapKeyStatus_;
+  Vesk::Ptr<Vesk::Dir> slices_;
+  Vesk::Ptr<Macsec::MacSecIntfStatusPtrDir> hwStatus_;
+  Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir_;
+  Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
+  Vesk::Ptr<ConfigReactor> configReactor_;
+  std::unique_ptr<Machines> machines_;
+};
+
+}  // namespace Macsecd
