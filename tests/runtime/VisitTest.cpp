@@ -126,9 +126,9 @@ TEST_F(VisitTest, SurvivesTwoMoreOfTheSameListWithReactorsBuiltAndDestroyedUnder
     all["late"] = reactor("late");
   };
   port->speedIs(1);
-  EXPECT_THAT(owner.heard, ElementsAre("a speed", "b speed",              //
-                                       "a label", "b label", "c label",   //
-                                       "a lane 1", "d lane 1",            //
+  EXPECT_THAT(owner.heard, ElementsAre("a speed", "b speed",             //
+                                       "a label", "b label", "c label",  //
+                                       "a lane 1", "d lane 1",           //
                                        "d label", "d speed"));
   owner.heard.clear();
   owner.then = nullptr;
