@@ -281,6 +281,7 @@ class IcvIndicatorInfo : public Vesk::Value<IcvIndicatorInfo> {
   static constexpr bool kPrintsBare = true;
   uint64_t number() const { return icvLength_; }
   static IcvIndicatorInfo fromNumber(uint64_t number) {
+    if (number > UINT16_MAX) Vesk::throwParseException("expected an ICV length up to 65535");
     return IcvIndicatorInfo(static_cast<uint16_t>(number));
   }
   template <class V>

@@ -30,6 +30,7 @@ class Dir final : public DescribedEntity<Dir> {
   /// The entity of that name, or null.
   Ptr<Entity> entry(Name const& name) const;
   EntityPtrMap const& entityPtr() const { return entityPtr_; }
+  Ptr<Entity> entityPtr(Name const& name) const { return entry(name); }
   /// Puts the entity in under its name; another one of that name is replaced, the same is nothing.
   void entityPtrIs(Ptr<Entity> const& entity);
   Ptr<Entity> entityPtrDel(Name const& name);

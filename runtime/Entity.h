@@ -59,12 +59,17 @@ class Notifier : public HashMapEntry {
   /// the key itself.
   template <class N, class K>
   void tellKey(uint8_t attribute, K const& key, void (N::*on)(K const&)) {
+    if (notifiees() != 0) tellKept(attribute, K(key), on);
+  }
+
+ private:
+  // The key is a copy: the one given may lie in something that a handler destroys.
+  template <class N, class K>
+  void tellKept(uint8_t attribute, K const& key, void (N::*on)(K const&)) {
     NotifieeListBase::doVisit(
         notifiees_.get(), attribute, interfaceOf(key),
         [&](NotifieeBase& notifiee) { (static_cast<N&>(notifiee).*on)(key); });
   }
-
- private:
   static Lumo::IntfId interfaceOf(Lumo::IntfId key) { return key; }
   template <class K>
   static Lumo::IntfId interfaceOf(K const&) {

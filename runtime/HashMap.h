@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "runtime/Assert.h"
 #include "runtime/PtrInterface.h"
 
 namespace Vesk {
@@ -63,12 +64,14 @@ class HashMap {
 
   /// Adds a member whose key isn't in the map.
   void insert(Entry* entry) {
+    VESK_ASSERT_NAMED(!entry->fwkHmMap_, "the entry is in no map");
     grow();
     entry->referenceInc();
     entry->fwkHmOrder_ = reversedBits(hashOf(entry->fwkKey()));
     entry->fwkHmMap_ = this;
     HashMapEntry** place = &buckets_[bucketOf(entry->fwkHmOrder_)];
     while (*place && before(static_cast<Entry*>(*place), entry)) place = &(*place)->fwkHmNext_;
+    VESK_ASSERT_NAMED(!*place || before(entry, static_cast<Entry*>(*place)), "the key is new");
     entry->fwkHmNext_ = *place;
     *place = entry;
     ++members_;
@@ -85,8 +88,12 @@ class HashMap {
     --members_;
     return Ptr<Entry>::adopt(entry);
   }
+  /// Lets all go; members that live on elsewhere have no parent then.
   void clear() {
-    while (Entry* e = firstFrom(0)) xDel(Key(e->fwkKey()));
+    while (Entry* e = firstFrom(0)) {
+      Ptr<Entry> const gone = xDel(Key(e->fwkKey()));
+      if constexpr (requires { e->parentIs(nullptr); }) gone->parentIs(nullptr);
+    }
   }
 
   /// Stands on a member, which it holds, and finds the next one by its position in the order: any
@@ -123,7 +130,10 @@ class HashMap {
   Iterator iterator() const { return Iterator(*this); }
   Iterator begin() const { return Iterator(*this); }
   std::default_sentinel_t end() const { return {}; }
-  Ptr<Entry> xDel(Iterator const& i) { return xDel(Key(i->fwkKey())); }
+  /// Takes the member under the iterator out; null if it has left already.
+  Ptr<Entry> xDel(Iterator const& i) {
+    return i->fwkHmMap_ == this ? xDel(Key(i->fwkKey())) : Ptr<Entry>();
+  }
 
  private:
   static Entry* first(HashMapEntry* e) { return static_cast<Entry*>(e); }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "runtime/String8.h"
+#include "runtime/Text.h"
 
 namespace Vesk {
 
@@ -104,9 +105,9 @@ void logTexts(LogHandle const& handle, std::vector<std::string> const& arguments
 /// Logs a message: repeats with the same leading arguments are limited, others are not.
 template <class... Args>
 void log(LogHandle const& handle, Args const&... args) {
-  auto text = [](auto const& arg) {
+  [[maybe_unused]] auto text = [](auto const& arg) {
     std::ostringstream out;
-    out << arg;
+    streamText(out, arg);
     return std::move(out).str();
   };
   logTexts(handle, {text(args)...});

@@ -1,7 +1,5 @@
 #include "runtime/Notifiee.h"
 
-#include <algorithm>
-
 namespace Vesk {
 
 bool NotifieeListBase::visitsAreFiltered = true;
@@ -36,13 +34,13 @@ NotifieeListBase::~NotifieeListBase() {
   };
   release(unkeyed_);
   if (!keyed_) return;
-  for (auto& [key, chain] : *keyed_) release(chain);
+  for (auto& [key, chain] : keyed_->chains) release(chain);
 }
 
 NotifieeListBase::Chain& NotifieeListBase::chainOf(NotifieeBase const& notifiee) {
   if (notifiee.key_.empty()) return unkeyed_;
-  if (!keyed_) keyed_ = std::make_unique<std::unordered_map<uint32_t, Chain>>();
-  return (*keyed_)[notifiee.key_.index()];
+  if (!keyed_) keyed_ = std::make_unique<Keyed>();
+  return keyed_->chains[notifiee.key_.index()];
 }
 
 void NotifieeListBase::add(NotifieeBase& notifiee) {
@@ -54,13 +52,19 @@ void NotifieeListBase::add(NotifieeBase& notifiee) {
   (chain.last ? chain.last->next_ : chain.first) = &notifiee;
   chain.last = &notifiee;
   ++notifiees_;
+  if (notifiee.key_.empty()) return;
+  keyed_->byPlace.emplace(notifiee.place_, &notifiee);
+  keyed_->watch |= notifiee.watch_;
 }
 
 void NotifieeListBase::remove(NotifieeBase& notifiee) {
   for (Cursor* c = cursors_; c; c = c->outer_) {
     if (c->unkeyed_ == &notifiee) c->unkeyed_ = notifiee.next_;
-    if (c->keyed_ == &notifiee) c->keyed_ = notifiee.next_;
+    if (c->keyed_ == &notifiee) {
+      c->keyed_ = c->visitsAllKeys_ ? c->firstOfAllKeys(notifiee.place_ + 1) : notifiee.next_;
+    }
   }
+  if (!notifiee.key_.empty()) keyed_->byPlace.erase(notifiee.place_);
   Chain& chain = chainOf(notifiee);
   (notifiee.previous_ ? notifiee.previous_->next_ : chain.first) = notifiee.next_;
   (notifiee.next_ ? notifiee.next_->previous_ : chain.last) = notifiee.previous_;
@@ -69,53 +73,38 @@ void NotifieeListBase::remove(NotifieeBase& notifiee) {
   --notifiees_;
 }
 
-// In the order of their first notifiees, the last key first, so that the next one is at the back.
-std::vector<uint32_t> NotifieeListBase::keysFromLast() const {
-  std::vector<uint32_t> keys;
-  for (auto const& [key, chain] : *keyed_) {
-    if (chain.first) keys.push_back(key);
-  }
-  std::sort(keys.begin(), keys.end(), [this](uint32_t a, uint32_t b) {
-    return keyed_->at(a).first->place_ > keyed_->at(b).first->place_;
-  });
-  return keys;
-}
-
-NotifieeListBase::Cursor::Cursor(NotifieeListBase& list, Lumo::IntfId key)
+NotifieeListBase::Cursor::Cursor(NotifieeListBase& list, Lumo::IntfId key, Watch watch)
     : list_(&list), outer_(list.cursors_), unkeyed_(list.unkeyed_.first), end_(list.nextPlace_) {
   list.cursors_ = this;
-  if (!list.keyed_) return;
-  if (key.empty()) {
-    furtherKeys_ = list.keysFromLast();
-    return;
+  if (!list.keyed_ || !(list.keyed_->watch & watch)) return;
+  visitsAllKeys_ = key.empty();
+  if (visitsAllKeys_) {
+    keyed_ = firstOfAllKeys(0);
+  } else {
+    auto chain = list.keyed_->chains.find(key.index());
+    if (chain != list.keyed_->chains.end()) keyed_ = chain->second.first;
   }
-  auto chain = list.keyed_->find(key.index());
-  if (chain != list.keyed_->end()) keyed_ = chain->second.first;
 }
 
 NotifieeListBase::Cursor::~Cursor() {
   if (list_) list_->cursors_ = outer_;
 }
 
-bool NotifieeListBase::Cursor::goesOnToFurtherKey() {
-  if (!list_ || furtherKeys_.empty()) return false;
-  keyed_ = (*list_->keyed_)[furtherKeys_.back()].first;
-  furtherKeys_.pop_back();
-  return true;
+NotifieeBase* NotifieeListBase::Cursor::firstOfAllKeys(uint64_t place) const {
+  auto const at = list_->keyed_->byPlace.lower_bound(place);
+  return at == list_->keyed_->byPlace.end() ? nullptr : at->second;
 }
 
 NotifieeBase* NotifieeListBase::Cursor::next() {
-  do {
-    bool const fromKeyed = keyed_ && (!unkeyed_ || keyed_->place_ < unkeyed_->place_);
-    NotifieeBase*& place = fromKeyed ? keyed_ : unkeyed_;
-    NotifieeBase* const notifiee = place;
-    if (notifiee && notifiee->place_ < end_) {
-      place = notifiee->next_;
-      return notifiee;
-    }
-    unkeyed_ = keyed_ = nullptr;
-  } while (goesOnToFurtherKey());
-  return nullptr;
+  bool const fromKeyed = keyed_ && (!unkeyed_ || keyed_->place_ < unkeyed_->place_);
+  NotifieeBase* const notifiee = fromKeyed ? keyed_ : unkeyed_;
+  if (!notifiee || notifiee->place_ >= end_) return nullptr;
+  if (!fromKeyed) {
+    unkeyed_ = notifiee->next_;
+  } else {
+    keyed_ = visitsAllKeys_ ? firstOfAllKeys(notifiee->place_ + 1) : notifiee->next_;
+  }
+  return notifiee;
 }
 
 }  // namespace Vesk

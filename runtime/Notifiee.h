@@ -1,10 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
-#include <optional>
 #include <unordered_map>
-#include <vector>
 
 #include "runtime/HashMap.h"
 #include "runtime/IntfId.h"
@@ -67,7 +66,7 @@ class NotifieeListBase {
   template <class Call>
   static void doVisit(NotifieeListBase* list, uint8_t attribute, Lumo::IntfId key, Call call) {
     if (!list || list->empty()) return;
-    Cursor cursor(*list, key);
+    Cursor cursor(*list, key, Watch{1} << attribute);
     while (NotifieeBase* notifiee = cursor.next()) {
       if (!(notifiee->watch_ >> attribute & 1) || notifiee->isMarkedForDeletion()) continue;
       Ptr<NotifieeBase> held(notifiee);
@@ -78,7 +77,7 @@ class NotifieeListBase {
   template <class Call>
   static void doVisitAll(NotifieeListBase* list, Call call) {
     if (!list || list->empty()) return;
-    Cursor cursor(*list, Lumo::IntfId());
+    Cursor cursor(*list, Lumo::IntfId(), ~Watch{0});
     while (NotifieeBase* notifiee = cursor.next()) {
       Ptr<NotifieeBase> held(notifiee);
       call(*notifiee);
@@ -93,10 +92,20 @@ class NotifieeListBase {
     NotifieeBase* last = nullptr;
   };
 
-  // One running visit. Its two places merge the chains by order of attachment.
+  // The notifiees with a key: a chain for each key for the visits of one key, and all of them by
+  // place for the visits of all. `watch` is what any of them ever watched, so that a visit of an
+  // attribute that none of them wants doesn't look at them.
+  struct Keyed {
+    std::unordered_map<uint32_t, Chain> chains;
+    std::map<uint64_t, NotifieeBase*> byPlace;
+    Watch watch = 0;
+  };
+
+  // One running visit: it merges the notifiees without a key with those of its key, or with all
+  // that have one, by order of attachment.
   class Cursor {
    public:
-    Cursor(NotifieeListBase& list, Lumo::IntfId key);
+    Cursor(NotifieeListBase& list, Lumo::IntfId key, Watch watch);
     ~Cursor();
     Cursor(Cursor const&) = delete;
     Cursor& operator=(Cursor const&) = delete;
@@ -104,23 +113,22 @@ class NotifieeListBase {
 
    private:
     friend class NotifieeListBase;
-    bool goesOnToFurtherKey();
+    NotifieeBase* firstOfAllKeys(uint64_t place) const;
 
     NotifieeListBase* list_;
     Cursor* outer_;
     NotifieeBase* unkeyed_;
     NotifieeBase* keyed_ = nullptr;
     uint64_t end_;
-    std::vector<uint32_t> furtherKeys_;
+    bool visitsAllKeys_ = false;
   };
 
   void add(NotifieeBase& notifiee);
   void remove(NotifieeBase& notifiee);
   Chain& chainOf(NotifieeBase const& notifiee);
-  std::vector<uint32_t> keysFromLast() const;
 
   Chain unkeyed_;
-  std::unique_ptr<std::unordered_map<uint32_t, Chain>> keyed_;
+  std::unique_ptr<Keyed> keyed_;
   Cursor* cursors_ = nullptr;
   uint64_t nextPlace_ = 1;
   size_t notifiees_ = 0;

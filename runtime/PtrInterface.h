@@ -67,7 +67,13 @@ class PtrInterface : public VFPtrInterface {
     }
     return --word_ & kCountMask;
   }
-  void flagIs(uint32_t flag, bool on) { word_ = on ? word_ | flag : word_ & ~flag; }
+  void flagIs(uint32_t flag, bool on) {
+    if (enableThreadSafePointers) {
+      on ? std::atomic_ref(word_).fetch_or(flag) : std::atomic_ref(word_).fetch_and(~flag);
+    } else {
+      word_ = on ? word_ | flag : word_ & ~flag;
+    }
+  }
   void lastReferenceGone();
 
   alignas(4) mutable uint32_t word_ = 1;

@@ -77,16 +77,18 @@ class Reactor
       : owner_(&owner), notifier_(std::move(notifier)), key_(key) {
     isRegisteredNotifieeIs(true);
   }
+  /// Leaves the list before the reference to the notifier goes.
+  ~Reactor() override { this->leave(); }
 
   Ptr<X> const& notifier() const { return notifier_; }
   /// Watches another notifier: runs the handlers of all watched attributes, in order. The present
   /// notifier changes nothing.
   void notifierIs(Ptr<X> notifier) {
     if (notifier == notifier_) return;
-    isRegisteredNotifieeIs(false);
-    notifier_ = std::move(notifier);
-    isRegisteredNotifieeIs(true);
     Ptr<Reactor> held(this);
+    isRegisteredNotifieeIs(false);
+    Ptr<X> const former = std::exchange(notifier_, std::move(notifier));
+    isRegisteredNotifieeIs(true);
     if (notifier_ && !this->isMarkedForDeletion()) {
       Detail::CatchUp<Handlers> catchUp{*this, watched()};
       Handlers::template handlers<Handlers>(catchUp);
@@ -112,8 +114,12 @@ class Reactor
 
   /// Which attributes a reactor of this class is called for.
   static constexpr Watch watched() {
-    Detail::Overrides<Handlers> overrides;
-    Handlers::template handlers<Self>(overrides);
+    constexpr Detail::Overrides<Handlers> overrides = [] {
+      Detail::Overrides<Handlers> found;
+      Handlers::template handlers<Self>(found);
+      return found;
+    }();
+    static_assert(overrides.attribute <= 32, "a class has at most 32 attributes to watch");
     return overrides.watch;
   }
 

@@ -63,7 +63,10 @@ String8 String8::secret(std::string_view text) {
 }
 
 String8 String8::from(size_t from) const {
-  return from >= length() ? String8() : String8(view().substr(from));
+  if (from >= length()) return String8();
+  String8 rest;
+  rest.rep_ = newRep(view().substr(from), rep_->secret);
+  return rest;
 }
 
 String8 String8::operator+(String8 const& o) const {

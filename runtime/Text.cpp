@@ -53,6 +53,14 @@ uint64_t TextParser::number(uint64_t max) {
   return value;
 }
 
+uint64_t TextParser::anyNumber() {
+  uint64_t value = 0;
+  auto [end, error] = std::from_chars(text_.data() + at_, text_.data() + text_.size(), value);
+  if (error == std::errc::invalid_argument) fail("a number");
+  at_ = static_cast<size_t>(end - text_.data());
+  return error == std::errc() ? value : UINT64_MAX;
+}
+
 double TextParser::real() {
   double value = 0.0;
   auto [end, error] = std::from_chars(text_.data() + at_, text_.data() + text_.size(), value);
@@ -74,7 +82,8 @@ std::string TextParser::quoted() {
 
 std::string TextParser::word() {
   size_t const from = at_;
-  while (at_ < text_.size() && (std::isalnum(static_cast<unsigned char>(text_[at_])) != 0)) ++at_;
+  auto isPart = [](char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)) != 0; };
+  while (at_ < text_.size() && isPart(text_[at_])) ++at_;
   if (at_ == from) fail("a word");
   return std::string(text_.substr(from, at_ - from));
 }

@@ -77,6 +77,8 @@ class TextParser {
   void expectEnd();
   bool boolean();
   uint64_t number(uint64_t max);
+  /// A number of any size; one over 64 bits is the largest, for a range check to refuse.
+  uint64_t anyNumber();
   double real();
   std::string quoted();
   std::string word();
@@ -178,7 +180,7 @@ void parseText(TextParser& parser, T& value) {
     if (!addr) parser.fail("a MAC address");
     value = *addr;
   } else if constexpr (Detail::printsBare<T>) {
-    value = T::fromNumber(parser.number(UINT32_MAX));
+    value = T::fromNumber(parser.anyNumber());
   } else {
     static_assert(IsValue<T>, "a type that parses has to describe itself");
     parser.expect(std::string("Value('") + T::kTypeName + "', ** {");
@@ -206,6 +208,16 @@ T valueFromStrep(std::string_view text, T initial = T()) {
 }
 
 std::ostream& writeText(std::ostream& out, std::string const& text);
+
+/// Writes to a stream as text; integers of one byte are numbers, too.
+template <class T>
+void streamText(std::ostream& out, T const& value) {
+  if constexpr (std::is_same_v<T, uint8_t> || std::is_same_v<T, int8_t>) {
+    writeText(out, std::to_string(value));
+  } else {
+    out << value;
+  }
+}
 
 template <class Self>
 std::ostream& operator<<(std::ostream& out, Value<Self> const& value) {

@@ -1,5 +1,7 @@
 #include "runtime/TimerWheel.h"
 
+#include <algorithm>
+
 #include "runtime/World.h"
 
 namespace Zorn {
@@ -9,10 +11,17 @@ TimerWheel::~TimerWheel() = default;
 double TimerWheel::nextTime() const { return heap_.empty() ? never : heap_.front().time; }
 
 size_t TimerWheel::runDue() {
+  struct Pass {
+    Pass(double& time) : time(time) { time = Vesk::now(); }
+    ~Pass() { time = -never; }
+    double& time;
+  };
+  Vesk::Ptr<TimerWheel> held(this);
+  Pass pass(passTime_);
+  double const now = passTime_;
   uint64_t const armedBefore = armings_;
   size_t fired = 0;
-  while (!heap_.empty() && heap_.front().time <= Vesk::now() &&
-         heap_.front().arming <= armedBefore) {
+  while (!heap_.empty() && heap_.front().time <= now && heap_.front().arming <= armedBefore) {
     fireFirst();
     ++fired;
   }
@@ -32,7 +41,7 @@ void TimerWheel::fireFirst() {
 }
 
 void TimerWheel::arm(NotifieeConst& timer, double time) {
-  Place const place{time, ++armings_, &timer};
+  Place const place{std::max(time, passTime_), ++armings_, &timer};
   if (timer.heapPlace_ == NotifieeConst::kNowhere) {
     heap_.push_back(place);
     timer.heapPlace_ = heap_.size() - 1;

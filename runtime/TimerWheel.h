@@ -23,8 +23,8 @@ class TimerWheel : public Vesk::PtrInterface {
 
   /// The time of the timer that is due next; `never` when none is armed.
   double nextTime() const;
-  /// Fires, one at a time, the timers that are due by `Vesk::now()` and were armed before this
-  /// pass. Returns how many fired.
+  /// One pass: fires, one at a time, the timers that are due by the `Vesk::now()` of its start and
+  /// were armed before it. Returns how many fired.
   size_t runDue();
   /// Fires the timer that is due next if its time isn't after `Vesk::now()`. False if none was due.
   bool runOne();
@@ -49,6 +49,9 @@ class TimerWheel : public Vesk::PtrInterface {
   // A binary heap in which each timer knows its place, so that any timer leaves in O(log n).
   std::vector<Place> heap_;
   uint64_t armings_ = 0;
+  // The time of the running pass. What is armed in it for an earlier time stands behind all that
+  // the pass has to fire.
+  double passTime_ = -never;
 };
 
 /// A timer: a reactor on the wheel. A new one is not armed.

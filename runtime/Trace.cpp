@@ -23,6 +23,7 @@ void TraceHandle::streamLevelsIs(std::string_view name, uint16_t levels) {
 }
 
 void TraceHandle::ringLevelsIs(uint16_t levels) {
+  levels &= kAllTraceLevels;
   ringLevelsOfAll = levels;
   for (TraceHandle* handle = firstHandle; handle; handle = handle->next_) {
     handle->ringLevels_ = levels;

@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "runtime/Glimmer.h"
+#include "runtime/Text.h"
 
 namespace Vesk {
 
@@ -77,11 +78,13 @@ class TraceHelper {
 
 namespace Detail {
 
+// A constant array is a string literal; a buffer, which may hold another text next time, is not.
 template <class T>
-constexpr bool isLiteral = std::is_array_v<std::remove_reference_t<T>>;
+constexpr bool isLiteral = std::is_array_v<std::remove_reference_t<T>>&&
+    std::is_const_v<std::remove_extent_t<std::remove_reference_t<T>>>;
 
 template <class T>
-void addFormatPiece(std::string& format, T const& piece) {
+void addFormatPiece(std::string& format, std::remove_reference_t<T> const& piece) {
   if constexpr (isLiteral<T>) {
     format += piece;
   } else {
@@ -90,10 +93,10 @@ void addFormatPiece(std::string& format, T const& piece) {
 }
 
 template <class T>
-void addRingArgument(Glimmer::RingBuf& ring, T const& piece) {
+void addRingArgument(Glimmer::RingBuf& ring, std::remove_reference_t<T> const& piece) {
   if constexpr (!isLiteral<T>) {
     std::ostringstream out;
-    out << piece;
+    streamText(out, piece);
     ring.argument(std::move(out).str());
   }
 }
@@ -103,22 +106,22 @@ void addRingArgument(Glimmer::RingBuf& ring, T const& piece) {
 template <class... Pieces>
 [[gnu::noinline, gnu::cold]] void traceBothWays(TraceHandle const& handle, FacilityLevel level,
                                                 Glimmer::MsgDesc& desc, char const* file, int line,
-                                                char const* function, Pieces const&... pieces) {
+                                                char const* function, Pieces&&... pieces) {
   if (TraceHelper helper = TraceHelper::createIfEnabled(handle, level)) {
     helper.stream() << function;
-    (helper.stream() << ... << pieces);
+    (streamText(helper.stream(), pieces), ...);
     helper.trace(file, line, function);
   }
   Glimmer::TraceFile* traceFile = Glimmer::TraceFile::current();
   if (!traceFile || !handle.goesToRing(level)) return;
   if (!desc.isRegistered()) {
     std::string format = function;
-    (addFormatPiece(format, pieces), ...);
+    (addFormatPiece<Pieces>(format, pieces), ...);
     desc.registerIs(file, line, format);
   }
   Glimmer::RingBuf& ring = traceFile->ring(level);
   ring.startMsg(*traceFile, desc.id());
-  (addRingArgument(ring, pieces), ...);
+  (addRingArgument<Pieces>(ring, pieces), ...);
   ring.endMsg();
 }
 

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include "runtime/EthAddr.h"
+#include "runtime/Exceptions.h"
 #include "runtime/IntfId.h"
 #include "runtime/NetValues.h"
 #include "runtime/Pkt.h"
-#include "runtime/Exceptions.h"
 
 namespace Lumo {
 namespace {

@@ -9,12 +9,13 @@ import os
 import sys
 
 import bans
+import described
 import floors
 import shape
 import words
 from source import Source
 
-RULES = (floors.check, shape.check, bans.check, words.check)
+RULES = (floors.check, shape.check, bans.check, described.check, words.check)
 
 
 def check(path, text):

@@ -260,6 +260,49 @@ class WordsTest(unittest.TestCase):
         self.assertEqual(rules("docs/lab.md", text), [])
 
 
+class DescribedTest(unittest.TestCase):
+    CLASS = """class Sci : public Vesk::Value<Sci> {
+ public:
+  Sci() = default;
+  Sci(Addr addr, int port) : addr_(addr), port_(port) {}
+  int port() const { int local_; return port_; }
+  static constexpr int static_ = 1;
+  template <class V>
+  static void describe(V&& v) { DESCRIBED }
+  NESTED
+ private:
+  Vesk::Ptr<Addr> addr_;
+  HashMap<A, B> more_{};
+  int port_ = 0;
+};
+"""
+
+    def described(self, *fields, nested="", path="model/Sci.h"):
+        calls = " ".join(f'v("x", &Sci::{field});' for field in fields)
+        text = self.CLASS.replace("DESCRIBED", calls).replace("NESTED", nested)
+        return [(finding.rule, finding.line, finding.what) for finding in tidy.check(path, text)]
+
+    def test_a_field_that_is_not_described_is_found_in_its_line(self):
+        self.assertEqual(self.described("addr_", "more_"),
+                         [("described", 13, "'port_' of Sci is not in its describe()")])
+        self.assertEqual(len(self.described("port_")), 2)
+        self.assertEqual(len(self.described("port_", "addr_")), 1)
+
+    def test_all_fields_described_is_clean(self):
+        self.assertEqual(self.described("addr_", "more_", "port_"), [])
+
+    def test_a_nested_class_has_a_description_of_its_own(self):
+        plain = "class Iterator { int at_; };"
+        self.assertEqual(self.described("addr_", "more_", "port_", nested=plain), [])
+        own = "class Inner { static void describe(V&& v) { v(&Inner::a_); } int a_; int b_; };"
+        self.assertEqual(self.described("addr_", "more_", "port_", nested=own),
+                         [("described", 9, "'b_' of Inner is not in its describe()")])
+
+    def test_a_class_without_describe_is_none_of_its_business(self):
+        self.assertEqual(rules("model/File.h", "class A {\n  int a_;\n};\n"), [])
+        self.assertEqual(self.described(path="tests/model/Sci.h"), [])
+
+
 class TreeTest(unittest.TestCase):
     def run_on(self, files):
         with tempfile.TemporaryDirectory() as root:
