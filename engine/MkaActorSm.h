@@ -97,6 +97,7 @@ class MkaActorSm final : public Vesk::HashMapEntry {
   void takeLivePath(MkaInfo const& info);
   void takePotentialPath(MkaInfo const& info);
   bool hasAgedOut(MkaPeer const& peer, double now) const;
+  Vesk::Ptr<MkaPeer const> selfCandidate();
   void takeSak(Sak const& sak);
   bool canAllPeersReceive(KeyInfo& latest, KeyInfo& old) const;
   void applyFollowerRule(BasicInfo const& basic, KeyInfo const& match);
@@ -118,6 +119,7 @@ class MkaActorSm final : public Vesk::HashMapEntry {
   Vesk::Ptr<MkaKeyServerSm> keyServerSm_;
   Vesk::Ptr<ControlledPortSm> cpSm_;
   Vesk::Ptr<MkpduTimerReactor> mkpduTimer_;
+  Vesk::Ptr<MkaPeer> selfCandidate_;
   bool initialized_ = false;
 };
 

@@ -32,14 +32,23 @@ MkaPeer const* electKeyServer(MkaPeer const* a, MkaPeer const* b) {
   return first.sci().addr() < second.sci().addr() ? a : b;
 }
 
-void MkaActorSm::doUpdateKeyServer() {
-  VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  MkaPeer const* best = bestClaimingPeer(actorStatus().livePeer());
-  auto const self = Vesk::make<MkaPeer>(actorStatus().msgId());
+// Stands on no list. It is made again only for another identity.
+Vesk::Ptr<MkaPeer const> MkaActorSm::selfCandidate() {
+  Vesk::String8 const& msgId = actorStatus().msgId();
+  if (!selfCandidate_ || selfCandidate_->msgId() != msgId) {
+    selfCandidate_ = Vesk::make<MkaPeer>(msgId);
+  }
   BasicInfo mine;
   mine.keyServerPriorityIs(getKeyServerPriority());
   mine.sciIs(portStatus_->mySci());
-  self->baseInfoIs(mine);
+  selfCandidate_->baseInfoIs(mine);
+  return selfCandidate_;
+}
+
+void MkaActorSm::doUpdateKeyServer() {
+  VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
+  MkaPeer const* best = bestClaimingPeer(actorStatus().livePeer());
+  Vesk::Ptr<MkaPeer const> const self = selfCandidate();
   if (mayBeKeyServer()) best = best ? electKeyServer(best, self.ptr()) : self.ptr();
   bool const electedSelf = mayBeKeyServer() && best && best->msgId() == actorStatus().msgId();
   Vesk::Ptr<MkaPeer const> const elected(best);

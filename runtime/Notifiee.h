@@ -65,10 +65,11 @@ class NotifieeListBase {
   /// is held around each call.
   template <class Call>
   static void doVisit(NotifieeListBase* list, uint8_t attribute, Lumo::IntfId key, Call call) {
-    if (!list || list->empty()) return;
-    Cursor cursor(*list, key, Watch{1} << attribute);
+    Watch const watch = Watch{1} << attribute;
+    if (!list || !(list->watch_ & watch)) return;
+    Cursor cursor(*list, key, watch);
     while (NotifieeBase* notifiee = cursor.next()) {
-      if (!(notifiee->watch_ >> attribute & 1) || notifiee->isMarkedForDeletion()) continue;
+      if (!(notifiee->watch_ & watch) || notifiee->isMarkedForDeletion()) continue;
       Ptr<NotifieeBase> held(notifiee);
       call(*notifiee);
     }
@@ -131,7 +132,9 @@ class NotifieeListBase {
   std::unique_ptr<Keyed> keyed_;
   Cursor* cursors_ = nullptr;
   uint64_t nextPlace_ = 1;
-  size_t notifiees_ = 0;
+  uint32_t notifiees_ = 0;
+  // What any notifiee ever watched: a write that nobody hears of costs one test.
+  Watch watch_ = 0;
 };
 
 }  // namespace Vesk

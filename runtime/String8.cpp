@@ -25,6 +25,7 @@ String8::Rep* String8::blankRep(size_t size, bool secret) {
   auto* rep = static_cast<Rep*>(std::malloc(offsetof(Rep, text) + size + 1));
   if (!rep) throw std::bad_alloc();
   rep->references = 1;
+  rep->hash = 0;
   rep->length = static_cast<uint32_t>(size);
   rep->secret = secret;
   rep->text[size] = '\0';
@@ -37,8 +38,7 @@ String8::Rep* String8::newRep(std::string_view text, bool secret) {
   return rep;
 }
 
-String8::String8(String8 const& o) : rep_(o.rep_) {
-  if (!rep_) return;
+void String8::acquire() const {
   if (VFPtrInterface::enableThreadSafePointers) {
     std::atomic_ref(rep_->references).fetch_add(1, std::memory_order_relaxed);
   } else {
@@ -47,13 +47,20 @@ String8::String8(String8 const& o) : rep_(o.rep_) {
 }
 
 void String8::release() {
-  if (!rep_) return;
   uint32_t left = VFPtrInterface::enableThreadSafePointers
                       ? std::atomic_ref(rep_->references).fetch_sub(1) - 1
                       : --rep_->references;
   if (left != 0) return;
   if (rep_->secret) explicit_bzero(rep_->text, rep_->length);
   std::free(rep_);
+}
+
+// The hash of a secret isn't kept.
+uint32_t String8::newHash() const {
+  uint32_t const hash = hashBytes(charPtr(), length());
+  if (!rep_ || rep_->secret) return hash;
+  std::atomic_ref(rep_->hash).store(hash, std::memory_order_relaxed);
+  return hash;
 }
 
 String8 String8::secret(std::string_view text) {

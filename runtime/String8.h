@@ -21,9 +21,13 @@ class String8 {
   String8(char const* text) : String8(std::string_view(text)) {}
   String8(std::string const& text) : String8(std::string_view(text)) {}
   String8(std::string_view text) : rep_(newRep(text, false)) {}
-  String8(String8 const& o);
+  String8(String8 const& o) : rep_(o.rep_) {
+    if (rep_) acquire();
+  }
   String8(String8&& o) noexcept : rep_(std::exchange(o.rep_, nullptr)) {}
-  ~String8() { release(); }
+  ~String8() {
+    if (rep_) release();
+  }
   String8& operator=(String8 o) noexcept {
     std::swap(rep_, o.rep_);
     return *this;
@@ -52,7 +56,8 @@ class String8 {
   bool empty() const { return rep_ == nullptr; }
   char const* charPtr() const { return rep_ ? rep_->text : ""; }
   std::string_view view() const { return {charPtr(), length()}; }
-  uint32_t hash() const { return hashBytes(charPtr(), length()); }
+  /// Worked out once for all copies.
+  uint32_t hash() const { return rep_ && rep_->hash != 0 ? rep_->hash : newHash(); }
   /// The bytes from `from` on; the empty string when there are none.
   String8 from(size_t from) const;
 
@@ -71,13 +76,16 @@ class String8 {
  private:
   struct Rep {
     uint32_t references;
+    uint32_t hash;  // 0 until it is first asked for
     uint32_t length : 31;
     uint32_t secret : 1;
     char text[1];
   };
   static Rep* blankRep(size_t size, bool secret);
   static Rep* newRep(std::string_view text, bool secret);
+  void acquire() const;
   void release();
+  uint32_t newHash() const;
 
   Rep* rep_ = nullptr;
 };
