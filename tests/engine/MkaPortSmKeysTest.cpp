@@ -1,0 +1,210 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/Port.h"
+
+namespace Macsec {
+namespace {
+
+using ::testing::ElementsAre;
+using Support::key;
+using Support::kOtherCak;
+using Support::Port;
+
+constexpr char const* kPrimary = Port::kPrimary;
+constexpr char const* kFallback = Port::kFallback;
+
+size_t placeOf(Port const& port, std::string const& text) {
+  for (size_t i = 0; i < port.world.traces.size(); ++i) {
+    if (port.world.traces[i].find(text) != std::string::npos) return i;
+  }
+  return SIZE_MAX;
+}
+
+TEST(KeysOfAPort, BothKeysBecomeActorsTheFallbackFirst) {
+  Port port;
+  EXPECT_FALSE(port.actor(kPrimary)->defaultActor());
+  EXPECT_TRUE(port.actor(kFallback)->defaultActor());
+  EXPECT_TRUE(port.actorSm(kPrimary));
+  EXPECT_TRUE(port.actorSm(kFallback));
+  EXPECT_LT(placeOf(port, ": Creating actor 6364"), placeOf(port, ": Creating actor 6162"));
+}
+
+TEST(KeysOfAPort, OnlyThePrimaryKeyIsAnnounced) {
+  Port port;
+  ASSERT_EQ(port.world.logs.size(), 1u);
+  EXPECT_EQ(port.world.logs[0].text,
+            "Connectivity Association for CKN 6162 created on interface Ethernet1");
+  Vesk::LogHandle const& handle = *port.world.handles[0];
+  EXPECT_STREQ(handle.name(), "MKA_CA_CREATED");
+  EXPECT_EQ(static_cast<int>(handle.severity()), 6);
+  EXPECT_STREQ(handle.format(), "Connectivity Association for CKN %s created on interface %s");
+  EXPECT_STREQ(handle.explanation(),
+               "CAK-CKN is configured on the interface for security relationship       with other "
+               "peers");
+  EXPECT_STREQ(handle.recommendedAction(), Vesk::NoActionRequired);
+  EXPECT_EQ(handle.interval(), 120.0);
+  EXPECT_EQ(handle.reserved(), 1.0);
+}
+
+TEST(KeysOfAPort, TheHandlerTracesItsFullSignature) {
+  Port port;
+  EXPECT_EQ(placeOf(port, "void Macsec::MkaPortSm::handleKey(): Processing new key ") != SIZE_MAX,
+            true);
+}
+
+TEST(KeysOfAPort, AnotherEncodingOfTheSameKeyRebuildsNothing) {
+  Port port;
+  auto const sm = port.actorSm(kPrimary);
+  auto const status = port.actor(kPrimary);
+  port.keyIs(key(kPrimary));
+  EXPECT_EQ(port.actorSm(kPrimary), sm);
+  EXPECT_EQ(port.actor(kPrimary), status);
+  EXPECT_EQ(port.world.logged("MKA_CA_CREATED"), 1u);
+}
+
+TEST(KeysOfAPort, AnotherKeyUnderTheSameNameRebuildsTheActor) {
+  Port port;
+  auto const sm = port.actorSm(kPrimary);
+  auto const status = port.actor(kPrimary);
+  port.keyIs(key(kPrimary, kOtherCak));
+  EXPECT_NE(port.actorSm(kPrimary), sm);
+  EXPECT_NE(port.actor(kPrimary), status);
+}
+
+TEST(KeysOfAPort, AnElectionFollowsTheRebuildOfAPrincipalKeyServer) {
+  Port port;
+  port.succeed(kPrimary, true);
+  port.succeed(kFallback, true);
+  ASSERT_EQ(port.principal(), kPrimary);
+  port.keyIs(key(kPrimary, kOtherCak));
+  EXPECT_EQ(port.principal(), kFallback);
+  EXPECT_EQ(port.world.logged("MKA_FALLBACK_KEY_IN_USE"), 1u);
+}
+
+TEST(KeysOfAPort, NoElectionFollowsTheLossOfAPrincipalThatWasNotKeyServer) {
+  Port port;
+  port.succeed(kFallback, true);
+  port.distSakIs(kPrimary, Support::sak());
+  ASSERT_EQ(port.principal(), kPrimary);
+  port.keyIs(Cak());
+  EXPECT_EQ(port.principal(), "");
+  EXPECT_FALSE(port.actor(kPrimary));
+  EXPECT_TRUE(port.actor(kFallback));
+}
+
+TEST(KeysOfAPort, DeletingThePrimaryKeyOfAPrincipalKeyServerElectsTheFallback) {
+  Port port;
+  port.succeed(kPrimary, true);
+  port.succeed(kFallback, true);
+  port.keyIs(Cak());
+  EXPECT_EQ(port.principal(), kFallback);
+  EXPECT_FALSE(port.actorSm(kPrimary));
+}
+
+TEST(KeysOfAPort, DeletingBothKeysLeavesNoActorAndNoPrincipal) {
+  Port port;
+  port.succeed(kPrimary, true);
+  port.keyIs(Cak());
+  port.defaultKeyIs(Cak());
+  EXPECT_TRUE(port.portStatus()->actorStatus().empty());
+  EXPECT_TRUE(port.portSm()->mkaActorSm().empty());
+  EXPECT_EQ(port.principal(), "");
+}
+
+TEST(KeysOfAPort, AnOlderActorThatIsPrincipalStaysUntilTheSweepFindsItDisplaced) {
+  Port port(key(kPrimary), Cak());
+  port.distSakIs(kPrimary, Support::sak());
+  port.keyIs(key("6566"));
+  EXPECT_TRUE(port.actorSm(kPrimary));
+  EXPECT_TRUE(port.actorSm("6566"));
+  port.distSakIs("6566", Support::sak(1, 2));
+  EXPECT_EQ(port.principal(), "6566");
+  EXPECT_TRUE(port.actorSm(kPrimary));
+  port.runUntil(port.world.time + 7.999);
+  EXPECT_TRUE(port.actorSm(kPrimary));
+  port.runUntil(port.world.time + 0.001);
+  EXPECT_FALSE(port.actorSm(kPrimary));
+  EXPECT_FALSE(port.actor(kPrimary));
+  EXPECT_FALSE(port.portSm()->isActorDeletionTimerArmed());
+}
+
+TEST(KeysOfAPort, AnOlderActorThatIsNotPrincipalGoesAtOnce) {
+  Port port;
+  port.keyIs(key("6566"));
+  EXPECT_FALSE(port.actor(kPrimary));
+  EXPECT_FALSE(port.actorSm(kPrimary));
+  EXPECT_TRUE(port.actorSm("6566"));
+  EXPECT_TRUE(port.actorSm(kFallback));
+}
+
+TEST(KeysOfAPort, TheSweepSparesThePrincipalAndTheConfiguredActors) {
+  Port port;
+  port.distSakIs(kFallback, Support::sak());
+  port.defaultKeyIs(key("6768"));
+  port.in([&] { port.portSm()->handleActorDeletion(); });
+  EXPECT_TRUE(port.actor(kPrimary));
+  EXPECT_TRUE(port.actor(kFallback));
+  EXPECT_TRUE(port.actor("6768"));
+}
+
+TEST(KeysOfAPort, AFallbackKeyUnderThePrimaryNameReplacesThePrimaryActor) {
+  Port port(key(kPrimary), Cak());
+  auto const sm = port.actorSm(kPrimary);
+  port.defaultKeyIs(key(kPrimary));
+  EXPECT_NE(port.actorSm(kPrimary), sm);
+  EXPECT_TRUE(port.actor(kPrimary)->defaultActor());
+}
+
+TEST(KeysOfAPort, AnEmptyNameMakesAnActorWithoutAName) {
+  Port port(key(""), Cak());
+  EXPECT_TRUE(port.actorSm(""));
+}
+
+TEST(KeysOfAPort, TheEndOfThePortDeletesActorsFirstAndThenEmptiesTheControlledPort) {
+  Port port;
+  auto const cpStatus = port.cpStatus();
+  port.in([&] {
+    cpStatus->oldSakContextIs(SakContext(Support::sak(), 0, true, true, true, true));
+    cpStatus->latestSakContextIs(SakContext(Support::sak(1), 0, true, true, true, true));
+    cpStatus->txSakIs(Support::sak());
+    cpStatus->rxSakIs(Support::sak());
+    cpStatus->controlledPortEnabledIs(true);
+  });
+  struct Writes final : Vesk::Reactor<CpStatus const, Port, Writes> {
+    using Reactor::Reactor;
+    void onControlledPortEnabled() override { order.push_back("enabled"); }
+    void onOldSakContext() override { order.push_back("old"); }
+    void onLatestSakContext() override { order.push_back("latest"); }
+    void onTxSak() override { order.push_back("tx"); }
+    void onRxSak(AssociationNumber const&) override { order.push_back("rx"); }
+    std::vector<std::string> order;
+  };
+  auto writes = Vesk::make<Writes>(port, cpStatus);
+  port.world.traces.clear();
+  port.in([&] { port.ethDir->intfStatus(port.intfId)->linkStatusIs(Interface::linkDown); });
+  EXPECT_THAT(writes->order, ElementsAre("old", "latest", "tx", "rx", "enabled"));
+  EXPECT_EQ(port.world.traced("void Macsec::MkaPortSm::handleCleanUp()Deleting actor "), 2u);
+  Vesk::retire(writes);
+}
+
+TEST(KeysOfAPort, ARestartDeletesActorsWithoutAKeyAndTakesUpThePrincipal) {
+  Support::Switch s{1};
+  s.in([&] {
+    auto portStatus = s.status->portStatusIs(s.intfId);
+    portStatus->actorStatusIs("9999");
+    auto actor = portStatus->actorStatusIs(kPrimary);
+    actor->msgIdIs("a1a2a3a4a5a6a7a8a9aaabac");
+    actor->cakIs(key(kPrimary).cak());
+    actor->principalIs(true);
+  });
+  s.start(key(kPrimary));
+  EXPECT_FALSE(s.actor("9999"));
+  EXPECT_EQ(s.portSm()->principalActorCkn(), kPrimary);
+  EXPECT_EQ(s.actor(kPrimary)->msgId(), "a1a2a3a4a5a6a7a8a9aaabac");
+  EXPECT_TRUE(s.actorSm(kPrimary)->keyServerSm());
+  EXPECT_TRUE(s.actorSm(kPrimary)->cpSm());
+}
+
+}  // namespace
+}  // namespace Macsec
