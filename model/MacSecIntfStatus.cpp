@@ -6,14 +6,14 @@ Vesk::Ptr<SaStatus> MacSecIntfStatus::txSaStatusIs(AssociationNumber association
                                                    Vesk::String8 const& keyId, uint32_t keyNum) {
   if (txSaStatus_ && txSaStatus_->associationNumber() == associationNumber &&
       txSaStatus_->keyId() == keyId && txSaStatus_->keyNum() == keyNum)
-    return txSaStatus_;
+    return txSaStatus_.ptr();
   childIs(kTxSaStatus, txSaStatus_, Vesk::make<SaStatus>(associationNumber, keyId, keyNum),
           &NotifieeConst::onTxSaStatus);
-  return txSaStatus_;
+  return txSaStatus_.ptr();
 }
 
 Vesk::Ptr<SaStatus> MacSecIntfStatus::txSaStatusDel() {
-  Vesk::Ptr<SaStatus> gone = txSaStatus_;
+  Vesk::Ptr<SaStatus> gone = txSaStatus_.ptr();
   childIs(kTxSaStatus, txSaStatus_, Vesk::Ptr<SaStatus>(), &NotifieeConst::onTxSaStatus);
   return gone;
 }

@@ -104,7 +104,7 @@ class MacSecIntfStatus final : public Vesk::DescribedEntity<MacSecIntfStatus> {
   Lumo::IntfId intfId() const { return intfId_; }
 
   /// The SA in use for transmit; replaced whenever its identity changes.
-  Vesk::Ptr<SaStatus> const& txSaStatus() const { return txSaStatus_; }
+  Vesk::Ptr<SaStatus> const& txSaStatus() const { return txSaStatus_.ptr(); }
   Vesk::Ptr<SaStatus> txSaStatusIs(AssociationNumber associationNumber, Vesk::String8 const& keyId,
                                    uint32_t keyNum);
   Vesk::Ptr<SaStatus> txSaStatusDel();
@@ -143,7 +143,7 @@ class MacSecIntfStatus final : public Vesk::DescribedEntity<MacSecIntfStatus> {
 
  private:
   Lumo::IntfId const intfId_;
-  Vesk::Ptr<SaStatus> txSaStatus_;
+  Vesk::Child<SaStatus> txSaStatus_;
   RxSaStatusMap rxSaStatus_;
   uint32_t secHdrSize_ = Constants::secHdrSize;
   bool configured_ = false;

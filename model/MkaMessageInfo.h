@@ -133,7 +133,7 @@ class MkaMessageInfo final : public Vesk::DescribedEntity<MkaMessageInfo> {
   }
 
   /// The value part; none at first.
-  Vesk::Ptr<MkaInfo> const& mkaInfo() const { return mkaInfo_; }
+  Vesk::Ptr<MkaInfo> const& mkaInfo() const { return mkaInfo_.ptr(); }
   Vesk::Ptr<MkaInfo> mkaInfoIs();
   Vesk::Ptr<MkaInfo> mkaInfoDel();
 
@@ -173,7 +173,7 @@ class MkaMessageInfo final : public Vesk::DescribedEntity<MkaMessageInfo> {
  private:
   Lumo::IntfId intfId_;
   uint32_t count_ = 0;
-  Vesk::Ptr<MkaInfo> mkaInfo_;
+  Vesk::Child<MkaInfo> mkaInfo_;
   LivePeerMap livePeer_;
   PotentialPeerMap potentialPeer_;
 };

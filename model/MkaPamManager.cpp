@@ -41,28 +41,28 @@ void MkaPamManager::mkaIntfNotify(Lumo::IntfId key) {
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::rxMessageInfoIs() {
-  if (rxMessageInfo_) return rxMessageInfo_;
+  if (rxMessageInfo_) return rxMessageInfo_.ptr();
   childIs(kRxMessageInfo, rxMessageInfo_, Vesk::make<MkaMessageInfo>(),
           &NotifieeConst::onRxMessageInfo);
-  return rxMessageInfo_;
+  return rxMessageInfo_.ptr();
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::rxMessageInfoDel() {
-  Vesk::Ptr<MkaMessageInfo> gone = rxMessageInfo_;
+  Vesk::Ptr<MkaMessageInfo> gone = rxMessageInfo_.ptr();
   childIs(kRxMessageInfo, rxMessageInfo_, Vesk::Ptr<MkaMessageInfo>(),
           &NotifieeConst::onRxMessageInfo);
   return gone;
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::txMessageInfoIs() {
-  if (txMessageInfo_) return txMessageInfo_;
+  if (txMessageInfo_) return txMessageInfo_.ptr();
   childIs(kTxMessageInfo, txMessageInfo_, Vesk::make<MkaMessageInfo>(),
           &NotifieeConst::onTxMessageInfo);
-  return txMessageInfo_;
+  return txMessageInfo_.ptr();
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::txMessageInfoDel() {
-  Vesk::Ptr<MkaMessageInfo> gone = txMessageInfo_;
+  Vesk::Ptr<MkaMessageInfo> gone = txMessageInfo_.ptr();
   childIs(kTxMessageInfo, txMessageInfo_, Vesk::Ptr<MkaMessageInfo>(),
           &NotifieeConst::onTxMessageInfo);
   return gone;

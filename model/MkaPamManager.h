@@ -155,12 +155,12 @@ class MkaPamManager final : public Vesk::DescribedEntity<MkaPamManager> {
   void mkaIntfNotify(Lumo::IntfId key);
 
   /// The received message; there from construction to destruction.
-  Vesk::Ptr<MkaMessageInfo> const& rxMessageInfo() const { return rxMessageInfo_; }
+  Vesk::Ptr<MkaMessageInfo> const& rxMessageInfo() const { return rxMessageInfo_.ptr(); }
   Vesk::Ptr<MkaMessageInfo> rxMessageInfoIs();
   Vesk::Ptr<MkaMessageInfo> rxMessageInfoDel();
 
   /// The message to transmit; there from construction to destruction.
-  Vesk::Ptr<MkaMessageInfo> const& txMessageInfo() const { return txMessageInfo_; }
+  Vesk::Ptr<MkaMessageInfo> const& txMessageInfo() const { return txMessageInfo_.ptr(); }
   Vesk::Ptr<MkaMessageInfo> txMessageInfoIs();
   Vesk::Ptr<MkaMessageInfo> txMessageInfoDel();
 
@@ -205,8 +205,8 @@ class MkaPamManager final : public Vesk::DescribedEntity<MkaPamManager> {
  private:
   Vesk::Ptr<Interface::EthDevPamCollection const> const ethDevPamCollection_;
   MkaIntfMap mkaIntf_;
-  Vesk::Ptr<MkaMessageInfo> rxMessageInfo_;
-  Vesk::Ptr<MkaMessageInfo> txMessageInfo_;
+  Vesk::Child<MkaMessageInfo> rxMessageInfo_;
+  Vesk::Child<MkaMessageInfo> txMessageInfo_;
   TxPamCounterMap txPamCounter_;
   RxPamCounterMap rxPamCounter_;
 };

@@ -79,6 +79,32 @@ class Notifier : public HashMapEntry {
   std::unique_ptr<NotifieeListBase> notifiees_;
 };
 
+/// The place of one optional entity that another owns; it has no parent any more when that one ends.
+template <class E>
+class Child {
+ public:
+  Child() = default;
+  ~Child() { leaveParent(); }
+  Child(Child const&) = delete;
+  Child& operator=(Child const&) = delete;
+
+  Ptr<E> const& ptr() const { return entity_; }
+  E* operator->() const { return entity_.ptr(); }
+  E& operator*() const { return *entity_; }
+  explicit operator bool() const { return static_cast<bool>(entity_); }
+  void entityIs(Ptr<E> entity, Entity* parent) {
+    leaveParent();
+    entity_ = std::move(entity);
+    if (entity_) entity_->parentIs(parent);
+  }
+
+ private:
+  void leaveParent() {
+    if (entity_) entity_->parentIs(nullptr);
+  }
+  Ptr<E> entity_;
+};
+
 /// A named, counted object of a tree. The services below are what its accessors are made of.
 class Entity : public Notifier {
  public:
@@ -143,11 +169,9 @@ class Entity : public Notifier {
 
   /// One optional entity: puts another in the place, or none, and tells.
   template <class E, class N>
-  void childIs(uint8_t attribute, Ptr<E>& child, Ptr<E> another, void (N::*on)()) {
-    if (child == another) return;
-    if (child) child->parentIs(nullptr);
-    child = std::move(another);
-    if (child) child->parentIs(this);
+  void childIs(uint8_t attribute, Child<E>& child, Ptr<E> const& another, void (N::*on)()) {
+    if (child.ptr() == another) return;
+    child.entityIs(another, this);
     if (attributeLogEnabled) [[unlikely]]
       logWrite(&child);
     tell(attribute, Lumo::IntfId(), on);
