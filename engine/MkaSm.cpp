@@ -85,7 +85,14 @@ void MkaSm::mkaPortSmDel(Lumo::IntfId intfId) {
 }
 
 void MkaSm::mkaPortSmDelAll() {
-  for (MkaPortSm& portSm : mkaPortSm_) mkaPortSmDel(portSm.intfId());
+  for (Lumo::IntfId intfId : portSmKeys()) mkaPortSmDel(intfId);
+}
+
+// A walk over the collection would hold the state machine that it ends, and put off its clean-up.
+std::vector<Lumo::IntfId> MkaSm::portSmKeys() const {
+  std::vector<Lumo::IntfId> keys;
+  for (MkaPortSm& portSm : mkaPortSm_) keys.push_back(portSm.intfId());
+  return keys;
 }
 
 void MkaSm::handleInitialized() {
@@ -207,7 +214,7 @@ void MkaSm::updateSci(Lumo::IntfId intfId) {
 void MkaSm::handleCleanUp() {
   VESK_TRACE(8, "");
   if (!status_->notifier()) return;
-  for (MkaPortSm& portSm : mkaPortSm_) createOrDeletePortSm(portSm.intfId(), true);
+  for (Lumo::IntfId intfId : portSmKeys()) createOrDeletePortSm(intfId, true);
 }
 
 }  // namespace Macsec

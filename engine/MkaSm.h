@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "engine/MkaPortSm.h"
 #include "model/MacSecStatus.h"
 #include "model/MkaPamManager.h"
@@ -58,6 +60,7 @@ class MkaSm final : public Vesk::PtrInterface {
 
   Status& status() const;
   bool isLinkUp(Lumo::IntfId intfId) const;
+  std::vector<Lumo::IntfId> portSmKeys() const;
   void repairCpStatus();
   void repairPortStatus();
   void createPort(Lumo::IntfId intfId);

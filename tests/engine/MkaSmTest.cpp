@@ -232,6 +232,23 @@ TEST_F(Ports, SwitchingOffAndOnRebuildsThePortOverAnEmptyTree) {
   EXPECT_TRUE(isRunning());
 }
 
+TEST_F(Ports, TheEndOfTheEngineCleansAPortUpBeforeItsStatusGoes) {
+  linkIs(2);
+  enable();
+  configure();
+  s.startEngine();
+  s.world.traces.clear();
+  s.in([&] { s.status->macsecEnabledIs(false); });
+  auto place = [&](std::string const& text) {
+    auto const& traces = s.world.traces;
+    return std::find_if(traces.begin(), traces.end(),
+                        [&](auto& t) { return t.find(text) != std::string::npos; }) -
+           traces.begin();
+  };
+  EXPECT_EQ(s.world.traced("MkaPortSm::handleCleanUp(): IntfId Ethernet1"), 1u);
+  EXPECT_LT(place("MkaPortSm::handleCleanUp()"), place(": Deleting portStatus for Ethernet1"));
+}
+
 TEST_F(Ports, AWaitingPortStaysWhenTheEngineEnds) {
   linkIs(2);
   enable();

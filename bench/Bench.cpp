@@ -1,0 +1,88 @@
+#include <malloc.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "bench/Fabric.h"
+#include "bench/Micro.h"
+
+// One table: what a port costs, from one to thousands of them in one process. Figures to quote are
+// the ratios, which stand in one run.
+
+namespace {
+
+constexpr double kSteadySeconds = 60.0;
+constexpr double kLongestStart = 60.0;
+
+struct Row {
+  uint32_t portsOnEach;
+  double startCpu;   // seconds of processor time until all ports are open
+  double startTime;  // virtual seconds until all ports are open
+  double octetsPerPort;
+  double steady;           // processor seconds for a port and virtual second
+  double protectedSteady;  // the same under delay protection
+  double mkpdu;            // processor seconds for an MKPDU from timer to handled
+  double frameOctets;
+};
+
+double allocated() { return static_cast<double>(mallinfo2().uordblks); }
+
+// Processor seconds for a port and virtual second; the frames it took are added to `frames`.
+double steady(Bench::Fabric& fabric, double seconds) {
+  double const begin = Bench::processorTime();
+  fabric.runUntil(fabric.now() + seconds);
+  return (Bench::processorTime() - begin) / fabric.ports() / seconds;
+}
+
+void bringUp(Bench::Fabric& fabric, Row& row, double begin) {
+  while (!fabric.areAllPortsOpen() && fabric.now() < kLongestStart) {
+    fabric.runUntil(fabric.now() + 0.5);
+  }
+  row.startCpu = Bench::processorTime() - begin;
+  row.startTime = fabric.now();
+}
+
+Row measured(uint32_t portsOnEach, double secondsScale) {
+  Row row{portsOnEach, 0, 0, 0, 0, 0, 0, 0};
+  double const memory = allocated();
+  double const begin = Bench::processorTime();
+  auto fabric = std::make_unique<Bench::Fabric>(portsOnEach);
+  bringUp(*fabric, row, begin);
+  fabric->runUntil(fabric->now() + 30);
+  row.octetsPerPort = (allocated() - memory) / fabric->ports();
+  uint64_t const frames = fabric->frames();
+  uint64_t const octets = fabric->octets();
+  double const seconds = kSteadySeconds * secondsScale;
+  row.steady = steady(*fabric, seconds);
+  uint64_t const sent = fabric->frames() - frames;
+  row.frameOctets = static_cast<double>(fabric->octets() - octets) / static_cast<double>(sent);
+  row.mkpdu = row.steady * fabric->ports() * seconds / static_cast<double>(sent);
+  fabric->delayProtectionIs(true);
+  fabric->runUntil(fabric->now() + 5);
+  row.protectedSteady = steady(*fabric, seconds / 4);
+  return row;
+}
+
+}  // namespace
+
+int main() {
+  std::printf("%8s %12s %12s %12s %14s %14s %12s %10s\n", "ports", "start CPU s", "start virt s",
+              "KiB/port", "us/port/s", "us/port/s dp", "us/MKPDU", "x crypto");
+  double perPortAt16 = 0;
+  double perPortAt4096 = 0;
+  for (uint32_t ports : {1u, 16u, 256u, 1024u, 4096u}) {
+    // Half of the ports on each switch, and at least one.
+    uint32_t const onEach = ports == 1 ? 1 : ports / 2;
+    Row const row = measured(onEach, ports < 256 ? 4096.0 / ports : 1.0);
+    double const crypto = Bench::bareCrypto(static_cast<unsigned>(row.frameOctets));
+    std::printf("%8u %12.3f %12.1f %12.1f %14.2f %14.2f %12.2f %10.2f\n", 2 * onEach, row.startCpu,
+                row.startTime, row.octetsPerPort / 1024, row.steady * 1e6,
+                row.protectedSteady * 1e6, row.mkpdu * 1e6, row.mkpdu / crypto);
+    if (ports == 16) perPortAt16 = row.steady;
+    if (ports == 4096) perPortAt4096 = row.steady;
+  }
+  std::printf("\ncost of a port at 4096 against 16: %.2f times\n", perPortAt4096 / perPortAt16);
+  std::printf("bare crypto of one MKPDU (two AES-CMACs over 190 octets): %.2f us\n",
+              Bench::bareCrypto(190) * 1e6);
+  std::printf("a disabled trace statement: %.2f ns\n", Bench::disabledTrace() * 1e9);
+}

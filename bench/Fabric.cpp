@@ -1,0 +1,119 @@
+#include "bench/Fabric.h"
+
+#include <algorithm>
+
+namespace Bench {
+
+namespace {
+
+constexpr double kWireDelay = 0.001;
+
+}  // namespace
+
+struct Fabric::End final : Codec::FrameSink {
+  End(Fabric& fabric, uint32_t number)
+      : fabric(fabric), number(number), world(fabric.clock_, number + 1) {}
+  void send(Lumo::IntfId intfId, std::span<uint8_t const> frame) override {
+    fabric.carry(number, intfId, frame);
+  }
+  template <class F>
+  auto in(F run) {
+    Vesk::WorldScope scope(world);
+    return run(*host);
+  }
+
+  Fabric& fabric;
+  uint32_t const number;
+  FabricWorld world;
+  std::unique_ptr<Macsecd::Host> host;
+};
+
+Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach) {
+  for (uint32_t i = 0; i < portsOnEach; ++i) {
+    Lumo::IntfId const intfId{Vesk::String8("Ethernet" + std::to_string(i + 1))};
+    intfIds_.push_back(intfId);
+    wireOf_.resize(std::max<size_t>(wireOf_.size(), intfId.index() + 1));
+    wireOf_[intfId.index()] = i;
+    wires_.emplace_back(2, kWireDelay, Lab::Random(1, Lab::Stream::wires, i));
+  }
+  for (uint32_t n : {0u, 1u}) {
+    ends_[n] = std::make_unique<End>(*this, n);
+    Vesk::WorldScope scope(ends_[n]->world);
+    ends_[n]->host = std::make_unique<Macsecd::Host>(n == 0 ? "A" : "B", *ends_[n]);
+    Macsecd::Host& host = *ends_[n]->host;
+    for (uint32_t i = 0; i < portsOnEach; ++i) {
+      auto const octet = [i](int shift) { return static_cast<uint8_t>(i >> shift); };
+      host.interfaceIs(intfIds_[i],
+                       Lumo::EthAddr({2, 0, static_cast<uint8_t>(n), 0, octet(8), octet(0)}), 1);
+    }
+    host.configIs(config(n == 0 ? 10 : 20));
+    host.start();
+    for (Lumo::IntfId intfId : intfIds_) host.linkIs(intfId, true);
+  }
+}
+
+Fabric::~Fabric() {
+  for (auto& end : ends_) {
+    Vesk::WorldScope scope(end->world);
+    end->host.reset();
+  }
+}
+
+Macsecd::SwitchConfig Fabric::config(uint8_t priority) const {
+  Macsecd::SwitchConfig config;
+  Macsecd::ProfileConfig profile;
+  profile.name = "fabric";
+  profile.key = {"6162", "0123456789abcdef0123456789abcdef"};
+  profile.fallbackKey = {"6364", "fedcba9876543210fedcba9876543210"};
+  profile.keyServerPriority = priority;
+  config.profiles.push_back(profile);
+  for (Lumo::IntfId intfId : intfIds_) {
+    config.interfaces.push_back({std::string(intfId.stringValue().view()), "fabric", 1});
+  }
+  return config;
+}
+
+void Fabric::carry(uint32_t from, Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  ++frames_;
+  octets_ += frame.size();
+  for (Lab::Flight& flight : wires_[wireOf_[intfId.index()]].sent(from, frame)) {
+    flights_.push_back({clock_ + flight.delay, 1 - from, intfId, std::move(flight.frame)});
+  }
+}
+
+void Fabric::deliverDue() {
+  while (!flights_.empty() && flights_.front().due <= clock_) {
+    Flight const flight = std::move(flights_.front());
+    flights_.pop_front();
+    ends_[flight.to]->in([&](Macsecd::Host& host) { host.receive(flight.intfId, flight.frame); });
+  }
+}
+
+void Fabric::runUntil(double time) {
+  for (;;) {
+    double next = flights_.empty() ? time : std::min(time, flights_.front().due);
+    for (auto& end : ends_) next = std::min(next, end->host->timerWheel()->nextTime());
+    clock_ = std::max(clock_, next);
+    for (auto& end : ends_) end->in([](Macsecd::Host& host) { host.timerWheel()->runDue(); });
+    deliverDue();
+    if (next >= time) return;
+  }
+}
+
+void Fabric::delayProtectionIs(bool on) {
+  for (auto& end : ends_) {
+    end->in([on](Macsecd::Host& host) { host.config()->delayProtectionIs(on); });
+  }
+}
+
+bool Fabric::areAllPortsOpen() const {
+  for (auto& end : ends_) {
+    if (end->host->status()->cpStatus().members() != portsOnEach_) return false;
+    for (auto& cpStatus : end->host->status()->cpStatus()) {
+      if (!cpStatus.controlledPortEnabled()) return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace Bench

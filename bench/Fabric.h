@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "host/Host.h"
+#include "lab/Wire.h"
+#include "runtime/World.h"
+
+namespace Bench {
+
+/// The world of a measured switch: virtual time, spread first delays, cheap random bytes.
+class FabricWorld final : public Vesk::World {
+ public:
+  FabricWorld(double const& clock, uint32_t seed) : clock_(clock), random_(seed) {}
+  double now() const override { return clock_; }
+  int rand() override { return static_cast<int>(random_() & 0x7fffffff); }
+  void randomBytes(std::span<uint8_t> out) override {
+    for (uint8_t& byte : out) byte = static_cast<uint8_t>(random_());
+  }
+  void syslog(Vesk::LogMessage const&) override {}
+  void exit(int) override {}
+
+ private:
+  double const& clock_;
+  std::mt19937 random_;
+};
+
+/// Two switches with many ports, each wired to the port of the same name on the other. Every port
+/// has a primary and a fallback key, so two actors with one peer each.
+class Fabric {
+ public:
+  explicit Fabric(uint32_t portsOnEach);
+  ~Fabric();
+
+  /// Runs in virtual time.
+  void runUntil(double time);
+  void delayProtectionIs(bool on);
+  bool areAllPortsOpen() const;
+  /// Ports of both switches together.
+  uint32_t ports() const { return 2 * portsOnEach_; }
+  uint64_t frames() const { return frames_; }
+  uint64_t octets() const { return octets_; }
+  double now() const { return clock_; }
+
+ private:
+  struct End;
+  struct Flight {
+    double due;
+    uint32_t to;
+    Lumo::IntfId intfId;
+    Lab::Frame frame;
+  };
+
+  Macsecd::SwitchConfig config(uint8_t priority) const;
+  void carry(uint32_t from, Lumo::IntfId intfId, std::span<uint8_t const> frame);
+  void deliverDue();
+
+  uint32_t const portsOnEach_;
+  double clock_ = 0.0;
+  std::vector<Lumo::IntfId> intfIds_;
+  std::vector<Lab::Wire> wires_;
+  std::vector<uint32_t> wireOf_;
+  std::unique_ptr<End> ends_[2];
+  std::deque<Flight> flights_;
+  uint64_t frames_ = 0;
+  uint64_t octets_ = 0;
+};
+
+}  // namespace Bench
