@@ -1,0 +1,64 @@
+#include "codec/ActorKeys.h"
+
+#include <algorithm>
+
+#include "platform/Hex.h"
+#include "platform/SecretOctets.h"
+#include "platform/WardcodeLib.h"
+
+namespace Codec {
+
+namespace {
+
+constexpr size_t kMaxKey = 32;
+
+/// Calls `use` with the octets of a clear key for as long as it is needed; with none for a text
+/// that isn't one.
+template <class Use>
+void withClearKey(Vesk::String8 const& text, Use use) {
+  Macsec::SecretOctets<kMaxKey> key;
+  if (!key.hexIs(text.view())) key.sizeIs(0);
+  use(std::span<uint8_t const>(key.octets()));
+}
+
+}  // namespace
+
+std::span<uint8_t const> ActorKeys::characters() const {
+  if (ckn_.size() > Macsec::CknOctets::kMaxSize) return octets();
+  return {reinterpret_cast<uint8_t const*>(ckn_.charPtr()), ckn_.size()};
+}
+
+bool ActorKeys::isNamed(std::span<uint8_t const> onWire) const {
+  return std::ranges::equal(onWire, octets()) || std::ranges::equal(onWire, characters());
+}
+
+void ActorKeys::ickIs(Vesk::String8 const& encoded) {
+  withClearKey(WardcodeLib::doDecodeKey(encoded), [this](auto key) { setIck(key); });
+}
+
+void ActorKeys::kekIs(Vesk::String8 const& encoded) {
+  withClearKey(WardcodeLib::doDecodeKey(encoded), [this](auto key) { setKek(key); });
+}
+
+void ActorKeys::clearKeysIs(Vesk::String8 const& ick, Vesk::String8 const& kek) {
+  withClearKey(ick, [this](auto key) { setIck(key); });
+  withClearKey(kek, [this](auto key) { setKek(key); });
+}
+
+void ActorKeys::setKek(std::span<uint8_t const> clear) {
+  kek_ = Macsec::KeyWrap(clear);
+  wrappedSize_ = 0;
+  stored_ = Vesk::String8();
+}
+
+Vesk::String8 ActorKeys::storedKey(std::span<uint8_t const> wrapped,
+                                   std::span<uint8_t const> clear) {
+  if (!std::ranges::equal(wrapped, std::span(wrapped_).first(wrappedSize_))) {
+    stored_ = WardcodeLib::doEncodeKey(Macsec::secretHexString(clear));
+    std::ranges::copy(wrapped, wrapped_.begin());
+    wrappedSize_ = wrapped.size();
+  }
+  return stored_;
+}
+
+}  // namespace Codec

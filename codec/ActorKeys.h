@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "codec/MemberTexts.h"
+#include "platform/AesCmac.h"
+#include "platform/CknOctets.h"
+#include "platform/KeyWrap.h"
+#include "runtime/String8.h"
+
+namespace Codec {
+
+/// What the codec keeps of one actor: its name on the wire, its two keys set in their ciphers, and
+/// the texts that its frames repeat. The ciphers wipe their keys when this goes.
+class ActorKeys {
+ public:
+  explicit ActorKeys(Vesk::String8 const& ckn) : ckn_(ckn), octets_(ckn.view()) {}
+
+  /// The name as the actor's owner spells it.
+  Vesk::String8 const& ckn() const { return ckn_; }
+  /// The name as octets.
+  std::span<uint8_t const> octets() const { return octets_.octets(); }
+  /// The name as characters, or its octets if it has more than 32 of them.
+  std::span<uint8_t const> characters() const;
+  /// True for the name in any form that a frame may have it.
+  bool isNamed(std::span<uint8_t const> onWire) const;
+
+  /// The keys, in the form in which they are stored. A key that doesn't decode leaves a cipher
+  /// without a key, under which no frame is right and none goes out.
+  void ickIs(Vesk::String8 const& encoded);
+  void kekIs(Vesk::String8 const& encoded);
+  /// Both as the hexadecimal text of the clear keys.
+  void clearKeysIs(Vesk::String8 const& ick, Vesk::String8 const& kek);
+
+  Macsec::AesCmac& ick() { return ick_; }
+  Macsec::KeyWrap& kek() { return kek_; }
+  MemberTexts& members() { return members_; }
+
+  /// The stored form of a distributed key that arrived wrapped. A key that is repeated keeps the
+  /// stored form that it got first.
+  Vesk::String8 storedKey(std::span<uint8_t const> wrapped, std::span<uint8_t const> clear);
+
+ private:
+  void setIck(std::span<uint8_t const> clear) { ick_ = Macsec::AesCmac(clear); }
+  void setKek(std::span<uint8_t const> clear);
+
+  static constexpr size_t kMaxWrapped = 40;
+
+  Vesk::String8 ckn_;
+  Macsec::CknOctets octets_;
+  Macsec::AesCmac ick_;
+  Macsec::KeyWrap kek_{{}};
+  MemberTexts members_;
+  std::array<uint8_t, kMaxWrapped> wrapped_{};
+  size_t wrappedSize_ = 0;
+  Vesk::String8 stored_;
+};
+
+}  // namespace Codec

@@ -1,0 +1,199 @@
+#include "codec/FrameWriter.h"
+
+#include <algorithm>
+
+#include "codec/BasicSet.h"
+#include "codec/DistCak.h"
+#include "codec/DistSak.h"
+#include "codec/FieldWalk.h"
+#include "codec/Icv.h"
+#include "codec/PeerList.h"
+#include "codec/SakUse.h"
+#include "codec/SetWalk.h"
+#include "model/Eapol.h"
+#include "model/EapolType.h"
+#include "model/Overlay.h"
+#include "platform/SecretOctets.h"
+#include "platform/WardcodeLib.h"
+
+namespace Codec {
+
+namespace {
+
+using Constants = Macsec::MacsecConstants;
+using Types = Macsec::ParameterSetTypes;
+using Clear = Macsec::SecretOctets<32>;
+using Wrapped = Macsec::SecretOctets<40>;
+
+constexpr char kNoRoom[] = "finds no room left in the frame";
+
+/// The stored key under the key encrypting key. False if it doesn't decode, or is of no length that
+/// can be wrapped.
+bool wrapStored(Macsec::KeyWrap& kek, Vesk::String8 const& stored, Wrapped& wrapped) {
+  Clear clear;
+  if (!clear.hexIs(WardcodeLib::doDecodeKey(stored).view())) return false;
+  wrapped.sizeIs(clear.size() + Macsec::KeyWrap::kOverhead);
+  return kek.wrap(clear.octets(), wrapped.octets());
+}
+
+}  // namespace
+
+Refusal FrameWriter::refusal(SubType subType, char const* what) const {
+  return {subType, buffer_.size(), what};
+}
+
+Refusal FrameWriter::write(Macsec::MkaMessageInfo const& message) {
+  if (!message.mkaInfo()) return refusal(SubType::invalid, "has no message");
+  actor_ = port_.actor(message.mkaInfo()->baseInfo().ckn());
+  if (!actor_) return refusal(SubType::unrecognizedCkn, "has no actor of this name");
+  if (Refusal r = writeEapol()) return r;
+  if (Refusal r = writeSets(message)) return r;
+  return writeIcv();
+}
+
+Refusal FrameWriter::writeSets(Macsec::MkaMessageInfo const& message) {
+  Macsec::MkaInfo const& info = *message.mkaInfo();
+  if (Refusal r = writeBasic(info.baseInfo())) return r;
+  if (Refusal r = writePeers(Types::livePeerParameterSetType, message.livePeer())) return r;
+  if (Refusal r = writePeers(Types::potentialPeerParameterSetType, message.potentialPeer())) {
+    return r;
+  }
+  if (Refusal r = writeSakUse(info.sakUseInfo())) return r;
+  if (Refusal r = writeDistSak(info.sakDistInfo())) return r;
+  return writeDistCak(info.cakDistInfo());
+}
+
+Refusal FrameWriter::writeEapol() {
+  if (!port_.address) return refusal(SubType::eapolErr, "has no address of the interface");
+  auto* const eapol = Macsec::overlayOn<Macsec::Eapol>(buffer_.append(18).data());
+  *eapol = Macsec::Eapol();
+  eapol->srcIs(*port_.address);
+  eapol->eapolTypeIs(Macsec::EapolType::eapMka);
+  return {};
+}
+
+std::span<uint8_t const> FrameWriter::name() const {
+  return port_.dialect.nameOnWire == NameOnWire::octets ? actor_->octets() : actor_->characters();
+}
+
+// A set of a head and a body, with the zeros that end it on a multiple of 4.
+uint8_t* FrameWriter::appendSet(size_t head, size_t bodyLength) {
+  return buffer_.append(head + aligned(bodyLength)).data();
+}
+
+Refusal FrameWriter::writeBasic(Macsec::BasicInfo const& info) {
+  auto const ckn = name();
+  if (ckn.empty()) return refusal(SubType::basicParamSetErr, "has no name to send");
+  uint8_t* const octets = appendSet(sizeof(BasicSet::Set), ckn.size());
+  auto& set = *Macsec::overlayOn<BasicSet::Set>(octets);
+  FieldValues values(actor_->members());
+  BasicSet::fields(ToFrame<BasicSet::Set, BasicSet::Info>{set, info, values});
+  if (!values.fits()) return refusal(SubType::basicParamSetErr, "has no member identifier");
+  set.parameterSetBodyLengthIs(
+      static_cast<uint16_t>(Constants::basicParameterSetBodyLen + ckn.size()));
+  std::ranges::copy(ckn, octets + sizeof(BasicSet::Set));
+  return {};
+}
+
+Refusal FrameWriter::writePeers(uint8_t type, Macsec::MkaMessageInfo::LivePeerMap const& peers) {
+  if (peers.empty()) return {};
+  size_t const bodyLength = peers.members() * sizeof(PeerList::Set);
+  uint8_t* octets = appendSet(sizeof(Macsec::PeerListSet), bodyLength);
+  if (!octets) return refusal(failureOf(type), kNoRoom);
+  auto& head = *Macsec::overlayOn<Macsec::PeerListSet>(octets);
+  head.parameterSetTypeIs(type);
+  head.parameterSetBodyLengthIs(static_cast<uint16_t>(bodyLength));
+  octets += sizeof head;
+  FieldValues values(actor_->members());
+  for (auto const& entry : peers) {
+    ListedPeer const peer(entry.fwkKey(), entry.value());
+    auto& record = *Macsec::overlayOn<PeerList::Set>(octets);
+    PeerList::fields(ToFrame<PeerList::Set, PeerList::Info>{record, peer, values});
+    octets += sizeof record;
+  }
+  if (!values.fits()) return refusal(failureOf(type), "has a peer without a member identifier");
+  return {};
+}
+
+Refusal FrameWriter::writeSakUse(Macsec::SakUseInfo const& info) {
+  if (info == Macsec::SakUseInfo()) return {};
+  constexpr auto kFailure = SubType::sakUseSetErr;
+  uint8_t* const octets = appendSet(sizeof(SakUse::Set), 0);
+  if (!octets) return refusal(kFailure, kNoRoom);
+  auto& set = *Macsec::overlayOn<SakUse::Set>(octets);
+  set.parameterSetTypeIs(Types::sakUseParameterSetType);
+  set.parameterSetBodyLengthIs(Constants::sakUseParameterSetBodyLen);
+  FieldValues values(actor_->members());
+  SakUse::latestKey(ToFrame<SakUse::Set, SakUse::Key>{set, info.latestKeyInfo(), values});
+  SakUse::oldKey(ToFrame<SakUse::Set, SakUse::Key>{set, info.oldKeyInfo(), values});
+  SakUse::plainText(ToFrame<SakUse::Set, SakUse::Plain>{set, info.plainTextInfo(), values});
+  if (!values.fits()) return refusal(kFailure, "has a key server without a member identifier");
+  return {};
+}
+
+Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
+  if (info == Macsec::SakDistInfo()) return {};
+  constexpr auto kFailure = SubType::distSakSetErr;
+  Wrapped key;
+  bool const hasKey = !info.sak().empty() || info.cipherSuite() != Macsec::CipherSuite::None;
+  if (hasKey) {
+    if (!wrapStored(actor_->kek(), info.sak(), key)) {
+      return refusal(kFailure, "has a SAK that can't be wrapped");
+    }
+    if (!DistSak::keyFits(info.cipherSuite(), key.size() - Macsec::KeyWrap::kOverhead)) {
+      return refusal(kFailure, "has a SAK of a length that isn't that of its cipher suite");
+    }
+  }
+  size_t const bodyLength = hasKey ? sizeof(DistSak::Set) - 4 + key.size() : 0;
+  uint8_t* const octets = appendSet(4, bodyLength);
+  if (!octets) return refusal(kFailure, kNoRoom);
+  auto& set = *Macsec::overlayOn<DistSak::Set>(octets);
+  set.parameterSetTypeIs(Types::distSakParameterSetType);
+  set.parameterSetBodyLengthIs(static_cast<uint16_t>(bodyLength));
+  FieldValues values(actor_->members());
+  DistSak::anAndOffset(ToFrame<DistSak::Set, DistSak::AnOffset>{set, info.anAndOffset(), values});
+  DistSak::fields(ToFrame<DistSak::Set, DistSak::Info>{set, info, values}, bodyLength);
+  if (hasKey) std::ranges::copy(key.octets(), octets + DistSak::keyAt(bodyLength));
+  return {};
+}
+
+Refusal FrameWriter::writeDistCak(Macsec::CakDistInfo const& info) {
+  if (info == Macsec::CakDistInfo()) return {};
+  constexpr auto kFailure = SubType::distCakSetErr;
+  Wrapped key;
+  if (!wrapStored(actor_->kek(), info.cak(), key)) {
+    return refusal(kFailure, "has a CAK that can't be wrapped");
+  }
+  ActorKeys const named(info.ckn());
+  auto const ckn =
+      port_.dialect.nameOnWire == NameOnWire::octets ? named.octets() : named.characters();
+  size_t const bodyLength = key.size() + ckn.size();
+  uint8_t* const octets = appendSet(sizeof(DistCak::Set), bodyLength);
+  if (!octets) return refusal(kFailure, kNoRoom);
+  auto& set = *Macsec::overlayOn<DistCak::Set>(octets);
+  set.parameterSetTypeIs(Types::distCakParameterSetType);
+  set.parameterSetBodyLengthIs(static_cast<uint16_t>(bodyLength));
+  std::ranges::copy(key.octets(), octets + sizeof(DistCak::Set));
+  std::ranges::copy(ckn, octets + sizeof(DistCak::Set) + key.size());
+  return {};
+}
+
+Refusal FrameWriter::writeIcv() {
+  auto const form = port_.dialect.icvIndicator;
+  size_t const head = form == IcvIndicator::leftOut ? 0 : sizeof(Icv::Set);
+  auto const octets = buffer_.append(head + Icv::kSize);
+  if (octets.empty()) return refusal(SubType::icvIndicatorErr, kNoRoom);
+  if (head > 0) {
+    auto& set = *Macsec::overlayOn<Icv::Set>(octets.data());
+    set.parameterSetTypeIs(Types::icvIndicatorParameterSetType);
+    set.parameterSetBodyLengthIs(Icv::bodyLength(form));
+  }
+  auto& eapol = *Macsec::overlayOn<Macsec::Eapol>(buffer_.octets().data());
+  eapol.bodyLenIs(static_cast<uint16_t>(buffer_.size() - sizeof eapol));
+  auto const frame = buffer_.octets();
+  auto const covered = frame.first(frame.size() - Icv::kSize);
+  if (actor_->ick().compute(covered, frame.last<Icv::kSize>())) return {};
+  return refusal(SubType::icvValidationErr, "has no key to sign with");
+}
+
+}  // namespace Codec

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "model/MemberIdentifier.h"
+#include "runtime/String8.h"
+
+namespace Codec {
+
+/// The texts of the member identifiers that one actor meets, its own and its peers': each is made
+/// once, and whoever hands it up later shares it with the trees in which it stands. Keeps the ones
+/// met last; a CA of more members costs more, and nothing else.
+class MemberTexts {
+ public:
+  /// 24 lower-case digits; the empty text for twelve zero octets.
+  Vesk::String8 text(Macsec::MemberIdentifier const& identifier);
+  /// Nothing for a text that is no member identifier.
+  std::optional<Macsec::MemberIdentifier> identifier(Vesk::String8 const& text);
+
+ private:
+  struct Known {
+    Macsec::MemberIdentifier identifier;
+    Vesk::String8 text;
+  };
+  static constexpr size_t kKept = 8;
+
+  Known& met(size_t place);
+  void keep(Macsec::MemberIdentifier const& identifier, Vesk::String8 const& text);
+
+  // An identifier that is met again moves up one place; a new one takes the last.
+  std::array<Known, kKept> known_;
+};
+
+}  // namespace Codec

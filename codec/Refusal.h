@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+
+#include "model/MessageCounterTypes.h"
+
+namespace Codec {
+
+using SubType = Macsec::MessageCounterFailureSubType;
+
+/// Why a frame is refused, and at which octet of it, counted from 0 at the destination address.
+/// Tests false when nothing speaks against the frame.
+struct Refusal {
+  SubType subType = SubType::none;
+  size_t octet = 0;
+  char const* what = nullptr;
+
+  explicit operator bool() const { return what != nullptr; }
+};
+
+}  // namespace Codec
