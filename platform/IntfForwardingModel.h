@@ -51,6 +51,10 @@ class IntfForwardingModelInputDir final
   using ForwardingModelInputMap = Vesk::ValueMap<Lumo::IntfId, IntfForwardingModel>;
 
   explicit IntfForwardingModelInputDir(Vesk::Name const& name) : DescribedEntity(name) {}
+  static Vesk::Ptr<IntfForwardingModelInputDir> IntfForwardingModelInputDirIs(
+      Vesk::Name const& name) {
+    return Vesk::makeActive<IntfForwardingModelInputDir>(name);
+  }
 
   /// The entries.
   ForwardingModelInputMap const& forwardingModelInput() const { return forwardingModelInput_; }

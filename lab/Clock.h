@@ -1,0 +1,26 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace Lab {
+
+/// The virtual time of one simulation in seconds from 0.
+struct Clock {
+  double now = 0;
+};
+
+/// Sums of decimal fractions differ in their last bits: times that lie this close are one instant.
+constexpr double kInstant = 1e-7;
+
+inline bool sameInstant(double a, double b) { return std::abs(a - b) < kInstant; }
+inline bool notAfter(double a, double b) { return a < b + kInstant; }
+
+/// The number nearest to the time in whole microseconds.
+inline double roundedTime(double time) { return std::round(time * 1e6) / 1e6; }
+
+/// Seconds with at least three decimals and at most six: "7.001".
+std::string timeText(double time);
+
+}  // namespace Lab

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+
+#include "lab/Simulation.h"
+
+namespace Lab {
+
+/// Whether something that a scenario expects is so, and what is.
+struct Finding {
+  bool holds;
+  std::string is;
+};
+
+/// What the switches show now of everything that can be expected but syslog lines.
+class Findings {
+ public:
+  explicit Findings(Simulation const& simulation) : simulation_(simulation) {}
+
+  Finding of(PortIs const& expected) const;
+  /// The same, of a state that the port is in: "open", "closed" or "absent".
+  static Finding of(PortIs const& expected, std::string const& state);
+  Finding of(UsesKey const& expected) const;
+  Finding of(HasKeyServer const& expected) const;
+  Finding of(HasLivePeers const& expected) const;
+  Finding of(HasForwardingEntry const& expected) const;
+  Finding of(HasSakTransmit const& expected) const;
+  Finding of(HasSak const& expected) const;
+  Finding of(SameSak const& expected) const;
+  Finding of(HasRotated const& expected) const;
+
+ private:
+  Macsec::Status const& statusOf(PortName const& port) const;
+  Vesk::Ptr<Macsec::MkaActorStatus> actorOf(PortName const& port,
+                                            std::optional<std::string> const& ckn) const;
+  Macsec::Sak sakOf(PortName const& port) const;
+  std::string switchOf(Macsec::Sci const& sci) const;
+
+  Simulation const& simulation_;
+};
+
+/// The switch that an expectation is about.
+std::string const& switchNameOf(Expectation const& expectation);
+
+}  // namespace Lab

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace Lab {
+
+// Everything observable of a switch, as docs/lab.md lists it under Events. `interface` is the name
+// of the interface concerned.
+
+struct SyslogLine {
+  std::string name;
+  uint8_t severity;
+  std::vector<std::string> arguments;
+  std::string text;
+};
+
+struct ForwardingChanged {
+  std::string interface;
+  bool unauthorized;
+};
+
+struct PortChanged {
+  std::string interface;
+  char const* state;  ///< "open", "closed" or "absent"
+};
+
+/// A key by its name: member identifier of its key server, and number.
+struct KeyName {
+  std::string id;
+  uint32_t number;
+  friend bool operator==(KeyName const&, KeyName const&) = default;
+};
+
+struct SaAsked {
+  std::string interface;
+  bool transmit;
+  uint8_t an;
+  std::optional<KeyName> key;  ///< none when the request is withdrawn
+};
+
+struct SaInstalled {
+  std::string interface;
+  bool transmit;
+  uint8_t an;
+  std::optional<KeyName> key;  ///< none when the hardware took it out
+  uint32_t packetNumber;
+};
+
+struct PrincipalChanged {
+  std::string interface;
+  std::optional<std::string> ckn;
+};
+
+struct KeyServerChanged {
+  std::string interface;
+  std::string ckn;
+  std::optional<std::string> sci;
+  bool self;
+};
+
+struct PeersChanged {
+  std::string interface;
+  std::string ckn;
+  std::vector<std::string> live;
+  std::vector<std::string> potential;
+};
+
+/// An MKPDU at a switch, with what could be read of it.
+struct FramePassed {
+  std::string interface;
+  bool received;
+  std::optional<std::string> ckn;
+  std::optional<std::string> memberId;
+  std::optional<uint32_t> messageNumber;
+  size_t length;
+  std::vector<std::string> sets;
+  std::optional<std::string> verdict;  ///< of a received one
+};
+
+struct Happening {
+  double time;
+  std::string const& switchName;
+  std::variant<SyslogLine, ForwardingChanged, PortChanged, SaAsked, SaInstalled, PrincipalChanged,
+               KeyServerChanged, PeersChanged, FramePassed>
+      what;
+};
+
+/// Somebody who follows a simulation.
+class Audience {
+ public:
+  virtual ~Audience() = default;
+  virtual void happened(Happening const& happening) { static_cast<void>(happening); }
+  /// A line of the scenario is carried out.
+  virtual void acted(double time, std::string const& text) {
+    static_cast<void>(time), static_cast<void>(text);
+  }
+  /// A frame leaves a port for the wire with this number, before any fault of the wire.
+  virtual void captured(double time, size_t wire, std::span<uint8_t const> frame) {
+    static_cast<void>(time), static_cast<void>(wire), static_cast<void>(frame);
+  }
+  /// All of this instant is done.
+  virtual void instantDone(double time) { static_cast<void>(time); }
+};
+
+}  // namespace Lab

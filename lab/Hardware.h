@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "hardware/HwEmulator.h"
+#include "lab/Scenario.h"
+#include "runtime/Dir.h"
+
+namespace Lab {
+
+/// The MACsec hardware of one switch: a slice with an entry for each interface. The emulator
+/// answers into a copy that nobody else sees; what it answers reaches the slice at once, after
+/// a delay, or never, and the transmit SA with a packet number if one is given.
+///
+///     CpStatus -> HwEmulator -> copy -> (mood) -> slice -> HwStatusSm -> engine
+class Hardware {
+ public:
+  /// Puts the slice into the directory of slices. All calls are made inside the world of the
+  /// switch.
+  Hardware(Vesk::Ptr<Vesk::Dir> const& slices, std::vector<Lumo::IntfId> const& interfaces);
+  ~Hardware();
+  Hardware(Hardware const&) = delete;
+  Hardware& operator=(Hardware const&) = delete;
+
+  /// Begins to answer what this status asks for, from what it asks for already. After a restart it
+  /// is another one, and what the slice has installed stays as it is.
+  void follow(Vesk::Ptr<Macsec::Status> const& status);
+  /// Another mood; what is still asked for is answered at once (normal), after `delay` seconds from
+  /// now on (slow), or not (silent).
+  void moodIs(HardwareMood mood, double delay);
+  /// The transmit SA that the interface asks for, now or next, is reported with this packet number.
+  void packetNumberIs(Lumo::IntfId intfId, uint32_t number);
+
+  Vesk::Ptr<Macsec::MacSecStatus> const& slice() const { return slice_; }
+  /// When the next answer is due; infinity when none is.
+  double nextTime() const;
+  /// Gives the answer that is due first, if it is due by `Vesk::now()`. False if none was due.
+  bool answerOne();
+
+ private:
+  struct CopyReactor;
+  struct SliceReactor;
+  // Something that the copy has and the slice hasn't yet.
+  struct Answer {
+    double due;
+    Lumo::IntfId intfId;
+    std::optional<Macsec::AssociationNumber> rx;  ///< none for the transmit SA
+  };
+
+  bool isInstalled(Lumo::IntfId intfId, std::optional<Macsec::AssociationNumber> rx) const;
+  void copied(Lumo::IntfId intfId, std::optional<Macsec::AssociationNumber> rx);
+  void give(Answer const& answer);
+  void giveRx(Lumo::IntfId intfId, Macsec::AssociationNumber an);
+  void giveTx(Lumo::IntfId intfId);
+  double dueTime() const;
+
+  Vesk::Ptr<Macsec::MacSecStatus> slice_;
+  Vesk::Ptr<Macsec::MacSecIntfStatusPtrDir> copy_;
+  std::vector<Vesk::Ptr<CopyReactor>> copyReactors_;
+  std::vector<Vesk::Ptr<SliceReactor>> sliceReactors_;
+  Vesk::Ptr<Macsec::Status> status_;
+  Vesk::Ptr<Macsec::HwEmulator> emulator_;
+  HardwareMood mood_ = HardwareMood::normal;
+  double delay_ = 0;
+  bool takingUp_ = false;
+  std::deque<Answer> answers_;
+  std::map<Lumo::IntfId, uint32_t> packetNumbers_;
+};
+
+}  // namespace Lab

@@ -1,0 +1,109 @@
+#include "lab/Play.h"
+
+#include <fmt/format.h>
+
+#include <fstream>
+#include <ostream>
+
+#include "lab/Captures.h"
+#include "lab/Events.h"
+#include "lab/Expectations.h"
+#include "lab/ScenarioParser.h"
+#include "lab/Timeline.h"
+
+namespace Lab {
+
+namespace {
+
+constexpr uint32_t kDefaultSeed = 1;
+
+std::vector<Scenario> readAll(PlayOptions const& options, std::vector<Macsecd::Mistake>& mistakes) {
+  std::vector<Scenario> scenarios;
+  for (std::string const& file : options.files) {
+    ScenarioResult result = readScenario(file);
+    mistakes.insert(mistakes.end(), result.mistakes.begin(), result.mistakes.end());
+    scenarios.push_back(std::move(result.scenario));
+  }
+  return scenarios;
+}
+
+class Player {
+ public:
+  Player(PlayOptions const& options, std::ostream& out) : options_(options), out_(out) {
+    if (options.events.empty()) return;
+    eventsFile_.open(options.events, std::ios::trunc);
+    if (!eventsFile_) {
+      throw FileError("can't write " + options.events +
+                      "; name a file that may be written with --events");
+    }
+  }
+
+  /// False if an expectation failed.
+  bool play(Scenario const& scenario) {
+    Simulation simulation(scenario, options_.seed.value_or(scenario.seed.value_or(kDefaultSeed)));
+    Expectations expectations(simulation);
+    simulation.audienceIs(expectations);
+    Events events(eventsFile_);
+    if (eventsFile_.is_open()) simulation.audienceIs(events);
+    std::optional<Captures> captures;
+    if (!options_.pcapDir.empty()) {
+      simulation.audienceIs(captures.emplace(scenario, options_.pcapDir));
+    }
+    Timeline timeline(out_, scenario);
+    if (options_.show) {
+      out_ << scenario.title << "\n\n";
+      simulation.audienceIs(timeline);
+    }
+    simulation.run();
+    if (options_.show) showEnd(simulation, captures);
+    return judge(scenario, expectations);
+  }
+
+ private:
+  void showEnd(Simulation const& simulation, std::optional<Captures> const& captures) {
+    out_ << fmt::format("\nAt {}:\n\n", timeText(simulation.clock().now));
+    writeStatusTable(out_, simulation);
+    out_ << '\n';
+    if (!captures) return;
+    for (auto const& path : captures->paths()) out_ << "Capture: " << path.string() << '\n';
+    out_ << '\n';
+  }
+
+  bool judge(Scenario const& scenario, Expectations const& expectations) {
+    std::vector<Failure> const failures = expectations.failures();
+    if (failures.empty()) {
+      out_ << fmt::format("ok      {} ({} expectations)\n", scenario.file, expectations.size());
+      return true;
+    }
+    out_ << fmt::format("FAILED  {} ({} of {} expectations)\n", scenario.file, failures.size(),
+                        expectations.size());
+    for (Failure const& failure : failures) out_ << "  " << failure.text() << '\n';
+    return false;
+  }
+
+  PlayOptions const& options_;
+  std::ostream& out_;
+  std::ofstream eventsFile_;
+};
+
+}  // namespace
+
+int play(PlayOptions const& options, std::ostream& out, std::ostream& err) {
+  std::vector<Macsecd::Mistake> mistakes;
+  std::vector<Scenario> const scenarios = readAll(options, mistakes);
+  if (!mistakes.empty()) {
+    err << Macsecd::textOf(mistakes);
+    return 2;
+  }
+  try {
+    Player player(options, out);
+    bool held = true;
+    for (Scenario const& scenario : scenarios) held = player.play(scenario) && held;
+    return held ? 0 : 1;
+  } catch (FileError const& error) {
+    err << "macsec-lab: " << error.what() << '\n';
+    return 2;
+  }
+}
+
+}  // namespace Lab

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/Status.h"
+
+namespace Lab {
+
+/// What a status tree says of one port, in the words of the lab.
+class PortView {
+ public:
+  PortView(Macsec::Status const& status, Lumo::IntfId intfId) : status_(status), intfId_(intfId) {}
+
+  /// "open", "closed" or "absent".
+  char const* state() const;
+  /// The actor of that key, or null.
+  Vesk::Ptr<Macsec::MkaActorStatus> actor(std::string const& ckn) const;
+  /// The principal actor, or null.
+  Vesk::Ptr<Macsec::MkaActorStatus> principal() const;
+  /// The actor of that key, or without one the principal.
+  Vesk::Ptr<Macsec::MkaActorStatus> actor(std::optional<std::string> const& ckn) const {
+    return ckn ? actor(*ckn) : principal();
+  }
+  /// The SAK for transmit; the default one when there is none.
+  Macsec::Sak txSak() const;
+
+ private:
+  Macsec::Status const& status_;
+  Lumo::IntfId intfId_;
+};
+
+/// "02:00:00:00:00:01/1": address and port number.
+std::string sciText(Macsec::Sci const& sci);
+/// "5e6f7081:2", as the syslog lines call a key: the end of its identifier, and its number.
+std::string sakText(Macsec::Sak const& sak);
+/// Both are one key: identifier, number and clear text. Two empty ones aren't.
+bool sameSak(Macsec::Sak const& a, Macsec::Sak const& b);
+
+}  // namespace Lab

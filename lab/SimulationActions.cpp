@@ -1,0 +1,82 @@
+#include "lab/PortView.h"
+#include "lab/Simulation.h"
+#include "runtime/Assert.h"
+
+namespace Lab {
+
+void Simulation::act(Action const& action) {
+  for (Audience* audience : audience_) audience->acted(clock_.now, action.text);
+  std::visit([this](auto const& what) { carryOut(what); }, action.what);
+}
+
+void Simulation::carryOut(LinkChange const& change) {
+  switchOf(change.port.switchName).linkIs(Lumo::IntfId(change.port.interface.c_str()), change.up);
+}
+
+void Simulation::carryOut(WireFault const& fault) {
+  WireEnd const* const at = wireAt(fault.port);
+  VESK_ASSERT(at);
+  wires_[at->wire].faultIs(at->end, fault);
+}
+
+void Simulation::changeProfile(ProfileName const& name,
+                               std::function<void(Macsecd::ProfileConfig&)> const& change) {
+  switchOf(name.switchName).configure([&](Macsecd::SwitchConfig& config) {
+    for (auto& profile : config.profiles) {
+      if (profile.name == name.profile) change(profile);
+    }
+  });
+}
+
+void Simulation::carryOut(KeyChange const& change) {
+  changeProfile(change.profile, [&](Macsecd::ProfileConfig& profile) {
+    (change.fallback ? profile.fallbackKey : profile.key) = change.key;
+  });
+}
+
+void Simulation::carryOut(PriorityChange const& change) {
+  changeProfile(change.profile, [&](Macsecd::ProfileConfig& profile) {
+    profile.keyServerPriority = change.priority;
+  });
+}
+
+void Simulation::carryOut(RekeyPeriodChange const& change) {
+  changeProfile(change.profile,
+                [&](Macsecd::ProfileConfig& profile) { profile.rekeyPeriod = change.seconds; });
+}
+
+void Simulation::carryOut(SuiteChange const& change) {
+  changeProfile(change.profile,
+                [&](Macsecd::ProfileConfig& profile) { profile.cipherSuite = change.suite; });
+}
+
+void Simulation::carryOut(ShutdownChange const& change) {
+  switchOf(change.switchName).configure([&](Macsecd::SwitchConfig& config) {
+    config.shutdown = change.shutdown;
+  });
+}
+
+void Simulation::carryOut(Restart const& restart) { switchOf(restart.switchName).restart(); }
+
+void Simulation::carryOut(HardwareChange const& change) {
+  switchOf(change.switchName).hardware([&](Hardware& hardware) {
+    hardware.moodIs(change.mood, change.delay);
+  });
+}
+
+void Simulation::carryOut(PacketNumber const& number) {
+  switchOf(number.port.switchName).hardware([&](Hardware& hardware) {
+    hardware.packetNumberIs(Lumo::IntfId(number.port.interface.c_str()), number.number);
+  });
+}
+
+void Simulation::carryOut(Mark const& mark) {
+  for (auto const& one : switches_) {
+    for (Lumo::IntfId const intfId : one->interfaces()) {
+      sakHistory_.markIs(mark.name, {one->name(), intfId.stringValue().charPtr()},
+                         PortView(*one->host().status(), intfId).txSak());
+    }
+  }
+}
+
+}  // namespace Lab

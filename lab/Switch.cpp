@@ -1,0 +1,180 @@
+#include "lab/Switch.h"
+
+#include "lab/FrameSummary.h"
+#include "platform/CknOctets.h"
+#include "platform/Hex.h"
+
+namespace Lab {
+
+namespace {
+
+using SubType = Codec::FrameCounters::SubType;
+constexpr size_t kSubTypes = static_cast<size_t>(SubType::unrecognizedSetErr) + 1;
+
+// Frames received on an interface: accepted, and refused by each sub type.
+struct RxCounts {
+  uint64_t accepted = 0;
+  std::array<uint64_t, kSubTypes> refused{};
+};
+
+RxCounts rxCounts(Macsecd::Host const& host, Lumo::IntfId intfId) {
+  using enum Macsec::MessageCounterDirection;
+  using enum Macsec::MessageCounterType;
+  RxCounts counts;
+  if (!host.codec()) return counts;
+  auto const& counters = host.codec()->counters();
+  counts.accepted = counters.value(intfId, rx, success, SubType::none);
+  for (size_t i = 0; i < kSubTypes; ++i) {
+    counts.refused[i] = counters.value(intfId, rx, failure, static_cast<SubType>(i));
+  }
+  return counts;
+}
+
+std::string verdict(RxCounts const& before, RxCounts const& after) {
+  if (after.accepted != before.accepted) return "accepted";
+  for (size_t i = 0; i < kSubTypes; ++i) {
+    if (after.refused[i] != before.refused[i]) return stringValue(static_cast<SubType>(i));
+  }
+  return "ignored";
+}
+
+}  // namespace
+
+template <class Work>
+void Switch::inWorld(Work work) {
+  Vesk::WorldScope const scope(world_);
+  try {
+    work();
+  } catch (SwitchExit const& exit) {
+    outlets_.exited(*this, exit.status);
+    restart();
+  }
+}
+
+Switch::Switch(SwitchSpec const& spec, Clock const& clock, uint32_t seed, uint32_t index,
+               Outlets outlets)
+    : spec_(spec),
+      config_(spec.config),
+      outlets_(std::move(outlets)),
+      world_(clock, seed, index, spec.firstDelays) {
+  for (auto const& interface : config_.interfaces) interfaces_.emplace_back(interface.name.c_str());
+  inWorld([&] {
+    host_ = std::make_unique<Macsecd::Host>(spec_.name, *this,
+                                            Macsecd::HostOptions{.emulateHardware = false});
+    hardware_ = std::make_unique<Hardware>(host_->slices(), interfaces_);
+  });
+  watch_ = std::make_unique<TreeWatch>(*host_, hardware_->slice(), interfaces_,
+                                       [this](TreeWatch::What what) { tell(std::move(what)); });
+  connectWorld();
+}
+
+Switch::~Switch() {
+  // The simulation is over: what is taken down now is no part of it.
+  world_.sinks = {};
+  Vesk::WorldScope const scope(world_);
+  hardware_ = nullptr;
+  host_ = nullptr;
+}
+
+void Switch::connectWorld() {
+  world_.sinks.syslog = [this](Vesk::LogMessage const& message) {
+    tell(SyslogLine{message.handle.name(), static_cast<uint8_t>(message.handle.severity()),
+                    message.arguments, message.text});
+  };
+  world_.sinks.attribute = [this](Vesk::AttributeWrite const& write) { watch_->written(write); };
+}
+
+void Switch::start() {
+  started_ = true;
+  inWorld([&] {
+    for (auto const& interface : config_.interfaces) {
+      host_->interfaceIs(Lumo::IntfId(interface.name.c_str()), spec_.mac, interface.portNumber);
+    }
+    host_->configIs(config_);
+    hardware_->follow(host_->status());
+    host_->start();
+    for (Lumo::IntfId const intfId : interfaces_) host_->linkIs(intfId, isUp(intfId));
+  });
+}
+
+void Switch::restart() {
+  if (!started_) return;
+  inWorld([&] {
+    host_->restart();
+    hardware_->follow(host_->status());
+  });
+}
+
+void Switch::linkIs(Lumo::IntfId intfId, bool up) {
+  if (up) {
+    downLinks_.erase(intfId);
+  } else {
+    downLinks_.insert(intfId);
+  }
+  if (started_) inWorld([&] { host_->linkIs(intfId, up); });
+}
+
+void Switch::configure(std::function<void(Macsecd::SwitchConfig&)> const& change) {
+  change(config_);
+  if (started_) inWorld([&] { host_->configIs(config_); });
+}
+
+void Switch::hardware(std::function<void(Hardware&)> const& change) {
+  inWorld([&] { change(*hardware_); });
+}
+
+double Switch::nextTime() const {
+  return std::min(host_->timerWheel()->nextTime(), hardware_->nextTime());
+}
+
+bool Switch::runOne() {
+  if (nextTime() > world_.now()) return false;
+  bool ran = true;
+  inWorld([&] { ran = host_->timerWheel()->runOne() || hardware_->answerOne(); });
+  return ran;
+}
+
+void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  FramePassed frameReceived = passed(intfId, frame);
+  frameReceived.received = true;
+  heldBack_.emplace();
+  inWorld([&] {
+    RxCounts const before = rxCounts(*host_, intfId);
+    host_->receive(intfId, frame);
+    frameReceived.verdict = verdict(before, rxCounts(*host_, intfId));
+  });
+  auto const following = std::exchange(heldBack_, std::nullopt);
+  tell(std::move(frameReceived));
+  for (auto const& what : *following) tell(what);
+}
+
+void Switch::send(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  tell(passed(intfId, frame));
+  outlets_.sent(*this, intfId, frame);
+}
+
+void Switch::tell(TreeWatch::What what) {
+  if (heldBack_) {
+    heldBack_->push_back(std::move(what));
+  } else {
+    outlets_.happened(*this, std::move(what));
+  }
+}
+
+// A key is called as its actor here spells it, or by its octets if there is none.
+FramePassed Switch::passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const {
+  FrameSummary summary = summaryOf(frame);
+  auto const portStatus = host_->status()->portStatus(intfId);
+  if (portStatus && summary.ckn) {
+    for (Macsec::MkaActorStatus& actor : portStatus->actorStatus()) {
+      Macsec::CknOctets const ckn(actor.ckn().view());
+      if (Macsec::hexString(ckn.octets()) != summary.ckn->c_str()) continue;
+      summary.ckn = actor.ckn().charPtr();
+      break;
+    }
+  }
+  return {intfId.stringValue().charPtr(), false,        summary.ckn,  summary.memberId,
+          summary.messageNumber,          frame.size(), summary.sets, std::nullopt};
+}
+
+}  // namespace Lab

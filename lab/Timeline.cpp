@@ -1,0 +1,28 @@
+#include "lab/Timeline.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <ostream>
+
+namespace Lab {
+
+Timeline::Timeline(std::ostream& out, Scenario const& scenario) : out_(out), width_(2) {
+  for (SwitchSpec const& spec : scenario.switches) width_ = std::max(width_, spec.name.size());
+}
+
+void Timeline::line(double time, std::string const& who, std::string const& text) {
+  out_ << fmt::format("{:>10}  {:<{}}  {}\n", timeText(time), who, width_, text);
+}
+
+void Timeline::acted(double time, std::string const& text) { line(time, "--", text); }
+
+void Timeline::happened(Happening const& happening) {
+  if (auto const* syslog = std::get_if<SyslogLine>(&happening.what)) {
+    line(happening.time, happening.switchName, syslog->name + ": " + syslog->text);
+  } else if (auto const* port = std::get_if<PortChanged>(&happening.what)) {
+    line(happening.time, happening.switchName, "port " + port->interface + " is " + port->state);
+  }
+}
+
+}  // namespace Lab
