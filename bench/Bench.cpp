@@ -1,7 +1,9 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <vector>
 
 #include "bench/Fabric.h"
 #include "bench/Micro.h"
@@ -63,14 +65,22 @@ Row measured(uint32_t portsOnEach, double secondsScale) {
   return row;
 }
 
+std::vector<uint32_t> sizes(int argc, char** argv) {
+  std::vector<uint32_t> sizes;
+  for (int i = 1; i < argc; ++i) sizes.push_back(static_cast<uint32_t>(std::atoi(argv[i])));
+  if (sizes.empty()) sizes = {1, 16, 256, 1024, 4096};
+  return sizes;
+}
+
 }  // namespace
 
-int main() {
+// The arguments are numbers of ports; without any, the whole table.
+int main(int argc, char** argv) {
   std::printf("%8s %12s %12s %12s %14s %14s %12s %10s\n", "ports", "start CPU s", "start virt s",
               "KiB/port", "us/port/s", "us/port/s dp", "us/MKPDU", "x crypto");
   double perPortAt16 = 0;
   double perPortAt4096 = 0;
-  for (uint32_t ports : {1u, 16u, 256u, 1024u, 4096u}) {
+  for (uint32_t ports : sizes(argc, argv)) {
     // Half of the ports on each switch, and at least one.
     uint32_t const onEach = ports == 1 ? 1 : ports / 2;
     Row const row = measured(onEach, ports < 256 ? 4096.0 / ports : 1.0);

@@ -34,7 +34,7 @@ Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach) {
     intfIds_.push_back(intfId);
     wireOf_.resize(std::max<size_t>(wireOf_.size(), intfId.index() + 1));
     wireOf_[intfId.index()] = i;
-    wires_.emplace_back(2, kWireDelay, Lab::Random(1, Lab::Stream::wires, i));
+    wires_.emplace_back(2, kWireDelay, Lab::Random(1, Lab::Stream::wire, i));
   }
   for (uint32_t n : {0u, 1u}) {
     ends_[n] = std::make_unique<End>(*this, n);
