@@ -1,12 +1,12 @@
 #pragma once
 
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "lab/Happening.h"
+#include "lab/Pcap.h"
 #include "lab/Scenario.h"
 
 namespace Lab {
@@ -28,7 +28,7 @@ class Captures final : public Audience {
 
  private:
   std::vector<std::filesystem::path> paths_;
-  std::vector<std::ofstream> files_;
+  std::vector<PcapWriter> files_;
 };
 
 }  // namespace Lab

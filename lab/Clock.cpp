@@ -10,4 +10,13 @@ std::string timeText(double time) {
   return text;
 }
 
+std::string withoutTime(std::string const& line) {
+  constexpr std::string_view expect = " expect ";
+  if (size_t const at = line.find(expect); at != std::string::npos) {
+    return line.substr(at + expect.size());
+  }
+  size_t const blank = line.find(' ', std::min(line.size(), line.find(' ') + 1));
+  return blank == std::string::npos ? line : line.substr(blank + 1);
+}
+
 }  // namespace Lab

@@ -23,4 +23,7 @@ inline double roundedTime(double time) { return std::round(time * 1e6) / 1e6; }
 /// Seconds with at least three decimals and at most six: "7.001".
 std::string timeText(double time);
 
+/// What a line of a scenario says behind its time: "at 5 shutdown A" gives "shutdown A".
+std::string withoutTime(std::string const& line);
+
 }  // namespace Lab

@@ -146,11 +146,12 @@ Finding Expectations::find(Expectation const& expectation) const {
 std::vector<Failure> Expectations::failures() const {
   std::vector<Failure> failures;
   for (Check const& check : checks_) {
-    if (check.failure) failures.push_back(*check.failure);
-    if (!check.decided) {
+    if (check.failure) {
+      failures.push_back(*check.failure);
+    } else if (!check.decided) {
       failures.push_back({simulation_.scenario().file, check.expectation->line,
                           simulation_.clock().now, switchNameOf(*check.expectation),
-                          check.expectation->text, "the scenario ended before"});
+                          withoutTime(check.expectation->text), "the scenario ended before"});
     }
   }
   return failures;

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "codec/Dialect.h"
 #include "host/ConfigFile.h"
 #include "runtime/EthAddr.h"
 
@@ -211,6 +212,8 @@ struct Scenario {
   std::optional<uint32_t> seed;
   double frameDelay = 0.001;
   double runUntil = 0;
+  /// How frames mark their ICV. Analysers of captures know the form of 16 octets.
+  Codec::IcvIndicator icvIndicator = Codec::IcvIndicator::length16;
   std::vector<SwitchSpec> switches;
   std::vector<WireSpec> wires;
   std::vector<Action> actions;            ///< by time, then by line

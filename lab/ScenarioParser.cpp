@@ -34,6 +34,20 @@ std::vector<Line> linesOf(std::string_view text) {
   return lines;
 }
 
+// What stands behind the word, as it was written.
+std::string titleIn(std::string_view line) {
+  line.remove_prefix(std::min(line.size(), std::string_view("title ").size()));
+  line = line.substr(0, line.find_last_not_of(" \t\r") + 1);
+  return std::string(line);
+}
+
+Codec::IcvIndicator parseIcvIndicator(Words& words) {
+  if (words.take("of 4")) return Codec::IcvIndicator::length4;
+  if (words.take("of 16")) return Codec::IcvIndicator::length16;
+  if (words.take("left out")) return Codec::IcvIndicator::leftOut;
+  words.unknown("ICV indicator", {"of 4", "of 16", "left out"});
+}
+
 /// Reads switches first, then wires, then what happens: so a scenario may tell them in any order,
 /// and each name is checked at its place.
 class ScenarioParser {
@@ -85,19 +99,18 @@ class ScenarioParser {
       for (auto word : {"at", "by", "from", "between", "exactly"}) {
         if (words.take(word)) return timed.push_back(line);
       }
-      parseSetting(words);
+      parseSetting(line, words);
     });
   }
 
-  void parseSetting(Words& words) {
+  void parseSetting(Line const& line, Words& words) {
     auto once = [&](std::string const& word) {
       if (seen_.insert(word).second) return;
       Words::failAt(1, fmt::format("'{}' stands twice", word), "remove one");
     };
     if (words.take("title")) {
       once("title");
-      auto text = words.text();
-      scenario_.title = text.substr(std::min(text.size(), std::string("title ").size()));
+      scenario_.title = titleIn(line.text);
       return;
     }
     if (words.take("seed")) {
@@ -106,12 +119,16 @@ class ScenarioParser {
     } else if (words.take("frame delay")) {
       once("frame delay");
       scenario_.frameDelay = words.time();
+    } else if (words.take("icv indicator")) {
+      once("icv indicator");
+      scenario_.icvIndicator = parseIcvIndicator(words);
     } else if (words.take("run until")) {
       once("run until");
       scenario_.runUntil = words.time();
     } else {
-      words.unknown("beginning of a line", {"title", "seed", "frame delay", "run until", "switch",
-                                            "wire", "at", "by", "from", "between", "exactly at"});
+      words.unknown("beginning of a line",
+                    {"title", "seed", "frame delay", "icv indicator", "run until", "switch", "wire",
+                     "at", "by", "from", "between", "exactly at"});
     }
     words.needEnd();
   }

@@ -5,7 +5,8 @@
 namespace Lab {
 
 void Simulation::act(Action const& action) {
-  for (Audience* audience : audience_) audience->acted(clock_.now, action.text);
+  std::string const text = withoutTime(action.text);
+  for (Audience* audience : audience_) audience->acted(clock_.now, text);
   std::visit([this](auto const& what) { carryOut(what); }, action.what);
 }
 

@@ -51,9 +51,10 @@ void Switch::inWorld(Work work) {
   }
 }
 
-Switch::Switch(SwitchSpec const& spec, Clock const& clock, uint32_t seed, uint32_t index,
-               Outlets outlets)
+Switch::Switch(SwitchSpec const& spec, Codec::Dialect const& dialect, Clock const& clock,
+               uint32_t seed, uint32_t index, Outlets outlets)
     : spec_(spec),
+      dialect_(dialect),
       config_(spec.config),
       outlets_(std::move(outlets)),
       world_(clock, seed, index, spec.firstDelays) {
@@ -93,6 +94,7 @@ void Switch::start() {
     host_->configIs(config_);
     hardware_->follow(host_->status());
     host_->start();
+    setDialect();
     for (Lumo::IntfId const intfId : interfaces_) host_->linkIs(intfId, isUp(intfId));
   });
 }
@@ -101,8 +103,14 @@ void Switch::restart() {
   if (!started_) return;
   inWorld([&] {
     host_->restart();
+    setDialect();
     hardware_->follow(host_->status());
   });
+}
+
+// The codec is new with each start; nothing is sent before the first timer.
+void Switch::setDialect() {
+  for (Lumo::IntfId const intfId : interfaces_) host_->codec()->dialectIs(intfId, dialect_);
 }
 
 void Switch::linkIs(Lumo::IntfId intfId, bool up) {

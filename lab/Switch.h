@@ -23,8 +23,9 @@ class Switch final : public Codec::FrameSink {
     std::function<void(Switch const&, int status)> exited;
   };
 
-  Switch(SwitchSpec const& spec, Clock const& clock, uint32_t seed, uint32_t index,
-         Outlets outlets);
+  /// `dialect` is how it writes frames.
+  Switch(SwitchSpec const& spec, Codec::Dialect const& dialect, Clock const& clock, uint32_t seed,
+         uint32_t index, Outlets outlets);
   ~Switch() override;
 
   SwitchSpec const& spec() const { return spec_; }
@@ -53,10 +54,12 @@ class Switch final : public Codec::FrameSink {
   template <class Work>
   void inWorld(Work work);
   void connectWorld();
+  void setDialect();
   void tell(TreeWatch::What what);
   FramePassed passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const;
 
   SwitchSpec const& spec_;
+  Codec::Dialect const dialect_;
   Macsecd::SwitchConfig config_;
   Outlets outlets_;
   SwitchWorld world_;
