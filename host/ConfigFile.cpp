@@ -42,6 +42,7 @@ class ConfigReader {
   void readKey(YAML::Node const& node, std::string const& word, std::optional<KeyConfig>& key,
                KeyPlace& place);
   void readSuite(YAML::Node const& node, ProfileConfig& profile);
+  void readDialect(YAML::Node const& node, Codec::Dialect& dialect);
   void readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak);
   void checkKeyFits(KeyPlace const& place, Suite suite);
   void checkNamesDiffer(ProfileConfig const& profile, KeyPlace const& fallback);
@@ -61,6 +62,23 @@ class ConfigReader {
   Entry number(std::string const& word, Target& target, uint32_t min, uint32_t max) {
     return {word, false, [this, word, &target, min, max](YAML::Node const& value) {
               store(yaml_.number(value, word, min, max), target);
+            }};
+  }
+
+  template <class Choice>
+  Entry choice(std::string const& word, Choice& target, std::map<std::string, Choice> choices) {
+    return {word, false, [this, word, &target, choices](YAML::Node const& value) {
+              auto const text = yaml_.text(value, word);
+              if (!text) return;
+              auto const chosen = choices.find(*text);
+              if (chosen != choices.end()) {
+                target = chosen->second;
+                return;
+              }
+              std::vector<std::string> words;
+              for (auto const& [name, meaning] : choices) words.push_back(name);
+              yaml_.mistake(value.Mark(), fmt::format("{} has no {}", word, quotedWord(*text)),
+                            fmt::format("write one of {}", fmt::join(words, ", ")));
             }};
   }
 
@@ -124,8 +142,22 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                   store(yaml_.text(value, "profile"), intf.profile);
                   profilePlace_[name] = value.Mark();
                 }},
-               number("port-number", intf.portNumber, 1, UINT16_MAX)});
+               number("port-number", intf.portNumber, 1, UINT16_MAX),
+               {"dialect", false, [&](auto& value) { readDialect(value, intf.dialect); }}});
   config_.interfaces.push_back(std::move(intf));
+}
+
+void ConfigReader::readDialect(YAML::Node const& node, Codec::Dialect& dialect) {
+  using Codec::IcvIndicator;
+  using Codec::NameOnWire;
+  yaml_.words(
+      node, node.Mark(), "a dialect",
+      {choice<NameOnWire>("name-on-wire", dialect.nameOnWire,
+                          {{"octets", NameOnWire::octets}, {"characters", NameOnWire::characters}}),
+       choice<IcvIndicator>("icv-indicator", dialect.icvIndicator,
+                            {{"length-4", IcvIndicator::length4},
+                             {"length-16", IcvIndicator::length16},
+                             {"left-out", IcvIndicator::leftOut}})});
 }
 
 void ConfigReader::readKey(YAML::Node const& node, std::string const& word,

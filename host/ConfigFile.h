@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "codec/Dialect.h"
 #include "host/Mistake.h"
 #include "runtime/String8.h"
 
@@ -50,6 +51,7 @@ struct InterfaceConfig {
   std::string name;
   std::string profile;
   uint16_t portNumber = 1;  ///< of the SCI
+  Codec::Dialect dialect;   ///< how frames are written for foreign equipment
 };
 
 /// What the configuration file of one switch says, defaults filled in, in the order of the file.

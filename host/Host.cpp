@@ -102,7 +102,19 @@ void Host::linkIs(Lumo::IntfId intfId, bool up) {
   if (intfStatus) intfStatus->linkStatusIs(up ? Interface::linkUp : Interface::linkDown);
 }
 
-void Host::configIs(SwitchConfig const& config) { writeConfig(config, *config_); }
+void Host::configIs(SwitchConfig const& config) {
+  dialects_.clear();
+  for (InterfaceConfig const& interface : config.interfaces) {
+    dialects_.emplace_back(Lumo::IntfId(Vesk::String8(interface.name)), interface.dialect);
+  }
+  applyDialects();
+  writeConfig(config, *config_);
+}
+
+void Host::applyDialects() {
+  if (!running()) return;
+  for (auto const& [intfId, dialect] : dialects_) machines_->codec.dialectIs(intfId, dialect);
+}
 
 void Host::handleShutdown() { status_->macsecEnabledIs(!config_->shutdown()); }
 
@@ -111,6 +123,7 @@ void Host::start() {
   status_->fipsStatusIs(Macsec::FipsStatus());
   handleShutdown();
   machines_ = std::make_unique<Machines>(*this);
+  applyDialects();
 }
 
 void Host::stop() { machines_.reset(); }

@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <span>
+#include <utility>
+#include <vector>
 
 #include "codec/FrameCodec.h"
 #include "codec/FrameSink.h"
@@ -72,6 +74,7 @@ class Host {
   struct Machines;
 
   void handleShutdown();
+  void applyDialects();
 
   Codec::FrameSink& sink_;
   HostOptions const options_;
@@ -85,6 +88,7 @@ class Host {
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir_;
   Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
   Vesk::Ptr<ConfigReactor> configReactor_;
+  std::vector<std::pair<Lumo::IntfId, Codec::Dialect>> dialects_;
   std::unique_ptr<Machines> machines_;
 };
 

@@ -234,6 +234,31 @@ TEST(ConfigFile, NoMistakeShowsAKeyWhereverItStands) {
   }
 }
 
+TEST(ConfigFile, AnInterfaceSpeaksTheDialectThatItIsGiven) {
+  auto const result = parseConfig(
+      "profiles: {p: {dot1x: true}}\n"
+      "interfaces:\n"
+      "  e1: {profile: p}\n"
+      "  e2: {profile: p, dialect: {name-on-wire: characters, icv-indicator: left-out}}\n",
+      "f");
+  ASSERT_TRUE(result.good());
+  EXPECT_EQ(result.config.interfaces[0].dialect, Codec::Dialect());
+  EXPECT_EQ(result.config.interfaces[1].dialect.nameOnWire, Codec::NameOnWire::characters);
+  EXPECT_EQ(result.config.interfaces[1].dialect.icvIndicator, Codec::IcvIndicator::leftOut);
+}
+
+TEST(ConfigFile, AWordThatNoDialectHasIsAMistakeAtItsPlace) {
+  auto const mistakes = parseConfig(
+                            "profiles: {p: {dot1x: true}}\n"
+                            "interfaces:\n"
+                            "  e1: {profile: p, dialect: {icv-indicator: short}}\n",
+                            "f")
+                            .mistakes;
+  ASSERT_THAT(mistakes, SizeIs(1));
+  EXPECT_EQ(mistakes[0].text(),
+            "f:3:45: icv-indicator has no 'short'; write one of left-out, length-16, length-4");
+}
+
 TEST(ConfigFile, PlacesCountTheLinesBeforeTheText) {
   auto mistakes = parseConfig("\n  fips: 7\n", "f", 10).mistakes;
   ASSERT_THAT(mistakes, SizeIs(1));
