@@ -19,7 +19,8 @@ namespace Codec {
 ///      +---------------------------------------------------------------+
 ///
 /// Nothing tells how long the wrapped CAK is: the one of the two lengths is right that passes the
-/// integrity check of the key wrap.
+/// integrity check of the key wrap. The name goes as octets in every dialect, since nobody here
+/// knows its spelling.
 struct DistCak {
   using Set = Macsec::DistCakSet;
   using Constants = Macsec::MacsecConstants;

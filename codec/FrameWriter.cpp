@@ -164,9 +164,8 @@ Refusal FrameWriter::writeDistCak(Macsec::CakDistInfo const& info) {
   if (!wrapStored(actor_->kek(), info.cak(), key)) {
     return refusal(kFailure, "has a CAK that can't be wrapped");
   }
-  ActorKeys const named(info.ckn());
-  auto const ckn =
-      port_.dialect.nameOnWire == NameOnWire::octets ? named.octets() : named.characters();
+  Macsec::CknOctets const name(info.ckn().view());
+  auto const ckn = name.octets();
   size_t const bodyLength = key.size() + ckn.size();
   uint8_t* const octets = appendSet(sizeof(DistCak::Set), bodyLength);
   if (!octets) return refusal(kFailure, kNoRoom);

@@ -192,7 +192,12 @@ class Entity : public Notifier {
   }
   template <class K, class T, class N>
   void valueDelAll(uint8_t attribute, ValueMap<K, T>& map, void (N::*on)(K const&)) {
-    for (auto& entry : map) valueDel(attribute, map, K(entry.fwkKey()), on);
+    // The walk has gone on before a value is taken out, so that the map can keep its memory.
+    for (auto i = map.iterator(); i;) {
+      K const key(i->fwkKey());
+      ++i;
+      valueDel(attribute, map, key, on);
+    }
   }
 
   /// Logs and tells that the member under `key` came, went or changed.

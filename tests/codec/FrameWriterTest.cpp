@@ -18,7 +18,7 @@ TEST(FrameWriter, WritesAWholeFrameOctetByOctet) {
             "888e"
             "03"
             "05"
-            "00d8"
+            "00d0"
             "010ae03c"
             "0200000000010001"
             "a1a2a3a4a5a6a7a8a9aaabac"
@@ -33,7 +33,7 @@ TEST(FrameWriter, WritesAWholeFrameOctetByOctet) {
             "04d00024000000020080c20001000003"
             "116771c88648360e9aaff76dc6e18292b6496b89c29c10fe"
             "ff000004"
-            "GOLDENICV");
+            "9ea5d3af34de1f1d092f24bf6365d9e1");
 }
 
 TEST(FrameWriter, LeavesOutWhatTheMessageLacks) {
