@@ -176,10 +176,9 @@ TEST(Peers, AMemberThatListsUsBecomesLiveAndIsToldOfBeforeItsRecordIsFilled) {
   ASSERT_EQ(port.world.logs[1].name, "MKA_SESSION_ESTABLISHED");
   EXPECT_EQ(port.world.logs[1].arguments,
             (std::vector<std::string>{"02:00:00:00:00:02", "513", "6162", "Ethernet1"}));
-  Support::expectHandle(
-      *port.world.handles[1], "MKA_SESSION_ESTABLISHED", 6,
-      "MKA session established with peer SCI %s::%s and CKN %s on interface %s",
-      "Peer having this SCI added to live peer list", 120.0);
+  Support::expectHandle(*port.world.handles[1], "MKA_SESSION_ESTABLISHED", 6,
+                        "MKA session established with peer SCI %s::%s and CKN %s on interface %s",
+                        "Peer having this SCI added to live peer list", 120.0);
   Vesk::retire(watch);
 }
 
@@ -189,8 +188,8 @@ TEST(Peers, TheLivePathWritesInOrder) {
   port.receive(peer.hello());
   auto writes = Vesk::make<ActorWrites>(port, port.actor("6162"));
   port.live(peer);
-  EXPECT_THAT(writes->order,
-              ElementsAre("livePeer", "potentialPeer", "electedSelf", "keyServer", "success"));
+  EXPECT_THAT(writes->order, ElementsAre("livePeer", "potentialPeer", "electedSelf", "keyServer",
+                                         "newSak", "success"));
   Vesk::retire(writes);
 }
 

@@ -17,7 +17,9 @@ constexpr char const* kLongCkn = "6162636465666768696a6b6c6d6e6f7071727374757677
 
 TEST(Actor, DerivesItsKeysAtItsFirstStartTheKekBeforeTheIck) {
   Support::Switch s{1};
-  s.in([&] { s.status->portStatusIs(s.intfId)->actorStatusIs(kLongCkn); });
+  s.in([&] {
+    s.status->portStatusIs(s.intfId)->actorStatusIs(kLongCkn)->cakIs(key(kLongCkn).cak());
+  });
   auto writes = Vesk::make<ActorWrites>(s, s.actor(kLongCkn));
   Cak const configured = key(kLongCkn);
   s.start(configured);

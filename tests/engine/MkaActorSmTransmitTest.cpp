@@ -51,7 +51,8 @@ TEST(Transmit, ACipherThatIsNotOursLowersTheCapability) {
       auto actor = s.status->portStatusIs(s.intfId)->actorStatusIs("6162");
       s.status->cpStatusIs(s.intfId, MacsecParams(cipher, false));
       actor->msgIdIs("a1a2a3a4a5a6a7a8a9aaabac");
-      auto sm = mkaActorSmFactory("6162", "", s.intfId, s.status, s.pamManager, s.hwStatus, s.wheel);
+      auto sm =
+          mkaActorSmFactory("6162", "", s.intfId, s.status, s.pamManager, s.hwStatus, s.wheel);
       sm->handleMkpduTimerExpiry();
     });
     EXPECT_EQ(s.sent.back().basic.macsecCapability(), cipher == CipherSuite::None ? 1 : 2);

@@ -17,8 +17,7 @@ struct Peer {
   /// An MKPDU that lists nobody.
   Mkpdu hello(Vesk::String8 const& ckn = Port::kPrimary) {
     Mkpdu mkpdu;
-    mkpdu.basic =
-        Macsec::BasicInfo(priority, claims, true, 2, sci, id, ++msgNum, ckn);
+    mkpdu.basic = Macsec::BasicInfo(priority, claims, true, 2, sci, id, ++msgNum, ckn);
     mkpdu.sakUse = sakUse;
     mkpdu.sakDist = sakDist;
     mkpdu.cakDist = cakDist;
