@@ -29,6 +29,7 @@ Vesk::String8 addressContext(Lumo::EthAddr const& a, Lumo::EthAddr const& b) {
   return text;
 }
 
+// Hexadecimal digits of a key; 0 for a suite that isn't ours.
 size_t keyDigits(CipherSuite cipher) {
   switch (cipher) {
     case CipherSuite::gcmAesXpn128:
@@ -36,7 +37,6 @@ size_t keyDigits(CipherSuite cipher) {
     case CipherSuite::gcmAesXpn256:
       return 64;
     default:
-      VESK_ASSERT(0 && "Unknown cipher");
       return 0;
   }
 }
@@ -82,13 +82,19 @@ Cak ConfigSm::deriveKey(CipherSuite cipher, Dot1x::EapKey const& eapKey) const {
     return Cak();
   }
   Vesk::String8 const addresses = addressContext(eapKey.firstAddr(), eapKey.secondAddr());
+  size_t const digits = keyDigits(cipher);
+  VESK_ASSERT_NAMED(digits != 0, "0 && \"Unknown cipher\"");
   Vesk::String8 const decoded = WardcodeLib::doDecodeKey(eapKey.masterSessionKey());
-  Vesk::String8 const key = Vesk::String8::secret(decoded.view().substr(0, keyDigits(cipher)));
+  Vesk::String8 const key = Vesk::String8::secret(decoded.view().substr(0, digits));
   int const bits = static_cast<int>(cipher);
   Vesk::String8 cak;
   deriveCak(bytesOf(key), bytesOf(addresses), bits, cak);
   Vesk::String8 ckn;
   deriveCkn(bytesOf(key), bits, bytesOf(eapKey.sessionId() + addresses), kCknBits, ckn);
+  if (cak.empty() || ckn.empty()) {
+    VESK_TRACE(3, " The 802.1X module's key isn't usable. Key derivation failed.");
+    return Cak();
+  }
   return Cak(ckn, WardcodeLib::doEncodeKey(cak));
 }
 

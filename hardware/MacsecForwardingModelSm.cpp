@@ -82,21 +82,21 @@ void MacsecForwardingModelSm::StatusReactor::onCpStatusImmediate() {
   owner().handleControlledPortStatus();
 }
 
+// The directory is this system's own, and it never writes another value.
 void MacsecForwardingModelSm::handleInitialized() {
   VESK_TRACE(8, "");
-  checkAndCleanInput();
+  for (auto& entry : forwardingModelInputDir_->forwardingModelInput()) {
+    VESK_ASSERT_NAMED(entry.value() == Interface::intfForwardingModelUnauthorized(),
+                      "*iter == Interface::intfForwardingModelUnauthorized()");
+  }
+  releaseLeftovers();
   initialized_ = true;
   handleControlledPortStatus();
 }
 
-// The directory is this system's own, and it never writes another value.
-void MacsecForwardingModelSm::checkAndCleanInput() {
-  auto const& input = forwardingModelInputDir_->forwardingModelInput();
-  for (auto& entry : input) {
-    VESK_ASSERT_NAMED(entry.value() == Interface::intfForwardingModelUnauthorized(),
-                      "*iter == Interface::intfForwardingModelUnauthorized()");
-  }
-  for (auto& entry : input) {
+// What a former run wrote for ports that are no more.
+void MacsecForwardingModelSm::releaseLeftovers() {
+  for (auto& entry : forwardingModelInputDir_->forwardingModelInput()) {
     Lumo::IntfId const intfId = entry.fwkKey();
     if (status_->notifier()->cpStatus(intfId)) continue;
     forwardingModelInputDir_->forwardingModelInputDel(intfId);

@@ -30,7 +30,7 @@ class MacsecForwardingModelSm final : public Vesk::PtrInterface {
   struct StatusReactor;
   struct CpStatusReactor;
 
-  void checkAndCleanInput();
+  void releaseLeftovers();
 
   Vesk::Ptr<StatusReactor> status_;
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir_;

@@ -4,14 +4,13 @@
 #include <vector>
 
 #include "runtime/Entity.h"
-#include "runtime/Log.h"
-#include "runtime/Trace.h"
-#include "runtime/World.h"
+#include "tests/support/TestWorld.h"
 
 namespace Vesk::Test {
 
-/// A world whose clock a test moves and whose sinks keep all that arrives. Current while it lives.
-class RecordingWorld final : public World {
+/// A test world that is current while it lives, counts its random bytes up from 0, and keeps all
+/// that the runtime says about what arrives at its sinks.
+class RecordingWorld final : public Support::TestWorld {
  public:
   struct Trace {
     std::string handle;
@@ -22,18 +21,18 @@ class RecordingWorld final : public World {
     std::string text;
   };
 
-  double now() const override { return time; }
-  int rand() override { return 0; }
   void randomBytes(std::span<uint8_t> out) override {
     for (uint8_t& byte : out) byte = nextByte++;
   }
   void syslog(LogMessage const& m) override {
+    TestWorld::syslog(m);
     logged.push_back(std::string(m.handle.name()) + ": " + m.text);
     lastHash = m.hash;
     lastFacility = m.facility;
     lastArguments = m.arguments;
   }
   void trace(TraceRecord const& r) override {
+    TestWorld::trace(r);
     traced.push_back({r.handle, r.level, r.file, r.line, r.function, r.text});
   }
   void attributeWritten(AttributeWrite const& w) override {
@@ -41,16 +40,13 @@ class RecordingWorld final : public World {
     written.push_back(w.entity.fullName() + "." + w.attribute + key + "=" + w.value);
   }
   void flushAttributes() override { ++flushes; }
-  void exit(int status) override { exits.push_back(status); }
 
-  double time = 0.0;
   std::vector<std::string> logged;
   std::vector<std::string> lastArguments;
   uint32_t lastHash = 0;
   uint8_t lastFacility = 0;
   std::vector<Trace> traced;
   std::vector<std::string> written;
-  std::vector<int> exits;
   int flushes = 0;
   uint8_t nextByte = 0;
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <deque>
 #include <functional>
+#include <memory>
 
 #include "engine/MkaRootSm.h"
 #include "hardware/HwEmulator.h"
@@ -43,8 +43,8 @@ class Switch {
       : world(number), intfId(intf), number_(number) {
     Vesk::WorldScope scope(world);
     status = Macsec::statusFactory("status");
-    pamManager = Macsec::mkaPamManagerFactory(
-        Interface::EthDevPamCollection::EthDevPamCollectionIs("pam"));
+    pamManager =
+        Macsec::mkaPamManagerFactory(Interface::EthDevPamCollection::EthDevPamCollectionIs("pam"));
     ethDir = Interface::EthIntfStatusDir::EthIntfStatusDirIs("interfaces");
     hwStatus = Macsec::macSecIntfStatusPtrDirFactory("hardware");
     slice = Macsec::macSecStatusFactory("slice");
@@ -135,8 +135,8 @@ class Switch {
   };
   void take(Macsec::MkaMessageInfo const& tx) {
     auto const info = tx.mkaInfo();
-    Mkpdu mkpdu{info->baseInfo(), info->sakUseInfo(), info->sakDistInfo(), info->cakDistInfo(),
-                {},               {}};
+    Mkpdu mkpdu{
+        info->baseInfo(), info->sakUseInfo(), info->sakDistInfo(), info->cakDistInfo(), {}, {}};
     for (auto& entry : tx.livePeer()) mkpdu.live.emplace_back(entry.fwkKey(), entry.value());
     for (auto& entry : tx.potentialPeer()) {
       mkpdu.potential.emplace_back(entry.fwkKey(), entry.value());

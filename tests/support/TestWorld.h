@@ -20,7 +20,7 @@ struct Logged {
 
 /// A world with a clock that the test sets, first delays that it chooses, and random bytes that are
 /// the same in every run.
-class TestWorld final : public Vesk::World {
+class TestWorld : public Vesk::World {
  public:
   explicit TestWorld(uint64_t seed = 1) : state_(seed * 0x9e3779b97f4a7c15u + 1) {}
 
