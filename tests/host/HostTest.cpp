@@ -238,7 +238,7 @@ TEST_F(Hosts, ARestartedSwitchTakesUpWhatTheFormerProcessLeft) {
   Vesk::String8 const msgId = a.actor()->msgId();
   uint32_t const msgNum = a.actor()->msgNum();
   auto const former = a.host.status();
-  size_t const logs = a.world.logs.size();
+  size_t const changes = a.world.logged("MKA_STATE_CHG");
   {
     Vesk::WorldScope scope(a.world);
     a.host.restart();
@@ -248,7 +248,7 @@ TEST_F(Hosts, ARestartedSwitchTakesUpWhatTheFormerProcessLeft) {
   EXPECT_EQ(a.actor()->msgNum(), msgNum);
   EXPECT_TRUE(a.actor()->principal());
   EXPECT_TRUE(a.host.status()->cpStatus(kIntf)->controlledPortEnabled());
-  EXPECT_EQ(a.world.logs.size(), logs);
+  EXPECT_EQ(a.world.logged("MKA_STATE_CHG"), changes);
   EXPECT_FALSE(a.host.forwardingModelInputDir()->forwardingModelInput(kIntf));
   talk(a, b, 40);
   EXPECT_TRUE(a.actor()->success());
