@@ -6,10 +6,10 @@
 namespace Macsec {
 namespace {
 
-using ::testing::ElementsAre;
 using Support::key;
 using Support::Port;
 using Support::sak;
+using ::testing::ElementsAre;
 
 constexpr char const* kPrimary = Port::kPrimary;
 constexpr char const* kFallback = Port::kFallback;
@@ -262,6 +262,16 @@ TEST(PrincipalElection, WithOneNameForBothKeysOnlyTheConfiguredBranchesPickTheAc
   port.succeed(kPrimary, true);
   EXPECT_EQ(port.world.traced(": Picking operational"), 0u);
   EXPECT_EQ(port.world.traced(": Picking configured primary actor 6162"), 1u);
+}
+
+// Debug builds alone look.
+TEST(PrincipalElection, APrincipalThatThePortDoesNotKnowEndsADebugProcess) {
+  Port port;
+  port.in([&] { port.actor(kFallback)->principalIs(true); });
+  EXPECT_DEBUG_DEATH(
+      port.keyIs(key("6566")),
+      "MkaPortSm::checkPrincipal\\(\\) const: Assertion "
+      "`!actor.principal\\(\\) \\|\\| actor.name\\(\\) == principalActorCkn_' failed");
 }
 
 }  // namespace

@@ -1,0 +1,260 @@
+#include "host/Host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/StatusCopy.h"
+#include "platform/WardcodeLib.h"
+#include "tests/support/TestWorld.h"
+
+namespace Macsecd {
+namespace {
+
+using ::testing::ElementsAre;
+
+Lumo::IntfId const kIntf("Ethernet1");
+
+/// Keeps the frames that a switch sends.
+struct Sent final : Codec::FrameSink {
+  void send(Lumo::IntfId intfId, std::span<uint8_t const> frame) override {
+    frames.emplace_back(frame.begin(), frame.end());
+  }
+  std::vector<std::vector<uint8_t>> frames;
+};
+
+SwitchConfig configWith(std::string const& cak, std::string const& profile = "one") {
+  SwitchConfig config;
+  ProfileConfig p;
+  p.name = profile;
+  p.key = KeyConfig{"6162", Vesk::String8(cak)};
+  config.profiles.push_back(p);
+  config.interfaces.push_back({"Ethernet1", profile, 1});
+  return config;
+}
+
+constexpr char const* kCak = "0123456789abcdef0123456789abcdef";
+
+/// A switch in its own world.
+struct Switch {
+  explicit Switch(uint8_t number)
+      : world(number), scope(world), host("switch", sent), number(number) {}
+  void interface() { host.interfaceIs(kIntf, Lumo::EthAddr({2, 0, 0, 0, 0, number}), 1); }
+  Vesk::Ptr<Macsec::IntfStatus> intfStatus() const { return host.status()->intfStatus(kIntf); }
+  Vesk::Ptr<Macsec::MkaActorStatus> actor() const {
+    auto const port = host.status()->portStatus(kIntf);
+    return port ? port->actorStatus("6162") : nullptr;
+  }
+  Support::TestWorld world;
+  Vesk::WorldScope scope;
+  Sent sent;
+  Host host;
+  uint8_t number;
+};
+
+class Hosts : public ::testing::Test {
+ protected:
+  void bringUp(Switch& s) {
+    s.interface();
+    s.host.configIs(configWith(kCak));
+    s.host.start();
+    s.host.linkIs(kIntf, true);
+  }
+  /// Lets two switches talk until the time, frame by frame.
+  void talk(Switch& a, Switch& b, double until) {
+    for (double time = a.world.time; time <= until; time += 0.25) {
+      for (auto [from, to] : {std::pair(&a, &b), std::pair(&b, &a)}) {
+        Vesk::WorldScope scope(from->world);
+        from->world.time = time;
+        from->host.timerWheel()->runDue();
+        Vesk::WorldScope toScope(to->world);
+        to->world.time = time;
+        for (auto const& frame : from->sent.frames) to->host.receive(kIntf, frame);
+        from->sent.frames.clear();
+      }
+    }
+  }
+};
+
+TEST_F(Hosts, AnInterfaceIsMadeWithItsLinkNotUp) {
+  Switch s(1);
+  s.interface();
+  EXPECT_NE(s.host.ethIntfStatusDir()->intfStatus(kIntf)->linkStatus(), Interface::linkUp);
+  s.host.configIs(configWith(kCak));
+  s.host.start();
+  EXPECT_FALSE(s.actor());
+  s.host.linkIs(kIntf, true);
+  EXPECT_TRUE(s.actor());
+  s.host.linkIs(kIntf, false);
+  EXPECT_FALSE(s.actor());
+}
+
+TEST_F(Hosts, AnInterfaceThatComesWhileTheSwitchRunsIsPickedUpWhenItsLinkRises) {
+  Switch s(1);
+  s.host.configIs(configWith(kCak));
+  s.host.start();
+  s.interface();
+  s.host.linkIs(kIntf, true);
+  EXPECT_TRUE(s.actor());
+}
+
+TEST_F(Hosts, TheHardwareIsThereBeforeTheEngineAsksForIt) {
+  Switch s(1);
+  s.interface();
+  s.host.linkIs(kIntf, true);
+  s.host.configIs(configWith(kCak));
+  EXPECT_FALSE(s.host.hwStatus()->status(kIntf));
+  s.host.start();
+  EXPECT_TRUE(s.host.hwStatus()->status(kIntf));
+  EXPECT_TRUE(s.actor());
+}
+
+TEST_F(Hosts, TheEngineIsEnabledBeforeProfilesAreRead) {
+  Switch s(1);
+  struct Order final : Vesk::Reactor<Macsec::Status const, Switch, Order> {
+    using Reactor::Reactor;
+    void onMacsecEnabled() override { order.push_back("macsecEnabled"); }
+    void onIntfStatus(Lumo::IntfId const&) override { order.push_back("intfStatus"); }
+    void onCpStatus(Lumo::IntfId const&) override { order.push_back("cpStatus"); }
+    std::vector<std::string> order;
+  };
+  auto order = Vesk::make<Order>(s, s.host.status());
+  s.interface();
+  s.host.linkIs(kIntf, true);
+  s.host.configIs(configWith(kCak));
+  s.host.status()->fipsStatusIs(Macsec::FipsStatus(true, true));
+  s.host.start();
+  EXPECT_THAT(order->order, ElementsAre("macsecEnabled", "intfStatus", "cpStatus"));
+  EXPECT_EQ(s.host.status()->fipsStatus(), Macsec::FipsStatus());
+  Vesk::retire(order);
+}
+
+TEST_F(Hosts, ShutdownIsTheNegationOfEnabled) {
+  Switch s(1);
+  bringUp(s);
+  SwitchConfig config = configWith(kCak);
+  config.shutdown = true;
+  s.host.configIs(config);
+  EXPECT_FALSE(s.host.status()->macsecEnabled());
+  EXPECT_FALSE(s.actor());
+  s.host.configIs(configWith(kCak));
+  EXPECT_TRUE(s.actor());
+}
+
+TEST_F(Hosts, AStoppedSwitchHasAnEmptyTree) {
+  Switch s(1);
+  bringUp(s);
+  s.host.stop();
+  EXPECT_FALSE(s.host.running());
+  EXPECT_EQ(s.host.codec(), nullptr);
+  EXPECT_TRUE(s.host.status()->portStatus().empty());
+  EXPECT_TRUE(s.host.status()->cpStatus().empty());
+  s.host.start();
+  EXPECT_TRUE(s.actor());
+}
+
+TEST_F(Hosts, AnUnchangedKeyWritesNothingAlsoInAnotherLetterCase) {
+  Switch s(1);
+  bringUp(s);
+  auto const profile = s.host.config()->profile("one");
+  Macsec::Cak const before = profile->key();
+  s.host.configIs(configWith("0123456789ABCDEF0123456789abcdef"));
+  EXPECT_EQ(profile->key(), before);
+  s.host.configIs(configWith("fedcba9876543210fedcba9876543210"));
+  EXPECT_NE(profile->key(), before);
+}
+
+TEST_F(Hosts, AProfileThatIsGoneIsDeletedAfterItsInterfacesHaveMoved) {
+  Switch s(1);
+  bringUp(s);
+  struct Order final : Vesk::Reactor<Macsec::Config const, Switch, Order> {
+    using Reactor::Reactor;
+    void onProfile(Vesk::Name const& name) override {
+      bool const isThere = static_cast<bool>(notifier()->profile(name));
+      order.push_back((isThere ? "+" : "-") + std::string(name.view()) + " " +
+                      std::string(notifier()->intfConfig(kIntf)->profileName().view()));
+    }
+    std::vector<std::string> order;
+  };
+  auto order = Vesk::make<Order>(s, s.host.config());
+  s.host.configIs(configWith(kCak, "two"));
+  EXPECT_THAT(order->order, ElementsAre("+two one", "-one two"));
+  ASSERT_TRUE(s.intfStatus());
+  EXPECT_EQ(s.intfStatus()->profileName(), "two");
+  EXPECT_TRUE(s.actor());
+  Vesk::retire(order);
+}
+
+TEST_F(Hosts, AnInterfaceThatIsGoneFromTheConfigurationLosesItsPort) {
+  Switch s(1);
+  bringUp(s);
+  SwitchConfig config = configWith(kCak);
+  config.interfaces.clear();
+  s.host.configIs(config);
+  EXPECT_FALSE(s.intfStatus());
+  EXPECT_FALSE(s.host.config()->intfConfig(kIntf));
+  EXPECT_TRUE(s.host.config()->profile("one"));
+}
+
+TEST_F(Hosts, TwoSwitchesAgreeOnAKeyOverFrames) {
+  Switch a(1), b(2);
+  {
+    Vesk::WorldScope scope(a.world);
+    bringUp(a);
+  }
+  bringUp(b);
+  EXPECT_TRUE(a.host.forwardingModelInputDir()->forwardingModelInput(kIntf));
+  talk(a, b, 20);
+  ASSERT_TRUE(a.host.status()->cpStatus(kIntf)->controlledPortEnabled());
+  ASSERT_TRUE(b.host.status()->cpStatus(kIntf)->controlledPortEnabled());
+  auto const keyOf = [](Switch& s) {
+    Vesk::WorldScope scope(s.world);
+    return WardcodeLib::doDecodeKey(s.host.status()->cpStatus(kIntf)->txSak().key());
+  };
+  EXPECT_EQ(keyOf(a), keyOf(b));
+  EXPECT_EQ(keyOf(a).length(), 32u);
+  EXPECT_FALSE(a.host.forwardingModelInputDir()->forwardingModelInput(kIntf));
+}
+
+TEST_F(Hosts, ACopyOfTheTreeIsEqualInEveryLine) {
+  Switch a(1), b(2);
+  {
+    Vesk::WorldScope scope(a.world);
+    bringUp(a);
+  }
+  bringUp(b);
+  talk(a, b, 20);
+  Macsec::Status const& status = *a.host.status();
+  EXPECT_EQ(Vesk::entityToText(*copyOf(status)), Vesk::entityToText(status));
+}
+
+TEST_F(Hosts, ARestartedSwitchTakesUpWhatTheFormerProcessLeft) {
+  Switch a(1), b(2);
+  {
+    Vesk::WorldScope scope(a.world);
+    bringUp(a);
+  }
+  bringUp(b);
+  talk(a, b, 20);
+  Vesk::String8 const msgId = a.actor()->msgId();
+  uint32_t const msgNum = a.actor()->msgNum();
+  auto const former = a.host.status();
+  size_t const changes = a.world.logged("MKA_STATE_CHG");
+  {
+    Vesk::WorldScope scope(a.world);
+    a.host.restart();
+  }
+  EXPECT_NE(a.host.status(), former);
+  EXPECT_EQ(a.actor()->msgId(), msgId);
+  EXPECT_EQ(a.actor()->msgNum(), msgNum);
+  EXPECT_TRUE(a.actor()->principal());
+  EXPECT_TRUE(a.host.status()->cpStatus(kIntf)->controlledPortEnabled());
+  EXPECT_EQ(a.world.logged("MKA_STATE_CHG"), changes);
+  EXPECT_FALSE(a.host.forwardingModelInputDir()->forwardingModelInput(kIntf));
+  talk(a, b, 40);
+  EXPECT_TRUE(a.actor()->success());
+  EXPECT_TRUE(b.actor()->success());
+  EXPECT_TRUE(b.host.status()->cpStatus(kIntf)->controlledPortEnabled());
+}
+
+}  // namespace
+}  // namespace Macsecd
