@@ -150,9 +150,9 @@ std::vector<Failure> Expectations::failures() const {
     if (check.failure) {
       failures.push_back(*check.failure);
     } else if (!check.decided) {
-      failures.push_back({simulation_.scenario().file, check.expectation->line,
-                          simulation_.clock().now, switchNameOf(*check.expectation),
-                          withoutTime(check.expectation->text), "the scenario ended before"});
+      failures.push_back({simulation_.scenario().file, check.expectation->line, simulation_.now(),
+                          switchNameOf(*check.expectation), withoutTime(check.expectation->text),
+                          "the scenario ended before"});
     }
   }
   return failures;
