@@ -127,8 +127,9 @@ void Expectations::judge(Check& check, double time, Finding const& finding) {
 void Expectations::fail(Check& check, double time, std::string is) {
   Expectation const& expectation = *check.expectation;
   check.decided = true;
-  check.failure = Failure{simulation_.scenario().file, expectation.line, time,
-                          switchNameOf(expectation),   expectation.text, std::move(is)};
+  check.failure =
+      Failure{simulation_.scenario().file,   expectation.line, time, switchNameOf(expectation),
+              withoutTime(expectation.text), std::move(is)};
 }
 
 Finding Expectations::find(Expectation const& expectation) const {
@@ -149,9 +150,9 @@ std::vector<Failure> Expectations::failures() const {
     if (check.failure) {
       failures.push_back(*check.failure);
     } else if (!check.decided) {
-      failures.push_back({simulation_.scenario().file, check.expectation->line,
-                          simulation_.clock().now, switchNameOf(*check.expectation),
-                          withoutTime(check.expectation->text), "the scenario ended before"});
+      failures.push_back({simulation_.scenario().file, check.expectation->line, simulation_.now(),
+                          switchNameOf(*check.expectation), withoutTime(check.expectation->text),
+                          "the scenario ended before"});
     }
   }
   return failures;

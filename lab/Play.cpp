@@ -61,7 +61,7 @@ class Player {
 
  private:
   void showEnd(Simulation const& simulation, std::optional<Captures> const& captures) {
-    out_ << fmt::format("\nAt {}:\n\n", timeText(simulation.clock().now));
+    out_ << fmt::format("\nAt {}:\n\n", timeText(simulation.now()));
     writeStatusTable(out_, simulation);
     out_ << '\n';
     if (!captures) return;

@@ -34,7 +34,8 @@ class Simulation {
   void run();
 
   Scenario const& scenario() const { return scenario_; }
-  Clock const& clock() const { return clock_; }
+  /// The present virtual time in seconds.
+  double now() const { return clock_.now; }
   SakHistory const& sakHistory() const { return sakHistory_; }
   std::vector<std::unique_ptr<Switch>> const& switches() const { return switches_; }
   Switch& switchOf(std::string const& name) const;

@@ -1,0 +1,239 @@
+"""The program as a user runs it: shipped scenarios, seeds, exit statuses, and captures that
+tshark reads. MACSEC_LAB is the program, EXAMPLES the folder of the scenarios."""
+
+import glob
+import json
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+LAB = os.environ["MACSEC_LAB"]
+EXAMPLES = os.environ["EXAMPLES"]
+SCENARIOS = sorted(glob.glob(os.path.join(EXAMPLES, "*.scenario")))
+
+FIELDS = ["frame.time_epoch", "frame.len", "eth.src", "mka.actor_mi", "mka.actor_mn",
+          "mka.cak_name", "mka.key_server", "mka.sci", "mka.peer_mi", "mka.param_set_type",
+          "mka.distributed_an", "mka.key_number", "mka.latest_key_server_mi",
+          "mka.latest_key_number", "mka.latest_key_an", "mka.old_key_server_mi",
+          "mka.old_key_number", "mka.old_key_an"]
+SET_NAMES = {1: "live-peers", 2: "potential-peers", 3: "sak-use", 4: "dist-sak", 5: "dist-cak",
+             255: "icv-indicator"}
+
+
+def run(*arguments):
+    return subprocess.run([LAB, *arguments], capture_output=True, text=True, check=False)
+
+
+def read(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+def tshark(*arguments):
+    done = subprocess.run(["tshark", "-n", *arguments], capture_output=True, text=True, check=True)
+    return done.stdout.splitlines()
+
+
+class Folder(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, text):
+        with open(self.path(name), "w", encoding="utf-8") as file:
+            file.write(text)
+        return self.path(name)
+
+
+class ShippedScenarios(Folder):
+    def test_are_at_least_twelve_and_all_hold(self):
+        self.assertGreaterEqual(len(SCENARIOS), 12)
+        done = run(*SCENARIOS)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        lines = done.stdout.splitlines()
+        self.assertEqual(len(lines), len(SCENARIOS))
+        for line in lines:
+            self.assertRegex(line, r"^ok      .*\.scenario \(\d+ expectations\)$")
+
+    def test_hold_with_other_seeds_where_every_first_delay_is_fixed(self):
+        fixed = [path for path in SCENARIOS
+                 if not os.path.basename(path).startswith(("loss", "three-switches"))]
+        for seed in ("2", "77", "4294967295"):
+            done = run("--seed", seed, *fixed)
+            self.assertEqual(done.returncode, 0, done.stdout)
+
+
+class Seeds(Folder):
+    def play(self, name, *arguments):
+        """Everything that one run leaves behind."""
+        pcaps, events = self.path(name), self.path(name + ".events")
+        done = run("play", "--show", "--pcap-dir", pcaps, "--events", events, *arguments)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        files = {os.path.basename(path): read(path) for path in glob.glob(pcaps + "/*")}
+        self.assertTrue(files)
+        return done.stdout.replace(pcaps, "DIR"), read(events), files
+
+    def test_give_the_same_bytes_in_two_processes(self):
+        for name in ("two-switches", "three-switches", "loss"):
+            path = os.path.join(EXAMPLES, name + ".scenario")
+            self.assertEqual(self.play(name + "1", path), self.play(name + "2", path))
+
+    def test_given_on_the_command_line_go_before_the_scenarios_own(self):
+        path = os.path.join(EXAMPLES, "three-switches.scenario")
+        own = self.play("own", path)
+        self.assertEqual(own, self.play("three", "--seed", "3", path))
+        self.assertNotEqual(own[1], self.play("four", "--seed", "4", path)[1])
+
+    def test_leave_no_trace_of_a_scenario_in_the_next_one(self):
+        first, second = (os.path.join(EXAMPLES, name + ".scenario")
+                         for name in ("two-switches", "timeline"))
+        alone = self.play("alone", second)[1]
+        self.assertTrue(self.play("both", first, second)[1].endswith(alone))
+
+
+class ExitStatus(Folder):
+    def test_is_1_when_an_expectation_fails_and_the_others_are_played_all_the_same(self):
+        timeline = os.path.join(EXAMPLES, "timeline.scenario")
+        with open(timeline, encoding="utf-8") as file:
+            text = file.read()
+        bad = self.write("bad.scenario", text + "at 3 expect A Ethernet1 is open\n")
+        done = run(bad, timeline)
+        self.assertEqual(done.returncode, 1)
+        line = len(text.splitlines()) + 1
+        self.assertEqual(done.stdout.splitlines(), [
+            f"FAILED  {bad} (1 of 12 expectations)",
+            f"  {bad}:{line}: at 3.000 on A: expected that A Ethernet1 is open, "
+            "but A Ethernet1 is closed",
+            f"ok      {timeline} (11 expectations)"])
+
+    def test_is_2_and_nothing_is_played_when_a_file_has_mistakes(self):
+        bad = self.write("bad.scenario", "wier\n")
+        done = run(bad, os.path.join(EXAMPLES, "timeline.scenario"))
+        self.assertEqual(done.returncode, 2)
+        self.assertEqual(done.stdout, "")
+        self.assertIn(f"{bad}:1:1: there is no beginning of a line 'wier'; write 'wire'",
+                      done.stderr)
+
+    def test_is_2_for_a_wrong_command_line(self):
+        self.assertEqual(run().returncode, 2)
+        self.assertEqual(run("--seed", "x", SCENARIOS[0]).returncode, 2)
+        self.assertEqual(run("decode").returncode, 2)
+
+    def test_is_2_when_a_file_cannot_be_written(self):
+        done = run("--events", self.path("no/such/folder"), SCENARIOS[0])
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("no/such/folder; name a file that may be written with --events", done.stderr)
+        done = run("--pcap-dir", "/dev/null/x", SCENARIOS[0])
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("name a folder that may be written with --pcap-dir", done.stderr)
+
+
+class Show(Folder):
+    def test_tells_the_timeline_the_status_table_and_the_capture(self):
+        done = run("play", "--show", "--pcap-dir", self.folder,
+                   os.path.join(EXAMPLES, "timeline.scenario"))
+        lines = done.stdout.splitlines()
+        self.assertEqual(lines[0], "The first ten seconds of two switches, to the millisecond")
+        self.assertIn("     7.001  A   port Ethernet1 is open", lines)
+        self.assertIn("     8.001  B   port Ethernet1 is open", lines)
+        table = lines.index(next(line for line in lines if line.startswith("Port")))
+        self.assertRegex(lines[table], "Port +State +Principal key +Key server +SAK +AN +SSCI +Peers")
+        self.assertRegex(lines[table + 1],
+                         r"A Ethernet1 +open +c0de0001 +A +[0-9a-f]{8}:1 +0 +00000002 +B")
+        self.assertRegex(lines[table + 2],
+                         r"B Ethernet1 +open +c0de0001 +A +[0-9a-f]{8}:1 +0 +00000001 +A")
+        capture = os.path.join(self.folder, "timeline.A-Ethernet1.B-Ethernet1.pcap")
+        self.assertIn("Capture: " + capture, lines)
+        self.assertTrue(os.path.exists(capture))
+
+    def test_shows_no_key(self):
+        path = os.path.join(EXAMPLES, "two-switches.scenario")
+        events = self.path("events")
+        shown = run("--show", "--events", events, path).stdout + read(events).decode()
+        for key in ("0123456789abcdef0123456789abcde", "fedcba98765432"):
+            self.assertNotIn(key, shown)
+
+
+@unittest.skipUnless(shutil.which("tshark"), "tshark is not installed")
+class Captures(Folder):
+    """Every frame that a scenario sends, as tshark reads it, against what the switches held."""
+
+    def test_of_every_scenario_have_nothing_malformed_and_agree_with_the_switches(self):
+        for path in SCENARIOS:
+            with self.subTest(scenario=os.path.basename(path)):
+                self.check(path)
+
+    def check(self, path):
+        name = os.path.splitext(os.path.basename(path))[0]
+        events_file = self.path(name + ".events")
+        run("--pcap-dir", self.path(name), "--events", events_file, path)
+        with open(events_file, encoding="utf-8") as file:
+            events = [json.loads(line) for line in file]
+        frames = []
+        for capture in sorted(glob.glob(self.path(name) + "/*.pcap")):
+            self.assertEqual(tshark("-r", capture, "-Y", "_ws.malformed || _ws.expert"), [])
+            arguments = [word for field in FIELDS for word in ("-e", field)]
+            frames += [dict(zip(FIELDS, row.split("\t"))) for row in
+                       tshark("-r", capture, "-Y", "mka", "-T", "fields", *arguments)]
+        self.assertTrue(frames)
+        self.compare(frames, events)
+
+    def compare(self, frames, events):
+        sent = {(event["memberId"], event["messageNumber"]): number
+                for number, event in enumerate(events) if event["kind"] == "frame-sent"}
+        for frame in frames:
+            key = frame["mka.actor_mi"], int(frame["mka.actor_mn"], 16)
+            self.assertIn(key, sent)
+            event = events[sent[key]]
+            self.assertAlmostEqual(float(frame["frame.time_epoch"]), event["time"], places=5)
+            self.assertEqual(int(frame["frame.len"]), event["length"])
+            self.assertEqual(frame["mka.cak_name"], event["ckn"])
+            sets = [SET_NAMES[int(kind)] for kind in frame["mka.param_set_type"].split(",") if kind]
+            self.assertEqual([kind for kind in sets if kind != "icv-indicator"],
+                             [kind for kind in event["sets"] if kind != "icv-indicator"])
+            self.compare_state(frame, State(events[:sent[key]], event))
+
+    def compare_state(self, frame, state):
+        peers = [peer for peer in frame["mka.peer_mi"].split(",") if peer]
+        self.assertEqual(sorted(peers), state.peers)
+        self.assertEqual(frame["mka.key_server"] in ("1", "True"), state.key_server)
+        self.assertEqual(frame["mka.sci"][:12], frame["eth.src"].replace(":", ""))
+        nothing = "0" * 24
+        for age in ("latest", "old"):
+            server = frame[f"mka.{age}_key_server_mi"]
+            if server in ("", nothing):
+                continue
+            used = (int(frame[f"mka.{age}_key_an"]), server, int(frame[f"mka.{age}_key_number"], 16))
+            self.assertIn(used, state.asked)
+        if frame["mka.distributed_an"]:
+            given = (int(frame["mka.distributed_an"]), frame["mka.actor_mi"],
+                     int(frame["mka.key_number"], 16))
+            self.assertIn(given, state.asked)
+
+
+class State:
+    """What the trees of a switch held as it sent a frame, from the events before it."""
+
+    def __init__(self, events, sent):
+        self.peers, self.key_server, self.asked = [], True, set()
+        for event in events:
+            if (event["switch"], event.get("interface")) != (sent["switch"], sent["interface"]):
+                continue
+            if event["kind"] == "sa-asked" and event["keyId"]:
+                self.asked.add((event["an"], event["keyId"], event["keyNumber"]))
+            if event.get("ckn") != sent["ckn"]:
+                continue
+            if event["kind"] == "peers":
+                self.peers = sorted(event["live"] + event["potential"])
+            elif event["kind"] == "key-server":
+                # Who knows of no key server offers itself.
+                self.key_server = event["self"] or event["sci"] is None
+
+
+if __name__ == "__main__":
+    unittest.main()
