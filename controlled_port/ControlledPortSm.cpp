@@ -81,12 +81,18 @@ void ControlledPortSm::hasNotificationActiveIs(bool active) {
 
 bool ControlledPortSm::isFor(Vesk::String8 const& ckn, Lumo::IntfId intfId,
                              Vesk::Ptr<Status> const& status,
-                             Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus) const {
-  return ckn == ckn_ && intfId == intfId_ && status == status_ && hwStatus == hwStatus_->notifier();
+                             Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
+                             Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) const {
+  return ckn == ckn_ && intfId == intfId_ && status == status_ &&
+         hwStatus == hwStatus_->notifier() && timerWheel == timerWheel_;
 }
 
-double ControlledPortSm::latestKeyTxEnableTime() const { return latestKeyTxEnableTimer_->time(); }
-double ControlledPortSm::oldKeyRetirementTime() const { return oldKeyRetirementTimer_->time(); }
+Zorn::TimerWheel::NotifieeConst const& ControlledPortSm::latestKeyTxEnableTimer() const {
+  return *latestKeyTxEnableTimer_;
+}
+Zorn::TimerWheel::NotifieeConst const& ControlledPortSm::oldKeyRetirementTimer() const {
+  return *oldKeyRetirementTimer_;
+}
 size_t ControlledPortSm::followedInterfaces() const { return hwStatus_->followed(); }
 
 void ControlledPortSm::handleInitialized() {

@@ -40,10 +40,10 @@ class ControlledPortSm final : public Vesk::PtrInterface {
   bool initialized() const { return initialized_; }
   /// Whether it was made with these arguments.
   bool isFor(Vesk::String8 const& ckn, Lumo::IntfId intfId, Vesk::Ptr<Status> const& status,
-             Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus) const;
-  /// The absolute times of the two timers.
-  double latestKeyTxEnableTime() const;
-  double oldKeyRetirementTime() const;
+             Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
+             Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) const;
+  Zorn::TimerWheel::NotifieeConst const& latestKeyTxEnableTimer() const;
+  Zorn::TimerWheel::NotifieeConst const& oldKeyRetirementTimer() const;
   /// How many entries of the hardware directory it follows.
   size_t followedInterfaces() const;
 

@@ -94,7 +94,7 @@ Vesk::Ptr<MkaMessageInfo> MkaActorSm::rxMessageInfo() const {
   return pamManager_ ? pamManager_->notifier()->rxMessageInfo() : nullptr;
 }
 
-double MkaActorSm::mkpduTime() const { return mkpduTimer_->time(); }
+Zorn::TimerWheel::NotifieeConst const& MkaActorSm::mkpduTimer() const { return *mkpduTimer_; }
 
 void MkaActorSm::rxMessageInfoReactorIs(Vesk::Ptr<MkaMessageInfo> const& rxMessageInfo) {
   if (rxMessageInfo_) {
@@ -108,7 +108,8 @@ Vesk::Ptr<MkaKeyServerSm> MkaActorSm::keyServerSmIs(
     Lumo::IntfId intfId, Vesk::String8 const& ckn, Vesk::Ptr<Status> const& status,
     Vesk::Ptr<Zorn::TimerWheel> const& mkaPeriodicTimer,
     Vesk::Ptr<Zorn::TimerWheel> const& reKeyTimer) {
-  if (keyServerSm_ && keyServerSm_->isFor(intfId, ckn, status)) return keyServerSm_;
+  if (keyServerSm_ && keyServerSm_->isFor(intfId, ckn, status, mkaPeriodicTimer, reKeyTimer))
+    return keyServerSm_;
   keyServerSmDel();
   keyServerSm_ =
       MkaKeyServerSm::MkaKeyServerSmIs(intfId, ckn, status, mkaPeriodicTimer, reKeyTimer);
@@ -119,7 +120,7 @@ Vesk::Ptr<ControlledPortSm> MkaActorSm::cpSmIs(
     Vesk::String8 const& ckn, Lumo::IntfId intfId, Vesk::Ptr<Status> const& status,
     Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
     Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) {
-  if (cpSm_ && cpSm_->isFor(ckn, intfId, status, hwStatus)) return cpSm_;
+  if (cpSm_ && cpSm_->isFor(ckn, intfId, status, hwStatus, timerWheel)) return cpSm_;
   cpSmDel();
   cpSm_ = ControlledPortSm::ControlledPortSmIs(ckn, intfId, status, hwStatus, timerWheel);
   return cpSm_;

@@ -37,8 +37,7 @@ class MkaActorSm final : public Vesk::HashMapEntry {
   /// The manager's messages; null without a manager.
   Vesk::Ptr<MkaMessageInfo> txMessageInfo() const;
   Vesk::Ptr<MkaMessageInfo> rxMessageInfo() const;
-  /// The absolute time of the next MKPDU.
-  double mkpduTime() const;
+  Zorn::TimerWheel::NotifieeConst const& mkpduTimer() const;
 
   Vesk::Ptr<MkaKeyServerSm> const& keyServerSm() const { return keyServerSm_; }
   Vesk::Ptr<MkaKeyServerSm> keyServerSmIs(Lumo::IntfId intfId, Vesk::String8 const& ckn,

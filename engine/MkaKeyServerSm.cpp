@@ -97,8 +97,27 @@ void MkaKeyServerSm::hasNotificationActiveIs(bool active) {
 
 MkaActorStatus& MkaKeyServerSm::actorStatus() const { return *mkaActorStatus_->notifier(); }
 IntfStatus const& MkaKeyServerSm::intfStatus() const { return *mkaIntfStatus_->notifier(); }
-double MkaKeyServerSm::mkaPeriodicTime() const { return mkaPeriodicTimer_->time(); }
-double MkaKeyServerSm::reKeyTime() const { return reKeyTimer_->time(); }
+bool MkaKeyServerSm::isFor(Lumo::IntfId intfId, Vesk::String8 const& ckn,
+                           Vesk::Ptr<Status> const& status,
+                           Vesk::Ptr<Zorn::TimerWheel> const& mkaPeriodicTimer,
+                           Vesk::Ptr<Zorn::TimerWheel> const& reKeyTimer) const {
+  return intfId == intfId_ && ckn == ckn_ && status == status_ &&
+         mkaPeriodicTimer == mkaPeriodicTimer_->wheel() && reKeyTimer == reKeyTimer_->wheel();
+}
+
+Zorn::TimerWheel::NotifieeConst const& MkaKeyServerSm::mkaPeriodicTimer() const {
+  return *mkaPeriodicTimer_;
+}
+Zorn::TimerWheel::NotifieeConst const& MkaKeyServerSm::reKeyTimer() const { return *reKeyTimer_; }
+
+Vesk::Ptr<MkaActorStatus> const& MkaKeyServerSm::mkaActorStatus() const {
+  return mkaActorStatus_->notifier();
+}
+
+Vesk::Ptr<IntfStatus const> const& MkaKeyServerSm::mkaIntfStatus() const {
+  return mkaIntfStatus_->notifier();
+}
+
 bool MkaKeyServerSm::isGuardArmed() const { return mkaPeriodicTimer_->isArmed(); }
 
 void MkaKeyServerSm::armGuard() {

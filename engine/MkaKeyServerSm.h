@@ -38,12 +38,14 @@ class MkaKeyServerSm final : public Vesk::PtrInterface {
   Vesk::String8 const& ckn() const { return ckn_; }
   bool initialized() const { return initialized_; }
   /// Whether it was made with these arguments.
-  bool isFor(Lumo::IntfId intfId, Vesk::String8 const& ckn, Vesk::Ptr<Status> const& status) const {
-    return intfId == intfId_ && ckn == ckn_ && status == status_;
-  }
-  /// The absolute times of the two timers.
-  double mkaPeriodicTime() const;
-  double reKeyTime() const;
+  bool isFor(Lumo::IntfId intfId, Vesk::String8 const& ckn, Vesk::Ptr<Status> const& status,
+             Vesk::Ptr<Zorn::TimerWheel> const& mkaPeriodicTimer,
+             Vesk::Ptr<Zorn::TimerWheel> const& reKeyTimer) const;
+  Zorn::TimerWheel::NotifieeConst const& mkaPeriodicTimer() const;
+  Zorn::TimerWheel::NotifieeConst const& reKeyTimer() const;
+  Vesk::Ptr<MkaActorStatus> const& mkaActorStatus() const;
+  Vesk::Ptr<MkaPortStatus> const& mkaPortStatus() const { return mkaPortStatus_; }
+  Vesk::Ptr<IntfStatus const> const& mkaIntfStatus() const;
 
   void handleInitialized();
   void handleKeyServerChange();

@@ -66,8 +66,12 @@ Status& MkaPortSm::status() const { return *status_->notifier(); }
 IntfStatus const& MkaPortSm::intfStatus() const { return *intfStatus_->notifier(); }
 MkaPortStatus& MkaPortSm::portStatus() const { return *portStatus_->notifier(); }
 
-bool MkaPortSm::isDefaultActorTimerArmed() const { return defaultActorTimer_->isArmed(); }
-bool MkaPortSm::isActorDeletionTimerArmed() const { return actorDeletionTimer_->isArmed(); }
+Zorn::TimerWheel::NotifieeConst const& MkaPortSm::defaultActorTimer() const {
+  return *defaultActorTimer_;
+}
+Zorn::TimerWheel::NotifieeConst const& MkaPortSm::actorDeletionTimer() const {
+  return *actorDeletionTimer_;
+}
 
 Vesk::Ptr<MkaActorSm> MkaPortSm::mkaActorSmIs(
     Vesk::String8 const& ckn, Vesk::String8 const& cak, Lumo::IntfId intfId,

@@ -53,8 +53,8 @@ class MkaPortSm final : public Vesk::HashMapEntry {
   Vesk::String8 const& principalActorCkn() const { return principalActorCkn_; }
   void principalActorCknIs(Vesk::String8 const& ckn) { principalActorCkn_ = ckn; }
   bool initialized() const { return initialized_; }
-  bool isDefaultActorTimerArmed() const;
-  bool isActorDeletionTimerArmed() const;
+  Zorn::TimerWheel::NotifieeConst const& defaultActorTimer() const;
+  Zorn::TimerWheel::NotifieeConst const& actorDeletionTimer() const;
 
   void handleInitialized();
   void handleKey();

@@ -88,14 +88,20 @@ void HwStatusSm::doUpdateHwStatus(Vesk::Ptr<MacSecIntfStatus const> const& intfS
   if (intfStatus) {
     VESK_TRACE(8, ": ", sliceName, "/", intfId, " added ");
     if (hwStatus_) hwStatus_->statusIs(const_cast<MacSecIntfStatus*>(intfStatus.ptr()));
-    sliceMap_.xIs(intfId, sliceName);
+    sliceMapIs(intfId, sliceName);
   } else {
     VESK_TRACE(8, ": ", sliceName, "/", intfId, " deleted ");
     if (hwStatus_) hwStatus_->statusDel(intfId);
-    sliceMap_.xDel(intfId);
+    sliceMapDel(intfId);
   }
   trace();
 }
+
+void HwStatusSm::sliceMapIs(Lumo::IntfId intfId, Vesk::String8 const& sliceName) {
+  sliceMap_.xIs(intfId, sliceName);
+}
+
+void HwStatusSm::sliceMapDel(Lumo::IntfId intfId) { sliceMap_.xDel(intfId); }
 
 void HwStatusSm::trace() const {
   if (!traceHandle.isEnabled(8)) return;

@@ -42,6 +42,8 @@ class HwStatusSm final : public Vesk::PtrInterface {
   Vesk::Ptr<MacSecStatus> slice(Vesk::Name const& name) const;
   void hwSliceIs(Vesk::Ptr<MacSecStatus> const& slice);
   void hwSliceDel(Vesk::Name const& name);
+  void sliceMapIs(Lumo::IntfId intfId, Vesk::String8 const& sliceName);
+  void sliceMapDel(Lumo::IntfId intfId);
 
   Vesk::Ptr<MacSecIntfStatusPtrDir> hwStatus_;
   Vesk::Ptr<HwStatusSliceDirReactor> hwStatusSliceDir_;

@@ -63,6 +63,7 @@ class TimerWheel::NotifieeConst : public Vesk::PtrInterface {
   /// has; the last time given holds, and `onTime` runs at most once for each arming. `never`
   /// disarms it.
   void timeMinIs(double t);
+  Vesk::Ptr<TimerWheel> const& wheel() const { return wheel_; }
   /// The logic's test: `time` is a finite number.
   bool isArmed() const { return time_ <= std::numeric_limits<double>::max(); }
   virtual void onTime() {}

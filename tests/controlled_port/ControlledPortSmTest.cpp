@@ -82,9 +82,9 @@ TEST_F(ControlledPort, AKeyThatIsLiveOnTransmitMovesToOldAtOnce) {
   receiveUp(sak(0, 7));
   port.in([&] { port.actor("6162")->sakTransmitIs(true); });
   transmitUp(sak(0, 7));
-  EXPECT_EQ(sm().oldKeyRetirementTime(), 3);
+  EXPECT_EQ(sm().oldKeyRetirementTimer().time(), 3);
   distSakIs(sak(1, 8));
-  EXPECT_EQ(sm().oldKeyRetirementTime(), Zorn::never);
+  EXPECT_EQ(sm().oldKeyRetirementTimer().time(), Zorn::never);
   EXPECT_EQ(old(), context(sak(0, 7), true, true, true, true));
   EXPECT_EQ(latest().sak(), sak(1, 8));
   EXPECT_EQ(cp().rxSak(AssociationNumber(3)), nullptr);
@@ -156,7 +156,7 @@ TEST_F(ControlledPort, AnExpiryOverAnEmptyContextStillTransmitsWhatIsDistributed
   expected.txEnabledIs(true);
   EXPECT_EQ(latest(), expected);
   EXPECT_EQ(cp().txSak(), salted(Sak()));
-  EXPECT_EQ(sm().latestKeyTxEnableTime(), Zorn::never);
+  EXPECT_EQ(sm().latestKeyTxEnableTimer().time(), Zorn::never);
 }
 
 TEST_F(ControlledPort, PacketNumbersGoToTheNumbersOfBothContexts) {
@@ -244,8 +244,8 @@ TEST_F(ControlledPort, CatchesUpWithPeersKeyAndPacketNumbersWhenItStarts) {
     auto const direct = controlledPortSmFactory("6162", port.intfId, port.Switch::status,
                                                 port.hwStatus, port.wheel);
     EXPECT_TRUE(direct->initialized());
-    EXPECT_EQ(direct->latestKeyTxEnableTime(), Zorn::never);
-    EXPECT_EQ(direct->oldKeyRetirementTime(), Zorn::never);
+    EXPECT_EQ(direct->latestKeyTxEnableTimer().time(), Zorn::never);
+    EXPECT_EQ(direct->oldKeyRetirementTimer().time(), Zorn::never);
   });
   EXPECT_EQ(writes->order.front(), "mySsci");
   EXPECT_EQ(cp().rxLPN(AssociationNumber(1))->lpn(), 50u);

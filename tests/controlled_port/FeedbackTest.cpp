@@ -16,7 +16,7 @@ TEST_F(ControlledPort, AReportOfReceptionMarksTheLatestKeyAndAPeerWaits) {
   EXPECT_THAT(writes->order, ElementsAre("latest"));
   EXPECT_EQ(latest(), SakContext(sak(1, 7), 0, false, true, false, true));
   EXPECT_EQ(traced(": Starting receive on key: b1b2b3b4b5b6b7b8b9babbbc:7 for actor "), 1u);
-  EXPECT_EQ(sm().latestKeyTxEnableTime(), Zorn::never);
+  EXPECT_EQ(sm().latestKeyTxEnableTimer().time(), Zorn::never);
   Vesk::retire(writes);
 }
 
@@ -27,7 +27,7 @@ TEST_F(ControlledPort, AKeyServerWithAClosedPortTransmitsAtOnce) {
   receiveUp(sak(1, 7));
   EXPECT_THAT(writes->order, ElementsAre("latest", "latest", "tx"));
   EXPECT_TRUE(latest().txEnabled());
-  EXPECT_EQ(sm().latestKeyTxEnableTime(), Zorn::never);
+  EXPECT_EQ(sm().latestKeyTxEnableTimer().time(), Zorn::never);
   Vesk::retire(writes);
 }
 
@@ -38,7 +38,7 @@ TEST_F(ControlledPort, AKeyServerWithAnOpenPortWaitsForItsPeers) {
   port.world.time = 10;
   receiveUp(sak(1, 7));
   EXPECT_FALSE(latest().txEnabled());
-  EXPECT_EQ(sm().latestKeyTxEnableTime(), 190);
+  EXPECT_EQ(sm().latestKeyTxEnableTimer().time(), 190);
   EXPECT_EQ(
       traced(": Starting transmit-enable timer for key:b1b2b3b4b5b6b7b8b9babbbc:7 for actor "), 1u);
   port.world.time = 190;
@@ -46,7 +46,7 @@ TEST_F(ControlledPort, AKeyServerWithAnOpenPortWaitsForItsPeers) {
     while (port.wheel->runOne() && !latest().txEnabled()) continue;
   });
   EXPECT_TRUE(latest().txEnabled());
-  EXPECT_EQ(sm().latestKeyTxEnableTime(), Zorn::never);
+  EXPECT_EQ(sm().latestKeyTxEnableTimer().time(), Zorn::never);
 }
 
 TEST_F(ControlledPort, APeersUseOfTheKeyComesBeforeTheTimer) {
@@ -56,7 +56,7 @@ TEST_F(ControlledPort, APeersUseOfTheKeyComesBeforeTheTimer) {
   receiveUp(sak(1, 7));
   port.in([&] { port.actor("6162")->sakTransmitIs(true); });
   EXPECT_TRUE(latest().txEnabled());
-  EXPECT_EQ(sm().latestKeyTxEnableTime(), Zorn::never);
+  EXPECT_EQ(sm().latestKeyTxEnableTimer().time(), Zorn::never);
 }
 
 TEST_F(ControlledPort, AReportOfReceptionOfAnotherKeyIsIgnored) {
@@ -100,7 +100,7 @@ TEST_F(ControlledPort, TheFirstReportOfTransmitMovesTheKeyToOldAndOpensThePort) 
   EXPECT_EQ(latest(), SakContext());
   EXPECT_EQ(old(), SakContext(sak(1, 7), 0, true, true, true, true));
   EXPECT_TRUE(cp().controlledPortEnabled());
-  EXPECT_EQ(sm().oldKeyRetirementTime(), Zorn::never);
+  EXPECT_EQ(sm().oldKeyRetirementTimer().time(), Zorn::never);
   EXPECT_EQ(traced(": Starting transmit on key: b1b2b3b4b5b6b7b8b9babbbc:7 for actor "), 1u);
   EXPECT_EQ(traced(": Moving latest key to old key for actor "), 1u);
   ASSERT_EQ(port.world.logs.back().name, "MKA_SAK_ACTIVATED");
@@ -132,7 +132,7 @@ class Rotation : public ControlledPort {
 TEST_F(Rotation, KeepsTheFormerKeyForTheRetirementPeriod) {
   port.world.time = 100;
   takeKey(sak(1, 2));
-  EXPECT_EQ(sm().oldKeyRetirementTime(), 103);
+  EXPECT_EQ(sm().oldKeyRetirementTimer().time(), 103);
   EXPECT_EQ(old(), SakContext(sak(0, 1), 0, false, true, false, true));
   EXPECT_EQ(latest(), SakContext(sak(1, 2), 0, true, true, true, true));
   EXPECT_EQ(cp().rxSak().members(), 2u);
@@ -140,7 +140,7 @@ TEST_F(Rotation, KeepsTheFormerKeyForTheRetirementPeriod) {
   EXPECT_EQ(old(), SakContext(sak(1, 2), 0, true, true, true, true));
   EXPECT_EQ(latest(), SakContext());
   EXPECT_EQ(cp().rxSak(AssociationNumber(0)), nullptr);
-  EXPECT_EQ(sm().oldKeyRetirementTime(), Zorn::never);
+  EXPECT_EQ(sm().oldKeyRetirementTimer().time(), Zorn::never);
 }
 
 TEST_F(Rotation, KeepsAKeyInSteadyUseWhenItIsDistributedAgain) {

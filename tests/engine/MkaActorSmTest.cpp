@@ -63,7 +63,7 @@ double firstMkpdu(int drawn, double period, bool delayProtection, size_t& left) 
   s.world.delays = {drawn};
   s.start(key(kCkn));
   left = s.world.delays.size();
-  return s.actorSm(kCkn)->mkpduTime() - 10;
+  return s.actorSm(kCkn)->mkpduTimer().time() - 10;
 }
 
 TEST(Actor, SendsItsFirstMkpduAfterAWholeNumberOfSecondsBelowThePeriod) {
@@ -87,11 +87,11 @@ TEST(Actor, DrawsNoDelayUnderDelayProtection) {
 TEST(Actor, ARunningTimerKeepsItsTimeWhenThePeriodChanges) {
   ActorPort port;
   port.transmit();
-  EXPECT_EQ(port.sm().mkpduTime(), 2);
+  EXPECT_EQ(port.sm().mkpduTimer().time(), 2);
   port.in([&] { port.Switch::status->mkpduPeriodIs(0.5); });
-  EXPECT_EQ(port.sm().mkpduTime(), 2);
+  EXPECT_EQ(port.sm().mkpduTimer().time(), 2);
   port.transmit();
-  EXPECT_EQ(port.sm().mkpduTime(), 0.5);
+  EXPECT_EQ(port.sm().mkpduTimer().time(), 0.5);
 }
 
 TEST(Actor, TriesMemberIdentifiersUntilOneConflictsWithNoPeer) {
@@ -210,7 +210,7 @@ TEST(Actor, LivesWithoutPacketsAndGoesOnReviewing) {
     port.actor("7777")->livePeerIs("b1b2b3b4b5b6b7b8b9babbbc");
     port.world.time = 7;
     actor->handleMkpduTimerExpiry();
-    EXPECT_EQ(actor->mkpduTime(), 9);
+    EXPECT_EQ(actor->mkpduTimer().time(), 9);
     EXPECT_TRUE(port.actor("7777")->livePeer().empty());
     port.portStatus()->actorStatusDel("7777");
   });

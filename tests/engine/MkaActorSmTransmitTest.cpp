@@ -96,7 +96,7 @@ TEST(Transmit, APeerThatAgesOutIsMissingFromThisVeryMkpdu) {
   EXPECT_THAT(sent.live, IsEmpty());
   EXPECT_FALSE(port.status().success());
   EXPECT_TRUE(sent.basic.keyServer());
-  EXPECT_EQ(port.sm().mkpduTime(), 8.5);
+  EXPECT_EQ(port.sm().mkpduTimer().time(), 8.5);
 }
 
 class DistributedKey : public ::testing::Test {

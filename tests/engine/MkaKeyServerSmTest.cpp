@@ -56,16 +56,16 @@ TEST_F(KeyServer, AFollowerHasBothTimersDisarmed) {
   begin(false);
   EXPECT_TRUE(sm().initialized());
   EXPECT_FALSE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), kNever);
-  EXPECT_EQ(sm().reKeyTime(), kNever);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), kNever);
+  EXPECT_EQ(sm().reKeyTimer().time(), kNever);
 }
 
 TEST_F(KeyServer, MakesItsFirstKeyOneLifetimeAfterItsStart) {
   port.in([&] { port.intfStatus()->reKeyPeriodIs(30); });
   begin(true);
   EXPECT_TRUE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), 6);
-  EXPECT_EQ(sm().reKeyTime(), 30);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), 6);
+  EXPECT_EQ(sm().reKeyTimer().time(), 30);
   join(kOne);
   EXPECT_EQ(created(), 0u);
   EXPECT_TRUE(status().newSak());
@@ -73,7 +73,7 @@ TEST_F(KeyServer, MakesItsFirstKeyOneLifetimeAfterItsStart) {
   guardExpires();
   EXPECT_EQ(created(), 1u);
   EXPECT_FALSE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), 12);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), 12);
   EXPECT_EQ(traced("Generating new SAK upon timer expiry on intfId "), 1u);
 }
 
@@ -83,7 +83,7 @@ TEST_F(KeyServer, MakesAKeyAtOnceForTheFirstPeerWhenTheGuardIsDisarmed) {
   join(kOne);
   EXPECT_EQ(created(), 1u);
   EXPECT_FALSE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), 56);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), 56);
   EXPECT_EQ(traced("New live peer b1b2b3b4b5b6b7b8b9babbbc added on intfId "), 1u);
 }
 
@@ -94,7 +94,7 @@ TEST_F(KeyServer, WithdrawsAKeyThatIsNotInUseWhenAnotherPeerJoins) {
   join(kOther);
   EXPECT_EQ(status().distSak(), Sak());
   EXPECT_TRUE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), 6);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), 6);
   guardExpires();
   EXPECT_EQ(status().distSak().keyNum(), 2u);
 }
@@ -123,7 +123,7 @@ TEST_F(KeyServer, KeepsAKeyInUseWhenTheLastPeerLeaves) {
   leave(kOne);
   EXPECT_EQ(status().distSak(), inUse);
   EXPECT_TRUE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), kNever);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), kNever);
   EXPECT_EQ(traced("Live peer b1b2b3b4b5b6b7b8b9babbbc being deleted on intfId "), 1u);
   EXPECT_EQ(
       port.world.traced("Live peer list is empty. Disarming timer for sakGeneration on intfId "
@@ -143,7 +143,7 @@ TEST_F(KeyServer, DisarmsTheGuardWhenNothingIsWanted) {
   join(kOne);
   guardExpires();
   EXPECT_EQ(created(), 1u);
-  EXPECT_EQ(sm().mkaPeriodicTime(), kNever);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), kNever);
   EXPECT_EQ(traced("Not generating new SAK upon timer expiry. Disarming timer on intfId "), 1u);
 }
 
@@ -152,7 +152,7 @@ TEST_F(KeyServer, AGuardThatExpiresWithoutPeersForgetsTheWishAndTheUnusedKey) {
   port.in([&] { status().distSakIs(Support::sak()); });
   guardExpires();
   EXPECT_FALSE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), kNever);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), kNever);
   EXPECT_EQ(status().distSak(), Sak());
 }
 
@@ -174,7 +174,7 @@ TEST_F(KeyServer, AFollowerBailsOut) {
   });
   EXPECT_EQ(traced("not the keyServer. Bailing on intfId "), 2u);
   EXPECT_EQ(created(), 0u);
-  EXPECT_EQ(sm().reKeyTime(), kNever);
+  EXPECT_EQ(sm().reKeyTimer().time(), kNever);
 }
 
 TEST_F(KeyServer, GainingTheRoleArmsBothTimersAndLosingItWithdrawsTheKey) {
@@ -183,8 +183,8 @@ TEST_F(KeyServer, GainingTheRoleArmsBothTimersAndLosingItWithdrawsTheKey) {
   port.world.time = 100;
   port.in([&] { status().electedSelfIs(true); });
   EXPECT_TRUE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), 106);
-  EXPECT_EQ(sm().reKeyTime(), 130);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), 106);
+  EXPECT_EQ(sm().reKeyTimer().time(), 130);
   EXPECT_EQ(traced("Non-key-server changed to key server on intfId "), 1u);
   join(kOne);
   guardExpires();
@@ -193,8 +193,8 @@ TEST_F(KeyServer, GainingTheRoleArmsBothTimersAndLosingItWithdrawsTheKey) {
     status().electedSelfIs(false);
   });
   EXPECT_FALSE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), kNever);
-  EXPECT_EQ(sm().reKeyTime(), kNever);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), kNever);
+  EXPECT_EQ(sm().reKeyTimer().time(), kNever);
   EXPECT_EQ(status().distSak(), Sak());
   EXPECT_EQ(status().keyNum(), 1u);
   EXPECT_EQ(traced("Key server changed to non-key-server on intfId "), 1u);
@@ -207,7 +207,7 @@ TEST_F(KeyServer, ExhaustionMakesAKeyInsideTheGuardInterval) {
   port.in([&] { status().llpnExhaustionInc(1); });
   EXPECT_EQ(status().keyNum(), 2u);
   EXPECT_FALSE(status().newSak());
-  EXPECT_EQ(sm().mkaPeriodicTime(), 8);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), 8);
 }
 
 TEST_F(KeyServer, ExhaustionWithoutPeersDisarmsTheGuard) {
@@ -216,19 +216,19 @@ TEST_F(KeyServer, ExhaustionWithoutPeersDisarmsTheGuard) {
     status().distSakIs(Support::sak());
     status().llpnExhaustionInc(1);
   });
-  EXPECT_EQ(sm().mkaPeriodicTime(), kNever);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), kNever);
   EXPECT_EQ(status().distSak(), Sak());
   EXPECT_TRUE(status().newSak());
 }
 
 TEST_F(KeyServer, AChangedRekeyPeriodCountsFromNow) {
   begin(true);
-  EXPECT_EQ(sm().reKeyTime(), kNever);
+  EXPECT_EQ(sm().reKeyTimer().time(), kNever);
   port.world.time = 4;
   port.in([&] { port.intfStatus()->reKeyPeriodIs(30); });
-  EXPECT_EQ(sm().reKeyTime(), 34);
+  EXPECT_EQ(sm().reKeyTimer().time(), 34);
   port.in([&] { port.intfStatus()->reKeyPeriodIs(0); });
-  EXPECT_EQ(sm().reKeyTime(), kNever);
+  EXPECT_EQ(sm().reKeyTimer().time(), kNever);
 }
 
 TEST_F(KeyServer, RekeysPeriodicallyWhileThereArePeers) {
@@ -238,8 +238,8 @@ TEST_F(KeyServer, RekeysPeriodicallyWhileThereArePeers) {
   port.world.time = 30;
   port.in([&] { sm().handleReKeyTimerExpiry(); });
   EXPECT_EQ(status().keyNum(), 2u);
-  EXPECT_EQ(sm().mkaPeriodicTime(), 36);
-  EXPECT_EQ(sm().reKeyTime(), 60);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), 36);
+  EXPECT_EQ(sm().reKeyTimer().time(), 60);
 }
 
 TEST_F(KeyServer, ARekeyWithoutPeersEndsPeriodicRekeying) {
@@ -248,14 +248,14 @@ TEST_F(KeyServer, ARekeyWithoutPeersEndsPeriodicRekeying) {
   port.in([&] { status().distSakIs(Support::sak()); });
   port.runUntil(100);
   EXPECT_EQ(created(), 0u);
-  EXPECT_EQ(sm().reKeyTime(), 3);
-  EXPECT_EQ(sm().mkaPeriodicTime(), kNever);
+  EXPECT_EQ(sm().reKeyTimer().time(), 3);
+  EXPECT_EQ(sm().mkaPeriodicTimer().time(), kNever);
   EXPECT_EQ(status().distSak(), Support::sak());
   EXPECT_EQ(port.world.traced("Live peer list is empty. Disarming mkaPeriodicTimer only on intfId "
                               "Ethernet1 for ckn 6162"),
             1u);
   port.in([&] { port.intfStatus()->reKeyPeriodIs(5); });
-  EXPECT_EQ(sm().reKeyTime(), 105);
+  EXPECT_EQ(sm().reKeyTimer().time(), 105);
 }
 
 TEST_F(KeyServer, WritesTransmitFalseThenTheKeyThenItsNumber) {
@@ -325,7 +325,7 @@ TEST_F(KeyServer, AKeyMayBeAnnouncedBeforeTheSessionOfThePeerThatItIsFor) {
   port.live(first);
   port.runUntil(13);
   ASSERT_EQ(created(), 1u);
-  ASSERT_EQ(sm().mkaPeriodicTime(), kNever);
+  ASSERT_EQ(sm().mkaPeriodicTimer().time(), kNever);
   port.live(second);
   auto const names = port.world.logNames();
   EXPECT_EQ(names[names.size() - 2], "MKA_SAK_CREATED");

@@ -75,7 +75,7 @@ TEST(PrincipalElection, NothingElectsAPrincipalOnAChangeOfElectedSelf) {
 TEST(PrincipalElection, AFallbackKeyServerAloneWaitsOutItsPeriod) {
   Port port;
   port.succeed(kFallback, true);
-  EXPECT_TRUE(port.portSm()->isDefaultActorTimerArmed());
+  EXPECT_TRUE(port.portSm()->defaultActorTimer().isArmed());
   port.runUntil(29.999);
   EXPECT_EQ(port.principal(), "");
 }
@@ -94,7 +94,7 @@ TEST(PrincipalElection, TheFallbackKeyServerIsPrincipalAfterThirtySeconds) {
   port.runUntil(30);
   EXPECT_EQ(port.principal(), kFallback);
   EXPECT_THAT(inUse(port), ElementsAre("MKA_FALLBACK_KEY_IN_USE 6364"));
-  EXPECT_FALSE(port.portSm()->isDefaultActorTimerArmed());
+  EXPECT_FALSE(port.portSm()->defaultActorTimer().isArmed());
   Vesk::LogHandle const& handle = *port.world.handles[0];
   EXPECT_EQ(static_cast<int>(handle.severity()), 4);
   EXPECT_STREQ(handle.format(), "Configured fallback key %s currently in use on interface %s");
@@ -109,7 +109,7 @@ TEST(PrincipalElection, APrimaryThatSucceedsDuringTheWaitWinsAndEndsIt) {
   port.succeed(kFallback, true);
   port.succeed(kPrimary, true);
   EXPECT_EQ(port.principal(), kPrimary);
-  EXPECT_FALSE(port.portSm()->isDefaultActorTimerArmed());
+  EXPECT_FALSE(port.portSm()->defaultActorTimer().isArmed());
 }
 
 TEST(PrincipalElection, ASecondSuccessOfAFallbackDuringTheWaitEndsTheWait) {
@@ -120,7 +120,7 @@ TEST(PrincipalElection, ASecondSuccessOfAFallbackDuringTheWaitEndsTheWait) {
     port.actor(kFallback)->successIs(true);
   });
   EXPECT_EQ(port.principal(), kFallback);
-  EXPECT_FALSE(port.portSm()->isDefaultActorTimerArmed());
+  EXPECT_FALSE(port.portSm()->defaultActorTimer().isArmed());
 }
 
 TEST(PrincipalElection, AFallbackKeyServerBesideAPrincipalElectsWithNoWait) {
@@ -129,7 +129,7 @@ TEST(PrincipalElection, AFallbackKeyServerBesideAPrincipalElectsWithNoWait) {
   port.world.traces.clear();
   port.succeed(kFallback, true);
   EXPECT_EQ(port.world.traced(": Re-evaluating principal actor on Ethernet1"), 1u);
-  EXPECT_FALSE(port.portSm()->isDefaultActorTimerArmed());
+  EXPECT_FALSE(port.portSm()->defaultActorTimer().isArmed());
   EXPECT_EQ(port.principal(), kPrimary);
 }
 
@@ -198,9 +198,9 @@ TEST(PrincipalElection, AFailureOfThePrincipalStopsTheSweep) {
   Port port;
   port.succeed(kPrimary, false);
   port.distSakIs(kPrimary, sak());
-  EXPECT_TRUE(port.portSm()->isActorDeletionTimerArmed());
+  EXPECT_TRUE(port.portSm()->actorDeletionTimer().isArmed());
   port.fail(kPrimary);
-  EXPECT_FALSE(port.portSm()->isActorDeletionTimerArmed());
+  EXPECT_FALSE(port.portSm()->actorDeletionTimer().isArmed());
 }
 
 TEST(PrincipalElection, AFailureOfAnotherActorChangesNothing) {
@@ -210,7 +210,7 @@ TEST(PrincipalElection, AFailureOfAnotherActorChangesNothing) {
   port.distSakIs(kPrimary, sak());
   port.fail(kFallback);
   EXPECT_EQ(port.principal(), kPrimary);
-  EXPECT_TRUE(port.portSm()->isActorDeletionTimerArmed());
+  EXPECT_TRUE(port.portSm()->actorDeletionTimer().isArmed());
 }
 
 TEST(PrincipalElection, TheNextAssociationNumberRunsBehindTheDistributedOne) {
@@ -225,9 +225,9 @@ TEST(PrincipalElection, AnEmptySakStillArmsTheSweepAndKeepsTheNumber) {
   Port port;
   port.distSakIs(kPrimary, sak(2));
   port.in([&] { port.portSm()->handleActorDeletion(); });
-  EXPECT_FALSE(port.portSm()->isActorDeletionTimerArmed());
+  EXPECT_FALSE(port.portSm()->actorDeletionTimer().isArmed());
   port.distSakIs(kPrimary, Sak());
-  EXPECT_TRUE(port.portSm()->isActorDeletionTimerArmed());
+  EXPECT_TRUE(port.portSm()->actorDeletionTimer().isArmed());
   EXPECT_EQ(port.portStatus()->anOfNextKey().value(), 3);
 }
 

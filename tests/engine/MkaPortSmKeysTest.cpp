@@ -126,7 +126,7 @@ TEST(KeysOfAPort, AnOlderActorThatIsPrincipalStaysUntilTheSweepFindsItDisplaced)
   port.runUntil(port.world.time + 0.001);
   EXPECT_FALSE(port.actorSm(kPrimary));
   EXPECT_FALSE(port.actor(kPrimary));
-  EXPECT_FALSE(port.portSm()->isActorDeletionTimerArmed());
+  EXPECT_FALSE(port.portSm()->actorDeletionTimer().isArmed());
 }
 
 TEST(KeysOfAPort, AnOlderActorThatIsNotPrincipalGoesAtOnce) {
