@@ -53,10 +53,10 @@ void Simulation::makeSwitches(uint32_t seed) {
                                  std::to_string(status) + " and is started again";
         for (Audience* audience : audience_) audience->acted(clock_.now, text);
       }};
-  Codec::Dialect const dialect{.icvIndicator = scenario_.icvIndicator};
   for (SwitchSpec const& spec : scenario_.switches) {
     auto const index = static_cast<uint32_t>(switches_.size());
-    switches_.push_back(std::make_unique<Switch>(spec, dialect, clock_, seed, index, outlets));
+    switches_.push_back(
+        std::make_unique<Switch>(spec, scenario_.icvIndicator, clock_, seed, index, outlets));
     starts_.emplace(spec.start, switches_.back().get());
   }
 }

@@ -51,14 +51,17 @@ void Switch::inWorld(Work work) {
   }
 }
 
-Switch::Switch(SwitchSpec const& spec, Codec::Dialect const& dialect, Clock const& clock,
+Switch::Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock const& clock,
                uint32_t seed, uint32_t index, Outlets outlets)
     : spec_(spec),
-      dialect_(dialect),
       config_(spec.config),
       outlets_(std::move(outlets)),
       world_(clock, seed, index, spec.firstDelays) {
-  for (auto const& interface : config_.interfaces) interfaces_.emplace_back(interface.name.c_str());
+  for (auto& interface : config_.interfaces) {
+    interfaces_.emplace_back(interface.name.c_str());
+    auto& indicator = interface.dialect.icvIndicator;
+    if (indicator == Codec::Dialect().icvIndicator) indicator = icvIndicator;
+  }
   inWorld([&] {
     host_ = std::make_unique<Macsecd::Host>(spec_.name, *this,
                                             Macsecd::HostOptions{.emulateHardware = false});
@@ -94,7 +97,6 @@ void Switch::start() {
     host_->configIs(config_);
     hardware_->follow(host_->status());
     host_->start();
-    setDialect();
     for (Lumo::IntfId const intfId : interfaces_) host_->linkIs(intfId, isUp(intfId));
   });
 }
@@ -103,14 +105,8 @@ void Switch::restart() {
   if (!started_) return;
   inWorld([&] {
     host_->restart();
-    setDialect();
     hardware_->follow(host_->status());
   });
-}
-
-// The codec is new with each start; nothing is sent before the first timer.
-void Switch::setDialect() {
-  for (Lumo::IntfId const intfId : interfaces_) host_->codec()->dialectIs(intfId, dialect_);
 }
 
 void Switch::linkIs(Lumo::IntfId intfId, bool up) {

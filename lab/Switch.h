@@ -23,9 +23,9 @@ class Switch final : public Codec::FrameSink {
     std::function<void(Switch const&, int status)> exited;
   };
 
-  /// `dialect` is how it writes frames.
-  Switch(SwitchSpec const& spec, Codec::Dialect const& dialect, Clock const& clock, uint32_t seed,
-         uint32_t index, Outlets outlets);
+  /// `icvIndicator` is that of interfaces whose configuration names no other than the default.
+  Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock const& clock,
+         uint32_t seed, uint32_t index, Outlets outlets);
   ~Switch() override;
 
   SwitchSpec const& spec() const { return spec_; }
@@ -54,12 +54,10 @@ class Switch final : public Codec::FrameSink {
   template <class Work>
   void inWorld(Work work);
   void connectWorld();
-  void setDialect();
   void tell(TreeWatch::What what);
   FramePassed passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const;
 
   SwitchSpec const& spec_;
-  Codec::Dialect const dialect_;
   Macsecd::SwitchConfig config_;
   Outlets outlets_;
   SwitchWorld world_;

@@ -82,6 +82,16 @@ TEST(Simulation, KeepsThePortOpenThroughARestartOfTheStateMachines) {
   EXPECT_THAT(played.all<PortChanged>("B"), SizeIs(2));
 }
 
+TEST(Simulation, LetsSwitchesAgreeInEveryFormOfTheIcvIndicator) {
+  for (std::string const form : {"of 4", "of 16", "left out"}) {
+    EXPECT_THAT(
+        Played(pair("icv indicator " + form + "\nexactly at 8.001 expect B Ethernet1 is open"))
+            .failures(),
+        IsEmpty())
+        << form;
+  }
+}
+
 TEST(Simulation, TellsRequestsToTheHardwareAndItsAnswers) {
   Played played(pair("at 0 hardware of B is slow by 3", "20"));
   EXPECT_THAT(played.times<SaAsked>("B"), ElementsAre(8.001, 8.001));
