@@ -50,8 +50,8 @@ struct ProfileConfig {
 struct InterfaceConfig {
   std::string name;
   std::string profile;
-  uint16_t portNumber = 1;  ///< of the SCI
-  Codec::Dialect dialect;   ///< how frames are written for foreign equipment
+  uint16_t portNumber = 1;   ///< of the SCI
+  Codec::Dialect dialect{};  ///< how frames are written for foreign equipment
 };
 
 /// What the configuration file of one switch says, defaults filled in, in the order of the file.
