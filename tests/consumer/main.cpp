@@ -9,6 +9,7 @@
 #include "hardware/MacsecForwardingModelSm.h"
 #include "model/Factories.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Log.h"
 #include "runtime/World.h"
 
 // An agent of somebody else: the world and the wires are its own, the rest is loaded.
