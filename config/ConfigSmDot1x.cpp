@@ -18,10 +18,6 @@ Vesk::TraceHandle traceHandle("Macsec::Config");
 // The CKN's length in bits doesn't follow the cipher suite.
 constexpr int kCknBits = 128;
 
-unsigned char const* bytesOf(Vesk::String8 const& text) {
-  return reinterpret_cast<unsigned char const*>(text.charPtr());
-}
-
 // Both ends build the same text: the lower address first, as 24 hexadecimal digits.
 Vesk::String8 addressContext(Lumo::EthAddr const& a, Lumo::EthAddr const& b) {
   std::string text((std::min(a, b).stringValue() + std::max(a, b).stringValue()).view());

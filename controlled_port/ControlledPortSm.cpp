@@ -21,17 +21,9 @@ bool isSameKey(Sak const& a, Sak const& b) {
 
 Sak salted(Sak sak) {
   Vesk::String8 salt;
-  generateSalt(reinterpret_cast<unsigned char const*>(sak.keyMsgId().charPtr()), sak.keyNum(),
-               salt);
+  generateSalt(bytesOf(sak.keyMsgId()), sak.keyNum(), salt);
   sak.saltIs(salt);
   return sak;
-}
-
-Vesk::String8 ssciText(uint32_t ssci) {
-  Lumo::NetU32 number(ssci);
-  Vesk::String8 text;
-  convertByteArrayToHexString(const_cast<unsigned char*>(number.bytes()), sizeof number, text);
-  return text;
 }
 
 bool isGreater(Sci const& a, Sci const& b) {
@@ -229,8 +221,8 @@ void ControlledPortSm::handleLivePeer(Vesk::String8 const& peer) {
     return;
   }
   bool const isPeerGreater = isGreater(peerSci, mySci);
-  cpStatus_->mySsciIs(Ssci(mySci, ssciText(isPeerGreater ? 2 : 1)));
-  cpStatus_->peerSsciIs(Ssci(peerSci, ssciText(isPeerGreater ? 1 : 2)));
+  cpStatus_->mySsciIs(Ssci(mySci, hexString(Lumo::NetU32(isPeerGreater ? 2 : 1))));
+  cpStatus_->peerSsciIs(Ssci(peerSci, hexString(Lumo::NetU32(isPeerGreater ? 1 : 2))));
 }
 
 }  // namespace Macsec

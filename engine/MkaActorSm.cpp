@@ -27,10 +27,6 @@ constexpr unsigned char kNeverKeyServerPriority = 255;
 
 using Derivation = void (*)(unsigned char const*, unsigned char const*, int, Vesk::String8&);
 
-unsigned char const* bytesOf(Vesk::String8 const& text) {
-  return reinterpret_cast<unsigned char const*>(text.charPtr());
-}
-
 Vesk::String8 derived(Derivation derive, Vesk::String8 const& cak, Vesk::String8 const& ckn,
                       CipherSuite cipher) {
   Vesk::String8 key;

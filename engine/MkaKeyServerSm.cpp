@@ -24,10 +24,6 @@ Vesk::LogHandle const MKA_SAK_CREATED(
 // From here on a member identifier is shown in messages: its last 8 digits.
 constexpr size_t kShownFrom = 16;
 
-unsigned char const* bytesOf(Vesk::String8 const& text) {
-  return reinterpret_cast<unsigned char const*>(text.charPtr());
-}
-
 }  // namespace
 
 struct MkaKeyServerSm::MkaPeriodicTimerReactor final
@@ -267,10 +263,7 @@ Vesk::String8 MkaKeyServerSm::sakContext(uint32_t keyNum) const {
   Vesk::String8 context;
   randomNumberGenerator(static_cast<int>(intfStatus().macsecParams().cipher()), context);
   for (MkaPeer& peer : actorStatus().livePeer()) context += peer.msgId();
-  Lumo::NetU32 number(keyNum);
-  Vesk::String8 digits;
-  convertByteArrayToHexString(const_cast<unsigned char*>(number.bytes()), sizeof number, digits);
-  return context + digits;
+  return context + hexString(Lumo::NetU32(keyNum));
 }
 
 // The controlled port sees `sakTransmit` false before the key arrives.

@@ -49,6 +49,12 @@ Vesk::String8 secretHexString(std::span<uint8_t const> octets) {
                                      [&](char* text) { hexEncode(octets, text); });
 }
 
+Vesk::String8 hexString(Lumo::NetU32 const& number) {
+  Vesk::String8 digits;
+  convertByteArrayToHexString(const_cast<unsigned char*>(number.bytes()), sizeof number, digits);
+  return digits;
+}
+
 void convertByteArrayToHexString(unsigned char* bytes, int size, Vesk::String8& out) {
   out = hexString({bytes, static_cast<size_t>(std::max(size, 0))});
 }

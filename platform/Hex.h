@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "runtime/NetValues.h"
 #include "runtime/String8.h"
 
 namespace Macsec {
@@ -22,6 +23,8 @@ void hexEncode(std::span<uint8_t const> octets, char* out);
 
 /// The octets as lower-case text.
 Vesk::String8 hexString(std::span<uint8_t const> octets);
+/// The number in network order: eight digits.
+Vesk::String8 hexString(Lumo::NetU32 const& number);
 /// The same as a text that is wiped when its last copy goes.
 Vesk::String8 secretHexString(std::span<uint8_t const> octets);
 

@@ -4,6 +4,11 @@
 
 namespace Macsec {
 
+/// A text as the derivations take it: its characters, with a NUL behind them.
+inline unsigned char const* bytesOf(Vesk::String8 const& text) {
+  return reinterpret_cast<unsigned char const*>(text.charPtr());
+}
+
 // The key derivations of IEEE 802.1X-2010 (6.2.1 the function itself, 6.2.2 CAK and CKN from EAP,
 // 9.3.3 KEK and ICK, 9.8.1 SAK), with AES-CMAC of the length of the key given.
 //
