@@ -1,0 +1,35 @@
+#include "linux/ProcessWorld.h"
+
+#include <sys/random.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <system_error>
+
+namespace Linux {
+
+double ProcessWorld::now() const {
+  timespec time;
+  clock_gettime(CLOCK_BOOTTIME, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+int ProcessWorld::rand() {
+  uint8_t bytes[4];
+  randomBytes(bytes);
+  return (bytes[0] & 0x7f) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
+}
+
+void ProcessWorld::randomBytes(std::span<uint8_t> out) {
+  while (!out.empty()) {
+    ssize_t const got = getrandom(out.data(), out.size(), 0);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) throw std::system_error(errno, std::generic_category(), "random bytes");
+    out = out.subspan(static_cast<size_t>(got));
+  }
+}
+
+void ProcessWorld::exit(int status) { std::exit(status); }
+
+}  // namespace Linux

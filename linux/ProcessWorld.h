@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Linux {
+
+/// The world of a real process with one switch: the kernel's clock and random source.
+class ProcessWorld final : public Vesk::World {
+ public:
+  using Syslog = std::function<void(Vesk::LogMessage const&)>;
+
+  /// `syslog` takes the messages to where the operator reads them.
+  explicit ProcessWorld(Syslog syslog) : syslog_(std::move(syslog)) {}
+
+  /// Seconds since the machine was started, times of suspension included (CLOCK_BOOTTIME): the
+  /// times in a tree that outlives the process go on to mean what they meant.
+  double now() const override;
+  int rand() override;
+  /// Throws `std::system_error` if the kernel gives none.
+  void randomBytes(std::span<uint8_t> out) override;
+  void syslog(Vesk::LogMessage const& message) override { syslog_(message); }
+  void exit(int status) override;
+
+ private:
+  Syslog syslog_;
+};
+
+}  // namespace Linux
