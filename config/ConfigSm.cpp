@@ -65,8 +65,17 @@ void ConfigSm::hasNotificationActiveIs(bool active) {
   profile_.hasNotificationActiveIs(active);
 }
 
-Config const& ConfigSm::config() const { return *config_->notifier(); }
-Status& ConfigSm::status() const { return *status_->notifier(); }
+Vesk::Ptr<Config const> const& ConfigSm::config() const { return config_->notifier(); }
+
+Vesk::Ptr<Status> const& ConfigSm::status() const { return status_->notifier(); }
+
+Vesk::Ptr<Dot1x::EapKeyStatus const> const& ConfigSm::eapKeyStatus() const {
+  return eapKeyStatus_->notifier();
+}
+
+Vesk::Ptr<Interface::EthIntfStatusDir const> const& ConfigSm::ethIntfStatusDir() const {
+  return ethIntfStatusDir_->notifier();
+}
 
 void ConfigSm::profileIs(Vesk::Ptr<Profile const> const& profile) {
   profile_.xIs(profile->name(), profile,
@@ -78,9 +87,9 @@ void ConfigSm::profileDel(Vesk::Name const& name) {
 }
 
 void ConfigSm::profilesFollowConfig() {
-  for (Profile& profile : config().profile()) profileIs(&profile);
+  for (Profile& profile : config()->profile()) profileIs(&profile);
   for (ProfileReactor& reactor : profile_.map()) {
-    if (!config().profile(reactor.fwkKey())) profileDel(reactor.fwkKey());
+    if (!config()->profile(reactor.fwkKey())) profileDel(reactor.fwkKey());
   }
 }
 
@@ -94,10 +103,10 @@ void ConfigSm::ConfigReactor::onProfile(Vesk::Name const& name) {
 
 void ConfigSm::handleInitialized() {
   VESK_TRACE(8, "");
-  for (auto i = status().intfStatus().iterator(); i; ++i) {
+  for (auto i = status()->intfStatus().iterator(); i; ++i) {
     if (!isStale(*i)) continue;
     VESK_TRACE(3, ": Deleting stale intfStatus for ", i->intfId());
-    status().intfStatusDel(i);
+    status()->intfStatusDel(i);
   }
   initialized_ = true;
   handleDelayProtection();
@@ -105,7 +114,7 @@ void ConfigSm::handleInitialized() {
 
 // Judged by where the entry came from.
 bool ConfigSm::isStale(IntfStatus const& intfStatus) const {
-  auto const profile = config().profile(intfStatus.profileName());
+  auto const profile = config()->profile(intfStatus.profileName());
   if (!profile) return true;
   bool const* const isBound = profile->intf(intfStatus.intfId());
   if (!isBound || !*isBound) return true;
@@ -114,10 +123,10 @@ bool ConfigSm::isStale(IntfStatus const& intfStatus) const {
 
 void ConfigSm::handleDelayProtection() {
   VESK_TRACE(3, " Updating Delay Protection Flag");
-  bool const isOn = config().delayProtection();
-  status().mkpduPeriodIs(isOn ? Status::mkpduPeriodBounded : Status::mkpduPeriodDefault);
-  status().delayProtectionIs(isOn);
-  status().mkpduThresholdIs(Status::mkpduThresholdDefault);
+  bool const isOn = config()->delayProtection();
+  status()->mkpduPeriodIs(isOn ? Status::mkpduPeriodBounded : Status::mkpduPeriodDefault);
+  status()->delayProtectionIs(isOn);
+  status()->mkpduThresholdIs(Status::mkpduThresholdDefault);
 }
 
 ConfigSm::EthIntfStatusDirReactor::EthIntfStatusDirReactor(

@@ -28,6 +28,11 @@ class ConfigSm final : public Vesk::PtrInterface {
       Vesk::Ptr<Brine::MessageCounters> brineCounters);
   void hasNotificationActiveIs(bool active) override;
 
+  Vesk::Ptr<Config const> const& config() const;
+  Vesk::Ptr<Status> const& status() const;
+  Vesk::Ptr<Dot1x::EapKeyStatus const> const& eapKeyStatus() const;
+  Vesk::Ptr<Interface::EthIntfStatusDir const> const& ethIntfStatusDir() const;
+  Vesk::Ptr<Brine::MessageCounters> const& brineCounters() const { return brineCounters_; }
   bool initialized() const { return initialized_; }
   /// How many profiles have a reactor.
   size_t profiles() const { return profile_.members(); }
@@ -52,8 +57,6 @@ class ConfigSm final : public Vesk::PtrInterface {
   struct EthIntfStatusDirReactor;
   struct ProfileReactor;
 
-  Config const& config() const;
-  Status& status() const;
   bool isStale(IntfStatus const& intfStatus) const;
   void profileIs(Vesk::Ptr<Profile const> const& profile);
   void profileDel(Vesk::Name const& name);

@@ -41,25 +41,24 @@ size_t keyDigits(CipherSuite cipher) {
 
 void ConfigSm::handleEapKeyStatus() {
   VESK_TRACE(8, "");
-  if (!eapKeyStatus_->notifier()) return;
-  for (auto& entry : eapKeyStatus_->notifier()->key()) handleEapKeyStatus(entry.fwkKey());
+  if (!eapKeyStatus()) return;
+  for (auto& entry : eapKeyStatus()->key()) handleEapKeyStatus(entry.fwkKey());
 }
 
 void ConfigSm::handleEapKeyStatus(Lumo::IntfId intfId) {
   VESK_TRACE(8, ": IntfId ", intfId);
-  auto const intfStatus = status().intfStatus(intfId);
+  auto const intfStatus = status()->intfStatus(intfId);
   if (!intfStatus) {
     VESK_TRACE(3, ": No intfStatus found. Ignoring EAP key status update on ", intfId);
     return;
   }
-  auto const profile = config().profile(intfStatus->profileName());
+  auto const profile = config()->profile(intfStatus->profileName());
   if (!profile || !profile->dot1xEnabled()) {
     VESK_TRACE(3, ": Profile ", intfStatus->profileName(),
                " is not configured for Dot1x. Ignoring EAP key status update on ", intfId);
     return;
   }
-  auto const& eapKeyStatus = eapKeyStatus_->notifier();
-  Dot1x::EapKey const* const published = eapKeyStatus ? eapKeyStatus->key(intfId) : nullptr;
+  Dot1x::EapKey const* const published = eapKeyStatus() ? eapKeyStatus()->key(intfId) : nullptr;
   Dot1x::EapKey const eapKey = published ? *published : Dot1x::EapKey();
   if (eapKey == Dot1x::EapKey()) {
     VESK_TRACE(3, ": Ignoring EAP key deletion on ", intfId);
@@ -102,7 +101,7 @@ void ConfigSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleLinkStatus()
     VESK_TRACE(3, ": ConfigSm not initialized. Bailing.");
     return;
   }
-  auto const intfStatus = owner().status().intfStatus(intfId);
+  auto const intfStatus = owner().status()->intfStatus(intfId);
   if (!intfStatus || notifier()->linkStatus() == Interface::linkUp) return;
   if (intfStatus->dot1xType() == IntfStatus::dot1xTypeDefault) return;
   VESK_TRACE(3, ": Deleting Dot1x derived primary key on ", intfId);

@@ -27,7 +27,7 @@ bool ConfigSm::ProfileReactor::isWanted(Lumo::IntfId intfId) const {
 void ConfigSm::ProfileReactor::handleIntf(Lumo::IntfId intfId) {
   VESK_TRACE(8, ": IntfId ", intfId);
   Profile const& profile = *notifier();
-  Status& status = owner().status();
+  Status& status = *owner().status();
   auto intfStatus = status.intfStatus(intfId);
   if (!isWanted(intfId)) {
     if (!intfStatus || intfStatus->profileName() != profile.name()) return;
@@ -59,7 +59,7 @@ void ConfigSm::ProfileReactor::handleKeys() {
 void ConfigSm::ProfileReactor::handleProfileAttrs() {
   VESK_TRACE(8, "");
   for (auto& entry : notifier()->intf()) {
-    auto const intfStatus = owner().status().intfStatus(entry.fwkKey());
+    auto const intfStatus = owner().status()->intfStatus(entry.fwkKey());
     if (!intfStatus) continue;
     VESK_TRACE(3, ": Updating intfStatus ", entry.fwkKey());
     updateIntf(*intfStatus);
@@ -99,7 +99,7 @@ void ConfigSm::ProfileReactor::handleIncludeSci() {
 void ConfigSm::ProfileReactor::recreateIntfs() {
   for (auto& entry : notifier()->intf()) {
     Lumo::IntfId const intfId = entry.fwkKey();
-    owner().status().intfStatusDel(intfId);
+    owner().status()->intfStatusDel(intfId);
     handleIntf(intfId);
   }
 }
@@ -107,11 +107,11 @@ void ConfigSm::ProfileReactor::recreateIntfs() {
 // Driven by which profile the interfaces name, not by which interfaces the profile lists.
 void ConfigSm::ProfileReactor::handleDel() {
   VESK_TRACE(8, "");
-  for (IntfConfig& intfConfig : owner().config().intfConfig()) {
+  for (IntfConfig& intfConfig : owner().config()->intfConfig()) {
     if (intfConfig.profileName() != notifier()->name()) continue;
-    if (!owner().status().intfStatus(intfConfig.intfId())) continue;
+    if (!owner().status()->intfStatus(intfConfig.intfId())) continue;
     VESK_TRACE(3, ": Deleting intfStatus for ", intfConfig.intfId());
-    owner().status().intfStatusDel(intfConfig.intfId());
+    owner().status()->intfStatusDel(intfConfig.intfId());
   }
 }
 

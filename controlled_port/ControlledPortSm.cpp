@@ -103,7 +103,7 @@ void ControlledPortSm::handleInitialized() {
 void ControlledPortSm::handleDistSak() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  Sak const distSak = actorStatus().distSak();
+  Sak const distSak = actorStatus()->distSak();
   if (distSak == Sak()) {
     VESK_TRACE(3, ": Ignoring empty distSak for actor ", ckn_, " on ", intfId_);
     return;
@@ -149,12 +149,12 @@ void ControlledPortSm::cleanupLatestSakContext() {
 void ControlledPortSm::handleSakTransmit() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  if (!isSameKey(cpStatus_->latestSakContext().sak(), actorStatus().distSak())) {
+  if (!isSameKey(cpStatus_->latestSakContext().sak(), actorStatus()->distSak())) {
     VESK_TRACE(3, ": Ignoring sakTransmit because distSak and latest key do not match for actor ",
                ckn_, " on ", intfId_);
     return;
   }
-  if (!actorStatus().sakTransmit()) return;
+  if (!actorStatus()->sakTransmit()) return;
   handleLatestKeyTxEnable();
 }
 
@@ -165,8 +165,8 @@ void ControlledPortSm::handleLatestKeyTxEnable() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   SakContext latest = cpStatus_->latestSakContext();
   SakContext old = cpStatus_->oldSakContext();
-  Sak const distSak = actorStatus().distSak();
-  if (actorStatus().electedSelf() && latest != SakContext() && !latest.rxInstalled()) {
+  Sak const distSak = actorStatus()->distSak();
+  if (actorStatus()->electedSelf() && latest != SakContext() && !latest.rxInstalled()) {
     VESK_TRACE(3, ": Ignoring latest key TX enable on key: ", distSak.keyMsgId(), ":",
                distSak.keyNum(), " for actor ", ckn_, " on ", intfId_);
     return;
@@ -177,7 +177,7 @@ void ControlledPortSm::handleLatestKeyTxEnable() {
              " for actor ", ckn_, " on ", intfId_);
   cpStatus_->latestSakContextIs(latest);
   cpStatus_->oldSakContextIs(old);
-  cpStatus_->txSakIs(salted(actorStatus().distSak()));
+  cpStatus_->txSakIs(salted(actorStatus()->distSak()));
   latestKeyTxEnableTimer_->timeMinIs(Zorn::never);
 }
 
@@ -198,21 +198,21 @@ void ControlledPortSm::handleOldKeyRetirement() {
 void ControlledPortSm::handleKeysLPN() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  KeysLPN const lpn = actorStatus().keysLPN();
+  KeysLPN const lpn = actorStatus()->keysLPN();
   cpStatus_->rxLPNIs(RxLPN(lpn.oldKeyLPN(), cpStatus_->oldSakContext().sak().an()));
   cpStatus_->rxLPNIs(RxLPN(lpn.latestKeyLPN(), cpStatus_->latestSakContext().sak().an()));
 }
 
 void ControlledPortSm::handleLivePeer() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  for (MkaPeer& peer : actorStatus().livePeer()) handleLivePeer(peer.msgId());
+  for (MkaPeer& peer : actorStatus()->livePeer()) handleLivePeer(peer.msgId());
 }
 
 // The numerically greater SCI gets SSCI 1 and the other 2; with several peers the last call wins.
 void ControlledPortSm::handleLivePeer(Vesk::String8 const& peer) {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  auto const record = actorStatus().livePeer(peer);
+  auto const record = actorStatus()->livePeer(peer);
   if (!record) return;
   Sci const peerSci = record->baseInfo().sci();
   Sci const mySci = portStatus_->mySci();

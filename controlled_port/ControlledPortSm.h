@@ -37,6 +37,12 @@ class ControlledPortSm final : public Vesk::PtrInterface {
 
   Vesk::String8 const& ckn() const { return ckn_; }
   Lumo::IntfId intfId() const { return intfId_; }
+  Vesk::Ptr<Status> const& status() const { return status_; }
+  Vesk::Ptr<MkaActorStatus const> const& actorStatus() const;
+  Vesk::Ptr<CpStatus> const& cpStatus() const { return cpStatus_; }
+  Vesk::Ptr<MkaPortStatus const> const& portStatus() const { return portStatus_; }
+  Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const;
+  Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
   bool initialized() const { return initialized_; }
   /// Whether it was made with these arguments.
   bool isFor(Vesk::String8 const& ckn, Lumo::IntfId intfId, Vesk::Ptr<Status> const& status,
@@ -63,7 +69,6 @@ class ControlledPortSm final : public Vesk::PtrInterface {
   struct OldKeyRetirementTimerReactor;
   struct HwStatusReactor;
 
-  MkaActorStatus const& actorStatus() const;
   void cleanupLatestSakContext();
   void askForReceive(Sak const& sak);
   void handleReceiveUp();

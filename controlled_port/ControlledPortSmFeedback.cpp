@@ -123,12 +123,12 @@ void ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor::handleRxSaStatu
 
 // A peer waits for the key server; the key server waits for its peers, unless the port is closed.
 void ControlledPortSm::handleReceiveUp() {
-  if (!actorStatus().electedSelf()) return;
+  if (!actorStatus()->electedSelf()) return;
   if (!cpStatus_->controlledPortEnabled()) {
     handleLatestKeyTxEnable();
     return;
   }
-  Sak const& distSak = actorStatus().distSak();
+  Sak const& distSak = actorStatus()->distSak();
   VESK_TRACE(3, ": Starting transmit-enable timer for key:", distSak.keyMsgId(), ":",
              distSak.keyNum(), " for actor ", ckn_, " on ", intfId_);
   latestKeyTxEnableTimer_->timeMinIs(Vesk::now() + status_->latestKeyEnablePeriod());

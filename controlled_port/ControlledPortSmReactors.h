@@ -65,8 +65,12 @@ struct ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor final
   void takeTransmitUp(SakContext latest);
 };
 
-inline MkaActorStatus const& ControlledPortSm::actorStatus() const {
-  return *actorStatus_->notifier();
+inline Vesk::Ptr<MkaActorStatus const> const& ControlledPortSm::actorStatus() const {
+  return actorStatus_->notifier();
+}
+
+inline Vesk::Ptr<MacSecIntfStatusPtrDir const> const& ControlledPortSm::hwStatus() const {
+  return hwStatus_->notifier();
 }
 
 }  // namespace Macsec

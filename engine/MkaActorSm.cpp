@@ -82,6 +82,10 @@ void MkaActorSm::hasNotificationActiveIs(bool active) {
                                cpSm_, mkpduTimer_);
 }
 
+Vesk::Ptr<MkaPamManager> MkaActorSm::pamManager() const {
+  return pamManager_ ? pamManager_->notifier() : nullptr;
+}
+
 Vesk::Ptr<MkaMessageInfo> MkaActorSm::txMessageInfo() const {
   return pamManager_ ? pamManager_->notifier()->txMessageInfo() : nullptr;
 }
@@ -128,9 +132,9 @@ void MkaActorSm::handleInitialized() {
   portStatus_ = status_->portStatus(intfId_);
   actorStatus_ = Vesk::make<ActorStatusReactor>(*this, portStatus_->actorStatus(ckn_));
   cpStatus_ = status_->cpStatus(intfId_);
-  if (actorStatus().msgId().empty()) {
+  if (actorStatus()->msgId().empty()) {
     updateMsgId();
-    actorStatus().cakIs(cak_);
+    actorStatus()->cakIs(cak_);
     deriveKeys();
   }
   initialized_ = true;
@@ -141,8 +145,8 @@ void MkaActorSm::handleInitialized() {
 
 void MkaActorSm::deriveKeys() {
   CipherSuite const cipher = intfStatus_->macsecParams().cipher();
-  actorStatus().kekIs(derived(&deriveKek, cak_, ckn_, cipher));
-  actorStatus().ickIs(derived(&deriveIck, cak_, ckn_, cipher));
+  actorStatus()->kekIs(derived(&deriveKek, cak_, ckn_, cipher));
+  actorStatus()->ickIs(derived(&deriveIck, cak_, ckn_, cipher));
 }
 
 // A whole number of seconds below the period spreads the actors; the shorter period of delay
@@ -159,19 +163,19 @@ void MkaActorSm::updateMsgId() {
   Vesk::String8 msgId;
   do {
     randomNumberGenerator(kMemberIdentifierBits, msgId);
-    actorStatus().msgIdIs(msgId);
+    actorStatus()->msgIdIs(msgId);
     VESK_TRACE(3, ": Generated msg ID is ", msgId, " for actor ", ckn_, " on ", intfId_);
-    actorStatus().msgNumIs(0);
+    actorStatus()->msgNumIs(0);
   } while (conflictsWithPeer(msgId));
 }
 
 bool MkaActorSm::conflictsWithPeer(Vesk::String8 const& msgId) const {
-  if (actorStatus().livePeer(msgId)) {
+  if (actorStatus()->livePeer(msgId)) {
     VESK_TRACE(3, ": Found a conflicting msgID in live peer list for actor ", ckn_, " on ",
                intfId_);
     return true;
   }
-  if (actorStatus().potentialPeer(msgId)) {
+  if (actorStatus()->potentialPeer(msgId)) {
     VESK_TRACE(3, ": Found a conflicting msgID in potential peer list for actor ", ckn_, " on ",
                intfId_);
     return true;
@@ -182,7 +186,7 @@ bool MkaActorSm::conflictsWithPeer(Vesk::String8 const& msgId) const {
 void MkaActorSm::handlePrincipalActor() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  if (!actorStatus().principal()) {
+  if (!actorStatus()->principal()) {
     keyServerSmDel();
     cpSmDel();
     return;
@@ -208,17 +212,17 @@ bool MkaActorSm::mayBeKeyServer() const {
 
 void MkaActorSm::doUpdateActorSuccess() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  bool const isGood = !actorStatus().livePeer().empty() && actorStatus().keyServer() != Sci();
-  if (isGood && !actorStatus().success()) {
+  bool const isGood = !actorStatus()->livePeer().empty() && actorStatus()->keyServer() != Sci();
+  if (isGood && !actorStatus()->success()) {
     VESK_TRACE(3, ": Marking actor ", ckn_, " SUCCESS", " on ", intfId_);
     Vesk::log(MKA_STATE_CHG, ckn_, "UP", intfId_);
-    actorStatus().successIs(true);
-  } else if (!isGood && actorStatus().success()) {
+    actorStatus()->successIs(true);
+  } else if (!isGood && actorStatus()->success()) {
     VESK_TRACE(3, ": Marking actor ", ckn_, " FAILED", " on ", intfId_);
     Vesk::log(MKA_STATE_CHG, ckn_, "DOWN", intfId_);
-    actorStatus().successIs(false);
-    actorStatus().electedSelfIs(false);
-    actorStatus().keyServerIs(Sci());
+    actorStatus()->successIs(false);
+    actorStatus()->electedSelfIs(false);
+    actorStatus()->keyServerIs(Sci());
   }
 }
 

@@ -34,6 +34,15 @@ class MkaActorSm final : public Vesk::HashMapEntry {
   Vesk::String8 const& cak() const { return cak_; }
   Lumo::IntfId intfId() const { return intfId_; }
   bool initialized() const { return initialized_; }
+  Vesk::Ptr<Status> const& status() const { return status_; }
+  Vesk::Ptr<IntfStatus const> const& intfStatus() const { return intfStatus_; }
+  Vesk::Ptr<MkaActorStatus> const& actorStatus() const;
+  /// Null if it was made without one.
+  Vesk::Ptr<MkaPamManager> pamManager() const;
+  Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const { return hwStatus_; }
+  Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
+  Vesk::Ptr<CpStatus const> const& cpStatus() const { return cpStatus_; }
+  Vesk::Ptr<MkaPortStatus> const& portStatus() const { return portStatus_; }
   /// The manager's messages; null without a manager.
   Vesk::Ptr<MkaMessageInfo> txMessageInfo() const;
   Vesk::Ptr<MkaMessageInfo> rxMessageInfo() const;
@@ -81,7 +90,6 @@ class MkaActorSm final : public Vesk::HashMapEntry {
   struct RxMessageInfoReactor;
   struct MkpduTimerReactor;
 
-  MkaActorStatus& actorStatus() const;
   void rxMessageInfoReactorIs(Vesk::Ptr<MkaMessageInfo> const& rxMessageInfo);
   void deriveKeys();
   void armFirstMkpdu();

@@ -34,7 +34,7 @@ MkaPeer const* electKeyServer(MkaPeer const* a, MkaPeer const* b) {
 
 // Stands on no list. It is made again only for another identity.
 Vesk::Ptr<MkaPeer const> MkaActorSm::selfCandidate() {
-  Vesk::String8 const& msgId = actorStatus().msgId();
+  Vesk::String8 const& msgId = actorStatus()->msgId();
   if (!selfCandidate_ || selfCandidate_->msgId() != msgId) {
     selfCandidate_ = Vesk::make<MkaPeer>(msgId);
   }
@@ -47,20 +47,20 @@ Vesk::Ptr<MkaPeer const> MkaActorSm::selfCandidate() {
 
 void MkaActorSm::doUpdateKeyServer() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  MkaPeer const* best = bestClaimingPeer(actorStatus().livePeer());
+  MkaPeer const* best = bestClaimingPeer(actorStatus()->livePeer());
   Vesk::Ptr<MkaPeer const> const self = selfCandidate();
   if (mayBeKeyServer()) best = best ? electKeyServer(best, self.ptr()) : self.ptr();
-  bool const electedSelf = mayBeKeyServer() && best && best->msgId() == actorStatus().msgId();
+  bool const electedSelf = mayBeKeyServer() && best && best->msgId() == actorStatus()->msgId();
   Vesk::Ptr<MkaPeer const> const elected(best);
-  actorStatus().electedSelfIs(electedSelf);
+  actorStatus()->electedSelfIs(electedSelf);
   VESK_TRACE(1, ": Elected self is: ", electedSelf, " for actor ", ckn_, " on ", intfId_);
   if (elected) {
     VESK_TRACE(1, ": Elected ", elected->msgId(), " as key server for actor ", ckn_, " on ",
                intfId_);
-    actorStatus().keyServerIs(elected->baseInfo().sci());
+    actorStatus()->keyServerIs(elected->baseInfo().sci());
   } else {
     VESK_TRACE(1, ": Unable to elect key server for actor ", ckn_, " on ", intfId_);
-    actorStatus().keyServerIs(Sci());
+    actorStatus()->keyServerIs(Sci());
   }
 }
 

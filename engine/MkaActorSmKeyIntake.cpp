@@ -33,12 +33,12 @@ void MkaActorSm::parseCakDistInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   auto const info = rxMessageInfo()->mkaInfo();
   Vesk::String8 const& id = info->baseInfo().msgId();
-  if (!actorStatus().livePeer(id)) {
+  if (!actorStatus()->livePeer(id)) {
     VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
                ". Ignoring CAK dist set.");
     return;
   }
-  if (info->baseInfo().sci() != actorStatus().keyServer()) {
+  if (info->baseInfo().sci() != actorStatus()->keyServer()) {
     VESK_TRACE(3, ": Received dist CAK from a peer ", id, " who is not a key server for actor ",
                ckn_, " on ", intfId_);
     return;
@@ -49,19 +49,19 @@ void MkaActorSm::parseCakDistInfo() {
                intfId_);
     return;
   }
-  actorStatus().distCakIs(Cak(dist.ckn(), dist.cak()));
+  actorStatus()->distCakIs(Cak(dist.ckn(), dist.cak()));
 }
 
 void MkaActorSm::parseSakDistInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   auto const info = rxMessageInfo()->mkaInfo();
   Vesk::String8 const id = info->baseInfo().msgId();
-  if (!actorStatus().livePeer(id)) {
+  if (!actorStatus()->livePeer(id)) {
     VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
                ". Ignoring SAK dist set.");
     return;
   }
-  if (info->baseInfo().sci() != actorStatus().keyServer()) {
+  if (info->baseInfo().sci() != actorStatus()->keyServer()) {
     VESK_TRACE(3, ": Received dist SAK from a peer ", id, " who is not a key server for actor ",
                ckn_, " on ", intfId_);
     return;
@@ -86,13 +86,13 @@ void MkaActorSm::parseSakDistInfo() {
 
 // Only member identifier and key number tell a new SAK from one that is repeated.
 void MkaActorSm::takeSak(Sak const& sak) {
-  Sak const& known = actorStatus().distSak();
+  Sak const& known = actorStatus()->distSak();
   if (known.keyMsgId() == sak.keyMsgId() && known.keyNum() == sak.keyNum()) return;
   VESK_TRACE(1, ": Resetting sakTransmit", "for actor ", ckn_, " on ", intfId_);
-  actorStatus().sakTransmitIs(false);
+  actorStatus()->sakTransmitIs(false);
   VESK_TRACE(1, ": Installing SAK from peer ", sak.keyMsgId(), " for actor ", ckn_, " on ",
              intfId_);
-  actorStatus().distSakIs(sak);
+  actorStatus()->distSakIs(sak);
 }
 
 void MkaActorSm::parseSakUseInfo() {
@@ -105,56 +105,56 @@ void MkaActorSm::parseSakUseInfo() {
                intfId_);
     return;
   }
-  if (!actorStatus().livePeer(id)) {
+  if (!actorStatus()->livePeer(id)) {
     VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
                ". Ignoring SAK use set.");
     return;
   }
   KeyInfo latest = use.latestKeyInfo();
   KeyInfo old = use.oldKeyInfo();
-  applyFollowerRule(info->baseInfo(), matching(latest, old, actorStatus().distSak()));
+  applyFollowerRule(info->baseInfo(), matching(latest, old, actorStatus()->distSak()));
   applyKeyServerRule(latest, old);
   bool const delayProtect = use.plainTextInfo().delayProtect();
-  actorStatus().keysLPNIs(delayProtect ? KeysLPN(old.keyLLPN(), latest.keyLLPN()) : KeysLPN());
+  actorStatus()->keysLPNIs(delayProtect ? KeysLPN(old.keyLLPN(), latest.keyLLPN()) : KeysLPN());
   countLlpnExhaustion(use);
 }
 
 // A member transmits with the SAK when, and as long as, the key server reports that it does.
 void MkaActorSm::applyFollowerRule(BasicInfo const& basic, KeyInfo const& match) {
-  if (!basic.keyServer() || basic.sci() != actorStatus().keyServer()) return;
-  if (match == KeyInfo() || actorStatus().electedSelf()) return;
+  if (!basic.keyServer() || basic.sci() != actorStatus()->keyServer()) return;
+  if (match == KeyInfo() || actorStatus()->electedSelf()) return;
   VESK_TRACE(1, ": Setting sakTransmit:  ", match.keyTx(), " for actor ", ckn_, " on ", intfId_);
-  actorStatus().sakTransmitIs(match.keyTx());
+  actorStatus()->sakTransmitIs(match.keyTx());
 }
 
 // The key server waits until every live peer can receive. `latest` and `old` are left with what the
 // last peer looked at reports.
 void MkaActorSm::applyKeyServerRule(KeyInfo& latest, KeyInfo& old) {
-  if (!actorStatus().electedSelf() || actorStatus().distSak() == Sak()) return;
-  if (actorStatus().sakTransmit()) return;
+  if (!actorStatus()->electedSelf() || actorStatus()->distSak() == Sak()) return;
+  if (actorStatus()->sakTransmit()) return;
   bool const canReceive = canAllPeersReceive(latest, old);
   VESK_TRACE(1, ": Setting sakTransmit ", canReceive, " for actor ", ckn_, " on ", intfId_);
-  actorStatus().sakTransmitIs(canReceive);
+  actorStatus()->sakTransmitIs(canReceive);
 }
 
 bool MkaActorSm::canAllPeersReceive(KeyInfo& latest, KeyInfo& old) const {
-  for (MkaPeer& peer : actorStatus().livePeer()) {
+  for (MkaPeer& peer : actorStatus()->livePeer()) {
     SakUseInfo const& use = peer.sakUseInfo();
     if (use == SakUseInfo()) return false;
     latest = use.latestKeyInfo();
     old = use.oldKeyInfo();
     if (latest == KeyInfo() && old == KeyInfo()) return false;
-    if (!matching(latest, old, actorStatus().distSak()).keyRx()) return false;
+    if (!matching(latest, old, actorStatus()->distSak()).keyRx()) return false;
   }
   return true;
 }
 
 void MkaActorSm::countLlpnExhaustion(SakUseInfo const& use) {
-  if (!actorStatus().electedSelf()) return;
+  if (!actorStatus()->electedSelf()) return;
   uint32_t const highest = std::max(use.latestKeyInfo().keyLLPN(), use.oldKeyInfo().keyLLPN());
   if (highest < kLlpnExhaustion) return;
   VESK_TRACE(1, ": LLPN exhaustion detected for actor ", ckn_, " on ", intfId_);
-  actorStatus().llpnExhaustionInc(1);
+  actorStatus()->llpnExhaustionInc(1);
 }
 
 }  // namespace Macsec

@@ -38,17 +38,17 @@ void refresh(MkaPeer& peer, MkaInfo const& info) {
 // The new record is told of before it is filled.
 void MkaActorSm::takeLivePath(MkaInfo const& info) {
   Vesk::String8 const id = info.baseInfo().msgId();
-  auto peer = actorStatus().livePeer(id);
+  auto peer = actorStatus()->livePeer(id);
   if (!peer) {
     VESK_TRACE(1, ": Creating new live peer ", id, " for actor ", ckn_, " on ", intfId_);
-    peer = actorStatus().livePeerIs(id);
+    peer = actorStatus()->livePeerIs(id);
     Sci const& sci = info.baseInfo().sci();
     Vesk::log(MKA_SESSION_ESTABLISHED, sci.addr(), sci.portNum(), ckn_, intfId_);
   }
   refresh(*peer, info);
-  if (actorStatus().potentialPeer(id)) {
+  if (actorStatus()->potentialPeer(id)) {
     VESK_TRACE(3, ": Removing ", id, " from potential peer list of actor ", ckn_, " on ", intfId_);
-    actorStatus().potentialPeerDel(id);
+    actorStatus()->potentialPeerDel(id);
   }
   doUpdateKeyServer();
   doUpdateActorSuccess();
@@ -57,11 +57,11 @@ void MkaActorSm::takeLivePath(MkaInfo const& info) {
 // A live record is neither refreshed nor demoted here: it ages out.
 void MkaActorSm::takePotentialPath(MkaInfo const& info) {
   Vesk::String8 const id = info.baseInfo().msgId();
-  if (actorStatus().livePeer(id)) return;
-  auto peer = actorStatus().potentialPeer(id);
+  if (actorStatus()->livePeer(id)) return;
+  auto peer = actorStatus()->potentialPeer(id);
   if (!peer) {
     VESK_TRACE(1, ": Creating new potential peer ", id, " for actor ", ckn_, " on ", intfId_);
-    peer = actorStatus().potentialPeerIs(id);
+    peer = actorStatus()->potentialPeerIs(id);
   }
   refresh(*peer, info);
 }
@@ -70,11 +70,11 @@ void MkaActorSm::parseLivePeerInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   for (auto& listed : rxMessageInfo()->livePeer()) {
     Vesk::String8 const id = listed.fwkKey();
-    if (id == actorStatus().msgId()) continue;
-    auto peer = actorStatus().potentialPeer(id);
+    if (id == actorStatus()->msgId()) continue;
+    auto peer = actorStatus()->potentialPeer(id);
     if (!peer) {
       VESK_TRACE(3, ": Adding new potential peer ", id, " for actor ", ckn_, " on ", intfId_);
-      peer = actorStatus().potentialPeerIs(id);
+      peer = actorStatus()->potentialPeerIs(id);
     }
     BasicInfo basic;
     basic.msgNumIs(listed.value());
@@ -91,17 +91,17 @@ void MkaActorSm::handlePeerReview() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   double const now = Vesk::now();
-  for (auto i = actorStatus().livePeer().iterator(); i; ++i) {
+  for (auto i = actorStatus()->livePeer().iterator(); i; ++i) {
     if (!hasAgedOut(*i, now)) continue;
     VESK_TRACE(1, ": Peer ", i->msgId(), " aged out from live peer list for actor ", ckn_, " on ",
                intfId_);
-    actorStatus().livePeerDel(i);
+    actorStatus()->livePeerDel(i);
   }
-  for (auto i = actorStatus().potentialPeer().iterator(); i; ++i) {
+  for (auto i = actorStatus()->potentialPeer().iterator(); i; ++i) {
     if (!hasAgedOut(*i, now)) continue;
     VESK_TRACE(1, ": Peer ", i->msgId(), " aged out from potential peer list for actor ", ckn_,
                " on ", intfId_);
-    actorStatus().potentialPeerDel(i);
+    actorStatus()->potentialPeerDel(i);
   }
   doUpdateActorSuccess();
 }

@@ -28,6 +28,8 @@ struct MkaActorSm::MkpduTimerReactor final : Zorn::TimerReactor<MkaActorSm> {
   void onTime() override { owner().handleMkpduTimerExpiry(); }
 };
 
-inline MkaActorStatus& MkaActorSm::actorStatus() const { return *actorStatus_->notifier(); }
+inline Vesk::Ptr<MkaActorStatus> const& MkaActorSm::actorStatus() const {
+  return actorStatus_->notifier();
+}
 
 }  // namespace Macsec

@@ -31,7 +31,7 @@ bool MkaActorSm::parseBasicInfo() {
     VESK_TRACE(3, ": Duplicate SCI detected in incoming MKPDU for actor ", ckn_, " on ", intfId_);
     return false;
   }
-  if (info->baseInfo().msgId() == actorStatus().msgId()) {
+  if (info->baseInfo().msgId() == actorStatus()->msgId()) {
     VESK_TRACE(3, ": Message ID collision detected for actor ", ckn_, " on ", intfId_);
     updateMsgId();
   }
@@ -46,7 +46,7 @@ bool MkaActorSm::parseBasicInfo() {
 }
 
 bool MkaActorSm::isListed(MkaMessageInfo::LivePeerMap const& peers, char const* where) const {
-  uint32_t const* listedNumber = peers[actorStatus().msgId()];
+  uint32_t const* listedNumber = peers[actorStatus()->msgId()];
   if (!listedNumber || !isAcceptable(*listedNumber)) return false;
   VESK_TRACE(3, ": My MN detected in peer's ", std::string_view(where), " peer list for actor ",
              ckn_, " on ", intfId_);
@@ -55,7 +55,7 @@ bool MkaActorSm::isListed(MkaMessageInfo::LivePeerMap const& peers, char const* 
 
 // myMN - threshold <= listed <= myMN, in 64 bits, so that nothing wraps.
 bool MkaActorSm::isAcceptable(uint32_t listedNumber) const {
-  int64_t const mine = actorStatus().msgNum();
+  int64_t const mine = actorStatus()->msgNum();
   int64_t const listed = listedNumber;
   return mine - status_->mkpduThreshold() <= listed && listed <= mine;
 }

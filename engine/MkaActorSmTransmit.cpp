@@ -41,10 +41,10 @@ void MkaActorSm::transmit(MkaMessageInfo& tx) {
   info->baseInfoIs(basicInfo());
   tx.livePeerDelAll();
   tx.potentialPeerDelAll();
-  for (MkaPeer& peer : actorStatus().livePeer()) {
+  for (MkaPeer& peer : actorStatus()->livePeer()) {
     tx.livePeerIs(peer.msgId(), peer.baseInfo().msgNum());
   }
-  for (MkaPeer& peer : actorStatus().potentialPeer()) {
+  for (MkaPeer& peer : actorStatus()->potentialPeer()) {
     tx.potentialPeerIs(peer.msgId(), peer.baseInfo().msgNum());
   }
   info->sakDistInfoIs(sakDistInfo());
@@ -56,21 +56,21 @@ void MkaActorSm::transmit(MkaMessageInfo& tx) {
 // a candidate for the others' election; from then on the elected one alone.
 BasicInfo MkaActorSm::basicInfo() {
   bool const claims =
-      actorStatus().keyServer() == Sci() ? mayBeKeyServer() : actorStatus().electedSelf();
+      actorStatus()->keyServer() == Sci() ? mayBeKeyServer() : actorStatus()->electedSelf();
   unsigned char const priority = getKeyServerPriority();
-  if (actorStatus().msgNum() == kLastMessageNumber) updateMsgId();
-  Vesk::String8 const msgId = actorStatus().msgId();
-  uint32_t const msgNum = actorStatus().msgNumInc(1);
-  return BasicInfo(priority, claims, actorStatus().macsecDesired(),
+  if (actorStatus()->msgNum() == kLastMessageNumber) updateMsgId();
+  Vesk::String8 const msgId = actorStatus()->msgId();
+  uint32_t const msgNum = actorStatus()->msgNumInc(1);
+  return BasicInfo(priority, claims, actorStatus()->macsecDesired(),
                    macsecCapability(intfStatus_->macsecParams().cipher()), portStatus_->mySci(),
                    msgId, msgNum, ckn_);
 }
 
 // The SAK goes out from the moment it is made until transmit with it has begun.
 SakDistInfo MkaActorSm::sakDistInfo() const {
-  Sak const& sak = actorStatus().distSak();
-  bool const isDistributed = actorStatus().electedSelf() && actorStatus().principal() &&
-                             sak != Sak() && !actorStatus().sakTransmit();
+  Sak const& sak = actorStatus()->distSak();
+  bool const isDistributed = actorStatus()->electedSelf() && actorStatus()->principal() &&
+                             sak != Sak() && !actorStatus()->sakTransmit();
   if (!isDistributed) return SakDistInfo();
   return SakDistInfo(ANOffset(sak.an().value(), 0), sak.keyNum(),
                      intfStatus_->macsecParams().cipher(), sak.key());
@@ -81,7 +81,7 @@ SakUseInfo MkaActorSm::sakUseInfo() const {
   SakContext const& old = cpStatus_->oldSakContext();
   SakContext const& latest = cpStatus_->latestSakContext();
   if (old == SakContext() && latest == SakContext()) return SakUseInfo();
-  if (actorStatus().livePeer().empty()) return SakUseInfo();
+  if (actorStatus()->livePeer().empty()) return SakUseInfo();
   return SakUseInfo(keyInfo(old), keyInfo(latest),
                     PlainTextInfo(false, false, status_->delayProtection()));
 }

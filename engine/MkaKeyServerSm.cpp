@@ -91,8 +91,6 @@ void MkaKeyServerSm::hasNotificationActiveIs(bool active) {
                                mkaIntfStatus_);
 }
 
-MkaActorStatus& MkaKeyServerSm::actorStatus() const { return *mkaActorStatus_->notifier(); }
-IntfStatus const& MkaKeyServerSm::intfStatus() const { return *mkaIntfStatus_->notifier(); }
 bool MkaKeyServerSm::isFor(Lumo::IntfId intfId, Vesk::String8 const& ckn,
                            Vesk::Ptr<Status> const& status,
                            Vesk::Ptr<Zorn::TimerWheel> const& mkaPeriodicTimer,
@@ -123,18 +121,18 @@ void MkaKeyServerSm::armGuard() {
 void MkaKeyServerSm::disarmGuard() { mkaPeriodicTimer_->timeMinIs(Zorn::never); }
 
 void MkaKeyServerSm::armReKey() {
-  double const period = intfStatus().reKeyPeriod();
+  double const period = mkaIntfStatus()->reKeyPeriod();
   reKeyTimer_->timeMinIs(period > 0 ? Vesk::now() + period : Zorn::never);
 }
 
 // A key in use stays in `distSak`.
 void MkaKeyServerSm::withdrawUnusedSak() {
-  if (!actorStatus().sakTransmit()) actorStatus().distSakIs(Sak());
+  if (!mkaActorStatus()->sakTransmit()) mkaActorStatus()->distSakIs(Sak());
 }
 
 void MkaKeyServerSm::generateAndArmGuard() {
   generateNewSak();
-  actorStatus().newSakIs(false);
+  mkaActorStatus()->newSakIs(false);
   armGuard();
 }
 
@@ -143,12 +141,12 @@ void MkaKeyServerSm::handleInitialized() {
   mkaPortStatus_ = status_->portStatus(intfId_);
   mkaActorStatus_ = Vesk::make<MkaActorStatusReactor>(*this, mkaPortStatus_->actorStatus(ckn_));
   mkaIntfStatus_ = Vesk::make<MkaIntfStatusReactor>(*this, status_->intfStatus(intfId_));
-  if (actorStatus().electedSelf()) {
-    actorStatus().newSakIs(true);
+  if (mkaActorStatus()->electedSelf()) {
+    mkaActorStatus()->newSakIs(true);
     armGuard();
     armReKey();
   } else {
-    actorStatus().newSakIs(false);
+    mkaActorStatus()->newSakIs(false);
     disarmGuard();
     reKeyTimer_->timeMinIs(Zorn::never);
   }
@@ -158,33 +156,33 @@ void MkaKeyServerSm::handleInitialized() {
 void MkaKeyServerSm::handleKeyServerChange() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
-  if (actorStatus().electedSelf()) {
+  if (mkaActorStatus()->electedSelf()) {
     VESK_TRACE(3, "Non-key-server changed to key server on intfId ", intfId_, " for ckn ", ckn_);
-    actorStatus().newSakIs(true);
+    mkaActorStatus()->newSakIs(true);
     armGuard();
     armReKey();
     return;
   }
   VESK_TRACE(3, "Key server changed to non-key-server on intfId ", intfId_, " for ckn ", ckn_);
-  actorStatus().newSakIs(false);
+  mkaActorStatus()->newSakIs(false);
   disarmGuard();
   reKeyTimer_->timeMinIs(Zorn::never);
-  actorStatus().distSakIs(Sak());
+  mkaActorStatus()->distSakIs(Sak());
 }
 
 void MkaKeyServerSm::handleLivePeer(Vesk::String8 const& peer) {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
-  if (actorStatus().livePeer(peer)) {
+  if (mkaActorStatus()->livePeer(peer)) {
     VESK_TRACE(3, "New live peer ", peer, " added on intfId ", intfId_, " for ckn ", ckn_);
   } else {
     VESK_TRACE(3, "Live peer ", peer, " being deleted on intfId ", intfId_, " for ckn ", ckn_);
   }
-  if (!actorStatus().electedSelf()) {
+  if (!mkaActorStatus()->electedSelf()) {
     VESK_TRACE(3, "Not the keyServer. Bailing on intfId ", intfId_, " for ckn ", ckn_);
     return;
   }
-  if (actorStatus().livePeer().empty()) {
+  if (mkaActorStatus()->livePeer().empty()) {
     VESK_TRACE(3, "Live peer list is empty. Disarming timer for sakGeneration", " on intfId ",
                intfId_, " for ckn ", ckn_);
     disarmGuard();
@@ -192,7 +190,7 @@ void MkaKeyServerSm::handleLivePeer(Vesk::String8 const& peer) {
   } else if (!isGuardArmed()) {
     generateAndArmGuard();
   } else {
-    actorStatus().newSakIs(true);
+    mkaActorStatus()->newSakIs(true);
     withdrawUnusedSak();
   }
 }
@@ -201,13 +199,13 @@ void MkaKeyServerSm::handleLivePeer(Vesk::String8 const& peer) {
 void MkaKeyServerSm::handleMkaLifetimeTimerExpiry() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
-  if (actorStatus().livePeer().empty()) {
+  if (mkaActorStatus()->livePeer().empty()) {
     VESK_TRACE(3, "Live peer list is empty. Disarming timer for sakGeneration", " on intfId ",
                intfId_, " for ckn ", ckn_);
-    actorStatus().newSakIs(false);
+    mkaActorStatus()->newSakIs(false);
     disarmGuard();
     withdrawUnusedSak();
-  } else if (actorStatus().newSak()) {
+  } else if (mkaActorStatus()->newSak()) {
     VESK_TRACE(3, "Generating new SAK upon timer expiry on intfId ", intfId_, " for ckn ", ckn_);
     generateAndArmGuard();
   } else {
@@ -220,11 +218,11 @@ void MkaKeyServerSm::handleMkaLifetimeTimerExpiry() {
 void MkaKeyServerSm::handleLlpnExhaustion() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
-  if (!actorStatus().electedSelf()) {
+  if (!mkaActorStatus()->electedSelf()) {
     VESK_TRACE(3, "not the keyServer. Bailing on intfId ", intfId_, " for ckn ", ckn_);
     return;
   }
-  if (!actorStatus().livePeer().empty()) {
+  if (!mkaActorStatus()->livePeer().empty()) {
     generateAndArmGuard();
     return;
   }
@@ -237,7 +235,7 @@ void MkaKeyServerSm::handleLlpnExhaustion() {
 void MkaKeyServerSm::handleReKeyPeriod() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
-  if (actorStatus().electedSelf()) {
+  if (mkaActorStatus()->electedSelf()) {
     armReKey();
   } else {
     VESK_TRACE(3, "not the keyServer. Bailing on intfId ", intfId_, " for ckn ", ckn_);
@@ -247,7 +245,7 @@ void MkaKeyServerSm::handleReKeyPeriod() {
 void MkaKeyServerSm::handleReKeyTimerExpiry() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
-  if (!actorStatus().livePeer().empty()) {
+  if (!mkaActorStatus()->livePeer().empty()) {
     generateAndArmGuard();
     armReKey();
     return;
@@ -261,28 +259,28 @@ void MkaKeyServerSm::handleReKeyTimerExpiry() {
 // hexadecimal digits.
 Vesk::String8 MkaKeyServerSm::sakContext(uint32_t keyNum) const {
   Vesk::String8 context;
-  randomNumberGenerator(static_cast<int>(intfStatus().macsecParams().cipher()), context);
-  for (MkaPeer& peer : actorStatus().livePeer()) context += peer.msgId();
+  randomNumberGenerator(static_cast<int>(mkaIntfStatus()->macsecParams().cipher()), context);
+  for (MkaPeer& peer : mkaActorStatus()->livePeer()) context += peer.msgId();
   return context + hexString(Lumo::NetU32(keyNum));
 }
 
 // The controlled port sees `sakTransmit` false before the key arrives.
 void MkaKeyServerSm::generateNewSak() {
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
-  int const bits = static_cast<int>(intfStatus().macsecParams().cipher());
-  uint32_t const keyNum = actorStatus().keyNum() + 1;
+  int const bits = static_cast<int>(mkaIntfStatus()->macsecParams().cipher());
+  uint32_t const keyNum = mkaActorStatus()->keyNum() + 1;
   Vesk::String8 const context = sakContext(keyNum);
-  Vesk::String8 const cak = WardcodeLib::doDecodeKey(actorStatus().cak());
+  Vesk::String8 const cak = WardcodeLib::doDecodeKey(mkaActorStatus()->cak());
   Vesk::String8 key;
   deriveSak(bytesOf(cak), bytesOf(context), bits, key);
   Sak sak(mkaPortStatus_->anOfNextKey());
-  sak.keyMsgIdIs(actorStatus().msgId());
+  sak.keyMsgIdIs(mkaActorStatus()->msgId());
   sak.keyNumIs(keyNum);
   sak.keyIs(WardcodeLib::doEncodeKey(key));
   Vesk::log(MKA_SAK_CREATED, sak.keyMsgId().from(kShownFrom), keyNum, intfId_);
-  actorStatus().sakTransmitIs(false);
-  actorStatus().distSakIs(sak);
-  actorStatus().keyNumIs(keyNum);
+  mkaActorStatus()->sakTransmitIs(false);
+  mkaActorStatus()->distSakIs(sak);
+  mkaActorStatus()->keyNumIs(keyNum);
 }
 
 }  // namespace Macsec

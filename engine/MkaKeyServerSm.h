@@ -36,6 +36,7 @@ class MkaKeyServerSm final : public Vesk::PtrInterface {
 
   Lumo::IntfId intfId() const { return intfId_; }
   Vesk::String8 const& ckn() const { return ckn_; }
+  Vesk::Ptr<Status> const& status() const { return status_; }
   bool initialized() const { return initialized_; }
   /// Whether it was made with these arguments.
   bool isFor(Lumo::IntfId intfId, Vesk::String8 const& ckn, Vesk::Ptr<Status> const& status,
@@ -62,8 +63,6 @@ class MkaKeyServerSm final : public Vesk::PtrInterface {
   struct MkaActorStatusReactor;
   struct MkaIntfStatusReactor;
 
-  MkaActorStatus& actorStatus() const;
-  IntfStatus const& intfStatus() const;
   bool isGuardArmed() const;
   void armGuard();
   void disarmGuard();

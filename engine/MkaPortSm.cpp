@@ -62,9 +62,17 @@ void MkaPortSm::hasNotificationActiveIs(bool active) {
   for (MkaActorSm& actorSm : mkaActorSm_) actorSm.hasNotificationActiveIs(active);
 }
 
-Status& MkaPortSm::status() const { return *status_->notifier(); }
-IntfStatus const& MkaPortSm::intfStatus() const { return *intfStatus_->notifier(); }
-MkaPortStatus& MkaPortSm::portStatus() const { return *portStatus_->notifier(); }
+Vesk::Ptr<Status> const& MkaPortSm::status() const { return status_->notifier(); }
+
+Vesk::Ptr<IntfStatus const> const& MkaPortSm::intfStatus() const { return intfStatus_->notifier(); }
+
+Vesk::Ptr<MkaPortStatus> const& MkaPortSm::portStatus() const { return portStatus_->notifier(); }
+
+Vesk::Ptr<MkaPamManager> const& MkaPortSm::pamManager() const { return pamManager_->notifier(); }
+
+Vesk::Ptr<MacSecIntfStatusPtrDir const> const& MkaPortSm::hwStatus() const {
+  return hwStatus_->notifier();
+}
 
 Zorn::TimerWheel::NotifieeConst const& MkaPortSm::defaultActorTimer() const {
   return *defaultActorTimer_;
@@ -95,9 +103,9 @@ void MkaPortSm::mkaActorSmDelAll() {
 
 void MkaPortSm::handleInitialized() {
   VESK_TRACE(8, ": IntfId ", intfId_);
-  intfStatus_ = Vesk::make<IntfStatusReactor>(*this, status().intfStatus(intfId_));
-  cpStatus_ = status().cpStatus(intfId_);
-  portStatus_ = Vesk::make<PortStatusReactor>(*this, status().portStatus(intfId_));
+  intfStatus_ = Vesk::make<IntfStatusReactor>(*this, status()->intfStatus(intfId_));
+  cpStatus_ = status()->cpStatus(intfId_);
+  portStatus_ = Vesk::make<PortStatusReactor>(*this, status()->portStatus(intfId_));
   defaultActorTimer_ = Vesk::make<DefaultActorTimerReactor>(*this, timerWheel_);
   actorDeletionTimer_ = Vesk::make<ActorDeletionTimerReactor>(*this, timerWheel_);
   takeUpActors();
@@ -108,10 +116,10 @@ void MkaPortSm::handleInitialized() {
 
 // Of the actors that a former run left, those without a configured key go.
 void MkaPortSm::takeUpActors() {
-  for (auto i = portStatus().actorStatus().iterator(); i; ++i) {
-    if (i->name() != intfStatus().key().ckn() && i->name() != intfStatus().defaultKey().ckn()) {
+  for (auto i = portStatus()->actorStatus().iterator(); i; ++i) {
+    if (i->name() != intfStatus()->key().ckn() && i->name() != intfStatus()->defaultKey().ckn()) {
       VESK_TRACE(3, ": Deleting actor status ", i->name(), " on ", intfId_);
-      portStatus().actorStatusDel(i);
+      portStatus()->actorStatusDel(i);
     } else if (i->principal()) {
       principalActorCknIs(i->name());
     }
@@ -120,10 +128,10 @@ void MkaPortSm::takeUpActors() {
 
 void MkaPortSm::handleCleanUp() {
   VESK_TRACE(8, ": IntfId ", intfId_);
-  for (auto i = portStatus().actorStatus().iterator(); i; ++i) {
+  for (auto i = portStatus()->actorStatus().iterator(); i; ++i) {
     VESK_TRACE(3, "Deleting actor ", i->name(), " on ", intfId_);
     mkaActorSmDel(i->name());
-    portStatus().actorStatusDel(i);
+    portStatus()->actorStatusDel(i);
   }
   resetCpStatus(*cpStatus_);
 }

@@ -37,6 +37,14 @@ class MkaPortSm final : public Vesk::HashMapEntry {
   Lumo::IntfId fwkKey() const { return intfId_; }
   Lumo::IntfId intfId() const { return intfId_; }
 
+  Vesk::Ptr<Status> const& status() const;
+  Vesk::Ptr<IntfStatus const> const& intfStatus() const;
+  Vesk::Ptr<MkaPortStatus> const& portStatus() const;
+  Vesk::Ptr<CpStatus> const& cpStatus() const { return cpStatus_; }
+  Vesk::Ptr<MkaPamManager> const& pamManager() const;
+  Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const;
+  Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
+
   using MkaActorSmMap = Vesk::HashMap<MkaActorSm, Vesk::String8>;
   /// The actors, by CKN.
   MkaActorSmMap const& mkaActorSm() const { return mkaActorSm_; }
@@ -74,9 +82,6 @@ class MkaPortSm final : public Vesk::HashMapEntry {
   struct ActorDeletionTimerReactor;
   struct Candidates;
 
-  Status& status() const;
-  IntfStatus const& intfStatus() const;
-  MkaPortStatus& portStatus() const;
   void takeUpActors();
   bool deleteActorsOfGoneKey(bool defaultActors);
   bool deleteReplacedActor(MkaActorStatus& actor);

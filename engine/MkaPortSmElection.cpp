@@ -42,10 +42,10 @@ void MkaPortSm::logKeyInUse(MkaActorStatus const& actor) const {
 // `principalActorCkn` is empty or names an actor that is principal, and no other actor is.
 void MkaPortSm::checkPrincipal() const {
 #ifndef NDEBUG
-  for (MkaActorStatus& actor : portStatus().actorStatus()) {
+  for (MkaActorStatus& actor : portStatus()->actorStatus()) {
     VESK_ASSERT(!actor.principal() || actor.name() == principalActorCkn_);
   }
-  auto const principal = portStatus().actorStatus(principalActorCkn_);
+  auto const principal = portStatus()->actorStatus(principalActorCkn_);
   VESK_ASSERT(principalActorCkn_.empty() || (principal && principal->principal()));
 #endif
 }
@@ -72,19 +72,19 @@ void MkaPortSm::doElectPrincipalActor() {
 Vesk::Ptr<MkaActorStatus> MkaPortSm::oldPrincipal() {
   if (principalActorCkn_.empty()) return nullptr;
   VESK_TRACE(3, ": Existing principal actor on ", intfId_, " is ", principalActorCkn_);
-  auto old = portStatus().actorStatus(principalActorCkn_);
+  auto old = portStatus()->actorStatus(principalActorCkn_);
   if (!old) principalActorCknIs("");
   return old;
 }
 
 // Of several operational actors the last in the order of the collection is kept.
 MkaPortSm::Candidates MkaPortSm::candidates() const {
-  Vesk::String8 const& primary = intfStatus().key().ckn();
-  Vesk::String8 const& fallback = intfStatus().defaultKey().ckn();
+  Vesk::String8 const& primary = intfStatus()->key().ckn();
+  Vesk::String8 const& fallback = intfStatus()->defaultKey().ckn();
   Candidates found;
-  found.configuredPrimary = portStatus().actorStatus(primary);
-  found.configuredDefault = portStatus().actorStatus(fallback);
-  for (MkaActorStatus& actor : portStatus().actorStatus()) {
+  found.configuredPrimary = portStatus()->actorStatus(primary);
+  found.configuredDefault = portStatus()->actorStatus(fallback);
+  for (MkaActorStatus& actor : portStatus()->actorStatus()) {
     if (!actor.success()) continue;
     if (actor.name() != primary && !actor.defaultActor()) found.operationalPrimary = &actor;
     if (actor.name() != fallback && actor.defaultActor()) found.operationalDefault = &actor;
@@ -133,7 +133,7 @@ void MkaPortSm::handleDefaultKeyActivation() {
 
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleActorSuccess() {
   VESK_TRACE(8, ": Actor ", fwkKey(), " on ", owner().intfId_);
-  auto actor = owner().portStatus().actorStatus(fwkKey());
+  auto actor = owner().portStatus()->actorStatus(fwkKey());
   if (actor->success()) {
     handleSucceeded(*actor);
   } else {
@@ -151,7 +151,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleSucceeded(MkaActorS
   }
   if (actor.defaultActor() && sm.principalActorCkn_.empty() && !sm.defaultActorTimer_->isArmed()) {
     VESK_TRACE(3, ": Starting default actor activation timer on ", sm.intfId_);
-    sm.defaultActorTimer_->timeMinIs(Vesk::now() + sm.status().defaultKeyActivationPeriod());
+    sm.defaultActorTimer_->timeMinIs(Vesk::now() + sm.status()->defaultKeyActivationPeriod());
     return;
   }
   VESK_TRACE(3, ": Re-evaluating principal actor on ", sm.intfId_);
@@ -181,16 +181,16 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleFailed(MkaActorStat
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleDistSak() {
   MkaPortSm& sm = owner();
   VESK_TRACE(8, ": Actor ", fwkKey(), " on ", sm.intfId_);
-  auto actor = sm.portStatus().actorStatus(fwkKey());
+  auto actor = sm.portStatus()->actorStatus(fwkKey());
   if (actor->distSak() != Sak()) advanceAn(actor->distSak().an());
   if (!actor->electedSelf()) markPrincipal(*actor);
   VESK_TRACE(3, ": Starting actor deletion timer on ", sm.intfId_);
-  sm.actorDeletionTimer_->timeMinIs(Vesk::now() + sm.status().actorDelPeriod());
+  sm.actorDeletionTimer_->timeMinIs(Vesk::now() + sm.status()->actorDelPeriod());
 }
 
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::advanceAn(AssociationNumber an) {
   bool const wraps = an.value() == AssociationNumber::max;
-  owner().portStatus().anOfNextKeyIs(AssociationNumber(wraps ? 0 : an.value() + 1));
+  owner().portStatus()->anOfNextKeyIs(AssociationNumber(wraps ? 0 : an.value() + 1));
 }
 
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::markPrincipal(MkaActorStatus& actor) {
@@ -198,7 +198,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::markPrincipal(MkaActorSta
   VESK_TRACE(3, ": Actor ", actor.name(), " on ", sm.intfId_,
              " is not the key server. Marking it as the principal actor");
   if (!sm.principalActorCkn_.empty() && sm.principalActorCkn_ != actor.name()) {
-    auto old = sm.portStatus().actorStatus(sm.principalActorCkn_);
+    auto old = sm.portStatus()->actorStatus(sm.principalActorCkn_);
     VESK_TRACE(3, ": Removing old principal actor ", sm.principalActorCkn_, " on ", sm.intfId_);
     old->principalIs(false);
   }

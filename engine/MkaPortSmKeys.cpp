@@ -26,7 +26,7 @@ bool isSameKey(Vesk::String8 const& a, Vesk::String8 const& b) {
 
 void MkaPortSm::handleKey() {
   if (!initialized_) return;
-  Cak const key = intfStatus().key();
+  Cak const key = intfStatus()->key();
   VESK_TRACE(8, ": Processing new key ", key, " on ", intfId_);
   bool elect = false;
   if (key == Cak()) {
@@ -34,11 +34,11 @@ void MkaPortSm::handleKey() {
     elect = deleteActorsOfGoneKey(false);
   } else {
     VESK_TRACE(8, ": Processing new primary key ", key, " on ", intfId_);
-    auto actor = portStatus().actorStatus(key.ckn());
+    auto actor = portStatus()->actorStatus(key.ckn());
     if (!actor || actor->defaultActor() || !isSameKey(key.cak(), actor->cak())) {
       if (actor) elect = deleteReplacedActor(*actor);
       VESK_TRACE(3, ": Creating actor ", key.ckn(), " on ", intfId_);
-      portStatus().actorStatusIs(key.ckn())->defaultActorIs(false);
+      portStatus()->actorStatusIs(key.ckn())->defaultActorIs(false);
     }
     if (!mkaActorSm_.find(key.ckn())) {
       createActor(key);
@@ -53,7 +53,7 @@ void MkaPortSm::handleKey() {
 void MkaPortSm::handleDefaultKey() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_);
-  Cak const key = intfStatus().defaultKey();
+  Cak const key = intfStatus()->defaultKey();
   bool elect = false;
   if (key == Cak()) {
     VESK_TRACE(3, ": Default key is deleted, proceeding to delete all default actors for ",
@@ -61,11 +61,11 @@ void MkaPortSm::handleDefaultKey() {
     elect = deleteActorsOfGoneKey(true);
   } else {
     VESK_TRACE(8, ": Processing new default key ", key, " on ", intfId_);
-    auto actor = portStatus().actorStatus(key.ckn());
+    auto actor = portStatus()->actorStatus(key.ckn());
     if (!actor || !actor->defaultActor() || !isSameKey(key.cak(), actor->cak())) {
       if (actor) elect = deleteReplacedActor(*actor);
       VESK_TRACE(8, ": Creating actor ", key.ckn(), " on ", intfId_);
-      portStatus().actorStatusIs(key.ckn())->defaultActorIs(true);
+      portStatus()->actorStatusIs(key.ckn())->defaultActorIs(true);
     }
     if (!mkaActorSm_.find(key.ckn())) createActor(key);
     deleteActorsOfOlderKeys(key, true);
@@ -77,13 +77,13 @@ void MkaPortSm::handleDefaultKey() {
 // Tells whether the principal actor went that was key server: losing any other runs no election.
 bool MkaPortSm::deleteActorsOfGoneKey(bool defaultActors) {
   bool elect = false;
-  for (auto i = portStatus().actorStatus().iterator(); i; ++i) {
+  for (auto i = portStatus()->actorStatus().iterator(); i; ++i) {
     if (i->defaultActor() != defaultActors) continue;
     if (i->principal() && i->electedSelf()) elect = true;
     VESK_TRACE(3, ": Deleting actor ", i->name(), " on ", intfId_);
     mkaActorSmDel(i->name());
     if (i->principal()) principalActorCknIs("");
-    portStatus().actorStatusDel(i);
+    portStatus()->actorStatusDel(i);
   }
   return elect;
 }
@@ -94,36 +94,35 @@ bool MkaPortSm::deleteReplacedActor(MkaActorStatus& actor) {
   VESK_TRACE(3, ": Deleting actor ", ckn, " on ", intfId_);
   if (actor.principal()) principalActorCknIs("");
   mkaActorSmDel(ckn);
-  portStatus().actorStatusDel(ckn);
+  portStatus()->actorStatusDel(ckn);
   return elect;
 }
 
 void MkaPortSm::createActor(Cak const& key) {
-  mkaActorSmIs(key.ckn(), key.cak(), intfId_, status_->notifier(), pamManager_->notifier(),
-               hwStatus_->notifier(), timerWheel_);
+  mkaActorSmIs(key.ckn(), key.cak(), intfId_, status(), pamManager(), hwStatus(), timerWheel_);
 }
 
 // An actor of an older key that is principal stays until an election or the sweep removes it.
 void MkaPortSm::deleteActorsOfOlderKeys(Cak const& key, bool defaultActors) {
-  for (auto i = portStatus().actorStatus().iterator(); i; ++i) {
+  for (auto i = portStatus()->actorStatus().iterator(); i; ++i) {
     if (i->defaultActor() != defaultActors || i->principal() || i->name() == key.ckn()) continue;
     VESK_TRACE(3, ": Deleting actor ", i->name(), " on ", intfId_);
     mkaActorSmDel(i->name());
-    portStatus().actorStatusDel(i);
+    portStatus()->actorStatusDel(i);
   }
 }
 
 void MkaPortSm::handleActorDeletion() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_);
-  for (auto i = portStatus().actorStatus().iterator(); i; ++i) {
-    if (i->principal() || i->name() == intfStatus().key().ckn() ||
-        i->name() == intfStatus().defaultKey().ckn()) {
+  for (auto i = portStatus()->actorStatus().iterator(); i; ++i) {
+    if (i->principal() || i->name() == intfStatus()->key().ckn() ||
+        i->name() == intfStatus()->defaultKey().ckn()) {
       continue;
     }
     VESK_TRACE(3, ": Deleting actor ", i->name(), " on ", intfId_);
     mkaActorSmDel(i->name());
-    portStatus().actorStatusDel(i);
+    portStatus()->actorStatusDel(i);
   }
   actorDeletionTimer_->timeMinIs(Zorn::never);
 }

@@ -58,10 +58,11 @@ void MkaRootSm::hasNotificationActiveIs(bool active) {
   Vesk::passNotificationActive(active, status_, mkaSm_);
 }
 
+Vesk::Ptr<Status> const& MkaRootSm::status() const { return status_->notifier(); }
+
 Vesk::Ptr<MkaSm> MkaRootSm::mkaSmIs() {
   if (!mkaSm_) {
-    mkaSm_ =
-        MkaSm::MkaSmIs(status_->notifier(), ethIntfStatusDir_, pamManager_, hwStatus_, timerWheel_);
+    mkaSm_ = MkaSm::MkaSmIs(status(), ethIntfStatusDir_, pamManager_, hwStatus_, timerWheel_);
   }
   return mkaSm_;
 }
@@ -73,7 +74,7 @@ void MkaRootSm::handleInitialized() {
 
 void MkaRootSm::handleMacsecEnabled() {
   VESK_TRACE(8, "");
-  if (status_->notifier()->macsecEnabled()) {
+  if (status()->macsecEnabled()) {
     mkaSmIs();
   } else {
     mkaSmDel();

@@ -18,6 +18,13 @@ class MkaRootSm final : public Vesk::PtrInterface {
       Vesk::Ptr<Zorn::TimerWheel> timerWheel);
   void hasNotificationActiveIs(bool active) override;
 
+  Vesk::Ptr<Status> const& status() const;
+  Vesk::Ptr<Interface::EthIntfStatusDir const> const& ethIntfStatusDir() const {
+    return ethIntfStatusDir_;
+  }
+  Vesk::Ptr<MkaPamManager> const& pamManager() const { return pamManager_; }
+  Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const { return hwStatus_; }
+  Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
   Vesk::Ptr<MkaSm> const& mkaSm() const { return mkaSm_; }
   Vesk::Ptr<MkaSm> mkaSmIs();
   void mkaSmDel() { Vesk::childDel(mkaSm_); }

@@ -64,17 +64,24 @@ void MkaSm::hasNotificationActiveIs(bool active) {
   for (MkaPortSm& portSm : mkaPortSm_) portSm.hasNotificationActiveIs(active);
 }
 
-Status& MkaSm::status() const { return *status_->notifier(); }
+Vesk::Ptr<Status> const& MkaSm::status() const { return status_->notifier(); }
+
+Vesk::Ptr<Interface::EthIntfStatusDir const> const& MkaSm::ethIntfStatusDir() const {
+  return ethIntfStatusDir_->notifier();
+}
+
+Vesk::Ptr<MacSecIntfStatusPtrDir const> const& MkaSm::hwStatus() const {
+  return hwStatus_->notifier();
+}
 
 bool MkaSm::isLinkUp(Lumo::IntfId intfId) const {
-  auto ethIntfStatus = ethIntfStatusDir_->notifier()->intfStatus(intfId);
+  auto ethIntfStatus = ethIntfStatusDir()->intfStatus(intfId);
   return ethIntfStatus && ethIntfStatus->linkStatus() == Interface::linkUp;
 }
 
 Vesk::Ptr<MkaPortSm> MkaSm::mkaPortSmIs(Lumo::IntfId intfId) {
   if (auto portSm = mkaPortSm_[intfId]) return portSm;
-  auto portSm = Vesk::make<MkaPortSm>(intfId, status_->notifier(), pamManager_,
-                                      hwStatus_->notifier(), timerWheel_);
+  auto portSm = Vesk::make<MkaPortSm>(intfId, status(), pamManager_, hwStatus(), timerWheel_);
   mkaPortSm_.insert(portSm.ptr());
   portSm->hasNotificationActiveIs(true);
   return portSm;
@@ -106,11 +113,11 @@ void MkaSm::handleInitialized() {
 // What a former run left of an interface that isn't configured any more goes; of one that has no
 // link it is emptied; of one whose link is up it is taken up as it is.
 void MkaSm::repairCpStatus() {
-  for (auto i = status().cpStatus().iterator(); i; ++i) {
+  for (auto i = status()->cpStatus().iterator(); i; ++i) {
     Lumo::IntfId const intfId = i->intfId();
-    if (!status().intfStatus(intfId)) {
+    if (!status()->intfStatus(intfId)) {
       VESK_TRACE(3, ": Deleting stale cpStatus for intfId ", intfId);
-      status().cpStatusDel(i);
+      status()->cpStatusDel(i);
     } else if (!isLinkUp(intfId)) {
       resetCpStatus(*i);
     }
@@ -118,11 +125,11 @@ void MkaSm::repairCpStatus() {
 }
 
 void MkaSm::repairPortStatus() {
-  for (auto i = status().portStatus().iterator(); i; ++i) {
+  for (auto i = status()->portStatus().iterator(); i; ++i) {
     Lumo::IntfId const intfId = i->intfId();
-    if (!status().intfStatus(intfId)) {
+    if (!status()->intfStatus(intfId)) {
       VESK_TRACE(3, ": Deleting stale portStatus for intfId ", intfId);
-      status().portStatusDel(i);
+      status()->portStatusDel(i);
     } else if (!isLinkUp(intfId)) {
       i->actorStatusDelAll();
     }
@@ -131,21 +138,21 @@ void MkaSm::repairPortStatus() {
 
 void MkaSm::handleIntfStatus() {
   VESK_TRACE(8, "");
-  for (IntfStatus& intfStatus : status().intfStatus()) handleIntfStatus(intfStatus.intfId());
+  for (IntfStatus& intfStatus : status()->intfStatus()) handleIntfStatus(intfStatus.intfId());
 }
 
 void MkaSm::handleIntfStatus(Lumo::IntfId intfId) {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId);
-  createOrDeletePortSm(intfId, !status().intfStatus(intfId));
+  createOrDeletePortSm(intfId, !status()->intfStatus(intfId));
 }
 
 void MkaSm::handleHwStatus(Lumo::IntfId intfId) {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId);
-  bool const inHardware = static_cast<bool>(hwStatus_->notifier()->status(intfId));
-  bool const hasPortStatus = static_cast<bool>(status().portStatus(intfId));
-  if (!status().intfStatus(intfId)) return;
+  bool const inHardware = static_cast<bool>(hwStatus()->status(intfId));
+  bool const hasPortStatus = static_cast<bool>(status()->portStatus(intfId));
+  if (!status()->intfStatus(intfId)) return;
   if (inHardware && !hasPortStatus) createOrDeletePortSm(intfId, false);
   if (!inHardware && hasPortStatus) createOrDeletePortSm(intfId, true);
 }
@@ -160,7 +167,7 @@ void MkaSm::createOrDeletePortSm(Lumo::IntfId intfId, bool del) {
     VESK_TRACE(3, ": Ignoring ", intfId, " because the link is not up.");
     return;
   }
-  if (!hwStatus_->notifier()->status(intfId)) {
+  if (!hwStatus()->status(intfId)) {
     VESK_TRACE(3, ": Ignoring ", intfId,
                " because the interface does not exist in hardware status.");
     return;
@@ -170,9 +177,9 @@ void MkaSm::createOrDeletePortSm(Lumo::IntfId intfId, bool del) {
 
 void MkaSm::createPort(Lumo::IntfId intfId) {
   VESK_TRACE(1, ": Creating new port status for ", intfId);
-  status().portStatusIs(intfId);
+  status()->portStatusIs(intfId);
   VESK_TRACE(1, ": Creating new cpStatus for ", intfId);
-  status().cpStatusIs(intfId, status().intfStatus(intfId)->macsecParams());
+  status()->cpStatusIs(intfId, status()->intfStatus(intfId)->macsecParams());
   updateSci(intfId);
   if (mkaPortSm_.find(intfId)) return;
   VESK_TRACE(1, ": Creating a new portSm for ", intfId);
@@ -184,24 +191,24 @@ void MkaSm::deletePort(Lumo::IntfId intfId) {
     VESK_TRACE(1, ": Cleaning up portSm for ", intfId);
     mkaPortSmDel(intfId);
   }
-  if (status().portStatus(intfId)) {
+  if (status()->portStatus(intfId)) {
     VESK_TRACE(1, ": Deleting portStatus for ", intfId);
-    status().portStatusDel(intfId);
+    status()->portStatusDel(intfId);
   }
-  if (status().cpStatus(intfId)) {
+  if (status()->cpStatus(intfId)) {
     VESK_TRACE(1, ": Deleting cpStatus for ", intfId);
-    status().cpStatusDel(intfId);
+    status()->cpStatusDel(intfId);
   }
 }
 
 void MkaSm::updateSci(Lumo::IntfId intfId) {
   VESK_TRACE(8, ": IntfId ", intfId);
-  auto portStatus = status().portStatus(intfId);
+  auto portStatus = status()->portStatus(intfId);
   if (!portStatus) {
     VESK_TRACE(3, ": No portStatus found for ", intfId);
     return;
   }
-  auto ethIntfStatus = ethIntfStatusDir_->notifier()->intfStatus(intfId);
+  auto ethIntfStatus = ethIntfStatusDir()->intfStatus(intfId);
   if (!ethIntfStatus) {
     VESK_TRACE(3, ": No ethIntfStatus found for ", intfId);
     return;
@@ -213,7 +220,7 @@ void MkaSm::updateSci(Lumo::IntfId intfId) {
 
 void MkaSm::handleCleanUp() {
   VESK_TRACE(8, "");
-  if (!status_->notifier()) return;
+  if (!status()) return;
   for (Lumo::IntfId intfId : portSmKeys()) createOrDeletePortSm(intfId, true);
 }
 

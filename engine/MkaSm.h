@@ -36,6 +36,12 @@ class MkaSm final : public Vesk::PtrInterface {
                                   Vesk::Ptr<Zorn::TimerWheel> timerWheel);
   void hasNotificationActiveIs(bool active) override;
 
+  Vesk::Ptr<Status> const& status() const;
+  Vesk::Ptr<Interface::EthIntfStatusDir const> const& ethIntfStatusDir() const;
+  Vesk::Ptr<MkaPamManager> const& pamManager() const { return pamManager_; }
+  Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const;
+  Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
+
   using MkaPortSmMap = Vesk::HashMap<MkaPortSm, Lumo::IntfId>;
   MkaPortSmMap const& mkaPortSm() const { return mkaPortSm_; }
   Vesk::Ptr<MkaPortSm> mkaPortSm(Lumo::IntfId intfId) const { return mkaPortSm_[intfId]; }
@@ -58,7 +64,6 @@ class MkaSm final : public Vesk::PtrInterface {
   struct EthIntfStatusDirReactor;
   struct HwStatusReactor;
 
-  Status& status() const;
   bool isLinkUp(Lumo::IntfId intfId) const;
   std::vector<Lumo::IntfId> portSmKeys() const;
   void repairCpStatus();

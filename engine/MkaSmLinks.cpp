@@ -57,7 +57,7 @@ void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleLinkStatus() {
     VESK_TRACE(3, ": MkaSm not initialized, bailing.");
     return;
   }
-  auto intfStatus = sm.status().intfStatus(intfId);
+  auto intfStatus = sm.status()->intfStatus(intfId);
   if (!intfStatus) return;
   if (notifier()->linkStatus() != Interface::linkUp) {
     VESK_TRACE(3, ": Intf ", intfId, " not up, cleaning up portSm.");
@@ -65,9 +65,9 @@ void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleLinkStatus() {
     return;
   }
   VESK_TRACE(3, ": Intf ", intfId, " is back up. Creating portSm and other statuses.");
-  if (!sm.status().portStatus(intfId)) sm.status().portStatusIs(intfId);
-  if (!sm.status().cpStatus(intfId)) {
-    sm.status().cpStatusIs(intfId, intfStatus->macsecParams());
+  if (!sm.status()->portStatus(intfId)) sm.status()->portStatusIs(intfId);
+  if (!sm.status()->cpStatus(intfId)) {
+    sm.status()->cpStatusIs(intfId, intfStatus->macsecParams());
   }
   sm.updateSci(intfId);
   if (!sm.mkaPortSm_.find(intfId)) sm.mkaPortSmIs(intfId);
@@ -80,7 +80,7 @@ void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleEthIntfDelete()
     VESK_TRACE(3, ": MkaSm not initialized, bailing.");
     return;
   }
-  if (owner().status().intfStatus(intfId)) owner().createOrDeletePortSm(intfId, true);
+  if (owner().status()->intfStatus(intfId)) owner().createOrDeletePortSm(intfId, true);
 }
 
 }  // namespace Macsec

@@ -66,6 +66,8 @@ void HwEmulator::hasNotificationActiveIs(bool active) {
   Vesk::passNotificationActive(active, status_);
 }
 
+Vesk::Ptr<Status const> const& HwEmulator::status() const { return status_->notifier(); }
+
 void HwEmulator::handleInitialized() {
   VESK_TRACE(8, "");
   initialized_ = true;

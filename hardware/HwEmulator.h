@@ -18,6 +18,8 @@ class HwEmulator final : public Vesk::PtrInterface {
                                             Vesk::Ptr<MacSecIntfStatusPtrDir> allMacsec);
   void hasNotificationActiveIs(bool active) override;
 
+  Vesk::Ptr<Status const> const& status() const;
+  Vesk::Ptr<MacSecIntfStatusPtrDir> const& allMacsec() const { return allMacsec_; }
   bool initialized() const { return initialized_; }
   void handleInitialized();
 

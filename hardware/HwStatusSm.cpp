@@ -40,9 +40,13 @@ void HwStatusSm::hasNotificationActiveIs(bool active) {
   hwSlice_.hasNotificationActiveIs(active);
 }
 
+Vesk::Ptr<Vesk::Dir const> const& HwStatusSm::hwStatusSliceDir() const {
+  return hwStatusSliceDir_->notifier();
+}
+
 // An entry of the directory that is no `MacSecStatus` counts as absent.
 Vesk::Ptr<MacSecStatus> HwStatusSm::slice(Vesk::Name const& name) const {
-  return Vesk::ptrCast<MacSecStatus>(hwStatusSliceDir_->notifier()->entry(name));
+  return Vesk::ptrCast<MacSecStatus>(hwStatusSliceDir()->entry(name));
 }
 
 void HwStatusSm::hwSliceIs(Vesk::Ptr<MacSecStatus> const& slice) {
@@ -56,7 +60,7 @@ void HwStatusSm::hwSliceDel(Vesk::Name const& name) {
 
 void HwStatusSm::doInit() {
   VESK_TRACE(8, "");
-  for (auto& entry : hwStatusSliceDir_->notifier()->entityPtr()) handleSliceDir(entry.fwkKey());
+  for (auto& entry : hwStatusSliceDir()->entityPtr()) handleSliceDir(entry.fwkKey());
 }
 
 void HwStatusSm::handleSliceDir(Vesk::Name const& sliceName) {

@@ -18,6 +18,9 @@ class HwStatusSm final : public Vesk::PtrInterface {
                                             Vesk::Ptr<Vesk::Dir const> hwStatusSliceDir);
   void hasNotificationActiveIs(bool active) override;
 
+  Vesk::Ptr<MacSecIntfStatusPtrDir> const& hwStatus() const { return hwStatus_; }
+  Vesk::Ptr<Vesk::Dir const> const& hwStatusSliceDir() const;
+
   using SliceMap = Vesk::ValueMap<Lumo::IntfId, Vesk::String8>;
   /// Which slice each interface came from.
   SliceMap const& sliceMap() const { return sliceMap_; }

@@ -83,6 +83,10 @@ void MacsecForwardingModelSm::StatusReactor::onCpStatusImmediate() {
 }
 
 // The directory is this system's own, and it never writes another value.
+Vesk::Ptr<Status const> const& MacsecForwardingModelSm::status() const {
+  return status_->notifier();
+}
+
 void MacsecForwardingModelSm::handleInitialized() {
   VESK_TRACE(8, "");
   for (auto& entry : forwardingModelInputDir_->forwardingModelInput()) {
@@ -98,7 +102,7 @@ void MacsecForwardingModelSm::handleInitialized() {
 void MacsecForwardingModelSm::releaseLeftovers() {
   for (auto& entry : forwardingModelInputDir_->forwardingModelInput()) {
     Lumo::IntfId const intfId = entry.fwkKey();
-    if (status_->notifier()->cpStatus(intfId)) continue;
+    if (status()->cpStatus(intfId)) continue;
     forwardingModelInputDir_->forwardingModelInputDel(intfId);
   }
 }
@@ -106,7 +110,7 @@ void MacsecForwardingModelSm::releaseLeftovers() {
 void MacsecForwardingModelSm::handleControlledPortStatus() {
   if (!initialized_) return;
   VESK_TRACE(8, "");
-  for (CpStatus& cpStatus : status_->notifier()->cpStatus()) {
+  for (CpStatus& cpStatus : status()->cpStatus()) {
     handleControlledPortStatus(cpStatus.intfId());
   }
 }
@@ -120,7 +124,7 @@ void MacsecForwardingModelSm::handleControlledPortStatus(Lumo::IntfId intfId) {
 void MacsecForwardingModelSm::updateForwardingModel(Lumo::IntfId intfId) {
   if (!initialized_) return;
   VESK_TRACE(8, " intfId=", intfId);
-  auto const cpStatus = status_->notifier()->cpStatus(intfId);
+  auto const cpStatus = status()->cpStatus(intfId);
   if (cpStatus && !cpStatus->controlledPortEnabled()) {
     VESK_TRACE(3, " Making forwarding model for ", intfId.stringValue(), " unauthorized");
     forwardingModelInputDir_->forwardingModelInputIs(intfId,

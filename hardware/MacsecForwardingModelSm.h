@@ -19,6 +19,10 @@ class MacsecForwardingModelSm final : public Vesk::PtrInterface {
       Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir);
   void hasNotificationActiveIs(bool active) override;
 
+  Vesk::Ptr<Status const> const& status() const;
+  Vesk::Ptr<Interface::IntfForwardingModelInputDir> const& forwardingModelInputDir() const {
+    return forwardingModelInputDir_;
+  }
   bool initialized() const { return initialized_; }
 
   void handleInitialized();
