@@ -1,26 +1,19 @@
 #include "host/KeyText.h"
 
 #include <fmt/format.h>
-#include <string.h>
 
 #include <algorithm>
-#include <cctype>
+
+#include "platform/CknOctets.h"
+#include "platform/Hex.h"
+#include "platform/SecretOctets.h"
 
 namespace Macsecd {
 
 namespace {
 
-bool isHex(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
-
-bool allHex(std::string_view text) { return std::all_of(text.begin(), text.end(), isHex); }
-
-int digit(char c) {
-  if (c <= '9') return c - '0';
-  return std::tolower(static_cast<unsigned char>(c)) - 'a' + 10;
-}
-
-bool standsForOctets(std::string_view ckn) {
-  return ckn.size() % 2 == 0 && ckn.size() <= 2 * maxKeyNameOctets && allHex(ckn);
+bool allHex(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return Macsec::hexDigitValue(c) >= 0; });
 }
 
 /// What holds for keys of every length.
@@ -39,12 +32,9 @@ std::optional<Fault> faultOfDigits(std::string_view cak) {
 }  // namespace
 
 std::string keyNameOctets(std::string_view ckn) {
-  if (!standsForOctets(ckn)) return std::string(ckn);
-  std::string octets;
-  for (size_t i = 0; i < ckn.size(); i += 2) {
-    octets += static_cast<char>(digit(ckn[i]) * 16 + digit(ckn[i + 1]));
-  }
-  return octets;
+  if (!Macsec::CknOctets::standsForOctets(ckn)) return std::string(ckn);
+  Macsec::CknOctets const name(ckn);
+  return std::string(name.octets().begin(), name.octets().end());
 }
 
 std::optional<Fault> faultOfKeyName(std::string_view ckn) {
@@ -72,6 +62,8 @@ std::optional<Fault> faultOfKey(std::string_view cak, unsigned bits) {
       fmt::format("give {} hexadecimal digits, or another cipher-suite", keyDigits(bits))};
 }
 
-void wipe(std::string& text) { explicit_bzero(text.data(), text.size()); }
+void wipe(std::string& text) {
+  Macsec::wipe({reinterpret_cast<uint8_t*>(text.data()), text.size()});
+}
 
 }  // namespace Macsecd

@@ -4,10 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "platform/CknOctets.h"
+
 namespace Macsecd {
 
 /// Longest key name on the wire, in octets (IEEE 802.1X-2010 9.3.1).
-inline constexpr size_t maxKeyNameOctets = 32;
+inline constexpr size_t maxKeyNameOctets = Macsec::CknOctets::kMaxSize;
 
 /// What is wrong with a text, and what to do about it. Never holds the text of a key.
 struct Fault {

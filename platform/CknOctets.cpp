@@ -6,8 +6,12 @@
 
 namespace Macsec {
 
+bool CknOctets::standsForOctets(std::string_view text) {
+  return text.size() <= 2 * kMaxSize && isHexOctets(text);
+}
+
 CknOctets::CknOctets(std::string_view text) {
-  if (text.size() <= 2 * kMaxSize && isHexOctets(text)) {
+  if (standsForOctets(text)) {
     size_ = text.size() / 2;
     static_cast<void>(hexDecode(text, std::span(octets_).first(size_)));
     return;

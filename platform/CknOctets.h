@@ -18,6 +18,8 @@ class CknOctets {
   /// A text of an even number of hexadecimal digits, at most 64, stands for the octets that it
   /// spells; any other for its characters, of which 32 count.
   explicit CknOctets(std::string_view text);
+  /// Whether a text is of the first kind.
+  static bool standsForOctets(std::string_view text);
 
   std::span<uint8_t const> octets() const { return {octets_.data(), size_}; }
   size_t size() const { return size_; }
