@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "model/MessageCounterTypes.h"
+#include "platform/MessageCounterTypes.h"
 #include "runtime/IntfId.h"
 
 namespace Codec {

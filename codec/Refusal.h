@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "model/MessageCounterTypes.h"
+#include "platform/MessageCounterTypes.h"
 
 namespace Codec {
 

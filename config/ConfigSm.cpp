@@ -109,6 +109,7 @@ void ConfigSm::handleInitialized() {
     status()->intfStatusDel(i);
   }
   initialized_ = true;
+  if (status()->macsecEnabled()) updateFipsStatus();
   handleDelayProtection();
 }
 
@@ -119,14 +120,6 @@ bool ConfigSm::isStale(IntfStatus const& intfStatus) const {
   bool const* const isBound = profile->intf(intfStatus.intfId());
   if (!isBound || !*isBound) return true;
   return profile->key() == Cak() && !profile->dot1xEnabled();
-}
-
-void ConfigSm::handleDelayProtection() {
-  VESK_TRACE(3, " Updating Delay Protection Flag");
-  bool const isOn = config()->delayProtection();
-  status()->mkpduPeriodIs(isOn ? Status::mkpduPeriodBounded : Status::mkpduPeriodDefault);
-  status()->delayProtectionIs(isOn);
-  status()->mkpduThresholdIs(Status::mkpduThresholdDefault);
 }
 
 ConfigSm::EthIntfStatusDirReactor::EthIntfStatusDirReactor(

@@ -45,10 +45,16 @@ class ConfigSm final : public Vesk::PtrInterface {
   /// The CAK and CKN of a master session key (IEEE 802.1X-2010, 6.2.2); the default value when they
   /// can't be derived.
   Cak deriveKey(CipherSuite cipher, Dot1x::EapKey const& eapKey) const;
+  // The FIPS mode of the process. It is set once; what would change it ends the process.
+  void updateFipsStatus();
+  void handleFipsRestrictions();
+  void maybeUpdateFipsStatus();
+  void cleanUpAndDie();
   // Delay protection.
   void handleDelayProtection();
-  // The FIPS mode of the process and the clearing of message counters have their place here:
-  // `ConfigReactor` and `StatusReactor` don't watch their switches yet.
+  // Message counters.
+  void handleClearMkaCounters();
+  void doClearCounters(Lumo::IntfId intfId);
 
  private:
   struct ConfigReactor;

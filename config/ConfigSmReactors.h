@@ -8,11 +8,14 @@ struct ConfigSm::ConfigReactor final : Vesk::Reactor<Config const, ConfigSm, Con
   using Reactor::Reactor;
   void onProfile(Vesk::Name const& name) override;
   void onProfileImmediate() override { owner().profilesFollowConfig(); }
+  void onFipsRestrictions() override { owner().handleFipsRestrictions(); }
   void onDelayProtection() override { owner().handleDelayProtection(); }
+  void onClearMkaCounters() override { owner().handleClearMkaCounters(); }
 };
 
 struct ConfigSm::StatusReactor final : Vesk::Reactor<Status, ConfigSm, StatusReactor> {
   using Reactor::Reactor;
+  void onMacsecEnabled() override { owner().maybeUpdateFipsStatus(); }
 };
 
 struct ConfigSm::EapKeyStatusReactor final

@@ -55,6 +55,12 @@ class SwitchWorld final : public Vesk::World {
     if (sinks.trace) sinks.trace(record);
   }
   [[noreturn]] void exit(int status) override { throw SwitchExit{status}; }
+  /// The crypto library is that of the whole simulation, so here the mode is but a matter of
+  /// success.
+  int fipsModeSet(int on) override { return on && !hasFipsProvider ? 0 : 1; }
+
+  /// Whether the machine of this switch could run in FIPS mode.
+  bool hasFipsProvider = true;
 
  private:
   Clock const& clock_;

@@ -3,9 +3,13 @@
 #include <sys/random.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <iostream>
 #include <system_error>
+
+#include "platform/Fips.h"
 
 namespace Linux {
 
@@ -30,6 +34,14 @@ void ProcessWorld::randomBytes(std::span<uint8_t> out) {
   }
 }
 
-void ProcessWorld::exit(int status) { std::exit(status); }
+void ProcessWorld::exit(int status) {
+  std::cout.flush();
+  std::fflush(nullptr);
+  std::_Exit(status);
+}
+
+int ProcessWorld::fipsModeSet(int on) { return Macsec::FIPS_mode_set(on); }
+
+void ProcessWorld::randCleanup() { Macsec::RAND_cleanup(); }
 
 }  // namespace Linux

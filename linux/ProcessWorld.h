@@ -22,7 +22,11 @@ class ProcessWorld final : public Vesk::World {
   /// Throws `std::system_error` if the kernel gives none.
   void randomBytes(std::span<uint8_t> out) override;
   void syslog(Vesk::LogMessage const& message) override { syslog_(message); }
-  void exit(int status) override;
+  /// Ends the process at once: what it has written is pushed out, and nothing is destroyed under
+  /// the handlers that still run.
+  [[noreturn]] void exit(int status) override;
+  int fipsModeSet(int on) override;
+  void randCleanup() override;
 
  private:
   Syslog syslog_;

@@ -60,8 +60,8 @@ class Config final : public Vesk::DescribedEntity<Config> {
     kIntfConfig,
     kShutdown,
     kFipsRestrictions,
-    kDelayProtection,
-    kClearMkaCounters
+    kClearMkaCounters,
+    kDelayProtection
   };
 
   class NotifieeConst : public Vesk::NotifieeBase {
@@ -83,8 +83,8 @@ class Config final : public Vesk::DescribedEntity<Config> {
       v.template collection<Lumo::IntfId>(&R::onIntfConfig, &R::onIntfConfigImmediate);
       v.value(&R::onShutdown);
       v.value(&R::onFipsRestrictions);
-      v.value(&R::onDelayProtection);
       v.value(&R::onClearMkaCounters);
+      v.value(&R::onDelayProtection);
     }
   };
   class Notifiee : public NotifieeConst {};

@@ -17,7 +17,7 @@ class BareWorld final : public World {
     VESK_ASSERT_NAMED(false, "a world with a random source has been set");
   }
   void syslog(LogMessage const&) override {}
-  void exit(int status) override { std::exit(status); }
+  void exit(int status) override { std::_Exit(status); }
 };
 
 // Never destroyed: handlers may still run while the process ends.

@@ -36,6 +36,12 @@ class World {
   /// may throw to unwind out of the switch.
   virtual void exit(int status) = 0;
 
+  /// Sets the FIPS mode of the process's crypto library: 1 for on, 0 for off. Returns 0 on failure,
+  /// another number otherwise. A world that knows no crypto library can't turn it on.
+  virtual int fipsModeSet(int on) { return on ? 0 : 1; }
+  /// Drops the random generators of the crypto library, which makes new ones when it needs them.
+  virtual void randCleanup() {}
+
   /// What has been logged lately, for the rate limits of log handles.
   RateLimits& rateLimits() { return *rateLimits_; }
 

@@ -124,7 +124,7 @@ TEST_F(Hosts, TheEngineIsEnabledBeforeProfilesAreRead) {
   s.host.status()->fipsStatusIs(Macsec::FipsStatus(true, true));
   s.host.start();
   EXPECT_THAT(order->order, ElementsAre("macsecEnabled", "intfStatus", "cpStatus"));
-  EXPECT_EQ(s.host.status()->fipsStatus(), Macsec::FipsStatus());
+  EXPECT_EQ(s.host.status()->fipsStatus(), Macsec::FipsStatus(false, true));
   Vesk::retire(order);
 }
 

@@ -46,7 +46,15 @@ class TestWorld : public Vesk::World {
     handles.push_back(&message.handle);
   }
   void trace(Vesk::TraceRecord const& record) override { traces.push_back(record.text); }
-  void exit(int status) override { exits.push_back(status); }
+  void exit(int status) override {
+    exits.push_back(status);
+    calls.push_back("exit(" + std::to_string(status) + ")");
+  }
+  int fipsModeSet(int on) override {
+    calls.push_back("FIPS_mode_set(" + std::to_string(on) + ")");
+    return fipsModeResult;
+  }
+  void randCleanup() override { calls.push_back("RAND_cleanup()"); }
 
   std::vector<std::string> logNames() const {
     std::vector<std::string> names;
@@ -73,6 +81,10 @@ class TestWorld : public Vesk::World {
   std::vector<Vesk::LogHandle const*> handles;
   std::vector<std::string> traces;
   std::vector<int> exits;
+  /// What the process and its crypto library were asked for, in order.
+  std::vector<std::string> calls;
+  /// What setting the FIPS mode returns; 0 is a failure.
+  int fipsModeResult = 1;
 
  private:
   uint64_t next() {
