@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "config/ConfigSm.h"
+#include "host/KeyText.h"
 #include "platform/WardcodeLib.h"
 
 namespace Macsecd {
@@ -25,11 +26,22 @@ Cak encoded(std::optional<KeyConfig> const& key) {
   return key ? Cak(key->ckn, WardcodeLib::doEncodeKey(lowerCase(key->cak))) : Cak();
 }
 
+// One name may be spelled in several ways: it is what goes on the wire that counts.
+bool isSameName(Vesk::String8 const& a, Vesk::String8 const& b) {
+  return keyNameOctets(a.view()) == keyNameOctets(b.view());
+}
+
+// Whether the key in the tree says what the file says, in whatever case and encoding.
+bool isSameKey(Cak const& tree, Cak const& file) {
+  return tree.ckn().empty() == file.ckn().empty() && isSameName(tree.ckn(), file.ckn()) &&
+         !Macsec::keysDiffer(Cak(tree.ckn(), file.cak()), tree);
+}
+
 void writeKeys(ProfileConfig const& from, Profile& to) {
   Cak const key = encoded(from.key);
-  if (Macsec::keysDiffer(key, to.key())) to.keyIs(key);
+  if (!isSameKey(to.key(), key)) to.keyIs(key);
   Cak const defaultKey = encoded(from.fallbackKey);
-  if (Macsec::keysDiffer(defaultKey, to.defaultKey())) to.defaultKeyIs(defaultKey);
+  if (!isSameKey(to.defaultKey(), defaultKey)) to.defaultKeyIs(defaultKey);
 }
 
 // The settings come before the keys, so that what a key creates has them from the start.
@@ -49,11 +61,26 @@ void unbind(Config& config, Lumo::IntfId intfId, Vesk::String8 const& except) {
   }
 }
 
+// Whether the port of an interface can go on as it is under another profile.
+bool suitsAlike(Profile const& a, Profile const& b) {
+  return a.cipherSuite() == b.cipherSuite() && a.includeSci() == b.includeSci();
+}
+
+Vesk::Ptr<Profile> profileOf(Config const& config, Lumo::IntfId intfId) {
+  auto const intfConfig = config.intfConfig(intfId);
+  return intfConfig ? config.profile(intfConfig->profileName()) : nullptr;
+}
+
+// An interface that moves is bound by the new profile before the former one lets go of it, so that
+// its port stays; with other parameters the port has to be made anew.
 void bind(Config& config, InterfaceConfig const& from) {
   Lumo::IntfId const intfId{Vesk::String8(from.name)};
-  unbind(config, intfId, from.profile);
+  auto const profile = config.profile(from.profile);
+  auto const former = profileOf(config, intfId);
+  if (former && !suitsAlike(*former, *profile)) unbind(config, intfId, from.profile);
   config.intfConfigIs(intfId)->profileNameIs(from.profile);
-  config.profile(from.profile)->intfIs(intfId, true);
+  profile->intfIs(intfId, true);
+  unbind(config, intfId, from.profile);
 }
 
 void deleteGone(SwitchConfig const& from, Config& to) {
@@ -70,13 +97,14 @@ void deleteGone(SwitchConfig const& from, Config& to) {
 }  // namespace
 
 void writeConfig(SwitchConfig const& from, Config& to) {
-  to.fipsRestrictionsIs(from.fips);
+  if (from.shutdown) to.shutdownIs(true);
   to.delayProtectionIs(from.delayProtection);
   for (ProfileConfig const& profile : from.profiles) {
     writeProfile(profile, *to.profileIs(profile.name));
   }
   for (InterfaceConfig const& interface : from.interfaces) bind(to, interface);
   deleteGone(from, to);
+  to.fipsRestrictionsIs(from.fips);
   to.shutdownIs(from.shutdown);
 }
 

@@ -1,6 +1,7 @@
 #include "host/Host.h"
 
 #include "host/ConfigTree.h"
+#include "host/StaleStatus.h"
 #include "host/StatusCopy.h"
 #include "model/Factories.h"
 #include "runtime/World.h"
@@ -103,12 +104,30 @@ void Host::linkIs(Lumo::IntfId intfId, bool up) {
 }
 
 void Host::configIs(SwitchConfig const& config) {
-  dialects_.clear();
+  dialectsAre(config);
+  for (InterfaceConfig const& interface : config.interfaces) portNumberIs(interface);
+  writeConfig(config, *config_);
+}
+
+bool Host::reload(ConfigResult const& read) {
+  if (!read.good()) return false;
+  configIs(read.config);
+  return true;
+}
+
+std::vector<Mistake> Host::reload(std::string const& path) {
+  ConfigResult const read = readConfigFile(path);
+  reload(read);
+  return read.mistakes;
+}
+
+// An interface that the configuration doesn't name any more goes back to the default.
+void Host::dialectsAre(SwitchConfig const& config) {
+  for (auto& [intfId, dialect] : dialects_) dialect = Codec::Dialect();
   for (InterfaceConfig const& interface : config.interfaces) {
-    dialects_.emplace_back(Lumo::IntfId(Vesk::String8(interface.name)), interface.dialect);
+    dialects_[Lumo::IntfId(Vesk::String8(interface.name))] = interface.dialect;
   }
   applyDialects();
-  writeConfig(config, *config_);
 }
 
 void Host::applyDialects() {
@@ -116,11 +135,25 @@ void Host::applyDialects() {
   for (auto const& [intfId, dialect] : dialects_) machines_->codec.dialectIs(intfId, dialect);
 }
 
-void Host::handleShutdown() { status_->macsecEnabledIs(!config_->shutdown()); }
+// The port number is part of what an interface is: another one makes it anew.
+void Host::portNumberIs(InterfaceConfig const& config) {
+  Lumo::IntfId const intfId{Vesk::String8(config.name)};
+  auto const former = ethIntfStatusDir_->intfStatus(intfId);
+  if (!former || former->portNumber() == config.portNumber) return;
+  ethIntfStatusDir_->intfStatusDel(intfId);
+  ethIntfStatusDir_->intfStatusIs(intfId, former->ethAddr(), config.portNumber)
+      ->linkStatusIs(former->linkStatus());
+}
+
+void Host::handleShutdown() {
+  if (!config_->shutdown()) dropStalePorts(*status_);
+  status_->macsecEnabledIs(!config_->shutdown());
+}
 
 void Host::start() {
   if (running()) return;
   status_->fipsStatusIs(Macsec::FipsStatus());
+  dropStaleInterfaces(*config_, *status_);
   handleShutdown();
   machines_ = std::make_unique<Machines>(*this);
   applyDialects();

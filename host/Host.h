@@ -1,8 +1,9 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <span>
-#include <utility>
+#include <string>
 #include <vector>
 
 #include "codec/FrameCodec.h"
@@ -40,6 +41,11 @@ class Host {
   void linkIs(Lumo::IntfId intfId, bool up);
   /// Makes the configuration tree say what the file says; at any time.
   void configIs(SwitchConfig const& config);
+  /// Takes a configuration over that was read again. One with a mistake changes nothing at all.
+  /// True if it was taken.
+  bool reload(ConfigResult const& read);
+  /// Reads the file again and takes it over; the mistakes because of which it wasn't taken.
+  std::vector<Mistake> reload(std::string const& path);
 
   void start();
   /// Destroys the state machines, which empty the tree.
@@ -74,7 +80,9 @@ class Host {
   struct Machines;
 
   void handleShutdown();
+  void dialectsAre(SwitchConfig const& config);
   void applyDialects();
+  void portNumberIs(InterfaceConfig const& config);
 
   Codec::FrameSink& sink_;
   HostOptions const options_;
@@ -88,7 +96,7 @@ class Host {
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir_;
   Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
   Vesk::Ptr<ConfigReactor> configReactor_;
-  std::vector<std::pair<Lumo::IntfId, Codec::Dialect>> dialects_;
+  std::map<Lumo::IntfId, Codec::Dialect> dialects_;
   std::unique_ptr<Machines> machines_;
 };
 
