@@ -67,7 +67,11 @@ void ConfigSm::hasNotificationActiveIs(bool active) {
 
 Vesk::Ptr<Config const> const& ConfigSm::config() const { return config_->notifier(); }
 
+void ConfigSm::configIs(Vesk::Ptr<Config const> config) { config_->notifierIs(std::move(config)); }
+
 Vesk::Ptr<Status> const& ConfigSm::status() const { return status_->notifier(); }
+
+void ConfigSm::statusIs(Vesk::Ptr<Status> status) { status_->notifierIs(std::move(status)); }
 
 Vesk::Ptr<Dot1x::EapKeyStatus const> const& ConfigSm::eapKeyStatus() const {
   return eapKeyStatus_->notifier();

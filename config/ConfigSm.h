@@ -29,7 +29,10 @@ class ConfigSm final : public Vesk::PtrInterface {
   void hasNotificationActiveIs(bool active) override;
 
   Vesk::Ptr<Config const> const& config() const;
+  /// Follows another tree from now on.
+  void configIs(Vesk::Ptr<Config const> config);
   Vesk::Ptr<Status> const& status() const;
+  void statusIs(Vesk::Ptr<Status> status);
   Vesk::Ptr<Dot1x::EapKeyStatus const> const& eapKeyStatus() const;
   Vesk::Ptr<Interface::EthIntfStatusDir const> const& ethIntfStatusDir() const;
   Vesk::Ptr<Brine::MessageCounters> const& brineCounters() const { return brineCounters_; }

@@ -1,3 +1,6 @@
+#include <numeric>
+
+#include "platform/Hex.h"
 #include "platform/KeyDerivation.h"
 #include "tests/config/ConfigFixture.h"
 
@@ -166,6 +169,57 @@ TEST_F(Dot1xKeys, ADerivedKeyEndsWithTheLinkAndAConfiguredOneStays) {
   link->linkStatusIs(Interface::linkUp);
   link->linkStatusIs(Interface::linkDown);
   EXPECT_EQ(intfStatus()->key(), profile->key());
+}
+
+TEST_F(Dot1xKeys, AKeyThatIsStillPublishedComesBackAfterALinkLossWithTheNextEditOfItsProfile) {
+  auto link = ethDir->intfStatusIs(kIntf, kLow, 1);
+  link->linkStatusIs(Interface::linkUp);
+  begin();
+  eapKeys->keyIs(kIntf, eapKey());
+  Cak const derived = intfStatus()->key();
+  link->linkStatusIs(Interface::linkDown);
+  link->linkStatusIs(Interface::linkUp);
+  EXPECT_EQ(intfStatus()->key(), Cak());
+  profile->keyServerPriorityIs(7);
+  EXPECT_FALSE(keysDiffer(intfStatus()->key(), derived));
+}
+
+TEST_F(Dot1xKeys, APublishedTypeOf2IsStoredAsGivenAndThenItsKeySurvivesTheLink) {
+  auto link = ethDir->intfStatusIs(kIntf, kLow, 1);
+  link->linkStatusIs(Interface::linkUp);
+  begin();
+  eapKeys->keyIs(kIntf, eapKey(kMsk, kLow, kHigh, 1));
+  EXPECT_EQ(intfStatus()->dot1xType(), 1);
+  eapKeys->keyIs(kIntf, eapKey(kMsk, kLow, kHigh, 2));
+  EXPECT_EQ(intfStatus()->dot1xType(), 2);
+  link->linkStatusIs(Interface::linkDown);
+  EXPECT_NE(intfStatus()->key(), Cak());
+}
+
+TEST_F(Dot1xKeys, ALinkThatGoesBeforeItIsInitializedOrWithoutStatusChangesNothing) {
+  auto link = ethDir->intfStatusIs(kOther, kLow, 1);
+  begin();
+  link->linkStatusIs(Interface::linkDown);
+  EXPECT_EQ(world.traced(": Deleting Dot1x derived primary key"), 0u);
+  EXPECT_EQ(world.traced(": ConfigSm not initialized. Bailing."), 0u);
+}
+
+/// The octets from `first` to `last` as hexadecimal text.
+std::string octetsFrom(uint8_t first, uint8_t last) {
+  std::vector<uint8_t> octets(last - first + 1);
+  std::iota(octets.begin(), octets.end(), first);
+  return hexString(octets).charPtr();
+}
+
+TEST_F(Dot1xKeys, TheDerivationGivesItsKnownValues) {
+  Dot1x::EapKey const known(1, WardcodeLib::doEncodeKey(octetsFrom(0x40, 0x7f)),
+                            Vesk::String8("0d" + octetsFrom(0x80, 0xbf)).charPtr(),
+                            Lumo::EthAddr({2, 0, 0, 0, 0, 1}), Lumo::EthAddr({2, 0, 0, 0, 0, 2}));
+  begin();
+  eapKeys->keyIs(kIntf, known);
+  EXPECT_EQ(intfStatus()->key().ckn(), "f2f3494f070909bce38f4c3616ca1724");
+  EXPECT_EQ(WardcodeLib::doDecodeKey(intfStatus()->key().cak()),
+            "d595492b9b0faadcc045f48ff84d1ded");
 }
 
 TEST_F(Dot1xKeys, AnUnknownCipherEndsTheProcess) {
