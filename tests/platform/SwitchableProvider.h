@@ -1,0 +1,55 @@
+#pragma once
+
+#include <openssl/core.h>
+#include <openssl/core_dispatch.h>
+#include <openssl/provider.h>
+
+#include <map>
+#include <vector>
+
+namespace Macsec {
+
+/// A provider named "fips" that a test can switch: it fails to load, or it has the algorithms of
+/// the default provider as validated ones, or none at all. What it does lasts as long as the
+/// process.
+class SwitchableProvider {
+ public:
+  enum class Mood { fails, offersAll, offersNothing };
+
+  static void install(Mood mood) {
+    mood_ = mood;
+    backing_ = OSSL_PROVIDER_load(nullptr, "default");
+    OSSL_PROVIDER_add_builtin(nullptr, "fips", init);
+  }
+
+ private:
+  static int init(OSSL_CORE_HANDLE const*, OSSL_DISPATCH const*, OSSL_DISPATCH const** out,
+                  void** context) {
+    static OSSL_DISPATCH const functions[] = {
+        {OSSL_FUNC_PROVIDER_QUERY_OPERATION, reinterpret_cast<void (*)()>(query)}, {0, nullptr}};
+    if (mood_ == Mood::fails || !backing_) return 0;
+    *out = functions;
+    *context = OSSL_PROVIDER_get0_provider_ctx(backing_);
+    return 1;
+  }
+
+  static OSSL_ALGORITHM const* query(void*, int operation, int* noCache) {
+    auto& own = algorithms_[operation];
+    if (own.empty()) {
+      auto const* all = OSSL_PROVIDER_query_operation(backing_, operation, noCache);
+      for (; mood_ == Mood::offersAll && all && all->algorithm_names; ++all) {
+        own.push_back({all->algorithm_names, "provider=fips,fips=yes", all->implementation,
+                       all->algorithm_description});
+      }
+      own.push_back({nullptr, nullptr, nullptr, nullptr});
+    }
+    *noCache = 0;
+    return own.data();
+  }
+
+  static inline Mood mood_;
+  static inline OSSL_PROVIDER* backing_ = nullptr;
+  static inline std::map<int, std::vector<OSSL_ALGORITHM>> algorithms_;
+};
+
+}  // namespace Macsec
