@@ -36,26 +36,27 @@ struct Host::ConfigReactor final : Vesk::Reactor<Macsec::Config const, Host, Con
 };
 
 // The top state machines and the codec, in the order in which they are built; they end in the
-// opposite order. The directory of the hardware is filled before anybody asks it, and nobody sends
-// before there is a codec.
+// opposite order. The directory of the hardware is filled before anybody asks it, the codec takes
+// up the keys that it finds in the tree after the FIPS mode of the process has been set, and nobody
+// sends before there is a codec.
 struct Host::Machines {
   explicit Machines(Host& host)
       : hwStatusSm(Macsec::hwStatusSmFactory(host.hwStatus_, host.slices_)),
-        codec(host.pamManager_, host.status_, host.ethIntfStatusDir_, host.sink_),
         hwEmulator(host.options_.emulateHardware
                        ? Macsec::hwEmulatorFactory(host.status_, host.hwStatus_)
                        : nullptr),
         configSm(Macsec::configSmFactory(host.config_, host.status_, host.eapKeyStatus_,
                                          host.ethIntfStatusDir_, nullptr)),
+        codec(host.pamManager_, host.status_, host.ethIntfStatusDir_, host.sink_),
         mkaRootSm(Macsec::mkaRootSmFactory(host.status_, host.ethIntfStatusDir_, host.pamManager_,
                                            host.hwStatus_, host.timerWheel_)),
         forwardingModelSm(
             Macsec::macsecForwardingModelSmFactory(host.status_, host.forwardingModelInputDir_)) {}
 
   Vesk::Ptr<Macsec::HwStatusSm> hwStatusSm;
-  Codec::FrameCodec codec;
   Vesk::Ptr<Macsec::HwEmulator> hwEmulator;
   Vesk::Ptr<Macsec::ConfigSm> configSm;
+  Codec::FrameCodec codec;
   Vesk::Ptr<Macsec::MkaRootSm> mkaRootSm;
   Vesk::Ptr<Macsec::MacsecForwardingModelSm> forwardingModelSm;
 };

@@ -55,9 +55,9 @@ int main() {
   // The start order.
   status->macsecEnabledIs(!config->shutdown());
   auto hwStatusSm = Macsec::hwStatusSmFactory(hwStatus, slices);
-  Codec::FrameCodec codec(pamManager, status, interfaces, wires);
   auto hwEmulator = Macsec::hwEmulatorFactory(status, hwStatus);
   auto configSm = Macsec::configSmFactory(config, status, nullptr, interfaces, nullptr);
+  Codec::FrameCodec codec(pamManager, status, interfaces, wires);
   auto mkaRootSm = Macsec::mkaRootSmFactory(status, interfaces, pamManager, hwStatus, wheel);
   auto forwardingSm = Macsec::macsecForwardingModelSmFactory(status, forwarding);
 

@@ -1,64 +1,16 @@
 #include "host/Host.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "host/StatusCopy.h"
 #include "platform/WardcodeLib.h"
-#include "tests/support/TestWorld.h"
+#include "tests/host/HostFixture.h"
 
 namespace Macsecd {
 namespace {
 
 using ::testing::ElementsAre;
 
-Lumo::IntfId const kIntf("Ethernet1");
-
-/// Keeps the frames that a switch sends.
-struct Sent final : Codec::FrameSink {
-  void send(Lumo::IntfId intfId, std::span<uint8_t const> frame) override {
-    frames.emplace_back(frame.begin(), frame.end());
-  }
-  std::vector<std::vector<uint8_t>> frames;
-};
-
-SwitchConfig configWith(std::string const& cak, std::string const& profile = "one") {
-  SwitchConfig config;
-  ProfileConfig p;
-  p.name = profile;
-  p.key = KeyConfig{"6162", Vesk::String8(cak)};
-  config.profiles.push_back(p);
-  config.interfaces.push_back({"Ethernet1", profile, 1});
-  return config;
-}
-
-constexpr char const* kCak = "0123456789abcdef0123456789abcdef";
-
-/// A switch in its own world.
-struct Switch {
-  explicit Switch(uint8_t number)
-      : world(number), scope(world), host("switch", sent), number(number) {}
-  void interface() { host.interfaceIs(kIntf, Lumo::EthAddr({2, 0, 0, 0, 0, number}), 1); }
-  Vesk::Ptr<Macsec::IntfStatus> intfStatus() const { return host.status()->intfStatus(kIntf); }
-  Vesk::Ptr<Macsec::MkaActorStatus> actor() const {
-    auto const port = host.status()->portStatus(kIntf);
-    return port ? port->actorStatus("6162") : nullptr;
-  }
-  Support::TestWorld world;
-  Vesk::WorldScope scope;
-  Sent sent;
-  Host host;
-  uint8_t number;
-};
-
 class Hosts : public ::testing::Test {
  protected:
-  void bringUp(Switch& s) {
-    s.interface();
-    s.host.configIs(configWith(kCak));
-    s.host.start();
-    s.host.linkIs(kIntf, true);
-  }
   /// Lets two switches talk until the time, frame by frame.
   void talk(Switch& a, Switch& b, double until) {
     for (double time = a.world.time; time <= until; time += 0.25) {
@@ -130,7 +82,7 @@ TEST_F(Hosts, TheEngineIsEnabledBeforeProfilesAreRead) {
 
 TEST_F(Hosts, ShutdownIsTheNegationOfEnabled) {
   Switch s(1);
-  bringUp(s);
+  s.bringUp();
   SwitchConfig config = configWith(kCak);
   config.shutdown = true;
   s.host.configIs(config);
@@ -142,7 +94,7 @@ TEST_F(Hosts, ShutdownIsTheNegationOfEnabled) {
 
 TEST_F(Hosts, AStoppedSwitchHasAnEmptyTree) {
   Switch s(1);
-  bringUp(s);
+  s.bringUp();
   s.host.stop();
   EXPECT_FALSE(s.host.running());
   EXPECT_EQ(s.host.codec(), nullptr);
@@ -154,7 +106,7 @@ TEST_F(Hosts, AStoppedSwitchHasAnEmptyTree) {
 
 TEST_F(Hosts, AnUnchangedKeyWritesNothingAlsoInAnotherLetterCase) {
   Switch s(1);
-  bringUp(s);
+  s.bringUp();
   auto const profile = s.host.config()->profile("one");
   Macsec::Cak const before = profile->key();
   s.host.configIs(configWith("0123456789ABCDEF0123456789abcdef"));
@@ -165,7 +117,7 @@ TEST_F(Hosts, AnUnchangedKeyWritesNothingAlsoInAnotherLetterCase) {
 
 TEST_F(Hosts, AProfileThatIsGoneIsDeletedAfterItsInterfacesHaveMoved) {
   Switch s(1);
-  bringUp(s);
+  s.bringUp();
   struct Order final : Vesk::Reactor<Macsec::Config const, Switch, Order> {
     using Reactor::Reactor;
     void onProfile(Vesk::Name const& name) override {
@@ -186,7 +138,7 @@ TEST_F(Hosts, AProfileThatIsGoneIsDeletedAfterItsInterfacesHaveMoved) {
 
 TEST_F(Hosts, AnInterfaceThatIsGoneFromTheConfigurationLosesItsPort) {
   Switch s(1);
-  bringUp(s);
+  s.bringUp();
   SwitchConfig config = configWith(kCak);
   config.interfaces.clear();
   s.host.configIs(config);
@@ -199,9 +151,9 @@ TEST_F(Hosts, TwoSwitchesAgreeOnAKeyOverFrames) {
   Switch a(1), b(2);
   {
     Vesk::WorldScope scope(a.world);
-    bringUp(a);
+    a.bringUp();
   }
-  bringUp(b);
+  b.bringUp();
   EXPECT_TRUE(a.host.forwardingModelInputDir()->forwardingModelInput(kIntf));
   talk(a, b, 20);
   ASSERT_TRUE(a.host.status()->cpStatus(kIntf)->controlledPortEnabled());
@@ -219,9 +171,9 @@ TEST_F(Hosts, ACopyOfTheTreeIsEqualInEveryLine) {
   Switch a(1), b(2);
   {
     Vesk::WorldScope scope(a.world);
-    bringUp(a);
+    a.bringUp();
   }
-  bringUp(b);
+  b.bringUp();
   talk(a, b, 20);
   Macsec::Status const& status = *a.host.status();
   EXPECT_EQ(Vesk::entityToText(*copyOf(status)), Vesk::entityToText(status));
@@ -231,9 +183,9 @@ TEST_F(Hosts, ARestartedSwitchTakesUpWhatTheFormerProcessLeft) {
   Switch a(1), b(2);
   {
     Vesk::WorldScope scope(a.world);
-    bringUp(a);
+    a.bringUp();
   }
-  bringUp(b);
+  b.bringUp();
   talk(a, b, 20);
   Vesk::String8 const msgId = a.actor()->msgId();
   uint32_t const msgNum = a.actor()->msgNum();
@@ -254,6 +206,26 @@ TEST_F(Hosts, ARestartedSwitchTakesUpWhatTheFormerProcessLeft) {
   EXPECT_TRUE(a.actor()->success());
   EXPECT_TRUE(b.actor()->success());
   EXPECT_TRUE(b.host.status()->cpStatus(kIntf)->controlledPortEnabled());
+}
+
+// A key that somebody has taken up before is not in the hands of the FIPS provider.
+TEST_F(Hosts, TheFipsModeIsSetBeforeAnybodyTakesUpTheKeysOfTheTree) {
+  Switch s(1);
+  s.bringUp();
+  ASSERT_TRUE(s.actor());
+  struct FipsWorld final : Support::TestWorld {
+    int fipsModeSet(int on) override {
+      heardAtThatTime = at.actor()->notifiees();
+      return TestWorld::fipsModeSet(on);
+    }
+    explicit FipsWorld(Switch& at) : at(at) {}
+    Switch& at;
+    size_t heardAtThatTime = 99;
+  } world(s);
+  Vesk::WorldScope const scope(world);
+  s.host.restart();
+  EXPECT_EQ(world.heardAtThatTime, 0u);
+  EXPECT_GT(s.actor()->notifiees(), 0u);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "runtime/Entity.h"
 #include "runtime/Log.h"
 #include "runtime/Trace.h"
 #include "runtime/World.h"
@@ -46,6 +47,9 @@ class TestWorld : public Vesk::World {
     handles.push_back(&message.handle);
   }
   void trace(Vesk::TraceRecord const& record) override { traces.push_back(record.text); }
+  void attributeWritten(Vesk::AttributeWrite const& write) override {
+    writes.push_back(write.attribute);
+  }
   void exit(int status) override {
     exits.push_back(status);
     calls.push_back("exit(" + std::to_string(status) + ")");
@@ -80,6 +84,8 @@ class TestWorld : public Vesk::World {
   std::vector<Logged> logs;
   std::vector<Vesk::LogHandle const*> handles;
   std::vector<std::string> traces;
+  /// The attributes written while `Vesk::attributeLogEnabled`, in order.
+  std::vector<std::string> writes;
   std::vector<int> exits;
   /// What the process and its crypto library were asked for, in order.
   std::vector<std::string> calls;
