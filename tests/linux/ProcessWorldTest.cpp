@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <vector>
 
 #include "linux/ProcessWorld.h"
+#include "model/Factories.h"
 
 namespace Linux {
 namespace {
@@ -47,6 +50,28 @@ TEST(ProcessWorld, MessagesGoToTheSinkThatTheHostGave) {
 TEST(ProcessWorldDeathTest, ExitEndsTheProcess) {
   ProcessWorld world([](auto const&) {});
   EXPECT_EXIT(world.exit(3), ::testing::ExitedWithCode(3), "");
+}
+
+// The configuration engine ends the process from within handlers of entities that live.
+TEST(ProcessWorldDeathTest, NothingIsDestroyedUnderTheHandlersThatStillRun) {
+  struct Bomb {
+    ~Bomb() { std::_Exit(9); }
+  };
+  struct Ends final : Vesk::Reactor<Macsec::Status const, ProcessWorld, Ends> {
+    using Reactor::Reactor;
+    void onMacsecEnabled() override { owner().exit(0); }
+  };
+  auto const run = [] {
+    ProcessWorld world([](auto const&) {});
+    static Bomb const bomb;
+    Bomb const local;
+    auto const status = Macsec::statusFactory("status");
+    auto ends = Vesk::make<Ends>(world, status);
+    std::setvbuf(stderr, nullptr, _IOFBF, 4096);
+    std::fputs("written before", stderr);
+    status->macsecEnabledIs(!status->macsecEnabled());
+  };
+  EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "written before");
 }
 
 }  // namespace
