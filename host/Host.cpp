@@ -162,7 +162,7 @@ void Host::start() {
 
 void Host::stop() { machines_.reset(); }
 
-void Host::restart() {
+void Host::die() {
   auto left = copyOf(*status_);
   if (running()) {
     DeadWorld dead(Vesk::now());
@@ -176,6 +176,10 @@ void Host::restart() {
   pamManager_ = Macsec::mkaPamManagerFactory(pam);
   hwStatus_ = Macsec::macSecIntfStatusPtrDirFactory(hwStatus_->name());
   timerWheel_ = Vesk::make<Zorn::TimerWheel>();
+}
+
+void Host::restart() {
+  die();
   start();
 }
 

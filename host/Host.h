@@ -50,8 +50,10 @@ class Host {
   void start();
   /// Destroys the state machines, which empty the tree.
   void stop();
-  /// What a new process does with the status tree that the former one left when it died: nothing is
-  /// torn down, and the state machines take up what they find.
+  /// Leaves the status tree as a process leaves it that dies: the state machines end, and nothing
+  /// is torn down. What starts next takes up what it finds.
+  void die();
+  /// Dies and starts.
   void restart();
   bool running() const { return machines_ != nullptr; }
 

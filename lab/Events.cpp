@@ -89,6 +89,19 @@ void put(Json& json, FramePassed const& frame) {
   if (frame.received) json["verdict"] = orNull(frame.verdict);
 }
 
+void put(Json& json, ProcessEnded const& ended) {
+  json["kind"] = "exit";
+  json["status"] = ended.status;
+  json["startsAgain"] = roundedTime(ended.startsAgain);
+}
+
+void put(Json& json, Reloaded const& reloaded) {
+  json["kind"] = "reload";
+  json["file"] = reloaded.file;
+  json["taken"] = reloaded.taken;
+  json["mistakes"] = reloaded.mistakes;
+}
+
 }  // namespace
 
 void Events::happened(Happening const& happening) {

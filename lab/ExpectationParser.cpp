@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "lab/ExpectationParts.h"
+
 namespace Lab {
 
 namespace {
@@ -21,10 +23,20 @@ PortIs parseState(PortName const& port, Words& words) {
   words.unknown("state of a port", {"open", "closed", "absent", "not open", "key server"});
 }
 
-UsesKey parseUses(PortName const& port, Words& words, Known const& known) {
-  if (words.take("no key")) return {port, std::nullopt};
+What parseUses(PortName const& port, Words& words, Known const& known) {
+  if (words.take("no key")) return UsesKey{port, std::nullopt};
+  if (words.take("a key from 802.1X")) return UsesDerivedKey{port};
   words.need("key");
-  return {port, words.keyName(known)};
+  return UsesKey{port, words.keyName(known)};
+}
+
+HasPeerPacketNumber parsePacketNumber(PortName const& port, Words& words) {
+  HasPeerPacketNumber expected{port, words.number("a packet number", 0, UINT32_MAX), {}};
+  words.need("from its peer");
+  if (words.take("for AN")) {
+    expected.an = static_cast<uint8_t>(words.number("an association number", 0, 3));
+  }
+  return expected;
 }
 
 HasLivePeers parseCountedPeers(PortName const& port, Words& words, Known const& known) {
@@ -64,8 +76,9 @@ What parseHasNo(PortName const& port, Words& words, Known const& known) {
   if (words.take("forwarding entry")) return HasForwardingEntry{port, false};
   if (words.take("sakTransmit")) return HasSakTransmit{port, false};
   if (words.take("SAK")) return HasSak{port, false};
-  words.unknown("thing that a port has",
-                {"key server", "live peer", "forwarding entry", "sakTransmit", "SAK"});
+  if (words.take("primary key")) return HasPrimaryKey{port, false};
+  words.unknown("thing that a port has", {"key server", "live peer", "forwarding entry",
+                                          "sakTransmit", "SAK", "primary key"});
 }
 
 What parseHas(PortName const& port, Words& words, Known const& known) {
@@ -77,6 +90,8 @@ What parseHas(PortName const& port, Words& words, Known const& known) {
   if (words.take("forwarding entry unauthorized")) return HasForwardingEntry{port, true};
   if (words.take("sakTransmit")) return HasSakTransmit{port, true};
   if (words.take("a SAK")) return HasSak{port, true};
+  if (words.take("a primary key")) return HasPrimaryKey{port, true};
+  if (words.take("packet number")) return parsePacketNumber(port, words);
   if (words.take("the same SAK")) return parseSameSak(port, true, words, known);
   if (words.take("another SAK")) return parseSameSak(port, false, words, known);
   if (words.take("rotated")) return parseRotated(port, words, known);
@@ -84,37 +99,16 @@ What parseHas(PortName const& port, Words& words, Known const& known) {
     return parseNamedPeers(port, words, known);
   }
   if (words.atNumber()) return parseCountedPeers(port, words, known);
-  words.unknown("thing that a port has",
-                {"key server", "live peers", "no", "forwarding entry unauthorized", "sakTransmit",
-                 "a SAK", "the same SAK", "another SAK", "rotated"});
-}
-
-Logs parseLogs(std::string const& switchName, Words& words) {
-  Logs logs{switchName, {}, {}, 1, {}};
-  if (words.take("no")) {
-    logs.min = 0;
-    logs.max = 0;
-  } else if (words.atNumber()) {
-    logs.min = words.number("a number of lines", 1, 1000000);
-    logs.max = logs.min;
-  }
-  logs.name = words.any("the name of a syslog message");
-  if (!words.take("with")) return logs;
-  do {
-    bool whatever = words.take("*");
-    if (whatever) {
-      logs.arguments.emplace_back();
-    } else {
-      logs.arguments.emplace_back(words.any("an argument"));
-    }
-  } while (!words.atEnd());
-  return logs;
+  words.unknown(
+      "thing that a port has",
+      {"key server", "live peers", "no", "forwarding entry unauthorized", "sakTransmit", "a SAK",
+       "a primary key", "packet number", "the same SAK", "another SAK", "rotated"});
 }
 
 What parseWhat(Words& words, Known const& known) {
   Words port = words;
   auto switchName = words.switchName(known);
-  if (words.take("logs")) return parseLogs(switchName, words);
+  if (auto what = parseOfSwitch(switchName, words, known)) return std::move(*what);
   auto name = port.port(known);
   words = port;
   if (words.take("is key server")) return HasKeyServer{name, switchName, parseUnder(words, known)};
@@ -137,10 +131,20 @@ void checkSpan(Logs const& logs, When const& when, int column) {
   }
 }
 
-Mark const* markOf(What const& what) {
-  if (auto const* sak = std::get_if<SameSak>(&what)) return std::get_if<Mark>(&sak->as);
-  auto const* rotated = std::get_if<HasRotated>(&what);
-  return rotated && rotated->since ? &*rotated->since : nullptr;
+// The mark that the expectation looks back to.
+std::optional<Mark> markOf(What const& what) {
+  return std::visit(
+      [](auto const& expected) -> std::optional<Mark> {
+        if constexpr (requires { expected.since; }) {
+          return expected.since;
+        } else if constexpr (requires { expected.as; }) {
+          auto const* mark = std::get_if<Mark>(&expected.as);
+          return mark ? std::optional<Mark>(*mark) : std::nullopt;
+        } else {
+          return std::nullopt;
+        }
+      },
+      what);
 }
 
 }  // namespace
@@ -151,7 +155,7 @@ Expectation parseExpectation(Words& words, When const& when, Known const& known)
   words.needEnd();
   expectation.text = words.text();
   if (auto const* logs = std::get_if<Logs>(&expectation.what)) checkSpan(*logs, when, column);
-  auto const* mark = markOf(expectation.what);
+  auto const mark = markOf(expectation.what);
   double earliest = when.span == Span::by ? when.to : when.from;
   if (mark && known.marks.at(mark->name) > earliest) {
     Words::failAt(column, fmt::format("the mark '{}' is set later than this", mark->name),

@@ -23,19 +23,25 @@ std::string noActor(PortName const& port, std::optional<std::string> const& ckn)
 
 std::string sakOrNone(Sak const& sak) { return sak == Sak() ? "no SAK" : "SAK " + sakText(sak); }
 
+// Without a number, that of the newest key.
+Macsec::AssociationNumber newestAn(Macsec::CpStatus const& cpStatus) {
+  Macsec::Sak const& latest = cpStatus.latestSakContext().sak();
+  return latest == Sak() ? cpStatus.oldSakContext().sak().an() : latest.an();
+}
+
 }  // namespace
 
-Macsec::Status const& Findings::statusOf(PortName const& port) const {
-  return *simulation_.switchOf(port.switchName).host().status();
+Macsec::Status const& Findings::statusOf(std::string const& switchName) const {
+  return *simulation_.switchOf(switchName).host().status();
 }
 
 Vesk::Ptr<MkaActorStatus> Findings::actorOf(PortName const& port,
                                             std::optional<std::string> const& ckn) const {
-  return PortView(statusOf(port), intfOf(port)).actor(ckn);
+  return PortView(statusOf(port.switchName), intfOf(port)).actor(ckn);
 }
 
 Sak Findings::sakOf(PortName const& port) const {
-  return PortView(statusOf(port), intfOf(port)).txSak();
+  return PortView(statusOf(port.switchName), intfOf(port)).txSak();
 }
 
 // The name of the switch with that address, or the SCI when there is none.
@@ -47,7 +53,7 @@ std::string Findings::switchOf(Macsec::Sci const& sci) const {
 }
 
 Finding Findings::of(PortIs const& expected) const {
-  return of(expected, PortView(statusOf(expected.port), intfOf(expected.port)).state());
+  return of(expected, PortView(statusOf(expected.port.switchName), intfOf(expected.port)).state());
 }
 
 Finding Findings::of(PortIs const& expected, std::string const& state) {
@@ -74,6 +80,24 @@ Finding Findings::of(UsesKey const& expected) const {
   if (!actor) return {!expected.ckn, expected.port.text() + " uses no key"};
   return {expected.ckn && actor->ckn() == expected.ckn->c_str(),
           fmt::format("{} uses key {}", expected.port.text(), actor->ckn().view())};
+}
+
+Finding Findings::of(UsesDerivedKey const& expected) const {
+  auto const actor = actorOf(expected.port, std::nullopt);
+  if (!actor) return {false, expected.port.text() + " uses no key"};
+  auto const intfStatus = statusOf(expected.port.switchName).intfStatus(intfOf(expected.port));
+  bool const derives = intfStatus &&
+                       intfStatus->dot1xType() != Macsec::IntfStatus::dot1xTypeDefault &&
+                       intfStatus->key().ckn() == actor->ckn();
+  return {derives, fmt::format("{} uses the {} key {}", expected.port.text(),
+                               derives ? "derived" : "configured", actor->ckn().view())};
+}
+
+Finding Findings::of(HasPrimaryKey const& expected) const {
+  auto const intfStatus = statusOf(expected.port.switchName).intfStatus(intfOf(expected.port));
+  bool const any = intfStatus && intfStatus->key() != Macsec::Cak();
+  return {any == expected.any,
+          fmt::format("{} has {} primary key", expected.port.text(), any ? "a" : "no")};
 }
 
 Finding Findings::of(HasKeyServer const& expected) const {
@@ -152,13 +176,25 @@ Finding Findings::of(HasRotated const& expected) const {
                                                times, times == 1 ? "" : "s")};
 }
 
+Finding Findings::of(HasPeerPacketNumber const& expected) const {
+  std::string const port = expected.port.text();
+  auto const cpStatus = statusOf(expected.port.switchName).cpStatus(intfOf(expected.port));
+  if (!cpStatus) return {false, port + " is absent"};
+  Macsec::AssociationNumber const an =
+      expected.an ? Macsec::AssociationNumber(*expected.an) : newestAn(*cpStatus);
+  Macsec::RxLPN const* const taken = cpStatus->rxLPN(an);
+  uint32_t const number = taken ? taken->lpn() : 0;
+  return {number == expected.number,
+          fmt::format("{} has packet number {} from its peer for AN {}", port, number, an.value())};
+}
+
 std::string const& switchNameOf(Expectation const& expectation) {
   return std::visit(
       [](auto const& what) -> std::string const& {
-        if constexpr (std::is_same_v<std::decay_t<decltype(what)>, Logs>) {
-          return what.switchName;
-        } else {
+        if constexpr (requires { what.port; }) {
           return what.port.switchName;
+        } else {
+          return what.switchName;
         }
       },
       expectation.what);

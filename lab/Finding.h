@@ -21,6 +21,8 @@ class Findings {
   /// The same, of a state that the port is in: "open", "closed" or "absent".
   static Finding of(PortIs const& expected, std::string const& state);
   Finding of(UsesKey const& expected) const;
+  Finding of(UsesDerivedKey const& expected) const;
+  Finding of(HasPrimaryKey const& expected) const;
   Finding of(HasKeyServer const& expected) const;
   Finding of(HasLivePeers const& expected) const;
   Finding of(HasForwardingEntry const& expected) const;
@@ -28,9 +30,21 @@ class Findings {
   Finding of(HasSak const& expected) const;
   Finding of(SameSak const& expected) const;
   Finding of(HasRotated const& expected) const;
+  Finding of(HasPeerPacketNumber const& expected) const;
+
+  Finding of(HasExited const& expected) const;
+  Finding of(IsRunning const& expected) const;
+  Finding of(HasFipsMode const& expected) const;
+  Finding of(HasDelayProtection const& expected) const;
+  Finding of(HasMkpduPeriod const& expected) const;
+  Finding of(HasMkpduThreshold const& expected) const;
+  Finding of(HasWrittenNothing const& expected) const;
+  Finding of(HasReloadMistakes const& expected) const;
+  Finding of(HasReloadMistake const& expected) const;
 
  private:
-  Macsec::Status const& statusOf(PortName const& port) const;
+  Macsec::Status const& statusOf(std::string const& switchName) const;
+  SwitchRecord const& recordOf(std::string const& switchName) const;
   Vesk::Ptr<Macsec::MkaActorStatus> actorOf(PortName const& port,
                                             std::optional<std::string> const& ckn) const;
   Macsec::Sak sakOf(PortName const& port) const;

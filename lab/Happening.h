@@ -82,11 +82,24 @@ struct FramePassed {
   std::optional<std::string> verdict;  ///< of a received one
 };
 
+/// The process of the switch has ended itself.
+struct ProcessEnded {
+  int status;
+  double startsAgain;  ///< when the next one starts
+};
+
+/// The switch has read its configuration again.
+struct Reloaded {
+  std::string file;
+  bool taken;
+  std::vector<std::string> mistakes;  ///< because of which it wasn't taken
+};
+
 struct Happening {
   double time;
   std::string const& switchName;
   std::variant<SyslogLine, ForwardingChanged, PortChanged, SaAsked, SaInstalled, PrincipalChanged,
-               KeyServerChanged, PeersChanged, FramePassed>
+               KeyServerChanged, PeersChanged, FramePassed, ProcessEnded, Reloaded>
       what;
 };
 

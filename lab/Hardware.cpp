@@ -89,7 +89,7 @@ void Hardware::moodIs(HardwareMood mood, double delay) {
 }
 
 void Hardware::packetNumberIs(Lumo::IntfId intfId, uint32_t number) {
-  packetNumbers_[intfId] = number;
+  nextPacketNumberIs(intfId, number);
   auto const entry = slice_->status(intfId);
   auto const cpStatus = status_->cpStatus(intfId);
   if (!entry || !cpStatus || cpStatus->txSak() == Sak()) return;

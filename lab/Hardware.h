@@ -35,6 +35,8 @@ class Hardware {
   void moodIs(HardwareMood mood, double delay);
   /// The transmit SA that the interface asks for, now or next, is reported with this packet number.
   void packetNumberIs(Lumo::IntfId intfId, uint32_t number);
+  /// The same of the one that it asks for next.
+  void nextPacketNumberIs(Lumo::IntfId intfId, uint32_t number) { packetNumbers_[intfId] = number; }
 
   Vesk::Ptr<Macsec::MacSecStatus> const& slice() const { return slice_; }
   /// When the next answer is due; infinity when none is.

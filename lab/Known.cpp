@@ -2,6 +2,12 @@
 
 namespace Lab {
 
+namespace {
+
+constexpr size_t kDerivedNameDigits = 32;
+
+}  // namespace
+
 std::vector<std::string> Known::switchNames() const {
   std::vector<std::string> names;
   for (auto const& [name, spec] : switches) names.push_back(name);
@@ -17,10 +23,8 @@ std::vector<std::string> Known::interfacesOf(std::string const& switchName) cons
 }
 
 std::vector<std::string> Known::profilesOf(std::string const& switchName) const {
-  std::vector<std::string> names;
-  for (auto const& profile : switches.at(switchName)->config.profiles)
-    names.push_back(profile.name);
-  return names;
+  auto const& names = profiles_.at(switchName);
+  return {names.begin(), names.end()};
 }
 
 std::vector<std::string> Known::markNames() const {
@@ -32,11 +36,24 @@ std::vector<std::string> Known::markNames() const {
 void Known::add(SwitchSpec const& spec, bool sure) {
   switches[spec.name] = &spec;
   if (!sure) unsure.insert(spec.name);
-  for (auto const& intf : spec.config.interfaces) ports.insert({spec.name, intf.name});
-  for (auto const& profile : spec.config.profiles) {
+  add(spec.name, spec.config);
+}
+
+void Known::add(std::string const& switchName, Macsecd::SwitchConfig const& config) {
+  for (auto const& intf : config.interfaces) ports.insert({switchName, intf.name});
+  auto& names = profiles_[switchName];
+  for (auto const& profile : config.profiles) {
+    names.insert(profile.name);
     if (profile.key) keyNames.insert(profile.key->ckn);
     if (profile.fallbackKey) keyNames.insert(profile.fallbackKey->ckn);
   }
+}
+
+// A derived name has 128 bits in hexadecimal.
+bool Known::hasKeyName(std::string const& name) const {
+  if (keyNames.count(name) || !unsure.empty()) return true;
+  return derivesKeys && name.size() == kDerivedNameDigits &&
+         name.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
 }  // namespace Lab

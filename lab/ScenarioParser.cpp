@@ -55,6 +55,7 @@ class ScenarioParser {
   ScenarioParser(std::string const& file, ScenarioResult& result)
       : result_(result), scenario_(result.scenario) {
     scenario_.file = file;
+    known_.file = file;
   }
 
   void parse(std::string_view text) {
@@ -74,6 +75,9 @@ class ScenarioParser {
     for (auto const& line : timed) guarded(line, [&](Words& words) { parseTimed(line, words); });
     std::stable_sort(scenario_.actions.begin(), scenario_.actions.end(),
                      [](Action const& a, Action const& b) { return a.at < b.at; });
+    for (auto const& action : scenario_.actions) {
+      if (auto const* reload = std::get_if<Reload>(&action.what)) addLaterInterfaces(*reload);
+    }
   }
 
  private:
@@ -157,12 +161,17 @@ class ScenarioParser {
       int column = words.column();
       PortName port{words.switchName(known_), words.any("the interface")};
       known_.ports.insert(port);
-      if (!known_.wired.insert(port).second) {
+      if (!known_.wired.try_emplace(port).second) {
         Words::failAt(column, fmt::format("{} is on a wire already", port.text()),
                       "join all ports of a segment in one line: wire A e1 to B e1 to C e1");
       }
       wire.ends.push_back(port);
     } while (words.take("to"));
+    for (auto const& port : wire.ends) {
+      auto& others = known_.wired[port];
+      std::copy_if(wire.ends.begin(), wire.ends.end(), std::back_inserter(others),
+                   [&](PortName const& other) { return other != port; });
+    }
     if (wire.ends.size() < 2) words.fail("a wire needs two ends", "add 'to SWITCH INTERFACE'");
     if (words.take("with delay")) wire.delay = words.time();
     words.needEnd();
@@ -213,6 +222,20 @@ class ScenarioParser {
   void addExpectation(Line const& line, Words& words, When const& when) {
     scenario_.expectations.push_back(parseExpectation(words, when, known_));
     scenario_.expectations.back().line = line.number;
+  }
+
+  void addLaterInterfaces(Reload const& reload) {
+    if (!reload.read.good()) return;
+    for (SwitchSpec& spec : scenario_.switches) {
+      if (spec.name != reload.switchName) continue;
+      auto& later = spec.laterInterfaces;
+      for (auto const& interface : reload.read.config.interfaces) {
+        bool known = spec.config.interface(interface.name) ||
+                     std::any_of(later.begin(), later.end(),
+                                 [&](auto const& other) { return other.name == interface.name; });
+        if (!known) later.push_back(interface);
+      }
+    }
   }
 
   void checkWhole() {

@@ -47,12 +47,7 @@ void Simulation::makeSwitches(uint32_t seed) {
       [this](Switch& from, Lumo::IntfId intfId, std::span<uint8_t const> frame) {
         carry(from, intfId, frame);
       },
-      [this](Switch const& from, TreeWatch::What what) { tell(from, std::move(what)); },
-      [this](Switch const& from, int status) {
-        std::string const text = from.name() + " ends its process with status " +
-                                 std::to_string(status) + " and is started again";
-        for (Audience* audience : audience_) audience->acted(clock_.now, text);
-      }};
+      [this](Switch const& from, TreeWatch::What what) { tell(from, std::move(what)); }};
   for (SwitchSpec const& spec : scenario_.switches) {
     auto const index = static_cast<uint32_t>(switches_.size());
     switches_.push_back(
@@ -67,6 +62,11 @@ Switch& Simulation::switchOf(std::string const& name) const {
   }
   VESK_ASSERT(!"the parser lets no unknown switch through");
   std::abort();
+}
+
+SwitchRecord Simulation::markedRecord(Mark const& mark, std::string const& switchName) const {
+  auto const marked = marked_.find({mark.name, switchName});
+  return marked == marked_.end() ? SwitchRecord() : marked->second;
 }
 
 void Simulation::run() {

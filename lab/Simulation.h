@@ -37,6 +37,8 @@ class Simulation {
   /// The present virtual time in seconds.
   double now() const { return clock_.now; }
   SakHistory const& sakHistory() const { return sakHistory_; }
+  /// What had happened to a switch at a mark.
+  SwitchRecord markedRecord(Mark const& mark, std::string const& switchName) const;
   std::vector<std::unique_ptr<Switch>> const& switches() const { return switches_; }
   Switch& switchOf(std::string const& name) const;
 
@@ -77,7 +79,14 @@ class Simulation {
   void carryOut(PriorityChange const& change);
   void carryOut(RekeyPeriodChange const& change);
   void carryOut(SuiteChange const& change);
+  void carryOut(ProfileChange const& change);
+  void carryOut(Dot1xKeyChange const& change);
   void carryOut(ShutdownChange const& change);
+  void carryOut(DelayProtectionChange const& change);
+  void carryOut(FipsChange const& change);
+  void carryOut(FipsProviderChange const& change);
+  void carryOut(CountersCleared const& cleared);
+  void carryOut(Reload const& reload);
   void carryOut(Restart const& restart);
   void carryOut(HardwareChange const& change);
   void carryOut(PacketNumber const& number);
@@ -89,6 +98,7 @@ class Simulation {
   Clock clock_;
   bool const formerLog_;
   SakHistory sakHistory_;
+  std::map<std::pair<std::string, std::string>, SwitchRecord> marked_;  // by mark and switch
   std::vector<Audience*> audience_;
   std::vector<Wire> wires_;
   std::map<PortName, WireEnd> ends_;

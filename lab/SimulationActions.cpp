@@ -51,11 +51,47 @@ void Simulation::carryOut(SuiteChange const& change) {
                 [&](Macsecd::ProfileConfig& profile) { profile.cipherSuite = change.suite; });
 }
 
+void Simulation::carryOut(ProfileChange const& change) {
+  switchOf(change.port.switchName).configure([&](Macsecd::SwitchConfig& config) {
+    for (auto& interface : config.interfaces) {
+      if (interface.name == change.port.interface) interface.profile = change.profile;
+    }
+  });
+}
+
+void Simulation::carryOut(Dot1xKeyChange const& change) {
+  for (auto const& [port, type] : change.ends) {
+    switchOf(port.switchName).dot1xKeyIs(Lumo::IntfId(port.interface.c_str()), type, change.key);
+  }
+}
+
 void Simulation::carryOut(ShutdownChange const& change) {
   switchOf(change.switchName).configure([&](Macsecd::SwitchConfig& config) {
     config.shutdown = change.shutdown;
   });
 }
+
+void Simulation::carryOut(DelayProtectionChange const& change) {
+  switchOf(change.switchName).configure([&](Macsecd::SwitchConfig& config) {
+    config.delayProtection = change.on;
+  });
+}
+
+void Simulation::carryOut(FipsChange const& change) {
+  switchOf(change.switchName).configure([&](Macsecd::SwitchConfig& config) {
+    config.fips = change.on;
+  });
+}
+
+void Simulation::carryOut(FipsProviderChange const& change) {
+  switchOf(change.switchName).world().hasFipsProvider = change.isThere;
+}
+
+void Simulation::carryOut(CountersCleared const& cleared) {
+  switchOf(cleared.switchName).clearCounters();
+}
+
+void Simulation::carryOut(Reload const& reload) { switchOf(reload.switchName).reload(reload); }
 
 void Simulation::carryOut(Restart const& restart) { switchOf(restart.switchName).restart(); }
 
@@ -67,12 +103,18 @@ void Simulation::carryOut(HardwareChange const& change) {
 
 void Simulation::carryOut(PacketNumber const& number) {
   switchOf(number.port.switchName).hardware([&](Hardware& hardware) {
-    hardware.packetNumberIs(Lumo::IntfId(number.port.interface.c_str()), number.number);
+    Lumo::IntfId const intfId(number.port.interface.c_str());
+    if (number.ofNextKey) {
+      hardware.nextPacketNumberIs(intfId, number.number);
+    } else {
+      hardware.packetNumberIs(intfId, number.number);
+    }
   });
 }
 
 void Simulation::carryOut(Mark const& mark) {
   for (auto const& one : switches_) {
+    marked_[{mark.name, one->name()}] = one->record();
     for (Lumo::IntfId const intfId : one->interfaces()) {
       sakHistory_.markIs(mark.name, {one->name(), intfId.stringValue().charPtr()},
                          PortView(*one->host().status(), intfId).txSak());

@@ -1,12 +1,34 @@
 #include "lab/Switch.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "lab/FrameSummary.h"
 #include "platform/CknOctets.h"
 #include "platform/Hex.h"
+#include "platform/WardcodeLib.h"
 
 namespace Lab {
 
 namespace {
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
+
+// A process that ends while it starts would do so again at once.
+constexpr double kSecondsToNextTry = 1.0;
+
+bool isConfiguration(Vesk::Entity const& entity) {
+  return dynamic_cast<Macsec::Config const*>(&entity) ||
+         dynamic_cast<Macsec::Profile const*>(&entity) ||
+         dynamic_cast<Macsec::IntfConfig const*>(&entity);
+}
+
+// All that the switch has, whatever its configuration names now.
+std::vector<Macsecd::InterfaceConfig> interfacesOf(SwitchSpec const& spec) {
+  auto all = spec.config.interfaces;
+  all.insert(all.end(), spec.laterInterfaces.begin(), spec.laterInterfaces.end());
+  return all;
+}
 
 using SubType = Codec::FrameCounters::SubType;
 constexpr size_t kSubTypes = static_cast<size_t>(SubType::unrecognizedSetErr) + 1;
@@ -46,22 +68,21 @@ void Switch::inWorld(Work work) {
   try {
     work();
   } catch (SwitchExit const& exit) {
-    outlets_.exited(*this, exit.status);
-    restart();
+    processEnded(exit.status);
   }
 }
 
 Switch::Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock const& clock,
                uint32_t seed, uint32_t index, Outlets outlets)
     : spec_(spec),
+      icvIndicator_(icvIndicator),
       config_(spec.config),
       outlets_(std::move(outlets)),
-      world_(clock, seed, index, spec.firstDelays) {
-  for (auto& interface : config_.interfaces) {
-    interfaces_.emplace_back(interface.name.c_str());
-    auto& indicator = interface.dialect.icvIndicator;
-    if (indicator == Codec::Dialect().icvIndicator) indicator = icvIndicator;
-  }
+      world_(clock, seed, index, spec.firstDelays),
+      startsAgain_(kNever) {
+  world_.hasFipsProvider = spec.hasFipsProvider;
+  withIcvIndicator(config_);
+  for (auto const& interface : interfacesOf(spec)) interfaces_.emplace_back(interface.name.c_str());
   inWorld([&] {
     host_ = std::make_unique<Macsecd::Host>(spec_.name, *this,
                                             Macsecd::HostOptions{.emulateHardware = false});
@@ -85,18 +106,33 @@ void Switch::connectWorld() {
     tell(SyslogLine{message.handle.name(), static_cast<uint8_t>(message.handle.severity()),
                     message.arguments, message.text});
   };
-  world_.sinks.attribute = [this](Vesk::AttributeWrite const& write) { watch_->written(write); };
+  world_.sinks.attribute = [this](Vesk::AttributeWrite const& write) { written(write); };
+}
+
+void Switch::written(Vesk::AttributeWrite const& write) {
+  ++record_.writes;
+  if (isConfiguration(write.entity)) ++record_.configurationWrites;
+  watch_->written(write);
+}
+
+// Interfaces whose configuration asks for no other form go by that of the scenario.
+void Switch::withIcvIndicator(Macsecd::SwitchConfig& config) const {
+  for (auto& interface : config.interfaces) {
+    auto& indicator = interface.dialect.icvIndicator;
+    if (indicator == Codec::Dialect().icvIndicator) indicator = icvIndicator_;
+  }
 }
 
 void Switch::start() {
   started_ = true;
   inWorld([&] {
-    for (auto const& interface : config_.interfaces) {
+    for (auto const& interface : interfacesOf(spec_)) {
       host_->interfaceIs(Lumo::IntfId(interface.name.c_str()), spec_.mac, interface.portNumber);
     }
-    host_->configIs(config_);
     hardware_->follow(host_->status());
-    host_->start();
+    startProcess();
+  });
+  inWorld([&] {
     for (Lumo::IntfId const intfId : interfaces_) host_->linkIs(intfId, isUp(intfId));
   });
 }
@@ -104,9 +140,33 @@ void Switch::start() {
 void Switch::restart() {
   if (!started_) return;
   inWorld([&] {
-    host_->restart();
-    hardware_->follow(host_->status());
+    processDied();
+    startProcess();
   });
+}
+
+// A process reads the whole configuration, however far the one before it has come.
+void Switch::startProcess() {
+  startsAgain_ = kNever;
+  starting_ = true;
+  host_->configIs(config_);
+  host_->start();
+  starting_ = false;
+}
+
+void Switch::processDied() {
+  host_->die();
+  hardware_->follow(host_->status());
+}
+
+void Switch::processEnded(int status) {
+  bool const wasStarting = std::exchange(starting_, false);
+  processDied();
+  world_.processBegins();
+  record_.exits.push_back(status);
+  startsAgain_ = wasStarting ? world_.now() + kSecondsToNextTry : world_.now();
+  tell(ProcessEnded{status, startsAgain_});
+  if (!wasStarting) inWorld([&] { startProcess(); });
 }
 
 void Switch::linkIs(Lumo::IntfId intfId, bool up) {
@@ -123,18 +183,44 @@ void Switch::configure(std::function<void(Macsecd::SwitchConfig&)> const& change
   if (started_) inWorld([&] { host_->configIs(config_); });
 }
 
+void Switch::reload(Reload reload) {
+  withIcvIndicator(reload.read.config);
+  record_.reloadMistakes = reload.read.mistakes;
+  std::vector<std::string> mistakes;
+  for (auto const& mistake : reload.read.mistakes) mistakes.push_back(mistake.text());
+  tell(Reloaded{reload.file, reload.read.good(), mistakes});
+  if (reload.read.good()) config_ = reload.read.config;
+  if (started_) inWorld([&] { host_->reload(reload.read); });
+}
+
+void Switch::dot1xKeyIs(Lumo::IntfId intfId, uint8_t type, std::optional<Dot1xKey> const& key) {
+  inWorld([&] {
+    if (!key) return host_->eapKeyStatus()->keyDel(intfId);
+    auto const encoded = WardcodeLib::doEncodeKey(key->masterSessionKey);
+    host_->eapKeyStatus()->keyIs(
+        intfId, Dot1x::EapKey(type, encoded, key->sessionId, key->firstAddr, key->secondAddr));
+  });
+}
+
+void Switch::clearCounters() {
+  inWorld([&] { host_->config()->clearMkaCountersInc(1); });
+}
+
 void Switch::hardware(std::function<void(Hardware&)> const& change) {
   inWorld([&] { change(*hardware_); });
 }
 
 double Switch::nextTime() const {
-  return std::min(host_->timerWheel()->nextTime(), hardware_->nextTime());
+  return std::min({startsAgain_, host_->timerWheel()->nextTime(), hardware_->nextTime()});
 }
 
 bool Switch::runOne() {
   if (nextTime() > world_.now()) return false;
   bool ran = true;
-  inWorld([&] { ran = host_->timerWheel()->runOne() || hardware_->answerOne(); });
+  inWorld([&] {
+    if (startsAgain_ <= world_.now()) return startProcess();
+    ran = host_->timerWheel()->runOne() || hardware_->answerOne();
+  });
   return ran;
 }
 

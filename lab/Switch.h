@@ -8,19 +8,20 @@
 #include "codec/FrameSink.h"
 #include "host/Host.h"
 #include "lab/Hardware.h"
+#include "lab/SwitchRecord.h"
 #include "lab/SwitchWorld.h"
 #include "lab/TreeWatch.h"
 
 namespace Lab {
 
 /// One whole switch in a simulation: its world, its host, its hardware. Whatever runs in it runs in
-/// its world; a switch whose process ends itself is restarted over its trees.
+/// its world. A process that ends itself is followed by another one over its trees: at once, or one
+/// second later if it has ended while it started.
 class Switch final : public Codec::FrameSink {
  public:
   struct Outlets {
     std::function<void(Switch&, Lumo::IntfId, std::span<uint8_t const>)> sent;
     std::function<void(Switch const&, TreeWatch::What)> happened;
-    std::function<void(Switch const&, int status)> exited;
   };
 
   /// `icvIndicator` is that of interfaces whose configuration names no other than the default.
@@ -35,17 +36,25 @@ class Switch final : public Codec::FrameSink {
   std::vector<Lumo::IntfId> const& interfaces() const { return interfaces_; }
   bool isUp(Lumo::IntfId intfId) const { return started_ && !downLinks_.count(intfId); }
 
+  SwitchRecord const& record() const { return record_; }
+
   void start();
+  /// The process dies, and another one starts at once.
   void restart();
   void linkIs(Lumo::IntfId intfId, bool up);
   /// The configuration after `change` has been at it.
   void configure(std::function<void(Macsecd::SwitchConfig&)> const& change);
+  /// Takes a configuration over that was read again, if it has no mistake.
+  void reload(Reload reload);
+  /// The 802.1X module publishes a key on an interface, or withdraws what it has published.
+  void dot1xKeyIs(Lumo::IntfId intfId, uint8_t type, std::optional<Dot1xKey> const& key);
+  void clearCounters();
   void hardware(std::function<void(Hardware&)> const& change);
   void receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
 
-  /// When a timer or an answer of the hardware is due next; infinity when none is.
+  /// When a new process, a timer or an answer of the hardware is due next; infinity when none is.
   double nextTime() const;
-  /// Runs one timer that is due, or else one answer that is due. False if nothing was.
+  /// Runs the first of them that is due. False if nothing was.
   bool runOne();
 
   void send(Lumo::IntfId intfId, std::span<uint8_t const> frame) override;
@@ -54,10 +63,16 @@ class Switch final : public Codec::FrameSink {
   template <class Work>
   void inWorld(Work work);
   void connectWorld();
+  void withIcvIndicator(Macsecd::SwitchConfig& config) const;
+  void startProcess();
+  void processDied();
+  void processEnded(int status);
+  void written(Vesk::AttributeWrite const& write);
   void tell(TreeWatch::What what);
   FramePassed passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const;
 
   SwitchSpec const& spec_;
+  Codec::IcvIndicator const icvIndicator_;
   Macsecd::SwitchConfig config_;
   Outlets outlets_;
   SwitchWorld world_;
@@ -66,7 +81,10 @@ class Switch final : public Codec::FrameSink {
   std::unique_ptr<Macsecd::Host> host_;
   std::unique_ptr<Hardware> hardware_;
   std::unique_ptr<TreeWatch> watch_;
+  SwitchRecord record_;
   bool started_ = false;
+  bool starting_ = false;
+  double startsAgain_;
   // What a frame brings about is told behind the frame, whose verdict is known at its end alone.
   std::optional<std::vector<TreeWatch::What>> heldBack_;
 };

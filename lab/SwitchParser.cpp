@@ -47,7 +47,7 @@ class SwitchParser {
       parseBlock(below);
     } else if (words.take("mac")) {
       once(words, "mac");
-      parseMac(words);
+      spec_.mac = words.address();
     } else if (words.take("start at")) {
       once(words, "start at");
       spec_.start = words.time();
@@ -56,11 +56,16 @@ class SwitchParser {
       do {
         spec_.firstDelays.push_back(words.number("a delay in whole seconds", 0, UINT32_MAX));
       } while (!words.atEnd());
+    } else if (words.take("FIPS provider")) {
+      once(words, "FIPS provider");
+      words.need("is missing");
+      spec_.hasFipsProvider = false;
     } else if (words.take("config")) {
       once(words, "config");
       parseFile(words);
     } else {
-      words.unknown("entry of a switch", {"mac", "start at", "first delays", "config", "config:"});
+      words.unknown("entry of a switch",
+                    {"mac", "start at", "first delays", "FIPS provider", "config", "config:"});
     }
     words.needEnd();
     if (!block && !below.empty()) {
@@ -72,16 +77,6 @@ class SwitchParser {
   void once(Words const& words, std::string const& entry) {
     if (seen_.insert(entry).second) return;
     words.fail(fmt::format("'{}' stands twice in switch {}", entry, spec_.name), "remove one");
-  }
-
-  void parseMac(Words& words) {
-    int column = words.column();
-    auto mac = Lumo::EthAddr::parsed(words.any("the MAC address"));
-    if (!mac) {
-      Words::failAt(column, "this isn't a MAC address",
-                    "write six pairs of hexadecimal digits: 02:00:00:00:00:01");
-    }
-    spec_.mac = *mac;
   }
 
   /// The lines of the block go to YAML as they stand, blank ones in place of those between.

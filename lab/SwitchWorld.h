@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "lab/Clock.h"
@@ -46,15 +47,21 @@ class SwitchWorld final : public Vesk::World {
   }
   void randomBytes(std::span<uint8_t> out) override { keys_.fill(out); }
   void syslog(Vesk::LogMessage const& message) override {
-    if (sinks.syslog) sinks.syslog(message);
+    if (sinks.syslog && !ended_) sinks.syslog(message);
   }
   void attributeWritten(Vesk::AttributeWrite const& write) override {
-    if (sinks.attribute) sinks.attribute(write);
+    if (sinks.attribute && !ended_) sinks.attribute(write);
   }
   void trace(Vesk::TraceRecord const& record) override {
-    if (sinks.trace) sinks.trace(record);
+    if (sinks.trace && !ended_) sinks.trace(record);
   }
-  [[noreturn]] void exit(int status) override { throw SwitchExit{status}; }
+  /// What is still on its way out of a process that has ended reaches nobody.
+  void exit(int status) override {
+    if (std::exchange(ended_, true)) return;
+    throw SwitchExit{status};
+  }
+  /// A new process begins.
+  void processBegins() { ended_ = false; }
   /// The crypto library is that of the whole simulation, so here the mode is but a matter of
   /// success.
   int fipsModeSet(int on) override { return on && !hasFipsProvider ? 0 : 1; }
@@ -68,6 +75,7 @@ class SwitchWorld final : public Vesk::World {
   Random keys_;
   std::vector<uint32_t> firstDelays_;
   size_t used_ = 0;
+  bool ended_ = false;
 };
 
 }  // namespace Lab

@@ -22,6 +22,16 @@ void Timeline::happened(Happening const& happening) {
     line(happening.time, happening.switchName, syslog->name + ": " + syslog->text);
   } else if (auto const* port = std::get_if<PortChanged>(&happening.what)) {
     line(happening.time, happening.switchName, "port " + port->interface + " is " + port->state);
+  } else if (auto const* ended = std::get_if<ProcessEnded>(&happening.what)) {
+    line(happening.time, happening.switchName,
+         fmt::format("process ends with status {}, the next starts at {}", ended->status,
+                     timeText(ended->startsAgain)));
+  } else if (auto const* reloaded = std::get_if<Reloaded>(&happening.what)) {
+    line(happening.time, happening.switchName,
+         fmt::format("{} is {}taken over", reloaded->file, reloaded->taken ? "" : "not "));
+    for (auto const& mistake : reloaded->mistakes) {
+      line(happening.time, happening.switchName, mistake);
+    }
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace Lab {
 
@@ -155,19 +156,48 @@ ProfileName Words::profileOn(Known const& known) {
   size_t at = next_;
   any("the name of a profile");
   need("on");
-  ProfileName profile{switchName(known), words_[at].text};
-  auto profiles = known.profilesOf(profile.switchName);
-  bool found = std::count(profiles.begin(), profiles.end(), profile.profile) > 0;
-  if (!found && !known.unsure.count(profile.switchName)) {
-    next_ = at;
-    unknown("profile of " + profile.switchName, profiles);
-  }
-  return profile;
+  std::string const owner = switchName(known);
+  size_t const behind = std::exchange(next_, at);
+  ProfileName named{owner, profile(owner, known)};
+  next_ = behind;
+  return named;
+}
+
+PortName Words::interfaceOn(Known const& known) {
+  size_t at = next_;
+  any("the interface");
+  need("on");
+  PortName named{switchName(known), words_[at].text};
+  if (known.ports.count(named) || known.unsure.count(named.switchName)) return named;
+  next_ = at;
+  unknown("interface of " + named.switchName, known.interfacesOf(named.switchName));
+}
+
+std::string Words::profile(std::string const& switchName, Known const& known) {
+  if (atEnd()) fail("the name of a profile is missing", "add it at the end of the line");
+  auto profiles = known.profilesOf(switchName);
+  bool found = std::count(profiles.begin(), profiles.end(), peek()) > 0;
+  if (!found && !known.unsure.count(switchName)) unknown("profile of " + switchName, profiles);
+  return words_[next_++].text;
+}
+
+bool Words::onOrOff() {
+  bool on = take("on");
+  if (!on && !take("off")) unknown("state", {"on", "off"});
+  return on;
+}
+
+Lumo::EthAddr Words::address() {
+  int column = this->column();
+  auto parsed = Lumo::EthAddr::parsed(any("the MAC address"));
+  if (parsed) return *parsed;
+  failAt(column, "this isn't a MAC address",
+         "write six pairs of hexadecimal digits: 02:00:00:00:00:01");
 }
 
 std::string Words::keyName(Known const& known) {
   if (atEnd()) fail("the name of a key is missing", "add it");
-  if (!known.keyNames.count(peek()) && known.unsure.empty()) {
+  if (!known.hasKeyName(peek())) {
     unknown("key up to this line", {known.keyNames.begin(), known.keyNames.end()});
   }
   return words_[next_++].text;

@@ -59,6 +59,11 @@ class Words {
   PortName port(Known const& known);
   PortName wiredPort(Known const& known);
   ProfileName profileOn(Known const& known);
+  /// "INTERFACE on SWITCH".
+  PortName interfaceOn(Known const& known);
+  std::string profile(std::string const& switchName, Known const& known);
+  bool onOrOff();
+  Lumo::EthAddr address();
   std::string keyName(Known const& known);
   Mark mark(Known const& known);
 
