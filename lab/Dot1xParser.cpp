@@ -20,9 +20,8 @@ bool isOctets(std::string_view digits) {
 
 constexpr char const* kOctetsRemedy = "write an even number of hexadecimal digits";
 
-// "on PORT", or "on both ends at PORT".
+// "PORT", or "both ends at PORT".
 std::vector<Dot1xEnd> parseEnds(Words& words, Known const& known) {
-  words.need("on");
   if (!words.take("both ends at")) return {{words.port(known), kServerType}};
   int column = words.column();
   PortName const port = words.wiredPort(known);
@@ -78,7 +77,7 @@ Vesk::String8 parseMasterKey(Words& words) {
 }  // namespace
 
 Dot1xKeyChange parsePublish(Words& words, Known& known) {
-  words.need("802.1X key");
+  words.need("802.1X key on");
   int column = words.column();
   Dot1xKeyChange change{parseEnds(words, known), Dot1xKey()};
   if (words.take("of type")) {
@@ -94,7 +93,7 @@ Dot1xKeyChange parsePublish(Words& words, Known& known) {
 }
 
 Dot1xKeyChange parseWithdraw(Words& words, Known const& known) {
-  words.need("802.1X key");
+  words.need("802.1X key on");
   return {parseEnds(words, known), std::nullopt};
 }
 
