@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "lab/FrameSummary.h"
-#include "platform/CknOctets.h"
-#include "platform/Hex.h"
 #include "platform/WardcodeLib.h"
 
 namespace Lab {
@@ -30,47 +27,7 @@ std::vector<Macsecd::InterfaceConfig> interfacesOf(SwitchSpec const& spec) {
   return all;
 }
 
-using SubType = Codec::FrameCounters::SubType;
-constexpr size_t kSubTypes = static_cast<size_t>(SubType::unrecognizedSetErr) + 1;
-
-// Frames received on an interface: accepted, and refused by each sub type.
-struct RxCounts {
-  uint64_t accepted = 0;
-  std::array<uint64_t, kSubTypes> refused{};
-};
-
-RxCounts rxCounts(Macsecd::Host const& host, Lumo::IntfId intfId) {
-  using enum Macsec::MessageCounterDirection;
-  using enum Macsec::MessageCounterType;
-  RxCounts counts;
-  if (!host.codec()) return counts;
-  auto const& counters = host.codec()->counters();
-  counts.accepted = counters.value(intfId, rx, success, SubType::none);
-  for (size_t i = 0; i < kSubTypes; ++i) {
-    counts.refused[i] = counters.value(intfId, rx, failure, static_cast<SubType>(i));
-  }
-  return counts;
-}
-
-std::string verdict(RxCounts const& before, RxCounts const& after) {
-  if (after.accepted != before.accepted) return "accepted";
-  for (size_t i = 0; i < kSubTypes; ++i) {
-    if (after.refused[i] != before.refused[i]) return stringValue(static_cast<SubType>(i));
-  }
-  return "ignored";
-}
-
 }  // namespace
-
-template <class Work>
-void Switch::inWorld(Work work) {
-  Vesk::WorldScope const scope(world_);
-  try {
-    work();
-  } catch (SwitchExit const& exit) {
-    processEnded(exit.status);
-  }
-}
 
 Switch::Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock const& clock,
                uint32_t seed, uint32_t index, Outlets outlets)
@@ -224,47 +181,12 @@ bool Switch::runOne() {
   return ran;
 }
 
-void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
-  FramePassed frameReceived = passed(intfId, frame);
-  frameReceived.received = true;
-  heldBack_.emplace();
-  inWorld([&] {
-    RxCounts const before = rxCounts(*host_, intfId);
-    host_->receive(intfId, frame);
-    frameReceived.verdict = verdict(before, rxCounts(*host_, intfId));
-  });
-  auto const following = std::exchange(heldBack_, std::nullopt);
-  tell(std::move(frameReceived));
-  for (auto const& what : *following) tell(what);
-}
-
-void Switch::send(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
-  tell(passed(intfId, frame));
-  outlets_.sent(*this, intfId, frame);
-}
-
 void Switch::tell(TreeWatch::What what) {
   if (heldBack_) {
     heldBack_->push_back(std::move(what));
   } else {
     outlets_.happened(*this, std::move(what));
   }
-}
-
-// A key is called as its actor here spells it, or by its octets if there is none.
-FramePassed Switch::passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const {
-  FrameSummary summary = summaryOf(frame);
-  auto const portStatus = host_->status()->portStatus(intfId);
-  if (portStatus && summary.ckn) {
-    for (Macsec::MkaActorStatus& actor : portStatus->actorStatus()) {
-      Macsec::CknOctets const ckn(actor.ckn().view());
-      if (Macsec::hexString(ckn.octets()) != summary.ckn->c_str()) continue;
-      summary.ckn = actor.ckn().charPtr();
-      break;
-    }
-  }
-  return {intfId.stringValue().charPtr(), false,        summary.ckn,  summary.memberId,
-          summary.messageNumber,          frame.size(), summary.sets, std::nullopt};
 }
 
 }  // namespace Lab

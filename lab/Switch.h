@@ -61,7 +61,14 @@ class Switch final : public Codec::FrameSink {
 
  private:
   template <class Work>
-  void inWorld(Work work);
+  void inWorld(Work work) {
+    Vesk::WorldScope const scope(world_);
+    try {
+      work();
+    } catch (SwitchExit const& exit) {
+      processEnded(exit.status);
+    }
+  }
   void connectWorld();
   void withIcvIndicator(Macsecd::SwitchConfig& config) const;
   void startProcess();

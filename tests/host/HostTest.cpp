@@ -208,6 +208,27 @@ TEST_F(Hosts, ARestartedSwitchTakesUpWhatTheFormerProcessLeft) {
   EXPECT_TRUE(b.host.status()->cpStatus(kIntf)->controlledPortEnabled());
 }
 
+TEST_F(Hosts, AProcessThatDiesLeavesItsTreeToTheOneThatStarts) {
+  Switch a(1), b(2);
+  a.bringUp();
+  b.bringUp();
+  talk(a, b, 20);
+  Vesk::WorldScope const scope(a.world);
+  Vesk::String8 const msgId = a.actor()->msgId();
+  size_t const lines = a.world.logs.size();
+  a.host.die();
+  EXPECT_FALSE(a.host.running());
+  EXPECT_EQ(a.actor()->msgId(), msgId);
+  EXPECT_TRUE(a.host.status()->cpStatus(kIntf)->controlledPortEnabled());
+  EXPECT_EQ(a.host.timerWheel()->nextTime(), Zorn::never);
+  EXPECT_EQ(a.world.logs.size(), lines);
+  a.host.die();
+  EXPECT_EQ(a.actor()->msgId(), msgId) << "who is dead already leaves the same tree";
+  a.host.start();
+  EXPECT_TRUE(a.host.running());
+  EXPECT_EQ(a.actor()->msgId(), msgId);
+}
+
 // A key that somebody has taken up before is not in the hands of the FIPS provider.
 TEST_F(Hosts, TheFipsModeIsSetBeforeAnybodyTakesUpTheKeysOfTheTree) {
   Switch s(1);

@@ -20,6 +20,8 @@ FIELDS = ["frame.time_epoch", "frame.len", "eth.src", "mka.actor_mi", "mka.actor
           "mka.old_key_number", "mka.old_key_an"]
 SET_NAMES = {1: "live-peers", 2: "potential-peers", 3: "sak-use", 4: "dist-sak", 5: "dist-cak",
              255: "icv-indicator"}
+# Switches whose key from 802.1X is of the type that can't be key server.
+SUPPLICANTS = {"dot1x": "B", "dot1x-stale-key": "B"}
 
 
 def run(*arguments):
@@ -181,9 +183,9 @@ class Captures(Folder):
             frames += [dict(zip(FIELDS, row.split("\t"))) for row in
                        tshark("-r", capture, "-Y", "mka", "-T", "fields", *arguments)]
         self.assertTrue(frames)
-        self.compare(frames, events)
+        self.compare(frames, events, SUPPLICANTS.get(name))
 
-    def compare(self, frames, events):
+    def compare(self, frames, events, supplicant):
         sent = {(event["memberId"], event["messageNumber"]): number
                 for number, event in enumerate(events) if event["kind"] == "frame-sent"}
         for frame in frames:
@@ -196,7 +198,7 @@ class Captures(Folder):
             sets = [SET_NAMES[int(kind)] for kind in frame["mka.param_set_type"].split(",") if kind]
             self.assertEqual([kind for kind in sets if kind != "icv-indicator"],
                              [kind for kind in event["sets"] if kind != "icv-indicator"])
-            self.compare_state(frame, State(events[:sent[key]], event))
+            self.compare_state(frame, State(events[:sent[key]], event, supplicant))
 
     def compare_state(self, frame, state):
         peers = [peer for peer in frame["mka.peer_mi"].split(",") if peer]
@@ -219,8 +221,10 @@ class Captures(Folder):
 class State:
     """What the trees of a switch held as it sent a frame, from the events before it."""
 
-    def __init__(self, events, sent):
-        self.peers, self.key_server, self.asked = [], True, set()
+    def __init__(self, events, sent, supplicant):
+        # Who may be key server and knows of none offers itself.
+        offers = sent["switch"] != supplicant
+        self.peers, self.key_server, self.asked = [], offers, set()
         for event in events:
             if (event["switch"], event.get("interface")) != (sent["switch"], sent["interface"]):
                 continue
@@ -231,8 +235,7 @@ class State:
             if event["kind"] == "peers":
                 self.peers = sorted(event["live"] + event["potential"])
             elif event["kind"] == "key-server":
-                # Who knows of no key server offers itself.
-                self.key_server = event["self"] or event["sci"] is None
+                self.key_server = event["self"] or (offers and event["sci"] is None)
 
 
 if __name__ == "__main__":
