@@ -1,0 +1,90 @@
+#pragma once
+
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/KeyText.h"
+#include "linux/Descriptor.h"
+#include "linux/LineBuffer.h"
+#include "linux/UnixListener.h"
+#include "platform/EapKeyStatus.h"
+
+namespace Linux {
+
+struct EapKeyFeedOptions {
+  /// Whose processes may publish.
+  std::vector<uid_t> users = {0, geteuid()};
+  /// Connections at one time; further ones are turned away.
+  size_t maxClients = 16;
+};
+
+/// Takes keys from 802.1X authenticators and supplicants, which are other programs, and publishes
+/// them: one JSON object on each line of a Unix stream socket (`readEapKeyLine`), one answer on a
+/// line to each, {"ok":true} or {"error":"...","remedy":"..."}. The end of a connection withdraws
+/// nothing.
+///
+/// It has no loop of its own and never blocks: whoever runs one waits for `fd()` to become readable
+/// and calls `run()`, in the world of the switch (`Vesk::WorldScope`).
+class EapKeyFeed {
+ public:
+  /// What has come so far.
+  struct Counts {
+    uint64_t published = 0;
+    uint64_t withdrawn = 0;
+    uint64_t refusedLines = 0;
+    uint64_t refusedUsers = 0;  ///< connections of somebody who may not publish
+    uint64_t turnedAway = 0;    ///< connections beyond the most
+    uint64_t slowReaders = 0;   ///< connections ended because nobody read the answers
+    friend bool operator==(Counts const&, Counts const&) = default;
+  };
+
+  explicit EapKeyFeed(Vesk::Ptr<Dot1x::EapKeyStatus> keys, EapKeyFeedOptions options = {});
+  ~EapKeyFeed();
+  EapKeyFeed(EapKeyFeed const&) = delete;
+  EapKeyFeed& operator=(EapKeyFeed const&) = delete;
+
+  /// Opens the socket at this path. The file is for its owner alone, unless others may publish:
+  /// then everybody can connect, and is asked who it is. Returns what is wrong and what to do about
+  /// it, with the path in front; nothing when all is well.
+  [[nodiscard]] std::optional<std::string> listenAt(std::string const& path);
+  /// Readable when there is something to do; the same for as long as the feed lives.
+  int fd() const { return epoll_.fd(); }
+  /// Does what there is to do; returns when it would have to wait.
+  void run();
+
+  Counts const& counts() const { return counts_; }
+  size_t clients() const { return clients_.size(); }
+
+ private:
+  struct Client {
+    Client(Descriptor socket, uid_t user) : socket(std::move(socket)), user(user) {}
+    Descriptor const socket;
+    uid_t const user;
+    LineBuffer lines;
+  };
+
+  void acceptAll();
+  void greet(Descriptor socket);
+  bool watch(int fd);
+  void serve(int fd);
+  bool readFrom(Client& client);
+  bool takeLines(Client& client);
+  bool take(Client const& client, std::span<uint8_t> line);
+  bool refuse(Client const& client, Macsecd::Fault const& fault);
+  bool answer(Client const& client, std::string const& text);
+
+  Vesk::Ptr<Dot1x::EapKeyStatus> const keys_;
+  EapKeyFeedOptions const options_;
+  Descriptor epoll_;
+  std::optional<UnixListener> listener_;
+  std::map<int, std::unique_ptr<Client>> clients_;
+  Counts counts_;
+};
+
+}  // namespace Linux
