@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "lab/ActionParts.h"
+#include "lab/CountParts.h"
 
 namespace Lab {
 
@@ -65,6 +66,7 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
   if (words.take("FIPS provider of")) return parseFipsProvider(words, known);
   if (words.take("restart")) return Restart{words.switchName(known)};
   if (words.take("hardware")) return parseHardware(words, known);
+  if (words.take("send a frame with")) return parseSendFrame(words, known);
   if (words.take("mark")) return parseMark(words, at, known);
   words.unknown("action", {"expect",
                            "link",
@@ -86,6 +88,7 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
                            "FIPS provider of",
                            "restart",
                            "hardware",
+                           "send a frame with",
                            "mark"});
 }
 

@@ -8,6 +8,7 @@
 
 #include "host/ConfigFile.h"
 #include "lab/Names.h"
+#include "platform/MessageCounterTypes.h"
 #include "runtime/EthAddr.h"
 
 namespace Lab {
@@ -128,6 +129,12 @@ struct PacketNumber {
   bool ofNextKey;
 };
 
+/// A frame with this defect, and no other, arrives at the port; no other port hears it.
+struct SendFrame {
+  PortName port;
+  Macsec::MessageCounterFailureSubType defect;
+};
+
 struct Action {
   int line = 0;
   double at = 0;
@@ -135,7 +142,7 @@ struct Action {
   std::variant<LinkChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange, SuiteChange,
                ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange, FipsChange,
                FipsProviderChange, CountersCleared, Reload, Restart, HardwareChange, PacketNumber,
-               Mark>
+               SendFrame, Mark>
       what;
 };
 

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "lab/CountParts.h"
 #include "lab/ExpectationParts.h"
 
 namespace Lab {
@@ -115,7 +116,8 @@ What parseWhat(Words& words, Known const& known) {
   if (words.take("is")) return parseState(name, words);
   if (words.take("uses")) return parseUses(name, words, known);
   if (words.take("has")) return parseHas(name, words, known);
-  words.unknown("expectation", {"is", "uses", "has", "logs"});
+  if (words.take("counts")) return parseCounts(name, words);
+  words.unknown("expectation", {"is", "uses", "has", "counts", "logs"});
 }
 
 /// Lines come at instants: not every way to give a time fits them.

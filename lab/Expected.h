@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "lab/Names.h"
+#include "platform/MessageCounterTypes.h"
 
 namespace Lab {
 
@@ -146,13 +147,23 @@ struct Logs {
   std::optional<uint32_t> max;
 };
 
+/// How many frames the switch has counted on the port, of one kind of failure or of all.
+struct HasCounted {
+  PortName port;
+  uint32_t frames;
+  bool atLeast;
+  Macsec::MessageCounterDirection direction;
+  Macsec::MessageCounterType type;
+  std::optional<Macsec::MessageCounterFailureSubType> defect;
+};
+
 struct Expectation {
   int line = 0;
   std::string text;  ///< as it was written
   When when;
   std::variant<PortIs, UsesKey, UsesDerivedKey, HasPrimaryKey, HasKeyServer, HasLivePeers,
                HasForwardingEntry, HasSakTransmit, HasSak, SameSak, HasRotated, HasPeerPacketNumber,
-               HasExited, IsRunning, HasFipsMode, HasDelayProtection, HasMkpduPeriod,
+               HasCounted, HasExited, IsRunning, HasFipsMode, HasDelayProtection, HasMkpduPeriod,
                HasMkpduThreshold, HasWrittenNothing, HasReloadMistakes, HasReloadMistake, Logs>
       what;
 };

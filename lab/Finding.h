@@ -30,6 +30,7 @@ class Findings {
   Finding of(HasSak const& expected) const;
   Finding of(SameSak const& expected) const;
   Finding of(HasRotated const& expected) const;
+  Finding of(HasCounted const& expected) const;
   Finding of(HasPeerPacketNumber const& expected) const;
 
   Finding of(HasExited const& expected) const;

@@ -90,6 +90,7 @@ class Simulation {
   void carryOut(Restart const& restart);
   void carryOut(HardwareChange const& change);
   void carryOut(PacketNumber const& number);
+  void carryOut(SendFrame const& send);
   void carryOut(Mark const& mark);
   void changeProfile(ProfileName const& name,
                      std::function<void(Macsecd::ProfileConfig&)> const& change);

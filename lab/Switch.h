@@ -52,6 +52,9 @@ class Switch final : public Codec::FrameSink {
   void hardware(std::function<void(Hardware&)> const& change);
   void receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
 
+  /// The frame that the interface has accepted last; empty when it has accepted none.
+  std::vector<uint8_t> const& lastAccepted(Lumo::IntfId intfId) { return lastAccepted_[intfId]; }
+
   /// When a new process, a timer or an answer of the hardware is due next; infinity when none is.
   double nextTime() const;
   /// Runs the first of them that is due. False if nothing was.
@@ -92,6 +95,7 @@ class Switch final : public Codec::FrameSink {
   bool started_ = false;
   bool starting_ = false;
   double startsAgain_;
+  std::map<Lumo::IntfId, std::vector<uint8_t>> lastAccepted_;
   // What a frame brings about is told behind the frame, whose verdict is known at its end alone.
   std::optional<std::vector<TreeWatch::What>> heldBack_;
 };

@@ -52,6 +52,7 @@ void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
     host_->receive(intfId, frame);
     frameReceived.verdict = verdict(before, rxCounts(*host_, intfId));
   });
+  if (frameReceived.verdict == "accepted") lastAccepted_[intfId].assign(frame.begin(), frame.end());
   auto const following = std::exchange(heldBack_, std::nullopt);
   tell(std::move(frameReceived));
   for (auto const& what : *following) tell(what);
