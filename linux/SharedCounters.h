@@ -1,0 +1,101 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "platform/CounterMemory.h"
+#include "platform/MessageCounterReader.h"
+
+namespace Linux {
+
+/// A file descriptor that is closed in the end.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int fd) : fd_(fd) {}
+  Descriptor(Descriptor&& o) noexcept : fd_(std::exchange(o.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&& o) noexcept {
+    std::swap(fd_, o.fd_);
+    return *this;
+  }
+  ~Descriptor();
+  int fd() const { return fd_; }
+
+ private:
+  int fd_ = -1;
+};
+
+/// Memory that is mapped until the end of its scope.
+class Mapping {
+ public:
+  Mapping() = default;
+  /// Throws `std::system_error`. `protection` as in mmap(2).
+  Mapping(Descriptor const& file, size_t octets, int protection);
+  Mapping(Mapping&& o) noexcept : words_(std::exchange(o.words_, {})) {}
+  Mapping& operator=(Mapping&& o) noexcept {
+    std::swap(words_, o.words_);
+    return *this;
+  }
+  ~Mapping();
+  std::span<uint64_t> words() const { return words_; }
+
+ private:
+  std::span<uint64_t> words_;
+};
+
+struct SharedCountersOptions {
+  /// Who may read: 0600 for the owner alone, 0640 or 0644 for others too. Nobody else ever writes.
+  mode_t mode = 0600;
+  /// Where a corruption file goes; none is written to an empty path. Text and octets of a damaged
+  /// table: a line with the text, a line "octets: " with their number, and the octets.
+  std::string corruptionFile = {};
+  /// Whether this process counts: one does at a time.
+  bool counts = true;
+};
+
+/// The table of message counters in POSIX shared memory, where it outlives the process.
+class SharedCounters final : public Macsec::Brine::CounterMemory {
+ public:
+  /// `name` is that of shm_open(3), as in "/macsecd-counters". Throws `std::system_error` if it
+  /// can't be opened, belongs to somebody else, or another process counts there.
+  explicit SharedCounters(std::string name, SharedCountersOptions options = {});
+
+  /// Maps all that the table may ever need; the system gives memory for what is written. Memory of
+  /// another size gives way to a new one.
+  std::span<uint64_t> attach(size_t least, size_t most) override;
+  void detach() override { mapping_ = {}; }
+  void corruptionFileIs(std::string_view text, std::span<uint8_t const> octets) override;
+
+  /// Takes the memory away from under its name; who has it goes on.
+  static void remove(std::string const& name);
+
+ private:
+  void open();
+  void create(size_t octets);
+  size_t size() const;
+
+  std::string const name_;
+  SharedCountersOptions const options_;
+  Descriptor memory_;
+  Mapping mapping_;
+};
+
+/// A look at the table of another process. It sees what is counted on, but not a table that takes
+/// the place of this one: a new look does.
+class SharedCounterView {
+ public:
+  /// Throws `std::system_error` if there is no such memory or it may not be read.
+  explicit SharedCounterView(std::string const& name);
+  Macsec::Brine::MessageCounterReader reader() const {
+    return Macsec::Brine::MessageCounterReader(mapping_.words());
+  }
+
+ private:
+  Mapping mapping_;
+};
+
+}  // namespace Linux

@@ -1,0 +1,185 @@
+#include "linux/SharedCounters.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "platform/Corruption.h"
+#include "platform/MessageCounters.h"
+#include "tests/linux/SharedName.h"
+#include "tests/support/TestWorld.h"
+
+namespace Linux {
+namespace {
+
+using Macsec::MessageCounterDirection;
+using Macsec::Brine::MessageCounters;
+using Macsec::Brine::MessageCountersOptions;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class SharedTable : public ::testing::Test {
+ protected:
+  SharedTable() { Vesk::TraceHandle::streamLevelsIs("Macsec", Vesk::kAllTraceLevels); }
+  ~SharedTable() override { Vesk::TraceHandle::streamLevelsIs("", 0); }
+
+  Vesk::Ptr<MessageCounters> start(SharedCountersOptions options = {},
+                                   MessageCountersOptions table = {}) {
+    return Vesk::make<MessageCounters>("mka", std::make_shared<SharedCounters>(name, options),
+                                       table);
+  }
+  void count(Vesk::Ptr<MessageCounters> const& counters, int frames) {
+    counters->intfIs(intf);
+    for (int i = 0; i < frames; ++i) {
+      counters->inc(intf, MessageCounterDirection::rx, Macsec::MessageCounterType::failure,
+                    Macsec::MessageCounterFailureSubType::icvValidationErr);
+    }
+  }
+  uint64_t counted(Vesk::Ptr<MessageCounters> const& counters) {
+    return counters->value(intf, MessageCounterDirection::rx, Macsec::MessageCounterType::failure,
+                           Macsec::MessageCounterFailureSubType::icvValidationErr);
+  }
+  struct stat status() const {
+    struct stat status {};
+    Descriptor const file(shm_open(name.c_str(), O_RDONLY, 0));
+    EXPECT_EQ(fstat(file.fd(), &status), 0);
+    return status;
+  }
+  /// Turns an octet of the table, as a stray write of another process does.
+  void damage(size_t at) const {
+    Descriptor const file(shm_open(name.c_str(), O_RDWR, 0));
+    uint8_t octet = 0;
+    ASSERT_EQ(pread(file.fd(), &octet, 1, static_cast<off_t>(at)), 1);
+    octet ^= 0xff;
+    ASSERT_EQ(pwrite(file.fd(), &octet, 1, static_cast<off_t>(at)), 1);
+  }
+  std::string fileText(std::string const& path) const {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  static constexpr size_t kInRecord1 =
+      (Macsec::Brine::CounterLayout::recordAt(1) + 100) * sizeof(uint64_t);
+
+  Support::TestWorld world;
+  Vesk::WorldScope scope{world};
+  SharedName name;
+  Lumo::IntfId const intf{"Ethernet1"};
+};
+
+TEST_F(SharedTable, IsReadByALookFromOutside) {
+  auto const counters = start();
+  count(counters, 3);
+  SharedCounterView const view(name);
+  EXPECT_THAT(view.reader().interfaces(), ElementsAre("Ethernet1"));
+  size_t const at = Macsec::Brine::MessageCounterData::indexOf(
+      MessageCounterDirection::rx, Macsec::MessageCounterType::failure,
+      Macsec::MessageCounterFailureSubType::icvValidationErr);
+  EXPECT_EQ(view.reader().interface("Ethernet1")->total[at], 3u);
+  count(counters, 4);
+  EXPECT_EQ(view.reader().interface("Ethernet1")->total[at], 7u);
+}
+
+TEST_F(SharedTable, OutlivesItsProcess) {
+  count(start(), 3);
+  auto const next = start();
+  EXPECT_EQ(counted(next), 3u);
+  count(next, 1);
+  EXPECT_EQ(counted(next), 4u);
+}
+
+TEST_F(SharedTable, IsTheOwnersAloneUnlessItsMakerSaysOtherwise) {
+  mode_t const before = umask(077);
+  count(start(), 1);
+  EXPECT_EQ(status().st_mode & 0777u, 0600u);
+  count(start({.mode = 0644}), 1);
+  EXPECT_EQ(status().st_mode & 0777u, 0644u);
+  umask(before);
+}
+
+TEST_F(SharedTable, TakesMemoryForWhatIsWrittenAlone) {
+  count(start(), 1);
+  EXPECT_EQ(static_cast<size_t>(status().st_size),
+            Macsec::Brine::CounterLayout::wordsOf(4096) * sizeof(uint64_t));
+  EXPECT_LT(status().st_blocks * 512, 64 * 1024);
+}
+
+TEST_F(SharedTable, HasOneProcessThatCounts) {
+  auto const counters = start();
+  try {
+    start();
+    FAIL() << "two processes count";
+  } catch (std::system_error const& error) {
+    EXPECT_EQ(error.code(), std::errc::device_or_resource_busy);
+    EXPECT_THAT(error.what(), HasSubstr("are those of another process; stop it"));
+  }
+  EXPECT_NO_THROW(start({.counts = false}, {.counts = false}));
+}
+
+TEST_F(SharedTable, OfAnotherSizeGivesWayAndWhoHasItKeepsIt) {
+  count(start(), 3);
+  SharedCounterView const former(name);
+  auto const counters = start({}, {.capacity = 10});
+  EXPECT_EQ(counters->messageCounterData(intf), counters->emptyRecord());
+  EXPECT_EQ(world.traced("and is made anew"), 1u);
+  EXPECT_THAT(former.reader().interfaces(), ElementsAre("Ethernet1"));
+  EXPECT_TRUE(SharedCounterView(name).reader().interfaces().empty());
+}
+
+TEST_F(SharedTable, ThatIsNotThereIsSaidToWhoeverLooks) {
+  EXPECT_THROW(SharedCounterView{name}, std::system_error);
+  SharedCounters const opened(name);
+  EXPECT_THROW(SharedCounterView{name}, std::system_error);
+}
+
+TEST_F(SharedTable, LeavesACorruptionFileOfItsOwnerAlone) {
+  std::string const path = ::testing::TempDir() + name.c_str() + ".corrupt";
+  auto const counters = start({.corruptionFile = path});
+  count(counters, 3);
+  damage(kInRecord1);
+  EXPECT_THROW(counted(counters), Pollux::CorruptionDetectedException);
+  counters->corruptionDetected("as found");
+  std::string const text = fileText(path);
+  size_t const octets = Macsec::Brine::CounterLayout::wordsOf(2) * sizeof(uint64_t);
+  std::string const head =
+      "BrineMap::corruptionDetected() mka as found\noctets: " + std::to_string(octets) + "\n";
+  EXPECT_THAT(text, StartsWith(head));
+  ASSERT_EQ(text.size(), head.size() + octets);
+  EXPECT_EQ(text.substr(head.size(), 8), "MKACOUNT");
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
+  EXPECT_EQ(counted(counters), 0u) << "the record starts anew";
+  count(counters, 1);
+  EXPECT_EQ(counted(counters), 1u);
+  std::filesystem::remove(path);
+}
+
+TEST_F(SharedTable, FollowsNoLinkForACorruptionFile) {
+  std::string const path = ::testing::TempDir() + name.c_str() + ".link";
+  std::string const target = ::testing::TempDir() + name.c_str() + ".target";
+  std::ofstream(target) << "precious";
+  for (bool hard : {false, true}) {
+    if (hard) {
+      std::filesystem::create_hard_link(target, path);
+    } else {
+      std::filesystem::create_symlink(target, path);
+    }
+    {
+      auto const counters = start({.corruptionFile = path});
+      counters->corruptionDetected("as found");
+    }
+    EXPECT_EQ(fileText(target), "precious");
+    std::filesystem::remove(path);
+  }
+  EXPECT_EQ(world.traced("can't be written"), 2u);
+  std::filesystem::remove(target);
+}
+
+}  // namespace
+}  // namespace Linux
