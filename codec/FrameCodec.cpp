@@ -13,8 +13,8 @@ namespace {
 
 Vesk::TraceHandle traceHandle("Macsec");
 
-using Direction = FrameCounters::Direction;
-using Type = FrameCounters::Type;
+using Macsec::Brine::MessageCounters;
+using Type = Macsec::MessageCounterType;
 
 }  // namespace
 
@@ -39,10 +39,10 @@ struct FrameCodec::EthIntfStatusDirReactor final
 FrameCodec::FrameCodec(Vesk::Ptr<Macsec::MkaPamManager> pamManager,
                        Vesk::Ptr<Macsec::Status const> status,
                        Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
-                       FrameSink& sink, FrameCounters* counters)
+                       FrameSink& sink, Vesk::Ptr<MessageCounters> counters)
     : pamManager_(std::move(pamManager)),
       sink_(sink),
-      counters_(counters ? counters : &ownCounters_),
+      counters_(counters ? std::move(counters) : MessageCounters::inProcess("codec")),
       pamManagerReactor_(Vesk::make<PamManagerReactor>(*this, pamManager_)),
       ethIntfStatusDirReactor_(Vesk::make<EthIntfStatusDirReactor>(*this, ethIntfStatusDir)) {
   for (auto const& intf : ethIntfStatusDir->intfStatus()) handleEthIntfStatus(intf.intfId());

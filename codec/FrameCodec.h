@@ -5,13 +5,13 @@
 #include <span>
 
 #include "codec/Dialect.h"
-#include "codec/FrameCounters.h"
 #include "codec/FrameSink.h"
 #include "codec/Ports.h"
 #include "codec/Refusal.h"
 #include "model/MkaPamManager.h"
 #include "model/Status.h"
 #include "platform/EthIntfStatus.h"
+#include "platform/MessageCounters.h"
 #include "runtime/IntfId.h"
 #include "runtime/Reactor.h"
 
@@ -32,11 +32,10 @@ class ActorFollower;
 /// of `ick` and `kek`, and are wiped with the actor.
 class FrameCodec {
  public:
-  /// Counts in `counters`, which outlives the codec; without them in a table of its own. The sink
-  /// outlives the codec too.
+  /// Counts in `counters`; without them in a table of its own. The sink outlives the codec.
   FrameCodec(Vesk::Ptr<Macsec::MkaPamManager> pamManager, Vesk::Ptr<Macsec::Status const> status,
              Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir, FrameSink& sink,
-             FrameCounters* counters = nullptr);
+             Vesk::Ptr<Macsec::Brine::MessageCounters> counters = nullptr);
   ~FrameCodec();
   FrameCodec(FrameCodec const&) = delete;
   FrameCodec& operator=(FrameCodec const&) = delete;
@@ -49,9 +48,11 @@ class FrameCodec {
   void dialectIs(Lumo::IntfId intfId, Dialect const& dialect);
   Dialect dialect(Lumo::IntfId intfId) const;
 
-  FrameCounters const& counters() const { return *counters_; }
+  Macsec::Brine::MessageCounters& counters() const { return *counters_; }
 
  private:
+  using Direction = Macsec::MessageCounterDirection;
+
   struct PamManagerReactor;
   struct TxMessageReactor;
   struct EthIntfStatusDirReactor;
@@ -60,13 +61,12 @@ class FrameCodec {
   void handleTxMessage(Macsec::MkaMessageInfo const& message);
   void handleEthIntfStatus(Lumo::IntfId intfId);
   Port& countedPortIs(Lumo::IntfId intfId);
-  void countSuccess(Port const& port, FrameCounters::Direction direction);
-  void countFailure(Port const& port, FrameCounters::Direction direction, Refusal const& refusal);
+  void countSuccess(Port const& port, Direction direction);
+  void countFailure(Port const& port, Direction direction, Refusal const& refusal);
 
   Vesk::Ptr<Macsec::MkaPamManager> pamManager_;
   FrameSink& sink_;
-  FrameCounterTable ownCounters_;
-  FrameCounters* counters_;
+  Vesk::Ptr<Macsec::Brine::MessageCounters> counters_;
   Ports ports_;
   std::unique_ptr<ActorFollower> actors_;
   Vesk::Ptr<PamManagerReactor> pamManagerReactor_;

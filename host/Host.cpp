@@ -46,8 +46,8 @@ struct Host::Machines {
                        ? Macsec::hwEmulatorFactory(host.status_, host.hwStatus_)
                        : nullptr),
         configSm(Macsec::configSmFactory(host.config_, host.status_, host.eapKeyStatus_,
-                                         host.ethIntfStatusDir_, nullptr)),
-        codec(host.pamManager_, host.status_, host.ethIntfStatusDir_, host.sink_),
+                                         host.ethIntfStatusDir_, host.counters_)),
+        codec(host.pamManager_, host.status_, host.ethIntfStatusDir_, host.sink_, host.counters_),
         mkaRootSm(Macsec::mkaRootSmFactory(host.status_, host.ethIntfStatusDir_, host.pamManager_,
                                            host.hwStatus_, host.timerWheel_)),
         forwardingModelSm(
@@ -76,6 +76,8 @@ Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
           Interface::IntfForwardingModelInputDir::IntfForwardingModelInputDirIs(name +
                                                                                 "/forwarding")),
       timerWheel_(Vesk::make<Zorn::TimerWheel>()),
+      counters_(options_.counters ? options_.counters
+                                  : Macsec::Brine::MessageCounters::inProcess(name + "/counters")),
       configReactor_(Vesk::make<ConfigReactor>(*this, config_)) {
   if (options_.emulateHardware) {
     slices_->entityPtrIs(Macsec::macSecStatusFactory(kEmulatedSlice));

@@ -15,6 +15,7 @@
 #include "hardware/MacsecForwardingModelSm.h"
 #include "host/ConfigFile.h"
 #include "platform/IntfForwardingModel.h"
+#include "platform/MessageCounters.h"
 #include "runtime/Dir.h"
 
 namespace Macsecd {
@@ -23,6 +24,8 @@ struct HostOptions {
   /// Answers in the hardware's place, with one slice that has every interface. Otherwise the caller
   /// fills `slices()`.
   bool emulateHardware = true;
+  /// Where frames are counted; null for a table in the memory of this process.
+  Vesk::Ptr<Macsec::Brine::MessageCounters> counters = nullptr;
 };
 
 /// One switch: owns the entities, builds the state machines in the right order, and stops cleanly.
@@ -74,6 +77,8 @@ class Host {
     return forwardingModelInputDir_;
   }
   Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
+  /// Goes on over a stop and a restart.
+  Vesk::Ptr<Macsec::Brine::MessageCounters> const& counters() const { return counters_; }
   /// Null while the switch doesn't run.
   Codec::FrameCodec* codec() const;
 
@@ -97,6 +102,7 @@ class Host {
   Vesk::Ptr<Macsec::MacSecIntfStatusPtrDir> hwStatus_;
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir_;
   Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
+  Vesk::Ptr<Macsec::Brine::MessageCounters> counters_;
   Vesk::Ptr<ConfigReactor> configReactor_;
   std::map<Lumo::IntfId, Codec::Dialect> dialects_;
   std::unique_ptr<Machines> machines_;

@@ -10,6 +10,7 @@ namespace Lab {
 namespace {
 
 using Macsec::MessageCounterType;
+using Macsec::Brine::MessageCounterData;
 
 std::string kindOf(HasCounted const& expected) {
   std::string kind = Vesk::stringValue(expected.direction);
@@ -18,10 +19,9 @@ std::string kindOf(HasCounted const& expected) {
   return kind;
 }
 
-uint64_t counted(Codec::FrameCounters const& counters, HasCounted const& expected) {
-  Lumo::IntfId const intfId(expected.port.interface.c_str());
+uint64_t counted(MessageCounterData const& counters, HasCounted const& expected) {
   auto const count = [&](Defect defect) {
-    return counters.value(intfId, expected.direction, expected.type, defect);
+    return counters.value(expected.direction, expected.type, defect);
   };
   if (expected.defect) return count(*expected.defect);
   if (expected.type == MessageCounterType::success) return count(Defect::none);
@@ -33,9 +33,10 @@ uint64_t counted(Codec::FrameCounters const& counters, HasCounted const& expecte
 }  // namespace
 
 Finding Findings::of(HasCounted const& expected) const {
-  auto const* const codec = simulation_.switchOf(expected.port.switchName).host().codec();
-  if (!codec) return {false, expected.port.switchName + " doesn't run"};
-  uint64_t const count = counted(codec->counters(), expected);
+  auto const& host = simulation_.switchOf(expected.port.switchName).host();
+  if (!host.running()) return {false, expected.port.switchName + " doesn't run"};
+  Lumo::IntfId const intfId(expected.port.interface.c_str());
+  uint64_t const count = counted(host.counters()->messageCounterData(intfId), expected);
   return {expected.atLeast ? count >= expected.frames : count == expected.frames,
           fmt::format("{} counts {} {}", expected.port.text(), count, kindOf(expected))};
 }

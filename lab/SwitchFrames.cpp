@@ -1,5 +1,3 @@
-#include <array>
-
 #include "lab/FrameSummary.h"
 #include "lab/Switch.h"
 #include "platform/CknOctets.h"
@@ -11,32 +9,19 @@ namespace Lab {
 
 namespace {
 
-using SubType = Codec::FrameCounters::SubType;
-constexpr size_t kSubTypes = static_cast<size_t>(SubType::unrecognizedSetErr) + 1;
+using Macsec::Brine::MessageCounterData;
+using SubType = MessageCounterData::SubType;
 
-// Frames received on an interface: accepted, and refused by each sub type.
-struct RxCounts {
-  uint64_t accepted = 0;
-  std::array<uint64_t, kSubTypes> refused{};
-};
-
-RxCounts rxCounts(Macsecd::Host const& host, Lumo::IntfId intfId) {
+// What the counters of an interface tell of the frame that came in between.
+std::string verdict(MessageCounterData const& before, MessageCounterData const& after) {
   using enum Macsec::MessageCounterDirection;
   using enum Macsec::MessageCounterType;
-  RxCounts counts;
-  if (!host.codec()) return counts;
-  auto const& counters = host.codec()->counters();
-  counts.accepted = counters.value(intfId, rx, success, SubType::none);
-  for (size_t i = 0; i < kSubTypes; ++i) {
-    counts.refused[i] = counters.value(intfId, rx, failure, static_cast<SubType>(i));
-  }
-  return counts;
-}
-
-std::string verdict(RxCounts const& before, RxCounts const& after) {
-  if (after.accepted != before.accepted) return "accepted";
-  for (size_t i = 0; i < kSubTypes; ++i) {
-    if (after.refused[i] != before.refused[i]) return stringValue(static_cast<SubType>(i));
+  auto const counts = [&](Macsec::MessageCounterType type, SubType subType) {
+    return after.value(rx, type, subType) != before.value(rx, type, subType);
+  };
+  if (counts(success, SubType::none)) return "accepted";
+  for (auto const& [subType, name] : Vesk::EnumNames<SubType>::names) {
+    if (counts(failure, subType)) return name;
   }
   return "ignored";
 }
@@ -48,9 +33,9 @@ void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   frameReceived.received = true;
   heldBack_.emplace();
   inWorld([&] {
-    RxCounts const before = rxCounts(*host_, intfId);
+    MessageCounterData const before = host_->counters()->messageCounterData(intfId);
     host_->receive(intfId, frame);
-    frameReceived.verdict = verdict(before, rxCounts(*host_, intfId));
+    frameReceived.verdict = verdict(before, host_->counters()->messageCounterData(intfId));
   });
   if (frameReceived.verdict == "accepted") lastAccepted_[intfId].assign(frame.begin(), frame.end());
   auto const following = std::exchange(heldBack_, std::nullopt);

@@ -18,8 +18,8 @@
 namespace Codec {
 
 using Bytes = std::vector<uint8_t>;
-using Direction = FrameCounters::Direction;
-using Type = FrameCounters::Type;
+using Direction = Macsec::MessageCounterDirection;
+using Type = Macsec::MessageCounterType;
 
 constexpr char kCak[] = "0123456789abcdef0123456789abcdef";
 constexpr char kCkn[] = "6162636465666768696a6b6c6d6e6f707172737475767778797a303132333435";
