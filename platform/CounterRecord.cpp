@@ -95,7 +95,7 @@ bool CounterRecord::isOfOther(std::string_view name) const {
 
 bool CounterRecord::isNamed(std::string_view name) const {
   char octets[kNameOctets] = {};
-  std::memcpy(octets, name.data(), std::min(name.size(), kNameOctets));
+  name.copy(octets, kNameOctets);
   return std::memcmp(nameOf(words_).data(), octets, kNameOctets) == 0;
 }
 

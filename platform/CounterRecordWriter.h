@@ -32,9 +32,13 @@ class CounterRecordWriter {
     using namespace CounterLayout;
     release();
     for (size_t i = kStateAt + 1; i < kRecordWords; ++i) Store::store(words_[i], 0);
-    uint64_t octets[kNameWords] = {};
-    std::memcpy(octets, name.data(), name.size());
-    for (size_t i = 0; i < kNameWords; ++i) Store::store(words_[kNameAt + i], octets[i]);
+    char octets[kNameOctets] = {};
+    name.copy(octets, kNameOctets);
+    for (size_t i = 0; i < kNameWords; ++i) {
+      uint64_t word;
+      std::memcpy(&word, octets + i * sizeof word, sizeof word);
+      Store::store(words_[kNameAt + i], word);
+    }
     Store::store(words_[kNameChecksumAt], CounterRecord::nameChecksum(words_, index_));
     for (uint64_t sequence : {1, 2}) {
       countersAre(sequence, {});

@@ -27,9 +27,9 @@ bool MessageCounters::isAttached() {
   if (!words_.empty()) return true;
   try {
     takeUp();
-  } catch (Pollux::CorruptionDetectedException const&) {
-    throw;
   } catch (std::exception const& failure) {
+    words_ = {};
+    memory_->detach();
     VESK_TRACE(1, ": no memory for ", name_,
                ", nothing is counted: ", std::string_view(failure.what()));
   }

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <system_error>
+
 #include "platform/Corruption.h"
 #include "tests/platform/CounterBench.h"
 #include "tests/support/TestWorld.h"
@@ -205,6 +207,46 @@ TEST_F(CounterCorruption, AReaderShowsWhatIsSoundBesideADamagedRecord) {
   EXPECT_EQ(bench.reader().interface("Ethernet2")->name, "Ethernet2");
   EXPECT_THROW(bench.reader().interface("Ethernet1"), Pollux::CorruptionDetectedException)
       << "it may be the one of the unreadable name";
+}
+
+/// Memory that the system doesn't always give.
+class ScarceMemory final : public CounterMemory {
+ public:
+  std::span<uint64_t> attach(size_t least, size_t most) override {
+    if (isShort) throw std::system_error(std::make_error_code(std::errc::not_enough_memory));
+    return memory.attach(least, most);
+  }
+  void detach() override { memory.detach(); }
+  void corruptionFileIs(std::string_view text, std::span<uint8_t const> octets) override {
+    memory.corruptionFileIs(text, octets);
+  }
+  ProcessCounterMemory memory;
+  bool isShort = false;
+};
+
+TEST_F(CounterCorruption, MemoryThatCannotBeTakenUpAgainAtOnceIsTakenUpLater) {
+  auto const memory = std::make_shared<ScarceMemory>();
+  auto const counters = Vesk::make<MessageCounters>("mka", memory);
+  counters->intfIs(bench.one);
+  auto const count = [&] {
+    counters->inc(bench.one, CounterBench::Direction::rx, CounterBench::Type::success,
+                  SubType::none);
+  };
+  count();
+  counters->corruptionDetected("it is so");
+  memory->isShort = true;
+  count();
+  EXPECT_EQ(counters->messageCounterData(bench.one), counters->emptyRecord());
+  counters->msgCounterSnapshotIs(MessageCounterData(bench.one, {1}));
+  EXPECT_EQ(world.traced("no memory for mka, nothing is counted: "), 3u);
+  memory->isShort = false;
+  count();
+  EXPECT_EQ(counters->value(bench.one, CounterBench::Direction::rx, CounterBench::Type::success,
+                            SubType::none),
+            2u);
+  memory->isShort = true;
+  EXPECT_THROW(Vesk::make<MessageCounters>("mka", memory), std::system_error)
+      << "whoever makes a table hears at once";
 }
 
 TEST_F(CounterCorruption, MemoryTooShortForItsRecordsIsFound) {
