@@ -22,8 +22,9 @@
 ///          interface id                     +1    checksum
 ///     +234 record 1                         +2    52 counters: direction, type, sub type
 ///
-/// The header but for its last word is written once, before the first record; so are state, name
-/// and checksum of the name. A record that was never in use is all 0.
+/// The header but for its last word is written once, before the first record, and its magic at the
+/// end of that; so are state, name and checksum of the name. A record that was never in use is all
+/// 0.
 ///
 /// Of the two slots of an area the one with the greater sequence number counts. Slot 0 has the even
 /// numbers, slot 1 the odd ones. A writer marks the older slot as being written, changes it, and

@@ -7,6 +7,7 @@
 namespace Macsec::Brine {
 
 size_t MessageCounterReader::records() const {
+  if (table_.isBlank()) return 0;
   table_.check();
   return table_.used();
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,12 +65,14 @@ bool isStaircase(MessageCounterData::Counters const& counters) {
   return true;
 }
 
-/// Starts a process that runs `work` and ends.
+/// Starts a process that runs `work` and ends, with its parent at the latest.
 template <class Work>
 pid_t start(Work work) {
+  pid_t const parent = getpid();
   pid_t const child = fork();
   if (child == 0) {
-    work();
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() == parent) work();
     std::_Exit(0);
   }
   return child;

@@ -66,7 +66,7 @@ class CounterBench {
 
   MessageCountersOptions const options;
   Lumo::IntfId const one{"Ethernet1"}, two{"Ethernet2"};
-  std::shared_ptr<ProcessCounterMemory> const memory = std::make_shared<ProcessCounterMemory>();
+  std::shared_ptr<ProcessCounterMemory> memory = std::make_shared<ProcessCounterMemory>();
   Vesk::Ptr<MessageCounters> counters;
 };
 

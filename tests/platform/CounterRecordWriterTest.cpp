@@ -1,5 +1,6 @@
 #include "platform/CounterRecordWriter.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/Corruption.h"
@@ -126,6 +127,28 @@ TEST_F(KilledWriter, LeavesNoRecordOrAWholeOneWhenItMakesOne) {
     if (!killed) break;
   }
   EXPECT_GT(kills, CounterLayout::kRecordWords);
+}
+
+TEST_F(KilledWriter, LeavesNoTableOrAWholeOneWhenItMakesOne) {
+  size_t kills = 0;
+  for (size_t stores = 0;; ++stores, ++kills) {
+    bench.memory = std::make_shared<ProcessCounterMemory>();
+    auto const words = bench.memory->attach(CounterLayout::wordsOf(1), CounterLayout::wordsOf(1));
+    bool const killed =
+        killedAfter(stores, [&] { CounterTable::create<KilledStore>(words, 4096); });
+    EXPECT_EQ(CounterTable(words).isBlank(), killed) << stores;
+    auto const clerk =
+        Vesk::make<MessageCounters>("mka", bench.memory, MessageCountersOptions{.counts = false});
+    EXPECT_EQ(clerk->messageCounterData(bench.one), clerk->emptyRecord());
+    EXPECT_FALSE(bench.reader().interface("Ethernet1"));
+    EXPECT_THAT(bench.reader().interfaces(), ::testing::IsEmpty());
+    bench.restart();
+    bench.fill();
+    EXPECT_EQ(bench.counted(bench.one), 8u);
+    EXPECT_EQ(bench.memory->corruptionFiles(), 0u);
+    if (!killed) break;
+  }
+  EXPECT_EQ(kills, 9u);
 }
 
 }  // namespace
