@@ -50,7 +50,7 @@ bool writeCorruptionFile(std::string const& path, std::string const& head,
   Descriptor const file(
       open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
   struct stat status;
-  if (file.fd() < 0 || fstat(file.fd(), &status) != 0) return false;
+  if (!file.isOpen() || fstat(file.fd(), &status) != 0) return false;
   if (!S_ISREG(status.st_mode) || status.st_nlink != 1 || status.st_uid != geteuid()) {
     errno = EEXIST;
     return false;
@@ -61,10 +61,6 @@ bool writeCorruptionFile(std::string const& path, std::string const& head,
 }
 
 }  // namespace
-
-Descriptor::~Descriptor() {
-  if (fd_ >= 0) close(fd_);
-}
 
 Mapping::Mapping(Descriptor const& file, size_t octets, int protection) {
   void* const memory = mmap(nullptr, octets, protection, MAP_SHARED, file.fd(), 0);
@@ -83,7 +79,7 @@ SharedCounters::SharedCounters(std::string name, SharedCountersOptions options)
 
 void SharedCounters::open() {
   memory_ = Descriptor(shm_open(name_.c_str(), O_RDWR | O_CREAT, 0600));
-  if (memory_.fd() < 0) fail(name_);
+  if (!memory_.isOpen()) fail(name_);
   if (statusOf(memory_, name_).st_uid != geteuid()) {
     refuse(std::errc::operation_not_permitted,
            name_ + " belong to another user; remove /dev/shm" + name_ + " or choose another name");
@@ -134,7 +130,7 @@ void SharedCounters::remove(std::string const& name) { shm_unlink(name.c_str());
 
 SharedCounterView::SharedCounterView(std::string const& name) {
   Descriptor const memory(shm_open(name.c_str(), O_RDONLY, 0));
-  if (memory.fd() < 0) fail(name);
+  if (!memory.isOpen()) fail(name);
   size_t const octets = static_cast<size_t>(statusOf(memory, name).st_size);
   if (octets == 0) refuse(std::errc::no_message_available, name + " aren't there yet");
   mapping_ = Mapping(memory, octets, PROT_READ);

@@ -7,27 +7,11 @@
 #include <string>
 #include <utility>
 
+#include "linux/Descriptor.h"
 #include "platform/CounterMemory.h"
 #include "platform/MessageCounterReader.h"
 
 namespace Linux {
-
-/// A file descriptor that is closed in the end.
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int fd) : fd_(fd) {}
-  Descriptor(Descriptor&& o) noexcept : fd_(std::exchange(o.fd_, -1)) {}
-  Descriptor& operator=(Descriptor&& o) noexcept {
-    std::swap(fd_, o.fd_);
-    return *this;
-  }
-  ~Descriptor();
-  int fd() const { return fd_; }
-
- private:
-  int fd_ = -1;
-};
 
 /// Memory that is mapped until the end of its scope.
 class Mapping {
