@@ -16,6 +16,7 @@ std::string kindOf(HasCounted const& expected) {
   std::string kind = Vesk::stringValue(expected.direction);
   kind += std::string(" ") + Vesk::stringValue(expected.type);
   if (expected.defect) kind += std::string(" ") + Vesk::stringValue(*expected.defect);
+  if (expected.sinceClear) kind += " since clear";
   return kind;
 }
 
@@ -36,7 +37,9 @@ Finding Findings::of(HasCounted const& expected) const {
   auto const& host = simulation_.switchOf(expected.port.switchName).host();
   if (!host.running()) return {false, expected.port.switchName + " doesn't run"};
   Lumo::IntfId const intfId(expected.port.interface.c_str());
-  uint64_t const count = counted(host.counters()->messageCounterData(intfId), expected);
+  auto& counters = *host.counters();
+  uint64_t count = counted(counters.messageCounterData(intfId), expected);
+  if (expected.sinceClear) count -= counted(counters.snapshot(intfId), expected);
   return {expected.atLeast ? count >= expected.frames : count == expected.frames,
           fmt::format("{} counts {} {}", expected.port.text(), count, kindOf(expected))};
 }

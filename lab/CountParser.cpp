@@ -28,7 +28,7 @@ SendFrame parseSendFrame(Words& words, Known const& known) {
 }
 
 HasCounted parseCounts(PortName const& port, Words& words) {
-  HasCounted counted{port, {}, {}, {}, {}, {}};
+  HasCounted counted{port, {}, {}, {}, {}, {}, {}};
   counted.atLeast = words.take("at least");
   counted.frames = words.number("a number of frames", 0, UINT32_MAX);
   bool const received = words.take("rx");
@@ -37,13 +37,15 @@ HasCounted parseCounts(PortName const& port, Words& words) {
   counted.direction = received ? rx : tx;
   using enum Macsec::MessageCounterType;
   counted.type = words.take("success") ? success : failure;
+  auto all = defects();
+  all.insert(all.begin(), Defect::invalid);
   if (counted.type == failure) {
     if (!words.take("failure")) words.unknown("type of counter", {"success", "failure"});
-    auto all = defects();
-    all.insert(all.begin(), Defect::invalid);
     counted.defect = takeFrom(all, words);
-    if (!counted.defect && !words.atEnd()) words.unknown("kind of failure", wordsOf(all));
   }
+  counted.sinceClear = words.take("since clear");
+  bool const hasKind = counted.type == success || counted.defect;
+  if (!hasKind && !words.atEnd()) words.unknown("kind of failure", wordsOf(all));
   return counted;
 }
 

@@ -152,6 +152,7 @@ struct HasCounted {
   PortName port;
   uint32_t frames;
   bool atLeast;
+  bool sinceClear;  ///< not in all
   Macsec::MessageCounterDirection direction;
   Macsec::MessageCounterType type;
   std::optional<Macsec::MessageCounterFailureSubType> defect;

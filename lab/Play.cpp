@@ -63,6 +63,7 @@ class Player {
   void showEnd(Simulation const& simulation, std::optional<Captures> const& captures) {
     out_ << fmt::format("\nAt {}:\n\n", timeText(simulation.now()));
     writeStatusTable(out_, simulation);
+    writeCounters(out_, simulation);
     out_ << '\n';
     if (!captures) return;
     for (auto const& path : captures->paths()) out_ << "Capture: " << path.string() << '\n';

@@ -5,6 +5,7 @@
 #include <array>
 #include <ostream>
 
+#include "host/CounterText.h"
 #include "lab/PortView.h"
 #include "lab/Timeline.h"
 
@@ -73,6 +74,14 @@ void writeStatusTable(std::ostream& out, Simulation const& simulation) {
     for (size_t i = 0; i < row.size(); ++i) line += fmt::format("{:<{}}  ", row[i], widths[i]);
     line.erase(line.find_last_not_of(' ') + 1);
     out << line << '\n';
+  }
+}
+
+void writeCounters(std::ostream& out, Simulation const& simulation) {
+  for (auto const& one : simulation.switches()) {
+    Vesk::WorldScope const scope(one->world());
+    out << fmt::format("\nFrames of {}:\n\n{}", one->name(),
+                       Macsecd::counterText(one->host().counters()->reader()));
   }
 }
 

@@ -24,5 +24,7 @@ class Timeline final : public Audience {
 /// Every port as it stands: state, principal key, key server, SAK and association number in use,
 /// SSCI, peers.
 void writeStatusTable(std::ostream& out, Simulation const& simulation);
+/// The frames that each switch has counted.
+void writeCounters(std::ostream& out, Simulation const& simulation);
 
 }  // namespace Lab

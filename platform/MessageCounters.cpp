@@ -84,6 +84,11 @@ void MessageCounters::msgCounterSnapshotIs(MessageCounterData const& record) {
   Writer(recordWords(*index), *index).snapshotIs(sequence + 1, record.counters());
 }
 
+MessageCounterReader MessageCounters::reader() {
+  static_cast<void>(isAttached());
+  return MessageCounterReader(words_);
+}
+
 void MessageCounters::corruptionDetected(std::string_view message) {
   std::string const text =
       "BrineMap::corruptionDetected() " + std::string(name_.view()) + " " + std::string(message);

@@ -10,6 +10,7 @@
 #include "platform/CounterRecordWriter.h"
 #include "platform/CounterTable.h"
 #include "platform/MessageCounterData.h"
+#include "platform/MessageCounterReader.h"
 #include "runtime/PtrInterface.h"
 #include "runtime/String8.h"
 
@@ -66,6 +67,9 @@ class MessageCounters : public Vesk::PtrInterface {
   /// Stores this as the state since which a reader counts. The empty record, and one of an
   /// interface that has none, stores nothing. Throws as `messageCounterData` does.
   void msgCounterSnapshotIs(MessageCounterData const& record);
+
+  /// A look at the whole table. Valid until the next call that isn't a read.
+  MessageCounterReader reader();
 
   /// What happens when a read has found the table corrupt. A table that doesn't recover throws
   /// `Pollux::CorruptionDetectedException`. One that does lets go of the memory and writes a

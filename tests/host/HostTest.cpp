@@ -9,23 +9,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-class Hosts : public ::testing::Test {
- protected:
-  /// Lets two switches talk until the time, frame by frame.
-  void talk(Switch& a, Switch& b, double until) {
-    for (double time = a.world.time; time <= until; time += 0.25) {
-      for (auto [from, to] : {std::pair(&a, &b), std::pair(&b, &a)}) {
-        Vesk::WorldScope scope(from->world);
-        from->world.time = time;
-        from->host.timerWheel()->runDue();
-        Vesk::WorldScope toScope(to->world);
-        to->world.time = time;
-        for (auto const& frame : from->sent.frames) to->host.receive(kIntf, frame);
-        from->sent.frames.clear();
-      }
-    }
-  }
-};
+class Hosts : public ::testing::Test {};
 
 TEST_F(Hosts, AnInterfaceIsMadeWithItsLinkNotUp) {
   Switch s(1);

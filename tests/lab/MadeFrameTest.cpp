@@ -143,6 +143,21 @@ TEST(Counts, AreExpectedByKindAndInAll) {
               IsEmpty());
 }
 
+TEST(Counts, AreExpectedFromTheLastClearing) {
+  EXPECT_THAT(
+      Played(pair("at 20.25 send a frame with icvValidationErr to A Ethernet1\n"
+                  "at 20.4 expect A Ethernet1 counts 1 rx failure since clear\n"
+                  "at 20.5 clear counters of A\n"
+                  "at 20.75 send a frame with eapolErr to A Ethernet1\n"
+                  "at 21 expect A Ethernet1 counts 2 rx failure\n"
+                  "at 21 expect A Ethernet1 counts 1 rx failure since clear\n"
+                  "at 21 expect A Ethernet1 counts 0 rx failure icvValidationErr since clear\n"
+                  "at 21 expect A Ethernet1 counts 0 tx success since clear\n"
+                  "at 21 expect A Ethernet1 counts at least 11 tx success\n"))
+          .failures(),
+      IsEmpty());
+}
+
 TEST(Counts, ThatDifferAreToldWithTheirKind) {
   auto const failureOf = [](std::string const& line) {
     return Played(pair("at 20.25 send a frame with icvValidationErr to A Ethernet1\n" + line))
@@ -157,6 +172,8 @@ TEST(Counts, ThatDifferAreToldWithTheirKind) {
   EXPECT_THAT(failureOf("at 20.5 expect A Ethernet1 counts 0 tx success"),
               ElementsAre(HasSubstr("but A Ethernet1 counts 11 tx success")));
   EXPECT_THAT(failureOf("at 20.5 expect A Ethernet1 counts 0 rx failure"), SizeIs(1));
+  EXPECT_THAT(failureOf("at 21 expect A Ethernet1 counts 2 rx failure since clear"),
+              ElementsAre(HasSubstr("but A Ethernet1 counts 1 rx failure since clear")));
 }
 
 TEST(Counts, OfNoKindThatThereIsAreRefused) {
@@ -166,6 +183,8 @@ TEST(Counts, OfNoKindThatThereIsAreRefused) {
               ElementsAre(HasSubstr("there is no type of counter 'frames'; ")));
   EXPECT_THAT(complaintsIn("at 5 expect A Ethernet1 counts 1 rx failure icvErr"),
               ElementsAre(HasSubstr("there is no kind of failure 'icvErr'; ")));
+  EXPECT_THAT(complaintsIn("at 5 expect A Ethernet1 counts 1 rx failure since noon"),
+              ElementsAre(HasSubstr("there is no kind of failure 'since'; ")));
   EXPECT_THAT(complaintsIn("at 5 expect A Ethernet1 counts many rx success"), SizeIs(1));
 }
 

@@ -1,5 +1,3 @@
-#include "Poison.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,9 +11,12 @@
 #include "lab/ScenarioParser.h"
 #include "lab/Simulation.h"
 #include "lab/Timeline.h"
+#include "tests/support/Poison.h"
 
 namespace Lab {
 namespace {
+
+using Support::Poison;
 
 constexpr char const* kCak = "0123456789abcdef0123456789abcdef";
 constexpr char const* kLongCak = "00112233445566778899AABBCCDDEEFF00112233445566778899aabbccddeeff";
@@ -176,6 +177,7 @@ TEST_F(PoisonTest, NothingThatASwitchSaysOrShowsOrSendsHoldsAKey) {
     }
     simulation.run();
     writeStatusTable(end, simulation);
+    writeCounters(end, simulation);
     captured = captures.paths();
     failures = expectations.failures();
     EXPECT_EQ(poison.foundIn(ear.logs.str()), "");

@@ -155,6 +155,8 @@ class Show(Folder):
                          r"A Ethernet1 +open +c0de0001 +A +[0-9a-f]{8}:1 +0 +00000002 +B")
         self.assertRegex(lines[table + 2],
                          r"B Ethernet1 +open +c0de0001 +A +[0-9a-f]{8}:1 +0 +00000001 +A")
+        self.assertIn("Frames of A:", lines)
+        self.assertRegex(done.stdout, "Ethernet1 +tx success +[0-9]+ +[0-9]+\n")
         capture = os.path.join(self.folder, "timeline.A-Ethernet1.B-Ethernet1.pcap")
         self.assertIn("Capture: " + capture, lines)
         self.assertTrue(os.path.exists(capture))

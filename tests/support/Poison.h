@@ -10,7 +10,7 @@
 #include "platform/Hex.h"
 #include "platform/WardcodeLib.h"
 
-namespace Lab {
+namespace Support {
 
 /// Keys that may stand nowhere, by what they are.
 class Poison {
@@ -69,4 +69,4 @@ class Poison {
   std::map<std::string, std::string> keys_;
 };
 
-}  // namespace Lab
+}  // namespace Support
