@@ -58,7 +58,9 @@ void MessageCounters::takeUp() {
 // A table that this process has known keeps its records, which tell by themselves whether they are
 // sound. One that it doesn't know may be anything.
 void MessageCounters::takeUpHeader() {
-  if (table().isBlank()) return CounterTable::create(words_, options_.capacity);
+  if (table().isBlank() && entries_.empty()) {
+    return CounterTable::create(words_, options_.capacity);
+  }
   try {
     table().check();
     if (table().capacity() == options_.capacity) return;

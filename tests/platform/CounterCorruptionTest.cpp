@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <system_error>
 
 #include "platform/Corruption.h"
@@ -167,6 +168,9 @@ TEST_F(CounterCorruption, AHeaderDamagedUnderARunningProcessCostsNoCount) {
     EXPECT_EQ(bench.countedSinceSnapshot(bench.two), 3u);
   }
   EXPECT_EQ(bench.memory->corruptionFiles(), bench.header().size());
+  std::ranges::fill(bench.header(), uint8_t{0});
+  readAndReport();
+  EXPECT_EQ(bench.counted(bench.one), 8u) << "nothing is left of the header";
 }
 
 TEST_F(CounterCorruption, ANewProcessKeepsAFileOfWhatItFindsDamagedAndStartsThatAnew) {
