@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <stdexcept>
 
 #include "tests/lab/Scene.h"
 
@@ -16,27 +15,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
-
-template <class What>
-What action(std::string const& line) {
-  auto result = parseScenario(scene("at 5 " + line), "f");
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
-  if (result.scenario.actions.size() != 1) throw std::runtime_error("no action");
-  auto const& action = result.scenario.actions[0];
-  EXPECT_EQ(action.at, 5);
-  EXPECT_EQ(action.line, 19);
-  return std::get<What>(action.what);
-}
-
-template <class What>
-What expectation(std::string const& line) {
-  auto result = parseScenario(scene("at 1 mark m\nat 5 expect " + line), "f");
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
-  if (result.scenario.expectations.size() != 1) throw std::runtime_error("no expectation");
-  EXPECT_EQ(result.scenario.expectations[0].line, 20);
-  EXPECT_EQ(result.scenario.expectations[0].text, "at 5 expect " + line);
-  return std::get<What>(result.scenario.expectations[0].what);
-}
 
 PortName const a1{"A", "Ethernet1"};
 PortName const b1{"B", "Ethernet1"};

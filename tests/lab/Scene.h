@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -28,6 +31,29 @@ inline std::vector<std::string> complaints(std::string const& text) {
 
 inline std::vector<std::string> complaintsIn(std::string const& line) {
   return complaints(scene(line));
+}
+
+/// What a line says that stands in the scene "at 5".
+template <class What>
+What action(std::string const& line) {
+  auto result = parseScenario(scene("at 5 " + line), "f");
+  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+  if (result.scenario.actions.size() != 1) throw std::runtime_error("no action");
+  auto const& action = result.scenario.actions[0];
+  EXPECT_EQ(action.at, 5);
+  EXPECT_EQ(action.line, 19);
+  return std::get<What>(action.what);
+}
+
+/// What it expects, below a mark "m".
+template <class What>
+What expectation(std::string const& line) {
+  auto result = parseScenario(scene("at 1 mark m\nat 5 expect " + line), "f");
+  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+  if (result.scenario.expectations.size() != 1) throw std::runtime_error("no expectation");
+  EXPECT_EQ(result.scenario.expectations[0].line, 20);
+  EXPECT_EQ(result.scenario.expectations[0].text, "at 5 expect " + line);
+  return std::get<What>(result.scenario.expectations[0].what);
 }
 
 }  // namespace Lab

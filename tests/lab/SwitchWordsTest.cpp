@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 #include "tests/lab/Scene.h"
 
 // The words of a scenario about whole switches: their configuration, 802.1X, FIPS mode, processes.
@@ -17,22 +15,6 @@ using ::testing::Not;
 
 std::string const msk(128, '4');
 std::string const published = " of session 0d80 and master key " + msk;
-
-template <class What>
-What action(std::string const& line) {
-  auto result = parseScenario(scene("at 5 " + line), "f");
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
-  if (result.scenario.actions.size() != 1) throw std::runtime_error("no action");
-  return std::get<What>(result.scenario.actions[0].what);
-}
-
-template <class What>
-What expectation(std::string const& line) {
-  auto result = parseScenario(scene("at 1 mark m\nat 5 expect " + line), "f");
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
-  if (result.scenario.expectations.size() != 1) throw std::runtime_error("no expectation");
-  return std::get<What>(result.scenario.expectations[0].what);
-}
 
 Lumo::EthAddr addr(uint8_t last) { return Lumo::EthAddr({2, 0, 0, 0, 0, last}); }
 
