@@ -1,0 +1,24 @@
+#pragma once
+
+#include "runtime/EthAddr.h"
+#include "runtime/IntfId.h"
+
+namespace Linux {
+
+/// What stands behind `MacSecStatus` on a machine: installs the keys that `CpStatus` asks for, and
+/// reports what is installed.
+class HardwareDriver {
+ public:
+  virtual ~HardwareDriver() = default;
+
+  /// An Ethernet interface is there, with its index in the kernel and its address; again when one
+  /// of these changes.
+  virtual void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) = 0;
+  virtual void interfaceDel(Lumo::IntfId intfId) = 0;
+
+  /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
+  virtual double nextTime() const = 0;
+  virtual void run() = 0;
+};
+
+}  // namespace Linux
