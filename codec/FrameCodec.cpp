@@ -102,7 +102,7 @@ void FrameCodec::handleTxMessage(Macsec::MkaMessageInfo const& message) {
   sink_.send(intfId, writer.frame());
 }
 
-void FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+Refusal FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   VESK_TRACE(8, ": IntfId ", intfId);
   Port const stranger(intfId);
   Port const* known = ports_.find(intfId);
@@ -112,7 +112,7 @@ void FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
     VESK_TRACE(3, ": MKPDU refused on ", intfId, ": octet ", refusal.octet, " ",
                std::string_view(refusal.what));
     countFailure(port, Direction::rx, refusal);
-    return;
+    return refusal;
   }
   for (unsigned i = 0; i < reader.unknownSets(); ++i) {
     counters_->inc(intfId, Direction::rx, Type::failure, SubType::unrecognizedSetErr);
@@ -121,6 +121,7 @@ void FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   auto const message = pamManager_->rxMessageInfo();
   reader.fill(*message);
   message->countInc(1);
+  return {};
 }
 
 void FrameCodec::countSuccess(Port const& port, Direction direction) {

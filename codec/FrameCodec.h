@@ -41,8 +41,9 @@ class FrameCodec {
   FrameCodec& operator=(FrameCodec const&) = delete;
 
   /// Takes a frame that came in on an interface, from its destination address to its last octet,
-  /// without a frame check sequence; padding of the link may follow the MKPDU.
-  void receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
+  /// without a frame check sequence; padding of the link may follow the MKPDU. Returns why it was
+  /// refused, or nothing against it: then the receive entity has told what it holds.
+  Refusal receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
 
   /// How frames are written on an interface from now on.
   void dialectIs(Lumo::IntfId intfId, Dialect const& dialect);

@@ -97,6 +97,8 @@ void Host::interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t 
 
 void Host::interfaceDel(Lumo::IntfId intfId) {
   ethIntfStatusDir_->intfStatusDel(intfId);
+  frameEvidence_.erase(intfId);
+  hardwareFaults_.erase(intfId);
   if (!options_.emulateHardware) return;
   Vesk::ptrCast<MacSecStatus>(slices_->entry(kEmulatedSlice))->statusDel(intfId);
 }
@@ -178,6 +180,7 @@ void Host::die() {
   pamManager_ = Macsec::mkaPamManagerFactory(pam);
   hwStatus_ = Macsec::macSecIntfStatusPtrDirFactory(hwStatus_->name());
   timerWheel_ = Vesk::make<Zorn::TimerWheel>();
+  frameEvidence_.clear();
 }
 
 void Host::restart() {
@@ -186,7 +189,32 @@ void Host::restart() {
 }
 
 void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
-  if (machines_) machines_->codec.receive(intfId, frame);
+  if (!machines_) return;
+  FrameEvidence& evidence = frameEvidence_[intfId];
+  Codec::Refusal const refusal = machines_->codec.receive(intfId, frame);
+  if (refusal) {
+    evidence.refused(refusal, frame);
+  } else {
+    evidence.accepted(*pamManager_->rxMessageInfo(), frame);
+  }
+}
+
+FrameEvidence Host::frameEvidence(Lumo::IntfId intfId) const {
+  auto const found = frameEvidence_.find(intfId);
+  return found == frameEvidence_.end() ? FrameEvidence() : found->second;
+}
+
+void Host::hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault) {
+  if (fault.empty()) {
+    hardwareFaults_.erase(intfId);
+  } else {
+    hardwareFaults_[intfId] = fault;
+  }
+}
+
+std::string Host::hardwareFault(Lumo::IntfId intfId) const {
+  auto const found = hardwareFaults_.find(intfId);
+  return found == hardwareFaults_.end() ? "" : found->second;
 }
 
 Codec::FrameCodec* Host::codec() const { return machines_ ? &machines_->codec : nullptr; }

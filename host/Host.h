@@ -14,6 +14,7 @@
 #include "hardware/HwStatusSm.h"
 #include "hardware/MacsecForwardingModelSm.h"
 #include "host/ConfigFile.h"
+#include "host/FrameEvidence.h"
 #include "platform/IntfForwardingModel.h"
 #include "platform/MessageCounters.h"
 #include "runtime/Dir.h"
@@ -82,6 +83,13 @@ class Host {
   /// Null while the switch doesn't run.
   Codec::FrameCodec* codec() const;
 
+  /// What the frames of an interface tell; of one that had none, nothing.
+  FrameEvidence frameEvidence(Lumo::IntfId intfId) const;
+  /// What keeps the hardware of an interface from doing as asked, as its driver says it; empty when
+  /// nothing does.
+  void hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault);
+  std::string hardwareFault(Lumo::IntfId intfId) const;
+
  private:
   struct ConfigReactor;
   struct Machines;
@@ -105,6 +113,8 @@ class Host {
   Vesk::Ptr<Macsec::Brine::MessageCounters> counters_;
   Vesk::Ptr<ConfigReactor> configReactor_;
   std::map<Lumo::IntfId, Codec::Dialect> dialects_;
+  std::map<Lumo::IntfId, FrameEvidence> frameEvidence_;
+  std::map<Lumo::IntfId, std::string> hardwareFaults_;
   std::unique_ptr<Machines> machines_;
 };
 

@@ -117,7 +117,8 @@ What parseWhat(Words& words, Known const& known) {
   if (words.take("uses")) return parseUses(name, words, known);
   if (words.take("has")) return parseHas(name, words, known);
   if (words.take("counts")) return parseCounts(name, words);
-  words.unknown("expectation", {"is", "uses", "has", "counts", "logs"});
+  if (words.take("explains")) return parseExplains(name, words);
+  words.unknown("expectation", {"is", "uses", "has", "counts", "explains", "logs"});
 }
 
 /// Lines come at instants: not every way to give a time fits them.

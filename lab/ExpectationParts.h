@@ -9,4 +9,7 @@ namespace Lab {
 std::optional<decltype(Expectation::what)> parseOfSwitch(std::string const& switchName,
                                                          Words& words, Known const& known);
 
+/// Behind "explains".
+Explains parseExplains(PortName const& port, Words& words);
+
 }  // namespace Lab

@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "host/Explain.h"
 #include "lab/Names.h"
 #include "platform/MessageCounterTypes.h"
 
@@ -158,13 +159,19 @@ struct HasCounted {
   std::optional<Macsec::MessageCounterFailureSubType> defect;
 };
 
+/// What is said of why the port isn't secured: all of it, in its order.
+struct Explains {
+  PortName port;
+  std::vector<Macsecd::CauseKind> kinds;
+};
+
 struct Expectation {
   int line = 0;
   std::string text;  ///< as it was written
   When when;
   std::variant<PortIs, UsesKey, UsesDerivedKey, HasPrimaryKey, HasKeyServer, HasLivePeers,
                HasForwardingEntry, HasSakTransmit, HasSak, SameSak, HasRotated, HasPeerPacketNumber,
-               HasCounted, HasExited, IsRunning, HasFipsMode, HasDelayProtection, HasMkpduPeriod,
+               HasCounted, Explains, HasExited, IsRunning, HasFipsMode, HasDelayProtection, HasMkpduPeriod,
                HasMkpduThreshold, HasWrittenNothing, HasReloadMistakes, HasReloadMistake, Logs>
       what;
 };

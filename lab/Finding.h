@@ -31,6 +31,7 @@ class Findings {
   Finding of(SameSak const& expected) const;
   Finding of(HasRotated const& expected) const;
   Finding of(HasCounted const& expected) const;
+  Finding of(Explains const& expected) const;
   Finding of(HasPeerPacketNumber const& expected) const;
 
   Finding of(HasExited const& expected) const;

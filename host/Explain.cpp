@@ -1,0 +1,56 @@
+#include "host/Explain.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "host/Explainer.h"
+
+namespace Macsecd {
+
+bool Explanation::has(CauseKind kind) const {
+  return std::ranges::find(causes, kind, &Cause::kind) != causes.end();
+}
+
+Explainer::Explainer(Host const& host, Lumo::IntfId intfId)
+    : host_(host),
+      intfId_(intfId),
+      evidence_(host.frameEvidence(intfId)),
+      ethIntf_(host.ethIntfStatusDir()->intfStatus(intfId)),
+      intfStatus_(host.status()->intfStatus(intfId)),
+      port_(host.status()->portStatus(intfId)),
+      cp_(host.status()->cpStatus(intfId)) {
+  if (!port_) return;
+  for (Macsec::MkaActorStatus& actor : port_->actorStatus()) {
+    if (actor.principal()) principal_ = &actor;
+  }
+}
+
+Explanation Explainer::explanation() {
+  out_.intfId = intfId_;
+  out_.secured = cp_ && cp_->controlledPortEnabled();
+  if (configuration() && key() && link() && hardware() && frames() && members() && principal()) {
+    keys();
+  }
+  return std::move(out_);
+}
+
+void Explainer::note(CauseKind kind, std::string what, std::string remedy) {
+  out_.causes.push_back({kind, std::move(what), std::move(remedy)});
+}
+
+Explanation explain(Host const& host, Lumo::IntfId intfId) {
+  return Explainer(host, intfId).explanation();
+}
+
+std::string textOf(Explanation const& explanation) {
+  std::string text = fmt::format("{} is {}secured\n", explanation.intfId.stringValue().view(),
+                                 explanation.secured ? "" : "not ");
+  for (Cause const& cause : explanation.causes) {
+    text +=
+        fmt::format("  {}: {}\n    {}\n", Vesk::stringValue(cause.kind), cause.what, cause.remedy);
+  }
+  return text;
+}
+
+}  // namespace Macsecd

@@ -1,0 +1,75 @@
+#include <fmt/format.h>
+
+#include "engine/MkaActorSm.h"
+#include "host/Explainer.h"
+
+// From the agreement to the key in use.
+
+namespace Macsecd {
+
+using Macsec::Sak;
+using Macsec::SakContext;
+
+namespace {
+
+std::string nameOf(Sak const& sak) {
+  std::string_view const id = sak.keyMsgId().view();
+  return fmt::format("{}:{}", id.substr(std::min<size_t>(16, id.size())), sak.keyNum());
+}
+
+}  // namespace
+
+// What came in as a key for another suite wasn't taken.
+void Explainer::noteSuite() {
+  auto const suite = evidence_.distributedSuite(lifeTime());
+  if (!suite || *suite == intfStatus_->cipher()) return;
+  note(CauseKind::cipherMismatch,
+       fmt::format("the key server gives keys for {}, and this end is set to {}",
+                   Vesk::stringValue(*suite), Vesk::stringValue(intfStatus_->cipher())),
+       "give both ends the same 'cipher-suite'");
+}
+
+void Explainer::keys() {
+  noteSuite();
+  if (!out_.secured && principal_->distSak() == Sak(Macsec::AssociationNumber(0))) {
+    note(CauseKind::noSak,
+         principal_->electedSelf() ? "this switch is key server and makes the first key"
+                                   : "the key server hasn't given a key yet",
+         fmt::format("wait {:g} seconds; if it stays so, see the other end", lifeTime()));
+    return;
+  }
+  noteInstallation();
+  noteDeafPeers();
+}
+
+void Explainer::noteInstallation() {
+  SakContext const& latest = cp_->latestSakContext();
+  if (latest == SakContext()) return;
+  bool const waitsForRx = latest.rxEnabled() && !latest.rxInstalled();
+  bool const waitsForTx = latest.txEnabled() && !latest.txInstalled();
+  if (!waitsForRx && !waitsForTx) return;
+  note(CauseKind::sakNotInstalled,
+       fmt::format("the hardware hasn't installed key {} for {}", nameOf(latest.sak()),
+                   waitsForRx ? "receive" : "transmit"),
+       "see the driver's messages in the log");
+}
+
+// The key server sends with a key when all peers receive with it.
+void Explainer::noteDeafPeers() {
+  if (!principal_->electedSelf()) return;
+  for (Macsec::MkaPeer const& peer : principal_->livePeer()) {
+    Macsec::SakUseInfo const& use = peer.sakUseInfo();
+    bool receives = false;
+    for (auto const* info : {&use.latestKeyInfo(), &use.oldKeyInfo()}) {
+      receives |= sakMatch(*info, principal_->distSak()) && info->keyRx();
+    }
+    if (receives) continue;
+    note(CauseKind::peerNotReceiving,
+         fmt::format("{} doesn't receive with key {} yet",
+                     peer.baseInfo().sci().addr().stringValue().view(),
+                     nameOf(principal_->distSak())),
+         "see there: the same 'cipher-suite', and its hardware");
+  }
+}
+
+}  // namespace Macsecd

@@ -1,0 +1,114 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "host/Explainer.h"
+
+// Who is at the other end, and whether it agrees.
+
+namespace Macsecd {
+
+using Macsec::MkaActorStatus;
+using SubType = FrameEvidence::SubType;
+
+namespace {
+
+template <class Test>
+bool anyActor(Macsec::MkaPortStatus const& port, Test test) {
+  for (MkaActorStatus& actor : port.actorStatus()) {
+    if (test(actor)) return true;
+  }
+  return false;
+}
+
+bool hasLivePeer(MkaActorStatus const& actor) { return !actor.livePeer().empty(); }
+
+}  // namespace
+
+// Frames are looked at for what is wrong with them only while no peer is live: the fallback key's
+// peer may be there, and the primary key's frames be refused.
+bool Explainer::frames() {
+  noteRefusedFrames();
+  if (anyActor(*port_, hasLivePeer)) return true;
+  if (!evidence_.anyFrame(lifeTime())) {
+    note(CauseKind::noFrames,
+         fmt::format("no MKPDU has come from the other end for {:g} seconds", lifeTime()),
+         "see that MACsec runs there, and that nothing on the way drops EtherType 0x888E");
+    return false;
+  }
+  bool const isHeard =
+      anyActor(*port_, [](MkaActorStatus const& actor) { return !actor.potentialPeer().empty(); });
+  if (isHeard) {
+    note(CauseKind::oneWay, "the other end is heard, but doesn't list this switch as its peer",
+         "see whether this switch's frames arrive there: its receive side, and its key");
+  }
+  return false;
+}
+
+void Explainer::noteRefusedFrames() {
+  auto const senders = evidence_.senders(lifeTime());
+  if (std::ranges::find(senders, port_->mySci()) != senders.end()) {
+    note(CauseKind::duplicateSci,
+         fmt::format("frames come in that bear this switch's own SCI ({}, port {})",
+                     port_->mySci().addr().stringValue().view(), port_->mySci().portNum()),
+         "give one end another MAC address or port number, or find the loop");
+  } else if (evidence_.cameFrom(ethIntf_->ethAddr(), lifeTime())) {
+    note(CauseKind::sameAddress, "both ends of the link have the same MAC address",
+         "give one end another address");
+  }
+  if (auto const name = evidence_.unknownName(lifeTime())) {
+    note(CauseKind::unknownName, fmt::format("frames come in under the key name {}", *name),
+         "give both ends the same key name (ckn)");
+  }
+  if (evidence_.anyRefused(SubType::icvValidationErr, lifeTime())) {
+    note(CauseKind::wrongCak, "frames come in under a known key name with a wrong ICV",
+         "give both ends the same key (cak) and 'cipher-suite' under this name");
+  }
+  for (SubType const subType :
+       {SubType::eapolErr, SubType::basicParamSetErr, SubType::livePeerListErr,
+        SubType::potentialPeerListErr, SubType::sakUseSetErr, SubType::distSakSetErr,
+        SubType::distCakSetErr, SubType::icvIndicatorErr}) {
+    if (!evidence_.anyRefused(subType, lifeTime())) continue;
+    note(CauseKind::malformedFrames,
+         fmt::format("frames come in that fail with {}", Vesk::stringValue(subType)),
+         "capture them and check the other end's implementation, or its dialect");
+  }
+}
+
+// Extended packet numbers give the two members of a link the short SCIs 1 and 2.
+bool Explainer::members() {
+  if (evidence_.senders(lifeTime()).size() > 1 || anyActor(*port_, [](MkaActorStatus const& actor) {
+        return actor.livePeer().members() > 1;
+      })) {
+    note(CauseKind::tooManyMembers, "more than two members are on the link",
+         "extended packet numbers need exactly two: take the others off the segment");
+  }
+  bool const isElected = anyActor(*port_, [](MkaActorStatus const& actor) {
+    return hasLivePeer(actor) && actor.keyServer() != Macsec::Sci();
+  });
+  if (isElected) return true;
+  note(CauseKind::noKeyServer, "the members of the link can't agree on a key server",
+       "give the ends different key server priorities or MAC addresses; with 802.1X, one end has "
+       "to be the authenticator");
+  return false;
+}
+
+// A follower's actor becomes principal with the first key that it takes.
+bool Explainer::principal() {
+  if (principal_) {
+    if (principal_->defaultActor() && intfStatus_->key() != Macsec::Cak()) {
+      note(CauseKind::fallbackInUse, "the fallback key is in use",
+           "repair the primary key at the end where it is wrong");
+    }
+    return true;
+  }
+  noteSuite();
+  note(CauseKind::notPrincipal,
+       "peers agree on a key server, but no key has become the principal one yet",
+       fmt::format("wait: a key server makes a key within {:g} seconds, and under the fallback key "
+                   "gives the primary one {} seconds before",
+                   lifeTime(), host_.status()->defaultKeyActivationPeriod()));
+  return false;
+}
+
+}  // namespace Macsecd

@@ -1,0 +1,87 @@
+#include <fmt/format.h>
+
+#include "host/Explainer.h"
+
+// What the switch itself lacks: configuration, a key, a link, hardware.
+
+namespace Macsecd {
+
+using Macsec::Cak;
+
+bool Explainer::configuration() {
+  auto const& config = *host_.config();
+  auto const intfConfig = config.intfConfig(intfId_);
+  if (!intfConfig || !config.profile(intfConfig->profileName())) {
+    note(CauseKind::notConfigured, "no profile is bound to the interface",
+         "name it under 'interfaces' in the configuration, with a profile");
+    return false;
+  }
+  if (config.shutdown()) {
+    note(CauseKind::shutDown, "MACsec is off on the whole switch",
+         "take 'shutdown' out of the configuration");
+    return false;
+  }
+  auto const& mode = host_.status()->fipsStatus();
+  if (host_.running() && mode.fipsModeSuccess() &&
+      mode.fipsRestrictions() == config.fipsRestrictions()) {
+    return true;
+  }
+  note(CauseKind::fips,
+       fmt::format("the process doesn't run in the configured FIPS mode ({})",
+                   config.fipsRestrictions() ? "on" : "off"),
+       config.fipsRestrictions() ? "install OpenSSL's FIPS provider, or take 'fips' out of the "
+                                   "configuration; then start the process again"
+                                 : "start the process again");
+  return false;
+}
+
+// An interface without an `IntfStatus` has neither a key nor 802.1X.
+bool Explainer::key() {
+  auto const profile = host_.config()->profile(host_.config()->intfConfig(intfId_)->profileName());
+  if (!intfStatus_) {
+    note(CauseKind::noKey, fmt::format("profile {} has no key", profile->name().view()),
+         "give it a 'key', or 'dot1x: true'");
+    return false;
+  }
+  if (profile->dot1xEnabled() && intfStatus_->key() == Cak()) noteDerivedKey(*profile);
+  return intfStatus_->key() != Cak() || intfStatus_->defaultKey() != Cak();
+}
+
+void Explainer::noteDerivedKey(Macsec::Profile const& profile) {
+  auto const* published = host_.eapKeyStatus()->key(intfId_);
+  if (published && published->firstAddr() == published->secondAddr()) {
+    note(CauseKind::sameAddress,
+         fmt::format("the 802.1X key is between {} and itself, so no key can be derived",
+                     published->firstAddr().stringValue().view()),
+         "have the authentication give the addresses of the two ends");
+    return;
+  }
+  note(CauseKind::waitingForKey, "802.1X hasn't given a key yet",
+       "see that the authentication on this interface completes and hands its key over");
+}
+
+bool Explainer::link() {
+  if (!ethIntf_) {
+    note(CauseKind::noInterface, "there is no such interface",
+         "check its name, or wait until it is there");
+    return false;
+  }
+  if (ethIntf_->linkStatus() == Interface::linkUp) return true;
+  note(CauseKind::noLink, "the link is down", "check the cable, the optics and the other end");
+  return false;
+}
+
+bool Explainer::hardware() {
+  std::string const fault = host_.hardwareFault(intfId_);
+  if (!fault.empty()) {
+    note(CauseKind::hardwareRefuses, fault, "remove what it names; it is tried again");
+  }
+  if (port_ && cp_) return true;
+  if (fault.empty()) {
+    note(CauseKind::unknownToHardware, "the hardware doesn't offer MACsec on the interface",
+         "choose an interface that has it, or load what drives it");
+  }
+  return false;
+}
+
+}  // namespace Macsecd

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "codec/Refusal.h"
+#include "model/MkaMessageInfo.h"
+#include "platform/MessageCounterData.h"
+#include "runtime/EthAddr.h"
+
+namespace Macsecd {
+
+/// What the frames that came in on an interface tell of who is at the other end. Keeps the newest
+/// of each kind with its time, in a fixed amount of memory whatever comes in.
+class FrameEvidence {
+ public:
+  using SubType = Codec::SubType;
+
+  /// Who sent frames that this switch accepted.
+  struct Sender {
+    Macsec::Sci sci;
+    double time = 0;
+  };
+
+  /// A frame that the codec refused.
+  void refused(Codec::Refusal const& refusal, std::span<uint8_t const> frame);
+  /// A frame that it accepted, as it lies in the receive entity.
+  void accepted(Macsec::MkaMessageInfo const& message, std::span<uint8_t const> frame);
+
+  // All of the following look at the last `seconds` of the world's clock.
+
+  /// Any MKPDU, also a refused one.
+  bool anyFrame(double seconds) const { return isRecent(lastFrame_, seconds); }
+  bool anyRefused(SubType subType, double seconds) const;
+  /// The name of the CAK in the newest frame whose name no actor here has, as hexadecimal digits.
+  std::optional<std::string> unknownName(double seconds) const;
+  /// Whether a frame bore this source address.
+  bool cameFrom(Lumo::EthAddr const& addr, double seconds) const;
+  /// The senders, at most `kSenders`.
+  std::vector<Macsec::Sci> senders(double seconds) const;
+  /// The cipher suite of the key that was distributed last.
+  std::optional<Macsec::CipherSuite> distributedSuite(double seconds) const;
+
+  static constexpr size_t kSenders = 8;
+
+ private:
+  using Time = std::optional<double>;
+
+  static bool isRecent(Time const& time, double seconds);
+  void noteFrame(std::span<uint8_t const> frame);
+
+  Time lastFrame_;
+  std::array<Time, Macsec::Brine::MessageCounterData::kSubTypes> refused_;
+  Time unknownNameAt_;
+  std::string unknownName_;
+  Time sourceAt_;
+  Lumo::EthAddr source_;
+  std::vector<Sender> senders_;
+  Time suiteAt_;
+  Macsec::CipherSuite suite_{};
+};
+
+}  // namespace Macsecd
