@@ -26,18 +26,6 @@ struct Row {
 
 constexpr char const* kOthers = "(others)";
 
-std::string frames(size_t counter) {
-  using Macsec::MessageCounterFailureSubType;
-  constexpr size_t kSubTypes = MessageCounterData::kSubTypes;
-  Macsec::MessageCounterDirection const direction{static_cast<uint8_t>(counter / (2 * kSubTypes))};
-  Macsec::MessageCounterType const type{static_cast<uint8_t>(counter / kSubTypes % 2)};
-  MessageCounterFailureSubType const subType{static_cast<uint8_t>(counter % kSubTypes)};
-  std::string text = fmt::format("{} {}", Vesk::stringValue(direction), Vesk::stringValue(type));
-  if (subType != MessageCounterFailureSubType::none)
-    text += fmt::format(" {}", Vesk::stringValue(subType));
-  return text;
-}
-
 /// The lines of one interface, or of a record that can't be read.
 struct Block {
   std::string interface;
@@ -49,7 +37,7 @@ Block blockOf(InterfaceCounters const& counters) {
   Block block{isOthers ? kOthers : counters.name, {}};
   for (size_t i = 0; i < counters.total.size(); ++i) {
     if (counters.total[i] == 0) continue;
-    block.rows.push_back({"", frames(i), std::to_string(counters.sinceSnapshot[i]),
+    block.rows.push_back({"", counterName(i), std::to_string(counters.sinceSnapshot[i]),
                           std::to_string(counters.total[i])});
   }
   if (block.rows.empty() && !isOthers) block.rows.push_back({"", "none", "", ""});
@@ -86,6 +74,18 @@ std::vector<Row> rowsOf(MessageCounterReader const& reader) {
 }
 
 }  // namespace
+
+std::string counterName(size_t counter) {
+  using Macsec::MessageCounterFailureSubType;
+  constexpr size_t kSubTypes = MessageCounterData::kSubTypes;
+  Macsec::MessageCounterDirection const direction{static_cast<uint8_t>(counter / (2 * kSubTypes))};
+  Macsec::MessageCounterType const type{static_cast<uint8_t>(counter / kSubTypes % 2)};
+  MessageCounterFailureSubType const subType{static_cast<uint8_t>(counter % kSubTypes)};
+  std::string text = fmt::format("{} {}", Vesk::stringValue(direction), Vesk::stringValue(type));
+  if (subType != MessageCounterFailureSubType::none)
+    text += fmt::format(" {}", Vesk::stringValue(subType));
+  return text;
+}
 
 std::string counterText(MessageCounterReader const& reader) {
   auto const rows = rowsOf(reader);

@@ -22,4 +22,7 @@ namespace Macsecd {
 /// a line of its own.
 std::string counterText(Macsec::Brine::MessageCounterReader const& reader);
 
+/// What a counter counts, by its place in `MessageCounterData`: "rx failure icvValidationErr".
+std::string counterName(size_t counter);
+
 }  // namespace Macsecd

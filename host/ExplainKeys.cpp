@@ -2,6 +2,7 @@
 
 #include "engine/MkaActorSm.h"
 #include "host/Explainer.h"
+#include "host/PortText.h"
 
 // From the agreement to the key in use.
 
@@ -9,15 +10,6 @@ namespace Macsecd {
 
 using Macsec::Sak;
 using Macsec::SakContext;
-
-namespace {
-
-std::string nameOf(Sak const& sak) {
-  std::string_view const id = sak.keyMsgId().view();
-  return fmt::format("{}:{}", id.substr(std::min<size_t>(16, id.size())), sak.keyNum());
-}
-
-}  // namespace
 
 // What came in as a key for another suite wasn't taken.
 void Explainer::noteSuite() {
@@ -49,7 +41,7 @@ void Explainer::noteInstallation() {
   bool const waitsForTx = latest.txEnabled() && !latest.txInstalled();
   if (!waitsForRx && !waitsForTx) return;
   note(CauseKind::sakNotInstalled,
-       fmt::format("the hardware hasn't installed key {} for {}", nameOf(latest.sak()),
+       fmt::format("the hardware hasn't installed key {} for {}", sakText(latest.sak()),
                    waitsForRx ? "receive" : "transmit"),
        "see the driver's messages in the log");
 }
@@ -67,7 +59,7 @@ void Explainer::noteDeafPeers() {
     note(CauseKind::peerNotReceiving,
          fmt::format("{} doesn't receive with key {} yet",
                      peer.baseInfo().sci().addr().stringValue().view(),
-                     nameOf(principal_->distSak())),
+                     sakText(principal_->distSak())),
          "see there: the same 'cipher-suite', and its hardware");
   }
 }

@@ -171,8 +171,9 @@ struct Expectation {
   When when;
   std::variant<PortIs, UsesKey, UsesDerivedKey, HasPrimaryKey, HasKeyServer, HasLivePeers,
                HasForwardingEntry, HasSakTransmit, HasSak, SameSak, HasRotated, HasPeerPacketNumber,
-               HasCounted, Explains, HasExited, IsRunning, HasFipsMode, HasDelayProtection, HasMkpduPeriod,
-               HasMkpduThreshold, HasWrittenNothing, HasReloadMistakes, HasReloadMistake, Logs>
+               HasCounted, Explains, HasExited, IsRunning, HasFipsMode, HasDelayProtection,
+               HasMkpduPeriod, HasMkpduThreshold, HasWrittenNothing, HasReloadMistakes,
+               HasReloadMistake, Logs>
       what;
 };
 

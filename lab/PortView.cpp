@@ -1,7 +1,5 @@
 #include "lab/PortView.h"
 
-#include <fmt/format.h>
-
 #include "platform/WardcodeLib.h"
 
 namespace Lab {
@@ -32,15 +30,6 @@ Vesk::Ptr<MkaActorStatus> PortView::principal() const {
 Sak PortView::txSak() const {
   auto const cpStatus = status_.cpStatus(intfId_);
   return cpStatus ? cpStatus->txSak() : Sak();
-}
-
-std::string sciText(Macsec::Sci const& sci) {
-  return fmt::format("{}/{}", sci.addr().stringValue().view(), sci.portNum());
-}
-
-std::string sakText(Sak const& sak) {
-  std::string_view const id = sak.keyMsgId().view();
-  return fmt::format("{}:{}", id.substr(std::min<size_t>(16, id.size())), sak.keyNum());
 }
 
 bool sameSak(Sak const& a, Sak const& b) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/PortText.h"
 #include "model/Status.h"
 
 namespace Lab {
@@ -32,10 +33,9 @@ class PortView {
   Lumo::IntfId intfId_;
 };
 
-/// "02:00:00:00:00:01/1": address and port number.
-std::string sciText(Macsec::Sci const& sci);
-/// "5e6f7081:2", as the syslog lines call a key: the end of its identifier, and its number.
-std::string sakText(Macsec::Sak const& sak);
+using Macsecd::sakText;
+using Macsecd::sciText;
+
 /// Both are one key: identifier, number and clear text. Two empty ones aren't.
 bool sameSak(Macsec::Sak const& a, Macsec::Sak const& b);
 

@@ -1,0 +1,146 @@
+#include "host/Control.h"
+
+#include <nlohmann/json.hpp>
+
+#include "tests/host/HostFixture.h"
+#include "tests/support/Poison.h"
+
+namespace Macsecd {
+namespace {
+
+using Json = nlohmann::json;
+
+class ControlTest : public ::testing::Test {
+ protected:
+  ControlTest() {
+    for (Switch* one : {&a, &b}) {
+      Vesk::WorldScope const scope(one->world);
+      one->bringUp();
+    }
+    talk(a, b, 20);
+  }
+  Json answer(std::string const& request, bool mayChange = true) {
+    Vesk::WorldScope const scope(a.world);
+    text = control.answer(request, mayChange);
+    EXPECT_EQ(text.find('\n'), std::string::npos);
+    return Json::parse(text);
+  }
+  Json resultOf(std::string const& command) {
+    Json const json = answer(R"({"version":1,"command":")" + command + "\"}");
+    EXPECT_EQ(json["version"], 1);
+    EXPECT_TRUE(json["ok"].get<bool>()) << json;
+    return json["result"];
+  }
+  std::string errorOf(std::string const& request, bool mayChange = true) {
+    Json const json = answer(request, mayChange);
+    EXPECT_FALSE(json["ok"].get<bool>()) << json;
+    EXPECT_FALSE(json["remedy"].get<std::string>().empty());
+    return json["error"];
+  }
+
+  Switch b{2}, a{1};
+  std::vector<Mistake> mistakes;
+  int reloads = 0;
+  Control control{a.host, [this] {
+                    ++reloads;
+                    return mistakes;
+                  }};
+  std::string text;
+};
+
+TEST_F(ControlTest, TellsThePortsWithTheirKeysAndPeers) {
+  Json const ports = resultOf("status");
+  ASSERT_EQ(ports.size(), 1u);
+  Json const& port = ports[0];
+  EXPECT_EQ(port["interface"], "Ethernet1");
+  EXPECT_EQ(port["profile"], "one");
+  EXPECT_EQ(port["state"], "open");
+  EXPECT_EQ(port["cipher-suite"], "gcmAesXpn128");
+  EXPECT_EQ(port["sci"], "02:00:00:00:00:01/1");
+  EXPECT_EQ(port["ssci"], "00000002");
+  EXPECT_EQ(port["an"], 0);
+  ASSERT_EQ(port["keys"].size(), 1u);
+  Json const& key = port["keys"][0];
+  EXPECT_EQ(key["ckn"], "6162");
+  EXPECT_EQ(key["role"], "primary");
+  EXPECT_TRUE(key["principal"].get<bool>());
+  EXPECT_TRUE(key["is-key-server"].get<bool>());
+  ASSERT_EQ(key["peers"].size(), 1u);
+  EXPECT_EQ(key["peers"][0]["sci"], "02:00:00:00:00:02/1");
+  EXPECT_TRUE(key["peers"][0]["live"].get<bool>());
+  EXPECT_LE(key["peers"][0]["seconds-since-heard"].get<double>(), 2.0);
+}
+
+TEST_F(ControlTest, TellsWhatIsNotThereAsNull) {
+  a.host.linkIs(kIntf, false);
+  a.host.configIs(SwitchConfig());
+  a.host.configIs(configWith(kCak));
+  Json const port = resultOf("status")[0];
+  EXPECT_EQ(port["state"], "absent");
+  EXPECT_TRUE(port["sak"].is_null());
+  EXPECT_TRUE(port["keys"].empty());
+}
+
+TEST_F(ControlTest, ExplainsAPort) {
+  a.host.linkIs(kIntf, false);
+  Json const told = resultOf("explain")[0];
+  EXPECT_FALSE(told["secured"].get<bool>());
+  EXPECT_EQ(told["causes"][0]["cause"], "no-link");
+}
+
+TEST_F(ControlTest, CountsAndClears) {
+  Json const before = resultOf("counters")[0];
+  EXPECT_EQ(before["interface"], "Ethernet1");
+  EXPECT_EQ(before["counters"][0]["frames"], "tx success");
+  EXPECT_GT(before["counters"][0]["since-clear"], 5);
+  EXPECT_TRUE(resultOf("clear-counters").is_null());
+  Json const after = resultOf("counters")[0];
+  EXPECT_EQ(after["counters"][0]["since-clear"], 0);
+  EXPECT_EQ(after["counters"][0]["total"], before["counters"][0]["total"]);
+}
+
+TEST_F(ControlTest, ReloadsAndTellsTheMistakes) {
+  EXPECT_TRUE(resultOf("reload")["taken"].get<bool>());
+  mistakes.push_back({"switch.yaml", 3, 5, "unknown word 'kye'", "write 'key'"});
+  Json const refused = resultOf("reload");
+  EXPECT_FALSE(refused["taken"].get<bool>());
+  EXPECT_EQ(refused["mistakes"][0]["line"], 3);
+  EXPECT_EQ(reloads, 2);
+}
+
+TEST_F(ControlTest, LetsWhoMayOnlyReadChangeNothing) {
+  for (std::string const command : {"clear-counters", "reload"}) {
+    EXPECT_EQ(errorOf(R"({"version":1,"command":")" + command + "\"}", false),
+              "you may not " + command);
+  }
+  EXPECT_EQ(reloads, 0);
+  EXPECT_GT(resultOf("counters")[0]["counters"][0]["since-clear"], 5);
+}
+
+TEST_F(ControlTest, AnswersWhatIsNoRequest) {
+  EXPECT_EQ(errorOf(""), "this is no JSON object");
+  EXPECT_EQ(errorOf("[1]"), "this is no JSON object");
+  EXPECT_EQ(errorOf("{}"), "the request is of another version");
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"status"})"), "the request is of another version");
+  EXPECT_EQ(errorOf(R"({"version":1})"), "there is no command ''");
+  EXPECT_EQ(errorOf(R"({"version":1,"command":5})"), "'command' is no text");
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"stauts"})"), "there is no command 'stauts'");
+  EXPECT_EQ(answer(R"({"version":1,"command":"stauts"})")["remedy"], "write 'status'");
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"status","interface":"Ethernet7"})"),
+            "there is no interface 'Ethernet7' in the configuration");
+  EXPECT_EQ(errorOf("{\"version\":1,\"command\":\"\xff\"}").empty(), false);
+}
+
+TEST_F(ControlTest, NeverTellsAKey) {
+  Support::Poison poison;
+  poison.add("CAK", kCak);
+  poison.addFrom(*a.host.status());
+  EXPECT_GT(poison.count("SAK"), 0u);
+  for (std::string const command : {"status", "explain", "counters", "reload"}) {
+    resultOf(command);
+    EXPECT_EQ(poison.foundIn(text), "") << command;
+  }
+}
+
+}  // namespace
+}  // namespace Macsecd
