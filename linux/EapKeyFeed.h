@@ -3,16 +3,11 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "host/KeyText.h"
-#include "linux/Descriptor.h"
-#include "linux/LineBuffer.h"
-#include "linux/UnixListener.h"
+#include "linux/LineServer.h"
 #include "platform/EapKeyStatus.h"
 
 namespace Linux {
@@ -45,46 +40,29 @@ class EapKeyFeed {
   };
 
   explicit EapKeyFeed(Vesk::Ptr<Dot1x::EapKeyStatus> keys, EapKeyFeedOptions options = {});
-  ~EapKeyFeed();
-  EapKeyFeed(EapKeyFeed const&) = delete;
-  EapKeyFeed& operator=(EapKeyFeed const&) = delete;
 
   /// Opens the socket at this path. The file is for its owner alone, unless others may publish:
   /// then everybody can connect, and is asked who it is. Returns what is wrong and what to do about
   /// it, with the path in front; nothing when all is well.
   [[nodiscard]] std::optional<std::string> listenAt(std::string const& path);
   /// Readable when there is something to do; the same for as long as the feed lives.
-  int fd() const { return epoll_.fd(); }
+  int fd() const { return server_.fd(); }
   /// Does what there is to do; returns when it would have to wait.
-  void run();
+  void run() { server_.run(); }
 
-  Counts const& counts() const { return counts_; }
-  size_t clients() const { return clients_.size(); }
+  Counts counts() const;
+  size_t clients() const { return server_.clients(); }
 
  private:
-  struct Client {
-    Client(Descriptor socket, uid_t user) : socket(std::move(socket)), user(user) {}
-    Descriptor const socket;
-    uid_t const user;
-    LineBuffer lines;
-  };
-
-  void acceptAll();
-  void greet(Descriptor socket);
-  bool watch(int fd);
-  void serve(int fd);
-  bool readFrom(Client& client);
-  bool takeLines(Client& client);
-  bool take(Client const& client, std::span<uint8_t> line);
-  bool refuse(Client const& client, Macsecd::Fault const& fault);
-  bool answer(Client const& client, std::string const& text);
+  std::string take(SocketPeer const& peer, std::span<uint8_t> line);
+  std::string refuse(Macsecd::Fault const& fault);
 
   Vesk::Ptr<Dot1x::EapKeyStatus> const keys_;
   EapKeyFeedOptions const options_;
-  Descriptor epoll_;
-  std::optional<UnixListener> listener_;
-  std::map<int, std::unique_ptr<Client>> clients_;
-  Counts counts_;
+  uint64_t published_ = 0;
+  uint64_t withdrawn_ = 0;
+  uint64_t refusedLines_ = 0;
+  LineServer server_;
 };
 
 }  // namespace Linux

@@ -251,7 +251,7 @@ TEST_F(EapKeyFeedTest, OnlyItsOwnUserCanReachTheFileAndItGoesWithTheFeed) {
 }
 
 TEST_F(EapKeyFeeds, AUserWhoIsNotNamedIsToldAndGoesWithoutBeingHeard) {
-  Vesk::TraceHandle::streamLevelsIs("EapKeyFeed", Vesk::kAllTraceLevels);
+  Vesk::TraceHandle::streamLevelsIs("LineServer", Vesk::kAllTraceLevels);
   EapKeyFeed feed(keys_, {.users = {geteuid() + 1}});
   ASSERT_EQ(feed.listenAt(path_), std::nullopt);
   struct stat status;
@@ -264,7 +264,7 @@ TEST_F(EapKeyFeeds, AUserWhoIsNotNamedIsToldAndGoesWithoutBeingHeard) {
   EXPECT_TRUE(keys_->key().empty());
   EXPECT_EQ(feed.counts(), (EapKeyFeed::Counts{.refusedUsers = 1}));
   EXPECT_EQ(world_.traced("Refusing the connection of " + who), 1u);
-  Vesk::TraceHandle::streamLevelsIs("EapKeyFeed", 0);
+  Vesk::TraceHandle::streamLevelsIs("LineServer", 0);
 }
 
 TEST_F(EapKeyFeeds, ASocketThatNobodyListensOnIsReplaced) {

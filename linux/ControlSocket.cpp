@@ -1,0 +1,60 @@
+#include "linux/ControlSocket.h"
+
+#include <grp.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace Linux {
+
+namespace {
+
+constexpr size_t kMaxClients = 32;
+// The status of some thousands of ports.
+constexpr size_t kMaxUnread = 16 << 20;
+
+std::optional<gid_t> groupNamed(std::string const& name) {
+  if (name.empty()) return std::nullopt;
+  group const* const found = getgrnam(name.c_str());
+  return found ? std::optional(found->gr_gid) : std::nullopt;
+}
+
+std::string lineOf(Macsecd::Fault const& fault) {
+  nlohmann::ordered_json const json = {{"version", Macsecd::Control::kVersion},
+                                       {"ok", false},
+                                       {"error", fault.what},
+                                       {"remedy", fault.remedy}};
+  return json.dump() + "\n";
+}
+
+}  // namespace
+
+ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload)
+    : ControlSocket(host, std::move(reload), Options()) {}
+
+ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options)
+    : control_(host, std::move(reload)),
+      group_(groupNamed(options.group)),
+      server_({[this](SocketPeer const& peer) { return mayChange(peer) || mayLook(peer); },
+               [this](SocketPeer const& peer, std::span<uint8_t> line) {
+                 std::string_view const request(reinterpret_cast<char const*>(line.data()),
+                                                line.size());
+                 return control_.answer(request, mayChange(peer)) + "\n";
+               },
+               lineOf},
+              {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
+
+std::optional<std::string> ControlSocket::listenAt(std::string const& path) {
+  return server_.listenAt(path, group_ ? 0666 : 0600);
+}
+
+bool ControlSocket::mayChange(SocketPeer const& peer) const {
+  return peer.user == 0 || peer.user == geteuid();
+}
+
+bool ControlSocket::mayLook(SocketPeer const& peer) const {
+  return group_ && std::ranges::find(peer.groups, *group_) != peer.groups.end();
+}
+
+}  // namespace Linux

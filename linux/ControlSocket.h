@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/Control.h"
+#include "linux/LineServer.h"
+
+namespace Linux {
+
+/// `Macsecd::Control` on a Unix stream socket: a request on a line, its answer on a line. Root and
+/// the process's own user may change, the members of a group may look.
+class ControlSocket {
+ public:
+  struct Options {
+    /// Members of this group may look; empty, or a group that isn't there, for nobody.
+    std::string group = "macsec";
+  };
+
+  ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options);
+  ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload);
+
+  /// Opens the socket at this path. Returns what is wrong and what to do about it.
+  [[nodiscard]] std::optional<std::string> listenAt(std::string const& path);
+  /// Readable when there is something to do: then `run()`, in the world of the switch.
+  int fd() const { return server_.fd(); }
+  void run() { server_.run(); }
+
+  LineServer::Counts const& counts() const { return server_.counts(); }
+
+ private:
+  bool mayChange(SocketPeer const& peer) const;
+  bool mayLook(SocketPeer const& peer) const;
+
+  Macsecd::Control control_;
+  std::optional<gid_t> const group_;
+  LineServer server_;
+};
+
+}  // namespace Linux

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/KeyText.h"
+#include "linux/Descriptor.h"
+#include "linux/LineBuffer.h"
+#include "linux/UnixListener.h"
+
+namespace Linux {
+
+/// Who is at the other side of a Unix socket, as the kernel says it.
+struct SocketPeer {
+  uid_t user = 0;
+  std::vector<gid_t> groups;  ///< its own first, then the supplementary ones
+};
+
+/// Answers lines on a Unix stream socket, one line with one line.
+///
+/// It has no loop of its own and never blocks: whoever runs one waits for `fd()` to become readable
+/// and calls `run()`.
+class LineServer {
+ public:
+  struct Options {
+    /// Connections at one time; further ones are turned away.
+    size_t maxClients = 16;
+    /// What a user may not do who isn't admitted, in words.
+    std::string purpose = "use this socket";
+    /// Octets of answers that may wait for somebody to read them.
+    size_t maxUnread = 0;
+  };
+  struct Handlers {
+    std::function<bool(SocketPeer const&)> admits;
+    /// The answer to a line, with its end. The line is given without it, and is wiped behind.
+    std::function<std::string(SocketPeer const&, std::span<uint8_t>)> take;
+    /// The answer to what isn't a line, or to a connection that can't be had.
+    std::function<std::string(Macsecd::Fault const&)> refuse;
+  };
+  struct Counts {
+    uint64_t refusedUsers = 0;  ///< connections of somebody who isn't admitted
+    uint64_t turnedAway = 0;    ///< connections beyond the most
+    uint64_t slowReaders = 0;   ///< connections ended because nobody read the answers
+    uint64_t brokenLines = 0;   ///< too long, or ended by the end of the connection
+    friend bool operator==(Counts const&, Counts const&) = default;
+  };
+
+  LineServer(Handlers handlers, Options options);
+  ~LineServer();
+  LineServer(LineServer const&) = delete;
+  LineServer& operator=(LineServer const&) = delete;
+
+  /// Opens the socket at this path, with these permissions of its file. Returns what is wrong and
+  /// what to do about it, with the path in front; nothing when all is well.
+  [[nodiscard]] std::optional<std::string> listenAt(std::string const& path, mode_t mode);
+  /// Readable when there is something to do; the same for as long as the server lives.
+  int fd() const { return epoll_.fd(); }
+  /// Does what there is to do; returns when it would have to wait.
+  void run();
+
+  Counts const& counts() const { return counts_; }
+  size_t clients() const { return clients_.size(); }
+
+ private:
+  struct Client {
+    Client(Descriptor socket, SocketPeer peer) : socket(std::move(socket)), peer(std::move(peer)) {}
+    Descriptor const socket;
+    SocketPeer const peer;
+    LineBuffer lines;
+    std::string unread;
+  };
+
+  void acceptAll();
+  void greet(Descriptor socket);
+  void turnAway(Descriptor const& socket, Macsecd::Fault const& fault);
+  bool watch(int fd);
+  void serve(int fd, uint32_t events);
+  bool readFrom(Client& client);
+  bool takeLines(Client& client);
+  bool answer(Client& client, std::string const& text);
+  void flush(Client& client);
+  void watchFor(Client const& client);
+
+  Handlers const handlers_;
+  Options const options_;
+  Descriptor epoll_;
+  std::optional<UnixListener> listener_;
+  std::map<int, std::unique_ptr<Client>> clients_;
+  Counts counts_;
+};
+
+}  // namespace Linux
