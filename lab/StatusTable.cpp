@@ -2,10 +2,10 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <ostream>
 
 #include "host/CounterText.h"
+#include "host/TextTable.h"
 #include "lab/PortView.h"
 #include "lab/Timeline.h"
 
@@ -13,7 +13,7 @@ namespace Lab {
 
 namespace {
 
-using Row = std::array<std::string, 8>;
+using Row = std::vector<std::string>;
 
 Row const header = {"Port", "State", "Principal key", "Key server", "SAK", "AN", "SSCI", "Peers"};
 
@@ -30,13 +30,12 @@ std::string peersOf(Simulation const& simulation, Macsec::MkaActorStatus const& 
     peers.push_back(nameOf(simulation, peer.baseInfo().sci()));
   }
   std::sort(peers.begin(), peers.end());
-  return peers.empty() ? "-" : fmt::format("{}", fmt::join(peers, ", "));
+  return fmt::format("{}", fmt::join(peers, ", "));
 }
 
 Row rowOf(Simulation const& simulation, Switch const& owner, Lumo::IntfId intfId) {
   PortView const port(*owner.host().status(), intfId);
-  Row row;
-  row.fill("-");
+  Row row(header.size());
   row[0] = owner.name() + " " + intfId.stringValue().charPtr();
   row[1] = port.state();
   if (auto const actor = port.principal()) {
@@ -65,16 +64,7 @@ void writeStatusTable(std::ostream& out, Simulation const& simulation) {
       rows.push_back(rowOf(simulation, *one, intfId));
     }
   }
-  std::array<size_t, std::tuple_size_v<Row>> widths{};
-  for (Row const& row : rows) {
-    for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
-  }
-  for (Row const& row : rows) {
-    std::string line;
-    for (size_t i = 0; i < row.size(); ++i) line += fmt::format("{:<{}}  ", row[i], widths[i]);
-    line.erase(line.find_last_not_of(' ') + 1);
-    out << line << '\n';
-  }
+  out << Macsecd::textTable(rows);
 }
 
 void writeCounters(std::ostream& out, Simulation const& simulation) {

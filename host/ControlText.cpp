@@ -1,0 +1,169 @@
+#include "host/ControlText.h"
+
+#include <fmt/format.h>
+
+#include "host/ControlJson.h"
+#include "host/TextTable.h"
+
+namespace Macsecd {
+
+namespace {
+
+using Rows = std::vector<std::vector<std::string>>;
+
+std::string text(Json const& value) {
+  if (value.is_null()) return "";
+  if (value.is_string()) return value.get<std::string>();
+  return value.is_number_float() ? fmt::format("{:.1f}", value.get<double>()) : value.dump();
+}
+
+Json const* principalOf(Json const& port) {
+  for (Json const& key : port.at("keys")) {
+    if (key.at("principal").get<bool>()) return &key;
+  }
+  return nullptr;
+}
+
+std::string keyServerOf(Json const& key) {
+  return key.at("is-key-server").get<bool>() ? "this switch" : text(key.at("key-server"));
+}
+
+size_t livePeers(Json const& key) {
+  size_t count = 0;
+  for (Json const& peer : key.at("peers")) count += peer.at("live").get<bool>();
+  return count;
+}
+
+std::string status(Json const& ports) {
+  Rows rows = {{"Interface", "State", "Key", "Role", "Key server", "SAK", "AN", "Peers"}};
+  for (Json const& port : ports) {
+    std::vector<std::string> row = {text(port.at("interface")), text(port.at("state"))};
+    Json const* const key = principalOf(port);
+    row.push_back(key ? text(key->at("ckn")) : "");
+    row.push_back(key ? text(key->at("role")) : "");
+    row.push_back(key ? keyServerOf(*key) : "");
+    row.push_back(text(port.at("sak")));
+    row.push_back(text(port.at("an")));
+    row.push_back(key ? std::to_string(livePeers(*key)) : "");
+    rows.push_back(row);
+  }
+  return textTable(rows);
+}
+
+std::string keys(Json const& ports) {
+  Rows rows = {{"Interface", "Key", "Role", "In use", "Agrees", "Key server", "Peers"}};
+  for (Json const& port : ports) {
+    for (Json const& key : port.at("keys")) {
+      rows.push_back({text(port.at("interface")), text(key.at("ckn")), text(key.at("role")),
+                      key.at("principal").get<bool>() ? "yes" : "no",
+                      key.at("agrees").get<bool>() ? "yes" : "no", keyServerOf(key),
+                      std::to_string(livePeers(key))});
+    }
+  }
+  return textTable(rows);
+}
+
+std::string peers(Json const& ports) {
+  Rows rows = {{"Interface", "Key", "Peer", "State", "Priority", "Message", "Heard", "Member"}};
+  for (Json const& port : ports) {
+    for (Json const& key : port.at("keys")) {
+      for (Json const& peer : key.at("peers")) {
+        rows.push_back({text(port.at("interface")), text(key.at("ckn")), text(peer.at("sci")),
+                        peer.at("live").get<bool>() ? "live" : "potential",
+                        text(peer.at("priority")), text(peer.at("message-number")),
+                        text(peer.at("seconds-since-heard")) + " s ago",
+                        text(peer.at("member-id"))});
+      }
+    }
+  }
+  return textTable(rows);
+}
+
+std::string portText(Json const& port) {
+  std::string out = text(port.at("interface")) + "\n";
+  for (char const* const member :
+       {"state", "profile", "cipher-suite", "sci", "ssci", "sak", "an"}) {
+    std::string const value = text(port.at(member));
+    out += fmt::format("  {:<14}{}\n", member, value.empty() ? "-" : value);
+  }
+  return out;
+}
+
+std::string ports(Json const& ports) {
+  std::string out;
+  for (Json const& port : ports) {
+    Json const one = Json::array({port});
+    out += (out.empty() ? "" : "\n") + portText(port) + "\n" + keys(one) + "\n" + peers(one);
+  }
+  return out;
+}
+
+std::string counters(Json const& ports) {
+  Rows rows = {{"Interface", "Frames", "Since clear", "Total"}};
+  for (Json const& port : ports) {
+    for (Json const& counter : port.at("counters")) {
+      rows.push_back({text(port.at("interface")), text(counter.at("frames")),
+                      text(counter.at("since-clear")), text(counter.at("total"))});
+    }
+  }
+  return textTable(rows);
+}
+
+std::string explanations(Json const& ports) {
+  std::string out;
+  for (Json const& port : ports) {
+    out += fmt::format("{} is {}secured\n", text(port.at("interface")),
+                       port.at("secured").get<bool>() ? "" : "not ");
+    for (Json const& cause : port.at("causes")) {
+      out += fmt::format("  {}: {}\n    {}\n", text(cause.at("cause")), text(cause.at("what")),
+                         text(cause.at("remedy")));
+    }
+  }
+  return out;
+}
+
+ControlReading reloaded(Json const& result) {
+  std::string out;
+  for (Json const& mistake : result.at("mistakes")) {
+    out += fmt::format("{}:{}:{}: {}; {}\n", text(mistake.at("file")), text(mistake.at("line")),
+                       text(mistake.at("column")), text(mistake.at("what")),
+                       text(mistake.at("remedy")));
+  }
+  return {out, result.at("taken").get<bool>()};
+}
+
+ControlReading resultText(ControlView view, Json const& result) {
+  switch (view) {
+    case ControlView::status:
+      return {status(result)};
+    case ControlView::ports:
+      return {ports(result)};
+    case ControlView::peers:
+      return {peers(result)};
+    case ControlView::keys:
+      return {keys(result)};
+    case ControlView::counters:
+      return {counters(result)};
+    case ControlView::explain:
+      return {explanations(result)};
+    case ControlView::reload:
+      return reloaded(result);
+    case ControlView::done:
+      break;
+  }
+  return {};
+}
+
+}  // namespace
+
+ControlReading readingOf(ControlView view, std::string_view answer) {
+  try {
+    Json const json = Json::parse(answer);
+    if (json.at("ok").get<bool>()) return resultText(view, json.at("result"));
+    return {fmt::format("{}; {}\n", text(json.at("error")), text(json.at("remedy"))), false};
+  } catch (Json::exception const&) {
+    return {"the answer isn't understood; use the macsecctl of the macsecd that runs\n", false};
+  }
+}
+
+}  // namespace Macsecd
