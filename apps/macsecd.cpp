@@ -1,0 +1,66 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "host/ConfigFile.h"
+#include "linux/Daemon.h"
+
+namespace {
+
+constexpr int kWrongArguments = 2;
+
+constexpr char const* kExitStatuses =
+    "SIGHUP has it read the configuration again, SIGTERM and SIGINT stop it.\n\n"
+    "Exit status:\n"
+    "  0  it was stopped; with --check: the configuration has no mistake\n"
+    "  1  the configuration has mistakes; they are told on the standard error or in the journal\n"
+    "  2  the arguments are wrong\n"
+    "  3  the machine refuses what it needs\n";
+
+struct Arguments {
+  Linux::DaemonOptions daemon;
+  bool onlyChecks = false;
+};
+
+void addOptions(CLI::App& app, Arguments& arguments) {
+  Linux::DaemonOptions& daemon = arguments.daemon;
+  daemon.configFile = "/etc/macsecd/macsecd.yaml";
+  daemon.counters = "/macsecd-counters";
+  app.add_option("--config", daemon.configFile, "The configuration")
+      ->type_name("FILE")
+      ->capture_default_str();
+  app.add_flag("--check", arguments.onlyChecks, "Only check the configuration");
+  app.add_option("--eap-keys", daemon.eapKeySocket, "Take keys from 802.1X programs at this socket")
+      ->type_name("PATH");
+  app.add_option("--counters", daemon.counters,
+                 "Count frames in shared memory of this name; in none if it is empty")
+      ->type_name("NAME")
+      ->capture_default_str();
+  app.add_flag("--emulate-hardware", daemon.emulateHardware)->group("");
+  app.footer(kExitStatuses);
+}
+
+int check(std::string const& configFile) {
+  auto const read = Macsecd::readConfigFile(configFile);
+  std::cerr << Macsecd::textOf(read.mistakes);
+  return read.good() ? 0 : 1;
+}
+
+// Without a driver nothing can be installed.
+std::unique_ptr<Linux::HardwareDriver> noDriver(Macsecd::Host&, Linux::EventLoop&) {
+  return nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Secures Ethernet links: agrees on MACsec keys with the peers (IEEE 802.1X MKA)");
+  Arguments arguments;
+  addOptions(app, arguments);
+  try {
+    app.parse(argc, argv);
+  } catch (CLI::ParseError const& error) {
+    return app.exit(error) == 0 ? 0 : kWrongArguments;
+  }
+  if (arguments.onlyChecks) return check(arguments.daemon.configFile);
+  return static_cast<int>(Linux::runDaemon(arguments.daemon, noDriver));
+}

@@ -1,0 +1,179 @@
+#include "linux/Daemon.h"
+
+#include <algorithm>
+#include <csignal>
+#include <system_error>
+
+#include "linux/ServiceManager.h"
+#include "linux/SharedCounters.h"
+#include "linux/Syslog.h"
+
+namespace Linux {
+
+namespace {
+
+using Vesk::LogSeverity;
+
+Vesk::LogHandle const MACSECD_CONFIG_TAKEN("MACSECD_CONFIG_TAKEN", LogSeverity::notice,
+                                           "The configuration is that of %s",
+                                           "The configuration file was read and taken over.",
+                                           Vesk::NoActionRequired, 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_CONFIG_MISTAKE("MACSECD_CONFIG_MISTAKE", LogSeverity::error, "%s",
+                                             "The configuration file has a mistake.",
+                                             "Correct it and have the file read again.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_CONFIG_REFUSED(
+    "MACSECD_CONFIG_REFUSED", LogSeverity::error, "Nothing of %s is taken over: mistakes in it: %s",
+    "A configuration with a mistake changes nothing.",
+    "Correct the mistakes told before and have the file read again.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_NO_SOCKET(
+    "MACSECD_NO_SOCKET", LogSeverity::error, "No MKA frames on interface %s: %s",
+    "The socket for the frames of an interface couldn't be opened.",
+    "Do what the message says; it is tried again every few seconds.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_CANNOT_RUN("MACSECD_CANNOT_RUN", LogSeverity::critical, "%s",
+                                         "The machine refuses what the daemon needs.",
+                                         "Do what the message says and start it again.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_STOPPED("MACSECD_STOPPED", LogSeverity::notice, "Stopped",
+                                      "The daemon was asked to stop.", Vesk::NoActionRequired, 0.0,
+                                      1.0);
+
+Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options) {
+  Macsecd::HostOptions host{.emulateHardware = options.emulateHardware};
+  if (options.counters.empty()) return host;
+  host.counters = Vesk::make<Macsec::Brine::MessageCounters>(
+      "counters", std::make_shared<SharedCounters>(options.counters));
+  return host;
+}
+
+}  // namespace
+
+Daemon::Daemon(DaemonOptions options, DriverFactory const& driverFactory)
+    : options_(std::move(options)),
+      world_(Syslog()),
+      scope_(world_),
+      sockets_(loop_,
+               {.received = [this](auto intfId, auto frame) { host_.receive(intfId, frame); },
+                .failed = [](auto intfId,
+                             auto const& why) { Vesk::log(MACSECD_NO_SOCKET, intfId, why); }}),
+      host_("macsecd", sockets_, hostOptionsOf(options_)),
+      driver_(options_.emulateHardware ? nullptr : driverFactory(host_, loop_)),
+      eapKeys_(host_.eapKeyStatus()),
+      links_([this](LinkChange const& change) { ports_.changed(change); }),
+      ports_(links_, *this) {}
+
+Daemon::~Daemon() = default;
+
+DaemonEnd Daemon::run() {
+  if (!readConfig()) return DaemonEnd::badConfiguration;
+  if (!listen()) return DaemonEnd::cannotRun;
+  connect();
+  host_.start();
+  return static_cast<DaemonEnd>(loop_.run());
+}
+
+bool Daemon::readConfig() {
+  Macsecd::ConfigResult const read = Macsecd::readConfigFile(options_.configFile);
+  for (auto const& mistake : read.mistakes) Vesk::log(MACSECD_CONFIG_MISTAKE, mistake.text());
+  if (host_.reload(read)) {
+    configIs(read.config);
+  } else {
+    Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.mistakes.size());
+  }
+  return read.good();
+}
+
+void Daemon::configIs(Macsecd::SwitchConfig const& config) {
+  std::set<std::string> names;
+  portNumbers_.clear();
+  for (auto const& interface : config.interfaces) {
+    names.insert(interface.name);
+    portNumbers_[interface.name] = interface.portNumber;
+  }
+  ports_.namesAre(std::move(names));
+  Vesk::log(MACSECD_CONFIG_TAKEN, options_.configFile);
+}
+
+bool Daemon::listen() {
+  if (options_.eapKeySocket.empty()) return true;
+  auto const error = eapKeys_.listenAt(options_.eapKeySocket);
+  if (error) Vesk::log(MACSECD_CANNOT_RUN, *error);
+  return !error;
+}
+
+void Daemon::connect() {
+  std::signal(SIGPIPE, SIG_IGN);
+  loop_.signalIs(SIGHUP, [this] { reload(); });
+  loop_.signalIs(SIGTERM, [this] { stop(); });
+  loop_.signalIs(SIGINT, [this] { stop(); });
+  linkWatch_.emplace(links_, [this] {
+    if (!std::exchange(isReady_, true)) ServiceManager::ready();
+  });
+  loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); });
+  loop_.watch(eapKeys_.fd(), [this] { eapKeys_.run(); });
+  loop_.timerIs([this] { handleDue(); });
+  loop_.beforeWaitIs([this] { loop_.timeIs(nextTime()); });
+}
+
+double Daemon::nextTime() const {
+  double const driver = driver_ ? driver_->nextTime() : Zorn::never;
+  return std::min({host_.timerWheel()->nextTime(), driver, linkWatch_->nextTime()});
+}
+
+void Daemon::handleDue() {
+  host_.timerWheel()->runDue();
+  double const now = Vesk::now();
+  if (driver_ && driver_->nextTime() <= now) driver_->run();
+  if (linkWatch_->nextTime() <= now) linkWatch_->run();
+}
+
+void Daemon::reload() {
+  ServiceManager::reloading();
+  readConfig();
+  ServiceManager::ready();
+}
+
+// The driver takes away what the emptied tree asks for no more.
+void Daemon::stop() {
+  ServiceManager::stopping();
+  host_.stop();
+  if (driver_) driver_->run();
+  Vesk::log(MACSECD_STOPPED);
+  loop_.exit(static_cast<int>(DaemonEnd::stopped));
+}
+
+uint16_t Daemon::portNumberOf(Lumo::IntfId intfId) const {
+  auto const found = portNumbers_.find(std::string(intfId.stringValue().view()));
+  return found == portNumbers_.end() ? Macsecd::InterfaceConfig().portNumber : found->second;
+}
+
+// Whoever has a part in a port is there before the tree has it.
+void Daemon::portIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) {
+  sockets_.interfaceIs(intfId, index);
+  if (driver_) driver_->interfaceIs(intfId, index, addr);
+  host_.interfaceIs(intfId, addr, portNumberOf(intfId));
+}
+
+void Daemon::portLinkIs(Lumo::IntfId intfId, bool up) { host_.linkIs(intfId, up); }
+
+void Daemon::portDel(Lumo::IntfId intfId) {
+  host_.interfaceDel(intfId);
+  if (driver_) driver_->interfaceDel(intfId);
+  sockets_.interfaceDel(intfId);
+}
+
+DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& driverFactory) {
+  ProcessWorld world{Syslog()};
+  Vesk::WorldScope const scope(world);
+  try {
+    return Daemon(options, driverFactory).run();
+  } catch (std::system_error const& error) {
+    Vesk::log(MACSECD_CANNOT_RUN, error.what());
+    return DaemonEnd::cannotRun;
+  }
+}
+
+}  // namespace Linux

@@ -1,0 +1,100 @@
+#include "linux/EapolSocket.h"
+
+#include <arpa/inet.h>
+#include <linux/if_packet.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "linux/EapolFilter.h"
+#include "model/MacsecConstants.h"
+
+namespace Linux {
+
+namespace {
+
+constexpr std::array<uint8_t, 6> kPaeGroup = {0x01, 0x80, 0xc2, 0x00, 0x00, 0x03};
+constexpr size_t kAddrOctets = 6;
+
+std::string failed(char const* what) {
+  char const* const remedy = errno == EPERM    ? "give the process CAP_NET_RAW"
+                             : errno == ENODEV ? "it will be tried again when it is there"
+                                               : "it will be tried again";
+  return std::string(what) + ": " + std::strerror(errno) + "; " + remedy;
+}
+
+// A card passes no group address that nobody has joined.
+bool joinGroup(int socket, int index) {
+  packet_mreq request{};
+  request.mr_ifindex = index;
+  request.mr_type = PACKET_MR_MULTICAST;
+  request.mr_alen = kAddrOctets;
+  std::ranges::copy(kPaeGroup, request.mr_address);
+  return setsockopt(socket, SOL_PACKET, PACKET_ADD_MEMBERSHIP, &request, sizeof request) == 0;
+}
+
+bool bindTo(int socket, int index) {
+  sockaddr_ll address{};
+  address.sll_family = AF_PACKET;
+  address.sll_protocol = htons(Macsec::MacsecConstants::eapolEthType);
+  address.sll_ifindex = index;
+  return bind(socket, reinterpret_cast<sockaddr const*>(&address), sizeof address) == 0;
+}
+
+}  // namespace
+
+EapolSocket::Counts& EapolSocket::Counts::operator+=(Counts const& o) {
+  received += o.received;
+  receiveErrors += o.receiveErrors;
+  dropped += o.dropped;
+  sent += o.sent;
+  sendFailures += o.sendFailures;
+  return *this;
+}
+
+// Without a protocol nothing comes in before the filter is there and the socket bound.
+std::variant<EapolSocket, std::string> EapolSocket::openOn(int index) {
+  Descriptor socket(::socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  if (!socket.isOpen()) return failed("no packet socket");
+  if (!attachEapolFilter(socket.fd())) return failed("no filter on the packet socket");
+  if (!joinGroup(socket.fd(), index)) return failed("01:80:c2:00:00:03 can't be joined");
+  if (!bindTo(socket.fd(), index)) return failed("the packet socket can't be bound");
+  return EapolSocket(std::move(socket));
+}
+
+// That the interface went down is told once, in a frame's place.
+void EapolSocket::receive(size_t most, Receiver const& receiver) {
+  std::array<uint8_t, kMostOctets> buffer;
+  for (size_t i = 0; i < most; ++i) {
+    ssize_t const got = recv(socket_.fd(), buffer.data(), buffer.size(), 0);
+    if (got < 0 && errno == EAGAIN) return;
+    if (got < 0) {
+      ++counts_.receiveErrors;
+      continue;
+    }
+    ++counts_.received;
+    receiver(std::span(buffer).first(static_cast<size_t>(got)));
+  }
+}
+
+bool EapolSocket::send(std::span<uint8_t const> frame) {
+  ssize_t const sent = ::send(socket_.fd(), frame.data(), frame.size(), MSG_NOSIGNAL);
+  bool const isWhole = sent == static_cast<ssize_t>(frame.size());
+  ++(isWhole ? counts_.sent : counts_.sendFailures);
+  return isWhole;
+}
+
+// The kernel counts anew whenever it is asked.
+EapolSocket::Counts const& EapolSocket::counts() {
+  tpacket_stats stats{};
+  socklen_t size = sizeof stats;
+  if (getsockopt(socket_.fd(), SOL_PACKET, PACKET_STATISTICS, &stats, &size) == 0) {
+    counts_.dropped += stats.tp_drops;
+  }
+  return counts_;
+}
+
+}  // namespace Linux

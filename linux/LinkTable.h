@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "runtime/EthAddr.h"
+
+namespace Linux {
+
+/// A network interface as the kernel tells of it.
+struct Link {
+  int index = 0;  ///< its number in the kernel: another one is another interface
+  std::string name;
+  Lumo::EthAddr addr;
+  bool up = false;  ///< switched on, and with a carrier
+  friend bool operator==(Link const&, Link const&) = default;
+};
+
+/// One difference between what was known of an interface and what is.
+struct LinkChange {
+  enum class What : uint8_t { came, gone, renamed, address, up, down };
+
+  What what;
+  Link link;               ///< as it is now; as it was last if it has gone
+  std::string formerName;  ///< if it is renamed
+  friend bool operator==(LinkChange const&, LinkChange const&) = default;
+};
+
+/// What is known of the machine's interfaces: takes what the kernel says of them, in any order and
+/// as often as it likes, and tells the differences.
+///
+/// An interface comes down and is up after that; one that goes is down before that, and so is one
+/// that changes its name or address. No two of them have one name at any moment.
+class LinkTable {
+ public:
+  using Told = std::function<void(LinkChange const&)>;
+
+  explicit LinkTable(Told told) : told_(std::move(told)) {}
+
+  /// The interface is there, and so.
+  void linkIs(Link const& link);
+  /// It is there no more.
+  void linkDel(int index);
+
+  /// From here on all interfaces are told, ...
+  void resyncBegins();
+  /// ... and now all have been: those of which nothing was said have gone.
+  void resyncEnds();
+
+  std::map<int, Link> const& links() const { return links_; }
+  Link const* linkNamed(std::string const& name) const;
+
+ private:
+  void come(Link const& link);
+  void change(Link& known, Link const& link);
+  void upIs(Link& known, bool up);
+  void giveWay(Link const& link);
+
+  Told const told_;
+  std::map<int, Link> links_;
+  /// Those of which nothing was said yet in a resynchronisation; none outside of one.
+  std::set<int> unheard_;
+};
+
+}  // namespace Linux
