@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <system_error>
 
 #include "host/ConfigFile.h"
 #include "linux/Daemon.h"
@@ -47,7 +48,7 @@ int check(std::string const& configFile) {
 
 // Without a driver nothing can be installed.
 std::unique_ptr<Linux::HardwareDriver> noDriver(Macsecd::Host&, Linux::EventLoop&) {
-  return nullptr;
+  throw std::system_error(ENOTSUP, std::generic_category(), "MACsec in the kernel");
 }
 
 }  // namespace

@@ -1,0 +1,157 @@
+"""The daemon as a service manager runs it, without privileges: checks, readiness, signals and exit
+statuses. MACSECD is the program."""
+
+import os
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+import unittest
+
+MACSECD = os.environ["MACSECD"]
+GOOD = """profiles:
+  uplink:
+    key: {ckn: c0de0001, cak: 0123456789abcdef0123456789abcdef}
+interfaces:
+  absent0: {profile: uplink}
+"""
+CAK = "0123456789abcdef"
+
+
+class Program(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def write(self, text, name="macsecd.yaml"):
+        path = os.path.join(self.folder, name)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+        return path
+
+    def run_it(self, *arguments):
+        return subprocess.run([MACSECD, *arguments], capture_output=True, text=True, check=False,
+                              timeout=30)
+
+
+class Check(Program):
+    def test_ends_with_0_and_says_nothing_when_all_is_well(self):
+        done = self.run_it("--check", "--config", self.write(GOOD))
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+    def test_ends_with_1_and_tells_every_mistake(self):
+        path = self.write(GOOD.replace("cdef}", "cde}") + "shutdwon: true\n")
+        done = self.run_it("--check", "--config", path)
+        self.assertEqual(done.returncode, 1)
+        lines = done.stderr.splitlines()
+        self.assertEqual(len(lines), 2, done.stderr)
+        self.assertTrue(lines[0].startswith(path + ":3:"))
+        self.assertIn("write 'shutdown'", lines[1])
+        self.assertNotIn(CAK, done.stderr)
+
+    def test_ends_with_1_when_the_file_cannot_be_read(self):
+        done = self.run_it("--check", "--config", os.path.join(self.folder, "none"))
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("none:1:1:", done.stderr)
+
+
+class Arguments(Program):
+    def test_that_are_wrong_end_with_2(self):
+        self.assertEqual(self.run_it("--no-such-thing").returncode, 2)
+        self.assertEqual(self.run_it("--config").returncode, 2)
+
+    def test_are_explained_with_the_exit_statuses(self):
+        done = self.run_it("--help")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("Exit status:", done.stdout)
+        self.assertNotIn("emulate", done.stdout)
+
+
+class Running(Program):
+    """The daemon on the interfaces of this machine, of which its configuration names none."""
+
+    def start(self, text=GOOD, **environment):
+        self.config = self.write(text)
+        self.log = os.path.join(self.folder, "log")
+        with open(self.log, "wb") as log:
+            self.daemon = subprocess.Popen(
+                [MACSECD, "--config", self.config, "--counters", "", "--emulate-hardware"],
+                stderr=log, env={**os.environ, **environment})
+        self.addCleanup(self.kill)
+
+    def kill(self):
+        if self.daemon.poll() is None:
+            self.daemon.kill()
+            self.daemon.wait()
+
+    def start_notifying(self, **environment):
+        path = os.path.join(self.folder, "notify")
+        self.manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(self.manager.close)
+        self.manager.bind(path)
+        self.manager.settimeout(20)
+        self.start(NOTIFY_SOCKET=path, **environment)
+        self.assertEqual(self.hear_state(), "READY=1")
+
+    def hear_state(self):
+        return next(text for text in iter(self.hear, "") if text != "WATCHDOG=1")
+
+    def hear(self):
+        return self.manager.recv(4096).decode()
+
+    def logged(self):
+        with open(self.log, encoding="utf-8") as file:
+            return file.read()
+
+    def end(self, number):
+        self.daemon.send_signal(number)
+        return self.daemon.wait(timeout=20)
+
+    def test_tells_the_service_manager_when_it_is_ready_and_when_it_stops(self):
+        self.start_notifying()
+        self.assertEqual(self.end(signal.SIGTERM), 0)
+        self.assertEqual(self.hear(), "STOPPING=1")
+        self.assertIn("MACSECD_STOPPED", self.logged())
+
+    def test_stops_on_an_interrupt_too(self):
+        self.start_notifying()
+        self.assertEqual(self.end(signal.SIGINT), 0)
+
+    def test_keeps_the_watchdog_of_the_service_manager_quiet(self):
+        self.start_notifying(WATCHDOG_USEC="300000")
+        self.assertEqual([self.hear() for _ in range(3)], ["WATCHDOG=1"] * 3)
+
+    def test_reads_the_configuration_again_on_a_hangup(self):
+        self.start_notifying()
+        self.write(GOOD + "delay-protection: true\n")
+        self.daemon.send_signal(signal.SIGHUP)
+        self.assertRegex(self.hear(), "^RELOADING=1\nMONOTONIC_USEC=[0-9]+$")
+        self.assertEqual(self.hear(), "READY=1")
+        self.assertEqual(self.logged().count("MACSECD_CONFIG_TAKEN"), 2)
+
+    def test_tells_every_mistake_of_a_configuration_read_again_and_goes_on(self):
+        self.start_notifying()
+        self.write(GOOD + "shutdwon: true\ndelay: 5\n")
+        self.daemon.send_signal(signal.SIGHUP)
+        self.hear()
+        self.assertEqual(self.hear(), "READY=1")
+        self.assertEqual(self.logged().count("error: MACSECD_CONFIG_MISTAKE"), 2)
+        self.assertIn("MACSECD_CONFIG_REFUSED", self.logged())
+        self.assertEqual(self.end(signal.SIGTERM), 0)
+
+    def test_ends_with_1_on_a_configuration_with_mistakes(self):
+        self.start(GOOD + "shutdwon: true\n")
+        self.assertEqual(self.daemon.wait(timeout=20), 1)
+        self.assertIn("write 'shutdown'", self.logged())
+
+    def test_ends_with_3_and_a_remedy_when_it_cannot_listen(self):
+        done = self.run_it("--config", self.write(GOOD), "--counters", "", "--emulate-hardware",
+                           "--eap-keys", os.path.join(self.folder, "no", "such", "folder"))
+        self.assertEqual(done.returncode, 3)
+        self.assertIn("critical: MACSECD_CANNOT_RUN: ", done.stderr)
+        self.assertIn("make its folder", done.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
