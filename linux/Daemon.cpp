@@ -4,6 +4,7 @@
 #include <csignal>
 #include <system_error>
 
+#include "linux/Privileges.h"
 #include "linux/ServiceManager.h"
 #include "linux/SharedCounters.h"
 #include "linux/Syslog.h"
@@ -36,6 +37,11 @@ Vesk::LogHandle const MACSECD_NO_SOCKET(
 Vesk::LogHandle const MACSECD_CANNOT_RUN("MACSECD_CANNOT_RUN", LogSeverity::critical, "%s",
                                          "The machine refuses what the daemon needs.",
                                          "Do what the message says and start it again.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_MEMORY_NOT_LOCKED("MACSECD_MEMORY_NOT_LOCKED", LogSeverity::warning,
+                                                "Keys may get into the swap space: %s",
+                                                "The memory of the daemon couldn't be locked.",
+                                                "Do what the message says.", 0.0, 1.0);
 
 Vesk::LogHandle const MACSECD_STOPPED("MACSECD_STOPPED", LogSeverity::notice, "Stopped",
                                       "The daemon was asked to stop.", Vesk::NoActionRequired, 0.0,
@@ -169,6 +175,8 @@ DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& d
   ProcessWorld world{Syslog()};
   Vesk::WorldScope const scope(world);
   try {
+    if (auto const error = lockMemory()) Vesk::log(MACSECD_MEMORY_NOT_LOCKED, *error);
+    dropPrivileges();
     return Daemon(options, driverFactory).run();
   } catch (std::system_error const& error) {
     Vesk::log(MACSECD_CANNOT_RUN, error.what());

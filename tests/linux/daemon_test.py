@@ -16,6 +16,7 @@ GOOD = """profiles:
 interfaces:
   absent0: {profile: uplink}
 """
+NETWORKING = 1 << 12 | 1 << 13  # CAP_NET_ADMIN, CAP_NET_RAW
 CAK = "0123456789abcdef"
 
 
@@ -139,6 +140,16 @@ class Running(Program):
         self.assertEqual(self.logged().count("error: MACSECD_CONFIG_MISTAKE"), 2)
         self.assertIn("MACSECD_CONFIG_REFUSED", self.logged())
         self.assertEqual(self.end(signal.SIGTERM), 0)
+
+    def test_keeps_no_privileges_but_those_of_networking_and_leaves_no_core(self):
+        self.start_notifying()
+        with open(f"/proc/{self.daemon.pid}/status", encoding="utf-8") as file:
+            status = dict(line.split(":", 1) for line in file)
+        for kind in ("CapPrm", "CapEff", "CapInh", "CapAmb"):
+            self.assertEqual(int(status[kind], 16) & ~NETWORKING, 0, kind)
+        self.assertEqual(status["NoNewPrivs"].strip(), "1")
+        with open(f"/proc/{self.daemon.pid}/limits", encoding="utf-8") as file:
+            self.assertRegex(file.read(), "Max core file size +0 +0 ")
 
     def test_ends_with_1_on_a_configuration_with_mistakes(self):
         self.start(GOOD + "shutdwon: true\n")
