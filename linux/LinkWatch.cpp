@@ -99,17 +99,26 @@ bool LinkWatch::readOnce() {
 }
 
 bool LinkWatch::failed(int error) {
-  if (error == EAGAIN) return false;
   if (error == EINTR) return true;
   if (error == ENOBUFS) {
     ++counts_.overruns;
-    VESK_TRACE(1, ": Events were lost; asking for all interfaces");
-    resync();
+    lost_ = true;
     return true;
+  }
+  if (error == EAGAIN) {
+    askForTheLost();
+    return false;
   }
   ++counts_.errors;
   nextTime_ = Vesk::now() + kSecondsToNextTry;
   return false;
+}
+
+// Not before all that came has been read: until then the kernel drops what happens without a word.
+void LinkWatch::askForTheLost() {
+  if (!std::exchange(lost_, false)) return;
+  VESK_TRACE(1, ": Events were lost; asking for all interfaces");
+  resync();
 }
 
 void LinkWatch::take(nlmsghdr const& message) {

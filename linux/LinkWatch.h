@@ -46,6 +46,7 @@ class LinkWatch {
   bool ask();
   bool readOnce();
   bool failed(int error);
+  void askForTheLost();
   void take(nlmsghdr const& message);
   void ended(bool whole);
 
@@ -59,6 +60,8 @@ class LinkWatch {
   uint32_t lastRequest_ = 0;
   /// What is being answered won't do.
   bool again_ = false;
+  /// The kernel had more to say.
+  bool lost_ = false;
   double nextTime_;
 };
 
