@@ -1,5 +1,6 @@
 #include "linux/EapolSockets.h"
 
+#include <system_error>
 #include <utility>
 
 #include "runtime/Trace.h"
@@ -40,14 +41,23 @@ void EapolSockets::interfaceDel(Lumo::IntfId intfId) {
 bool EapolSockets::open(Lumo::IntfId intfId, Interface& interface) {
   auto opened = open_(interface.index);
   if (auto const* const error = std::get_if<std::string>(&opened)) {
-    VESK_TRACE(3, ": ", intfId, ": ", *error);
-    if (!std::exchange(interface.hasFailed, true)) handlers_.failed(intfId, *error);
-    return false;
+    return refused(intfId, interface, *error);
+  }
+  auto socket = std::make_unique<EapolSocket>(std::get<EapolSocket>(std::move(opened)));
+  try {
+    loop_.watch(socket->fd(), [this, intfId] { receive(intfId); });
+  } catch (std::system_error const& error) {
+    return refused(intfId, interface, error.what());
   }
   interface.hasFailed = false;
-  interface.socket = std::make_unique<EapolSocket>(std::get<EapolSocket>(std::move(opened)));
-  loop_.watch(interface.socket->fd(), [this, intfId] { receive(intfId); });
+  interface.socket = std::move(socket);
   return true;
+}
+
+bool EapolSockets::refused(Lumo::IntfId intfId, Interface& interface, std::string const& why) {
+  VESK_TRACE(3, ": ", intfId, ": ", why);
+  if (!std::exchange(interface.hasFailed, true)) handlers_.failed(intfId, why);
+  return false;
 }
 
 void EapolSockets::close(Interface& interface) {

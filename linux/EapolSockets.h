@@ -43,6 +43,7 @@ class EapolSockets final : public Codec::FrameSink {
   };
 
   bool open(Lumo::IntfId intfId, Interface& interface);
+  bool refused(Lumo::IntfId intfId, Interface& interface, std::string const& why);
   void close(Interface& interface);
   void receive(Lumo::IntfId intfId);
 
