@@ -1,0 +1,86 @@
+#include "linux/Daemon.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+namespace Linux {
+namespace {
+
+char const* const kGood =
+    "profiles:\n"
+    "  uplink:\n"
+    "    key: {ckn: c0de0001, cak: 0123456789abcdef0123456789abcdef}\n"
+    "interfaces:\n"
+    "  absent0: {profile: uplink}\n";
+
+/// A file that goes in the end.
+struct File {
+  explicit File(std::string const& text)
+      : path(std::filesystem::temp_directory_path() /
+             ("macsecd-test-" + std::to_string(getpid()) + ".yaml")) {
+    write(text);
+  }
+  ~File() { std::filesystem::remove(path); }
+  void write(std::string const& text) const { std::ofstream(path) << text; }
+  std::string const path;
+};
+
+/// What a driver was asked for, and what it found as it was.
+struct Record {
+  std::vector<double> late;  ///< by how much each run came late, in seconds
+  std::vector<bool> running;
+};
+
+/// Wants to run every 10 ms, and has the process stopped after three times.
+class Driver final : public HardwareDriver {
+ public:
+  Driver(Record& record, Macsecd::Host& host)
+      : record_(record), host_(host), next_(Vesk::now() + kPeriod) {}
+  void interfaceIs(Lumo::IntfId, int, Lumo::EthAddr const&) override {}
+  void interfaceDel(Lumo::IntfId) override {}
+  double nextTime() const override { return next_; }
+  void run() override {
+    record_.late.push_back(Vesk::now() - next_);
+    record_.running.push_back(host_.running());
+    next_ = Vesk::now() + kPeriod;
+    if (record_.late.size() == 3) kill(getpid(), SIGTERM);
+  }
+
+ private:
+  static constexpr double kPeriod = 0.01;
+  Record& record_;
+  Macsecd::Host& host_;
+  double next_;
+};
+
+TEST(Daemon, RunsTheDriverWhenItWantsAndOnceMoreWhenTheSwitchHasStopped) {
+  File const config(kGood);
+  Record record;
+  Daemon daemon({.configFile = config.path}, [&](Macsecd::Host& host, EventLoop&) {
+    return std::make_unique<Driver>(record, host);
+  });
+  EXPECT_EQ(daemon.run(), DaemonEnd::stopped);
+  ASSERT_GE(record.late.size(), 4u);
+  for (size_t i = 0; i + 1 < record.late.size(); ++i) {
+    EXPECT_GE(record.late[i], 0.0);
+    EXPECT_TRUE(record.running[i]);
+  }
+  EXPECT_FALSE(record.running.back());
+}
+
+TEST(Daemon, DoesNotStartOnAConfigurationWithMistakes) {
+  File const config(std::string(kGood) + "shutdwon: true\n");
+  Record record;
+  Daemon daemon({.configFile = config.path}, [&](Macsecd::Host& host, EventLoop&) {
+    return std::make_unique<Driver>(record, host);
+  });
+  EXPECT_EQ(daemon.run(), DaemonEnd::badConfiguration);
+  EXPECT_TRUE(record.late.empty());
+}
+
+}  // namespace
+}  // namespace Linux
