@@ -13,6 +13,8 @@
 #include <cstring>
 #include <system_error>
 
+#include "linux/SystemCalls.h"
+
 namespace Linux {
 
 namespace {
@@ -56,6 +58,7 @@ void dropPrivileges() {
   limitSuccessors();
   keepOnlyNetworking();
   checked(prctl(PR_SET_DUMPABLE, 0), "turning core dumps off");
+  refuseSystemCalls();
 }
 
 // Under a limit, memory that is asked for later could be refused for being locked.

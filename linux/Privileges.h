@@ -6,8 +6,9 @@
 namespace Linux {
 
 /// Gives up for good what a process that agrees on keys doesn't need: every capability but
-/// CAP_NET_ADMIN and CAP_NET_RAW, the way to new ones, core dumps, and that others trace it.
-/// Nothing that it doesn't have is missed. Throws `std::system_error` if the kernel refuses.
+/// CAP_NET_ADMIN and CAP_NET_RAW, the way to new ones, core dumps, that others trace it,
+/// and system calls that it never makes (linux/SystemCalls.h). Nothing that it doesn't have is
+/// missed. Throws `std::system_error` if the kernel refuses.
 void dropPrivileges();
 
 /// Keeps all memory of the process, and with it the keys, out of the swap space. Otherwise what is
