@@ -1,0 +1,235 @@
+#include "linux/KernelDriver.h"
+
+#include <algorithm>
+
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Linux {
+
+using Macsec::AssociationNumber;
+using Macsec::CpStatus;
+using Macsec::MkaPortStatus;
+using Macsec::Status;
+
+namespace {
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
+constexpr double kLookPeriod = 60;
+
+Vesk::LogHandle const MACSEC_KERNEL_MISSING(
+    "MACSEC_KERNEL_MISSING", Vesk::LogSeverity::error, "Interface %s can't be secured: %s",
+    "The kernel of this machine offers no MACsec. It is looked for again every minute.",
+    "Install the kernel's module 'macsec' and load it with 'modprobe macsec'.", 3600.0, 0.0);
+
+}  // namespace
+
+struct KernelDriver::StatusReactor final
+    : Vesk::Reactor<Status const, KernelDriver, StatusReactor> {
+  StatusReactor(KernelDriver& driver, Vesk::Ptr<Status const> status);
+  void onCpStatus(Lumo::IntfId const& intfId) override;
+  void onCpStatusImmediate() override;
+  void onPortStatus(Lumo::IntfId const& intfId) override;
+  void onPortStatusImmediate() override;
+  void onMkpduPeriod() override;
+  void retireAll();
+
+ private:
+  void followCp(Lumo::IntfId intfId);
+  void followPort(Lumo::IntfId intfId);
+
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
+  Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> portStatus_;
+};
+
+struct KernelDriver::CpStatusReactor final
+    : Vesk::Reactor<CpStatus const, KernelDriver, CpStatusReactor> {
+  using Reactor::Reactor;
+  Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
+  void onTxSak() override { owner().changed(fwkKey()); }
+  void onRxSak(AssociationNumber const&) override { owner().changed(fwkKey()); }
+  void onRxSakImmediate() override { owner().changed(fwkKey()); }
+  void onRxLPN(AssociationNumber const& an) override { owner().lowestIs(fwkKey(), an); }
+  void onMySsci() override { owner().changed(fwkKey()); }
+  void onPeerSsci() override { owner().changed(fwkKey()); }
+};
+
+struct KernelDriver::PortStatusReactor final
+    : Vesk::Reactor<MkaPortStatus const, KernelDriver, PortStatusReactor> {
+  using Reactor::Reactor;
+  Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
+  void onMySci() override { owner().changed(fwkKey()); }
+};
+
+KernelDriver::StatusReactor::StatusReactor(KernelDriver& driver, Vesk::Ptr<Status const> status)
+    : Reactor(driver, std::move(status)) {
+  for (CpStatus& member : notifier()->cpStatus()) followCp(member.intfId());
+  for (MkaPortStatus& member : notifier()->portStatus()) followPort(member.intfId());
+}
+
+void KernelDriver::StatusReactor::followCp(Lumo::IntfId intfId) {
+  Vesk::Ptr<CpStatus const> const member = notifier()->cpStatus(intfId);
+  if (!member) return cpStatus_.xDel(intfId);
+  cpStatus_.xIs(intfId, member, [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
+}
+
+void KernelDriver::StatusReactor::followPort(Lumo::IntfId intfId) {
+  Vesk::Ptr<MkaPortStatus const> const member = notifier()->portStatus(intfId);
+  if (!member) return portStatus_.xDel(intfId);
+  portStatus_.xIs(intfId, member, [&] { return Vesk::make<PortStatusReactor>(owner(), member); });
+}
+
+void KernelDriver::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
+  followCp(intfId);
+  owner().changed(intfId);
+}
+
+void KernelDriver::StatusReactor::onCpStatusImmediate() {
+  for (auto const& [intfId, port] : owner().ports_) onCpStatus(intfId);
+}
+
+void KernelDriver::StatusReactor::onPortStatus(Lumo::IntfId const& intfId) {
+  followPort(intfId);
+  owner().changed(intfId);
+}
+
+void KernelDriver::StatusReactor::onPortStatusImmediate() {
+  for (auto const& [intfId, port] : owner().ports_) onPortStatus(intfId);
+}
+
+void KernelDriver::StatusReactor::onMkpduPeriod() {
+  owner().nextPoll_ = std::min(owner().nextPoll_, Vesk::now() + notifier()->mkpduPeriod());
+}
+
+void KernelDriver::StatusReactor::retireAll() {
+  cpStatus_.retireAll();
+  portStatus_.retireAll();
+}
+
+KernelDriver::KernelDriver(Vesk::Ptr<Status const> status, Vesk::Ptr<Macsec::MacSecStatus> slice,
+                           MacsecKernel& kernel, KernelDriverOptions options)
+    : slice_(std::move(slice)), kernel_(kernel), options_(std::move(options)) {
+  follow(std::move(status));
+}
+
+KernelDriver::~KernelDriver() {
+  if (status_) status_->retireAll();
+  Vesk::retire(status_);
+}
+
+void KernelDriver::follow(Vesk::Ptr<Status const> status) {
+  if (status_) status_->retireAll();
+  Vesk::retire(status_);
+  if (!status) return;
+  status_ = Vesk::make<StatusReactor>(*this, std::move(status));
+  status_->hasNotificationActiveIs(true);
+  for (auto const& [intfId, port] : ports_) changed(intfId);
+}
+
+void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) {
+  auto const known = ports_.find(intfId);
+  if (known != ports_.end() && known->second->parent() == index) return;
+  if (known != ports_.end()) interfaceDel(intfId);
+  if (auto const answer = kernel_.present(); !answer) {
+    waiting_[intfId] = index;
+    nextLook_ = Vesk::now() + kLookPeriod;
+    ++counts_.refusals;
+    Vesk::log(MACSEC_KERNEL_MISSING, intfId, answer.text);
+    return;
+  }
+  waiting_.erase(intfId);
+  // The entry makes the engine start a port, which is known when the entry is back.
+  auto const entry = slice_->statusIs(intfId);
+  ports_[intfId] = std::make_unique<KernelPort>(intfId, index, options_, counts_, kernel_, entry);
+  changed(intfId);
+}
+
+// Its device has gone with it, unless only the name has: then nobody would know it any more.
+void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
+  waiting_.erase(intfId);
+  auto port = ports_.extract(intfId);
+  if (!port) return;
+  if (auto const* const held = port.mapped()->held()) kernel_.secYDel(held->index);
+  slice_->statusDel(intfId);
+}
+
+void KernelDriver::tellPort(KernelPort& port) {
+  if (!status_) return;
+  auto const& tree = status_->notifier();
+  auto const portStatus = tree->portStatus(port.intfId());
+  port.wantedIs(tree->cpStatus(port.intfId()), portStatus ? portStatus->mySci() : Macsec::Sci());
+}
+
+// What has no port any more is taken away when all is quiet: another port may be on its way, whose
+// device is the same.
+void KernelDriver::changed(Lumo::IntfId intfId) {
+  auto const port = ports_.find(intfId);
+  if (port == ports_.end() || !status_) return;
+  tellPort(*port->second);
+  if (port->second->isWanted()) {
+    port->second->work();
+  } else {
+    leftovers_ = true;
+  }
+}
+
+void KernelDriver::lowestIs(Lumo::IntfId intfId, AssociationNumber an) {
+  auto const port = ports_.find(intfId);
+  if (port != ports_.end()) port->second->lowestIs(an);
+}
+
+void KernelDriver::authorizedIs(Lumo::IntfId intfId, bool authorized) {
+  auto const port = ports_.find(intfId);
+  if (port != ports_.end()) port->second->authorizedIs(authorized);
+}
+
+void KernelDriver::removeAll() {
+  for (auto const& [intfId, port] : ports_) port->remove();
+}
+
+double KernelDriver::nextTime() const {
+  double next = leftovers_ ? Vesk::now() : kNever;
+  if (!waiting_.empty()) next = std::min(next, nextLook_);
+  for (auto const& [intfId, port] : ports_) {
+    next = std::min(next, port->retryTime());
+    if (port->held()) next = std::min(next, nextPoll_);
+  }
+  return next;
+}
+
+void KernelDriver::run() {
+  double const now = Vesk::now();
+  if (!waiting_.empty() && nextLook_ <= now) {
+    for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index, {});
+  }
+  bool const leftovers = std::exchange(leftovers_, false);
+  for (auto const& [intfId, port] : ports_) {
+    if (port->retryTime() <= now || (leftovers && !port->isWanted())) port->work();
+  }
+  if (nextPoll_ <= now) poll();
+}
+
+void KernelDriver::poll() {
+  double const period = status_ ? status_->notifier()->mkpduPeriod() : Status::mkpduPeriodDefault;
+  nextPoll_ = Vesk::now() + period;
+  ++counts_.polls;
+  std::vector<SecY> all;
+  if (!kernel_.secYs(all)) return;
+  for (auto const& [intfId, port] : ports_) port->polled(all);
+}
+
+SecY const* KernelDriver::held(Lumo::IntfId intfId) const {
+  auto const port = ports_.find(intfId);
+  return port != ports_.end() ? port->second->held() : nullptr;
+}
+
+std::optional<uint64_t> KernelDriver::packetNumber(Lumo::IntfId intfId) const {
+  SecY const* const secY = held(intfId);
+  if (!secY) return {};
+  for (HeldSa const& sa : secY->txSas) {
+    if (sa.an == secY->encodingSa) return sa.packetNumber;
+  }
+  return {};
+}
+
+}  // namespace Linux

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include "linux/HardwareDriver.h"
+#include "linux/KernelPort.h"
+#include "model/Status.h"
+
+namespace Linux {
+
+/// The kernel's MACsec as the hardware behind `MacSecStatus`: one device on each interface that has
+/// a port, with the keys that its `CpStatus` asks for.
+///
+/// What the kernel holds outlives a driver; another one on the same tree takes it up untouched.
+class KernelDriver final : public HardwareDriver {
+ public:
+  /// Puts an entry into `slice` for each interface. `kernel` lives longer than the driver.
+  KernelDriver(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Macsec::MacSecStatus> slice,
+               MacsecKernel& kernel, KernelDriverOptions options = {});
+  ~KernelDriver() override;
+  KernelDriver(KernelDriver const&) = delete;
+  KernelDriver& operator=(KernelDriver const&) = delete;
+
+  /// Takes the orders of another tree from now on; null for none for the time being, in which what
+  /// is installed stays.
+  void follow(Vesk::Ptr<Macsec::Status const> status);
+  /// Takes away all devices of this driver's, as at the end of MACsec on this machine.
+  void removeAll();
+  /// Whether traffic may pass; for devices that come up dormant.
+  void authorizedIs(Lumo::IntfId intfId, bool authorized);
+
+  void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
+  void interfaceDel(Lumo::IntfId intfId) override;
+  double nextTime() const override;
+  void run() override;
+
+  /// What the kernel held of this interface's device at the last poll, or was told since; null if
+  /// there is none.
+  SecY const* held(Lumo::IntfId intfId) const;
+  /// The next packet number to send at the last poll, all 64 bits; nothing without a transmit SA.
+  std::optional<uint64_t> packetNumber(Lumo::IntfId intfId) const;
+  KernelCounts const& counts() const { return counts_; }
+
+ private:
+  struct StatusReactor;
+  struct CpStatusReactor;
+  struct PortStatusReactor;
+
+  void changed(Lumo::IntfId intfId);
+  void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
+  void tellPort(KernelPort& port);
+  void poll();
+
+  Vesk::Ptr<Macsec::MacSecStatus> const slice_;
+  MacsecKernel& kernel_;
+  KernelDriverOptions const options_;
+  KernelCounts counts_;
+  std::map<Lumo::IntfId, std::unique_ptr<KernelPort>> ports_;
+  Vesk::Ptr<StatusReactor> status_;
+  // Interfaces whose device may have to go: those without a port are looked at when all is quiet.
+  std::map<Lumo::IntfId, int> waiting_;
+  double nextPoll_ = 0;
+  double nextLook_ = 0;  // for MACsec in the kernel, while interfaces wait for it
+  bool leftovers_ = false;
+};
+
+}  // namespace Linux

@@ -1,0 +1,221 @@
+#include "linux/KernelPort.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "runtime/World.h"
+
+namespace Linux {
+
+using Macsec::CipherSuite;
+
+namespace {
+
+constexpr double kFirstRetry = 1, kLastRetry = 60;
+
+uint64_t cipherOf(CipherSuite suite) {
+  switch (suite) {
+    case CipherSuite::gcmAesXpn128:
+      return kGcmAesXpn128;
+    case CipherSuite::gcmAesXpn256:
+      return kGcmAesXpn256;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+KernelPort::KernelPort(Lumo::IntfId intfId, int parent, KernelDriverOptions const& options,
+                       KernelCounts& counts, MacsecKernel& kernel,
+                       Vesk::Ptr<Macsec::MacSecIntfStatus> report)
+    : intfId_(intfId),
+      parent_(parent),
+      options_(options),
+      counts_(counts),
+      kernel_(kernel),
+      report_(std::move(report)),
+      name_(std::string(intfId.stringValue().view()) + options.suffix) {}
+
+void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
+  cpStatus_ = std::move(cpStatus);
+  mySci_ = sciNumber(mySci);
+}
+
+// A report may make the engine ask for the next thing at once: that is done in another pass.
+void KernelPort::work() {
+  again_ = true;
+  if (working_) return;
+  working_ = true;
+  bool isDone = true;
+  while (again_) {
+    again_ = false;
+    problems_.clear();
+    isDone = pass();
+  }
+  working_ = false;
+  told_ = std::move(problems_);
+  problems_.clear();
+  if (!isDone) return tryAgainLater();
+  retryDelay_ = 0;
+  retryTime_ = std::numeric_limits<double>::infinity();
+}
+
+// Each step ends with its reports: what stands behind them in a pass may have changed by then.
+bool KernelPort::pass() {
+  if (!known()) return false;
+  if (!cpStatus_) return deviceGone();
+  if (mySci_ == 0) return true;
+  if (!deviceThere()) return false;
+  if (again_) return true;
+  bool const isReceived = received();
+  if (again_) return true;
+  return transmitted() && isReceived;
+}
+
+// A change of what is asked for is tried at once, and puts off nothing.
+void KernelPort::tryAgainLater() {
+  if (retryDelay_ > 0 && Vesk::now() < retryTime_) return;
+  retryDelay_ = retryDelay_ == 0 ? kFirstRetry : std::min(2 * retryDelay_, kLastRetry);
+  retryTime_ = Vesk::now() + retryDelay_;
+}
+
+bool KernelPort::known() {
+  if (known_) return true;
+  std::vector<MacsecLink> links;
+  std::vector<SecY> all;
+  if (!did(kernel_.present(), "offer MACsec") || !did(kernel_.links(links), "list its devices") ||
+      !did(kernel_.secYs(all), "list its secure associations")) {
+    return false;
+  }
+  auto const link = std::find_if(links.begin(), links.end(), [this](MacsecLink const& l) {
+    return l.name == name_ && l.parent == parent_;
+  });
+  held_.reset();
+  if (link != links.end()) {
+    auto const found = std::find_if(all.begin(), all.end(),
+                                    [&](SecY const& secY) { return secY.index == link->index; });
+    if (found != all.end()) take(&*found);
+  }
+  known_ = true;
+  return true;
+}
+
+void KernelPort::take(SecY const* secY) {
+  held_.reset();
+  if (!secY) return;
+  held_ = *secY;
+  for (HeldSa const& sa : held_->txSas) remember(sa);
+}
+
+// What an exhausted association had counted is no number any more.
+void KernelPort::remember(HeldSa const& sa) {
+  constexpr size_t kMostKeys = 64;
+  uint64_t const number = sa.packetNumber ? sa.packetNumber : std::numeric_limits<uint64_t>::max();
+  auto const known = std::find_if(sent_.begin(), sent_.end(),
+                                  [&](auto const& entry) { return entry.first == sa.keyId; });
+  if (known != sent_.end()) {
+    known->second = std::max(known->second, number);
+    return;
+  }
+  sent_.emplace_back(sa.keyId, number);
+  if (sent_.size() > kMostKeys) sent_.pop_front();
+}
+
+bool KernelPort::isOurs(SecY const& secY) const {
+  return secY.sci == mySci_ && secY.cipher == cipherOf(cpStatus_->cipher()) &&
+         secY.sendSci == cpStatus_->includeSci();
+}
+
+bool KernelPort::deviceGone() {
+  if (!held_) {
+    reportNothing();
+    return true;
+  }
+  auto const answer = kernel_.secYDel(held_->index);
+  if (answer.error != ENODEV && !did(answer, "remove the device")) return false;
+  ++counts_.devicesRemoved;
+  held_.reset();
+  reportNothing();
+  return true;
+}
+
+bool KernelPort::deviceThere() {
+  if (cipherOf(cpStatus_->cipher()) == 0) {
+    refuse("make the device", "the cipher suite is none");
+    return false;
+  }
+  bool const isAdopted = held_ && isOurs(*held_);
+  if (held_ && !isAdopted && !deviceGone()) return false;
+  if (!cpStatus_) return true;
+  if (!held_ && (!make() || !held_)) {
+    reportNothing();
+    return false;
+  }
+  if (!settled()) return false;
+  if (isAdopted && !report_->configured()) ++counts_.devicesAdopted;
+  upIfItCan();
+  report_->secHdrSizeIs(cpStatus_->includeSci() ? Macsec::Constants::secHdrSizeWithSci
+                                                : Macsec::Constants::secHdrSize);
+  report_->configuredIs(true);
+  return true;
+}
+
+bool KernelPort::make() {
+  NewSecY wanted;
+  wanted.name = name_;
+  wanted.parent = parent_;
+  wanted.sci = mySci_;
+  wanted.cipher = cipherOf(cpStatus_->cipher());
+  wanted.sendSci = cpStatus_->includeSci();
+  wanted.dormant = options_.dormant;
+  wanted.settings.window = options_.replayWindow;
+  if (!did(kernel_.secYAdd(wanted), "make the device")) return false;
+  ++counts_.devicesMade;
+  upWanted_ = true;
+  known_ = false;
+  return known();
+}
+
+bool KernelPort::settled() {
+  SecYSettings wanted;
+  wanted.window = options_.replayWindow;
+  if (held_->settings == wanted) return true;
+  if (!did(kernel_.settingsAre(held_->index, wanted), "set up the device")) return false;
+  held_->settings = wanted;
+  return true;
+}
+
+// A device can't be up while its parent is down: later, then.
+void KernelPort::upIfItCan() {
+  if (!held_ || !upWanted_) return;
+  auto const answer = kernel_.linkUp(held_->index);
+  if (answer.error == ENETDOWN || !did(answer, "bring up the device")) return;
+  upWanted_ = false;
+  if (authorized_) authorizedIs(*authorized_);
+}
+
+void KernelPort::authorizedIs(bool authorized) {
+  authorized_ = authorized;
+  if (!held_ || upWanted_ || !options_.dormant) return;
+  did(kernel_.authorizedIs(held_->index, authorized), "set the state of the device");
+}
+
+void KernelPort::remove() {
+  cpStatus_ = nullptr;
+  work();
+}
+
+void KernelPort::polled(std::vector<SecY> const& all) {
+  if (!known_ || working_) return;
+  if (held_) {
+    int const index = held_->index;
+    auto const found = std::find_if(all.begin(), all.end(),
+                                    [index](SecY const& secY) { return secY.index == index; });
+    take(found != all.end() ? &*found : nullptr);
+  }
+  if (retryTime_ == std::numeric_limits<double>::infinity()) work();
+  reportNumbers();
+}
+
+}  // namespace Linux

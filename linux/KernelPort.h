@@ -1,0 +1,133 @@
+#pragma once
+
+#include <deque>
+#include <limits>
+#include <set>
+
+#include "linux/SaKey.h"
+#include "model/CpStatus.h"
+#include "model/MacSecStatus.h"
+
+namespace Linux {
+
+struct KernelDriverOptions {
+  /// The device's name is the interface's with this behind it.
+  std::string suffix = ".sec";
+  /// How many packet numbers late a frame may be.
+  uint32_t replayWindow = 0;
+  /// Devices come up dormant until `KernelDriver::authorizedIs`.
+  bool dormant = false;
+};
+
+/// What the driver has done so far, over all interfaces.
+struct KernelCounts {
+  uint64_t devicesMade = 0, devicesRemoved = 0;
+  uint64_t devicesAdopted = 0;  ///< found there as they should be
+  uint64_t sasInstalled = 0, sasRemoved = 0;
+  uint64_t refusals = 0;     ///< requests that the kernel refused
+  uint64_t keysRefused = 0;  ///< keys that were never handed to the kernel
+  uint64_t polls = 0;
+  friend bool operator==(KernelCounts const&, KernelCounts const&) = default;
+};
+
+/// The MACsec device on one interface: brings the kernel to where `CpStatus` wants it, step by
+/// step, and reports each step that the kernel confirmed. What it knows of the kernel it has read
+/// or been answered; after an error it reads again.
+///
+///     CpStatus -> work() -> requests -> answers -> held -> MacSecIntfStatus
+class KernelPort {
+ public:
+  /// `options` and `counts` are shared with the other ports.
+  KernelPort(Lumo::IntfId intfId, int parent, KernelDriverOptions const& options,
+             KernelCounts& counts, MacsecKernel& kernel,
+             Vesk::Ptr<Macsec::MacSecIntfStatus> report);
+
+  Lumo::IntfId intfId() const { return intfId_; }
+  int parent() const { return parent_; }
+  std::string const& deviceName() const { return name_; }
+  /// What the kernel held when it was last asked; null as long as there is no device.
+  SecY const* held() const { return held_ ? &*held_ : nullptr; }
+
+  /// What is wanted from now on: a null `CpStatus` means no device.
+  void wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci);
+  bool isWanted() const { return static_cast<bool>(cpStatus_); }
+  /// Does what there is to do, at once. May be called out of its own reports.
+  void work();
+  /// The lowest acceptable packet number of a receive SA was told.
+  void lowestIs(Macsec::AssociationNumber an);
+  /// What the kernel holds now, as the poll of all devices read it.
+  void polled(std::vector<SecY> const& all);
+  void authorizedIs(bool authorized);
+  /// Takes the device away.
+  void remove();
+
+  /// When `work()` wants to be called again after an error; infinity for never.
+  double retryTime() const { return retryTime_; }
+
+ private:
+  using Sak = Macsec::Sak;
+  using AssociationNumber = Macsec::AssociationNumber;
+
+  bool pass();
+  // Each of these returns whether the kernel is where it should be.
+  bool known();
+  bool deviceGone();
+  bool deviceThere();
+  bool make();
+  bool settled();
+  bool received();
+  bool dropOtherChannels(SciNumber sci);
+  bool dropOtherReceiveSas(SciNumber sci);
+  bool installReceive(Sak const& sak, SciNumber sci);
+  bool transmitted();
+  bool installTransmit(Sak const& sak, KeyId const& keyId);
+  bool dropOtherTransmitSas(HeldSa const* keep);
+  bool install(SaPlace const& place, Sak const& sak, uint64_t packetNumber, uint32_t ssci,
+               char const* what, std::vector<HeldSa>& sas);
+  bool dropSa(SaPlace const& place, std::vector<HeldSa>& sas);
+
+  bool isHeldAsWanted(HeldSa const& sa) const;
+  bool isOurs(SecY const& secY) const;
+  HeldRxSc* rxSc(SciNumber sci);
+  HeldSa* txSa(KeyId const& keyId);
+  std::optional<uint64_t> firstPacketNumber(Sak const& sak, KeyId const& keyId) const;
+  void remember(HeldSa const& sa);
+  void upIfItCan();
+  void take(SecY const* secY);
+
+  void reportNothing();
+  void reportReceive();
+  void reportTransmit();
+  void reportNumbers();
+
+  bool did(KernelAnswer const& answer, char const* what);
+  void refuse(char const* what, char const* why);
+  void tell(std::string what, std::string why, bool byKernel);
+  void tryAgainLater();
+
+  Lumo::IntfId const intfId_;
+  int const parent_;
+  KernelDriverOptions const& options_;
+  KernelCounts& counts_;
+  MacsecKernel& kernel_;
+  Vesk::Ptr<Macsec::MacSecIntfStatus> const report_;
+  std::string const name_;
+
+  Vesk::Ptr<Macsec::CpStatus const> cpStatus_;
+  SciNumber mySci_ = 0;
+  bool known_ = false;  // held_ is what the kernel holds
+  std::optional<SecY> held_;
+  bool upWanted_ = false;
+  std::optional<bool> authorized_;
+  // How far each transmit key was counted, the newest last: no key ever starts over.
+  std::deque<std::pair<KeyId, uint64_t>> sent_;
+
+  bool working_ = false;
+  bool again_ = false;
+  std::set<std::string> problems_;
+  std::set<std::string> told_;
+  double retryDelay_ = 0;
+  double retryTime_ = std::numeric_limits<double>::infinity();
+};
+
+}  // namespace Linux

@@ -1,0 +1,106 @@
+#include <algorithm>
+
+#include "linux/KernelPort.h"
+#include "runtime/Log.h"
+
+namespace Linux {
+
+namespace {
+
+Vesk::LogHandle const MACSEC_KERNEL_REFUSED(
+    "MACSEC_KERNEL_REFUSED", Vesk::LogSeverity::error,
+    "The kernel doesn't %s on interface %s (%s): %s",
+    "A request that the installation of a MACsec key needs was answered with an error. The port "
+    "stays as it is, and the request is made again in a while.",
+    "See that the kernel has MACsec with extended packet numbers (Linux 5.7 or later), that the "
+    "process has CAP_NET_ADMIN, and that no other program has a device of that name.",
+    0.0, 0.0);
+
+Vesk::LogHandle const MACSEC_KEY_REFUSED(
+    "MACSEC_KEY_REFUSED", Vesk::LogSeverity::error, "Not done on interface %s (%s): %s, because %s",
+    "A key came that can't or mustn't be handed to the kernel. The port goes on as it was.",
+    "If it doesn't go away with the next key, take the port out of the configuration and put it "
+    "back in.",
+    0.0, 0.0);
+
+}  // namespace
+
+void KernelPort::reportNothing() {
+  report_->txSaStatusDel();
+  report_->rxSaStatusDelAll();
+  report_->configuredIs(false);
+}
+
+// First what goes, then what comes: a report of what came may change what is asked for.
+void KernelPort::reportReceive() {
+  std::vector<Sak> came;
+  for (uint8_t an = 0; an <= AssociationNumber::max; ++an) {
+    AssociationNumber const number(an);
+    bool isThere = false;
+    for (HeldRxSc const& sc : held_->rxScs) {
+      for (HeldSa const& sa : sc.sas) isThere = isThere || (sa.an == an && isHeldAsWanted(sa));
+    }
+    auto const former = report_->rxSaStatus(number);
+    Sak const* const sak = isThere ? cpStatus_->rxSak(number) : nullptr;
+    if (former && sak && former->keyId() == sak->keyMsgId() && former->keyNum() == sak->keyNum()) {
+      continue;
+    }
+    if (former) report_->rxSaStatusDel(number);
+    if (sak) came.push_back(*sak);
+  }
+  for (Sak const& sak : came) {
+    if (!again_) report_->rxSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
+  }
+}
+
+void KernelPort::reportTransmit() {
+  Sak const sak = cpStatus_->txSak();
+  auto const keyId = keyIdOf(sak);
+  HeldSa const* const sa = sak != Sak() && keyId ? txSa(*keyId) : nullptr;
+  if (sa && sa->on && sa->an == sak.an().value() && held_->encodingSa == sa->an) {
+    report_->txSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
+  } else if (report_->txSaStatus()) {
+    report_->txSaStatusDel();
+  }
+}
+
+// The tree has room for the lower half of a packet number.
+void KernelPort::reportNumbers() {
+  if (!held_) return;
+  if (auto const tx = report_->txSaStatus()) {
+    for (HeldSa const& sa : held_->txSas) {
+      if (sa.an == tx->associationNumber().value())
+        tx->lpnIs(static_cast<uint32_t>(sa.packetNumber));
+    }
+  }
+  for (HeldRxSc const& sc : held_->rxScs) {
+    for (HeldSa const& sa : sc.sas) {
+      auto const rx = report_->rxSaStatus(AssociationNumber(sa.an));
+      if (rx) rx->lpnIs(static_cast<uint32_t>(sa.packetNumber));
+    }
+  }
+}
+
+bool KernelPort::did(KernelAnswer const& answer, char const* what) {
+  if (answer) return true;
+  known_ = false;
+  ++counts_.refusals;
+  tell(what, answer.text, true);
+  return false;
+}
+
+void KernelPort::refuse(char const* what, char const* why) { tell(what, why, false); }
+
+// Once, until it is over or something else is wrong.
+void KernelPort::tell(std::string what, std::string why, bool byKernel) {
+  std::string const problem = what + ": " + why;
+  if (!problems_.insert(problem).second || told_.contains(problem)) return;
+  if (byKernel) {
+    Vesk::log(MACSEC_KERNEL_REFUSED, what, intfId_, name_, why);
+  } else {
+    ++counts_.keysRefused;
+    Vesk::log(MACSEC_KEY_REFUSED, intfId_, name_, what, why);
+  }
+}
+
+}  // namespace Linux

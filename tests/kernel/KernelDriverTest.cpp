@@ -1,0 +1,252 @@
+#include <gtest/gtest.h>
+
+#include "tests/kernel/Station.h"
+#include "tests/support/TestWorld.h"
+
+namespace Kernel {
+namespace {
+
+using Linux::HeldSa;
+using Macsec::AssociationNumber;
+using Macsec::CipherSuite;
+
+// Two stations in a network namespace each, and a cable between them.
+class OnTheKernel : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    Support::TestWorld world;
+    run("ip netns add a && ip netns add b");
+  }
+  static void TearDownTestSuite() { run("ip netns del a && ip netns del b"); }
+
+  OnTheKernel() {
+    uint8_t const host[WardcodeLib::kHostKeySize] = {7};
+    WardcodeLib::hostKeyIs(host);
+    run("ip link add va address 02:00:00:00:00:0a netns a type veth peer name vb"
+        " address 02:00:00:00:00:0b netns b");
+    run("ip -n a link set va up && ip -n b link set vb up");
+    a.emplace("a", "va", 10);
+    b.emplace("b", "vb", 11);
+  }
+  ~OnTheKernel() override { run("ip -n a link del va"); }
+
+  void bothPorts(CipherSuite suite, bool includeSci = true) {
+    a->portIs(suite, *b, includeSci);
+    b->portIs(suite, *a, includeSci);
+    a->start();
+    b->start();
+  }
+  void receiveKey(Macsec::Sak const& sak) {
+    a->cp->rxSakIs(sak);
+    b->cp->rxSakIs(sak);
+  }
+  void transmitKey(Macsec::Sak const& sak) {
+    a->cp->txSakIs(sak);
+    b->cp->txSakIs(sak);
+  }
+  void firstKey(CipherSuite suite) {
+    receiveKey(sakOf(0, 1, suite));
+    transmitKey(sakOf(0, 1, suite));
+  }
+  // How many of so many frames arrive at the other end.
+  static size_t pass(FrameSocket const& from, FrameSocket const& to, size_t count = 20) {
+    for (size_t i = 0; i < count; ++i) from.sendFrame();
+    return to.received();
+  }
+  void poll() {
+    world.time += 2;
+    a->driver->run();
+    b->driver->run();
+  }
+
+  Support::TestWorld world;
+  Vesk::WorldScope scope{world};
+  std::optional<Station> a, b;
+};
+
+class WithBothSuites : public OnTheKernel, public ::testing::WithParamInterface<CipherSuite> {};
+INSTANTIATE_TEST_SUITE_P(Suites, WithBothSuites,
+                         ::testing::Values(CipherSuite::gcmAesXpn128, CipherSuite::gcmAesXpn256),
+                         [](auto const& info) { return std::string(stringValue(info.param)); });
+
+TEST_P(WithBothSuites, KeysPassFramesBothWays) {
+  bothPorts(GetParam());
+  ASSERT_TRUE(a->report()->configured());
+  EXPECT_EQ(a->report()->secHdrSize(), 32u);
+  auto const fromA = a->frames(), fromB = b->frames();
+  EXPECT_EQ(pass(fromA, fromB), 0u);
+  firstKey(GetParam());
+  ASSERT_TRUE(a->report()->rxSaStatus(AssociationNumber(0)));
+  ASSERT_TRUE(a->report()->txSaStatus());
+  EXPECT_EQ(pass(fromA, fromB), 20u);
+  EXPECT_EQ(pass(fromB, fromA), 20u);
+  Linux::SecY const held = b->held();
+  EXPECT_EQ(held.cipher,
+            GetParam() == CipherSuite::gcmAesXpn128 ? Linux::kGcmAesXpn128 : Linux::kGcmAesXpn256);
+  ASSERT_EQ(held.rxScs.size(), 1u);
+  EXPECT_EQ(held.rxScs[0].sci, 0x02000000000a0001u);
+  EXPECT_EQ(held.rxScs[0].counters.ok, 20u);
+  EXPECT_EQ(held.outEncrypted, 20u);
+  EXPECT_EQ(held.settings, Linux::SecYSettings());
+}
+
+TEST_P(WithBothSuites, AChangeOfKeyLosesNoFrame) {
+  bothPorts(GetParam());
+  firstKey(GetParam());
+  auto const fromA = a->frames(), fromB = b->frames();
+  for (uint32_t n = 2; n <= 9; ++n) {
+    auto const sak = sakOf((n - 1) % 4, n, GetParam());
+    a->cp->rxSakIs(sak);
+    EXPECT_EQ(pass(fromA, fromB), 20u);
+    b->cp->rxSakIs(sak);
+    EXPECT_EQ(pass(fromA, fromB), 20u);
+    a->cp->txSakIs(sak);
+    EXPECT_EQ(pass(fromA, fromB) + pass(fromB, fromA), 40u) << n;
+    b->cp->txSakIs(sak);
+    EXPECT_EQ(pass(fromA, fromB) + pass(fromB, fromA), 40u) << n;
+    for (auto* station : {&*a, &*b}) {
+      station->cp->rxSakDel(AssociationNumber((n - 2) % 4));
+      ASSERT_EQ(station->held().txSas.size(), 1u);
+      EXPECT_EQ(station->held().txSas[0].an, sak.an().value());
+      EXPECT_EQ(station->held().rxScs.at(0).sas.size(), 1u);
+      EXPECT_EQ(station->report()->txSaStatus()->keyNum(), n);
+    }
+  }
+  auto const counters = b->held().rxScs.at(0).counters;
+  EXPECT_EQ(counters.late + counters.notValid + counters.notUsingSa + counters.invalid, 0u);
+  EXPECT_EQ(world.logs, std::vector<Support::Logged>());
+}
+
+TEST_P(WithBothSuites, AnotherDriverOnTheSameTreeTouchesNothing) {
+  bothPorts(GetParam());
+  firstKey(GetParam());
+  auto const fromA = a->frames(), fromB = b->frames();
+  EXPECT_EQ(pass(fromA, fromB), 20u);
+  Linux::SecY const before = a->held();
+  a->restart();
+  Linux::SecY const after = a->held();
+  EXPECT_EQ(after.index, before.index);
+  ASSERT_EQ(after.txSas.size(), 1u);
+  EXPECT_EQ(after.txSas[0].packetNumber, 21u);
+  EXPECT_EQ(a->driver->packetNumber(a->intfId), 21u);
+  EXPECT_EQ(a->driver->counts(), (Linux::KernelCounts{.devicesAdopted = 1}));
+  EXPECT_TRUE(a->report()->txSaStatus());
+  EXPECT_TRUE(a->report()->rxSaStatus(AssociationNumber(0)));
+  EXPECT_EQ(pass(fromA, fromB), 20u);
+  EXPECT_EQ(a->held().txSas[0].packetNumber, 41u);
+}
+
+TEST_F(OnTheKernel, PassesFramesWithoutTheSciInThem) {
+  bothPorts(CipherSuite::gcmAesXpn128, false);
+  firstKey(CipherSuite::gcmAesXpn128);
+  EXPECT_EQ(a->report()->secHdrSize(), 24u);
+  EXPECT_FALSE(a->held().sendSci);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+}
+
+TEST_F(OnTheKernel, ReadsPacketNumbersBeyond32Bits) {
+  bothPorts(CipherSuite::gcmAesXpn128);
+  firstKey(CipherSuite::gcmAesXpn128);
+  auto const tx = Linux::SaPlace{a->held().index, {}, 0};
+  auto const rx = Linux::SaPlace{b->held().index, 0x02000000000a0001, 0};
+  ASSERT_TRUE(a->kernel->packetNumberIs(tx, 0xfffffffe));
+  ASSERT_TRUE(b->kernel->packetNumberIs(rx, 0xfffffffe));
+  EXPECT_EQ(pass(a->frames(), b->frames(), 10), 10u);
+  poll();
+  EXPECT_EQ(a->driver->packetNumber(a->intfId), 0x100000008u);
+  EXPECT_EQ(a->report()->txSaStatus()->lpn(), 8u);
+  EXPECT_EQ(b->report()->rxSaStatus(AssociationNumber(0))->lpn(), 8u);
+}
+
+TEST_F(OnTheKernel, DropsFramesBelowTheLowestAcceptablePacketNumber) {
+  bothPorts(CipherSuite::gcmAesXpn128);
+  firstKey(CipherSuite::gcmAesXpn128);
+  auto const fromA = a->frames(), fromB = b->frames();
+  EXPECT_EQ(pass(fromA, fromB, 10), 10u);
+  b->cp->rxLPNIs({5, AssociationNumber(0)});
+  EXPECT_EQ(b->held().rxScs.at(0).sas.at(0).packetNumber, 11u);
+  b->cp->rxLPNIs({16, AssociationNumber(0)});
+  EXPECT_EQ(pass(fromA, fromB, 10), 5u);
+  EXPECT_EQ(b->held().rxScs.at(0).counters.late, 5u);
+}
+
+TEST_F(OnTheKernel, AWrongShortChannelIdentifierShowsAsFramesThatAreNotValid) {
+  bothPorts(CipherSuite::gcmAesXpn128);
+  b->cp->peerSsciIs({a->sci(), "00000003"});
+  firstKey(CipherSuite::gcmAesXpn128);
+  EXPECT_EQ(pass(a->frames(), b->frames(), 10), 0u);
+  EXPECT_EQ(b->held().rxScs.at(0).counters.notValid, 10u);
+}
+
+TEST_F(OnTheKernel, AnotherSuiteMakesTheDeviceAnew) {
+  bothPorts(CipherSuite::gcmAesXpn128);
+  firstKey(CipherSuite::gcmAesXpn128);
+  for (auto* station : {&*a, &*b}) station->status->cpStatusDel(station->intfId);
+  a->portIs(CipherSuite::gcmAesXpn256, *b);
+  b->portIs(CipherSuite::gcmAesXpn256, *a);
+  EXPECT_EQ(a->held().cipher, Linux::kGcmAesXpn256);
+  EXPECT_FALSE(a->report()->txSaStatus());
+  firstKey(CipherSuite::gcmAesXpn256);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+}
+
+TEST_F(OnTheKernel, APortThatGoesTakesItsDeviceAlongAndNoOther) {
+  run("ip -n a link add link va other type macsec port 9");
+  bothPorts(CipherSuite::gcmAesXpn128);
+  firstKey(CipherSuite::gcmAesXpn128);
+  a->status->cpStatusDel(a->intfId);
+  a->driver->run();
+  std::vector<Linux::MacsecLink> links;
+  ASSERT_TRUE(a->kernel->links(links));
+  ASSERT_EQ(links.size(), 1u);
+  EXPECT_EQ(links[0].name, "other");
+  EXPECT_FALSE(a->report()->configured());
+  EXPECT_FALSE(a->report()->txSaStatus());
+}
+
+TEST_F(OnTheKernel, ANameThatIsTakenIsToldInTheKernelsWordsUntilItIsFree) {
+  run("ip -n a link add va.sec type veth peer name taken");
+  bothPorts(CipherSuite::gcmAesXpn128);
+  firstKey(CipherSuite::gcmAesXpn128);
+  EXPECT_FALSE(a->report()->configured());
+  EXPECT_FALSE(a->report()->txSaStatus());
+  ASSERT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
+  EXPECT_EQ(world.logs[0].text,
+            "The kernel doesn't make the device on interface va (va.sec): File exists");
+  run("ip -n a link del va.sec");
+  poll();
+  EXPECT_TRUE(a->report()->configured());
+  EXPECT_TRUE(a->report()->txSaStatus());
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+  EXPECT_EQ(world.logs.size(), 1u);
+}
+
+TEST_F(OnTheKernel, ADeviceThatSomebodyRemovesComesBackWithHigherPacketNumbers) {
+  bothPorts(CipherSuite::gcmAesXpn128);
+  firstKey(CipherSuite::gcmAesXpn128);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+  run("ip -n a link del va.sec");
+  poll();
+  ASSERT_EQ(a->held().txSas.size(), 1u);
+  EXPECT_EQ(a->held().txSas[0].packetNumber, 1u + (1u << 30));
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+}
+
+TEST_F(OnTheKernel, ADormantDeviceIsUpWhenItIsAuthorized) {
+  a->portIs(CipherSuite::gcmAesXpn128, *b);
+  b->portIs(CipherSuite::gcmAesXpn128, *a);
+  a->start({.dormant = true});
+  b->start();
+  auto const stateIs = [](char const* state) {
+    run(std::string("for i in $(seq 30); do ip -n a link show va.sec | grep -q 'state ") + state +
+        "' && exit 0; sleep 0.1; done; exit 1");
+  };
+  EXPECT_NO_THROW(stateIs("DORMANT"));
+  a->driver->authorizedIs(a->intfId, true);
+  EXPECT_NO_THROW(stateIs("UP"));
+  a->driver->authorizedIs(a->intfId, false);
+  EXPECT_NO_THROW(stateIs("DORMANT"));
+}
+
+}  // namespace
+}  // namespace Kernel

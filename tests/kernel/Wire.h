@@ -1,0 +1,86 @@
+#pragma once
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <linux/if_packet.h>
+#include <net/ethernet.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/socket.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <system_error>
+
+#include "linux/Descriptor.h"
+
+namespace Kernel {
+
+/// Runs a command of the machine; throws if it fails.
+inline void run(std::string const& command) {
+  if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
+}
+
+/// A network namespace that `ip netns` knows; this thread is inside while one of these lives.
+class Inside {
+ public:
+  explicit Inside(std::string const& name)
+      : former_(open("/proc/self/ns/net", O_RDONLY)),
+        inner_(open(("/run/netns/" + name).c_str(), O_RDONLY)) {
+    if (setns(inner_.fd(), CLONE_NEWNET) != 0) {
+      throw std::system_error(errno, std::generic_category(), name);
+    }
+  }
+  ~Inside() { setns(former_.fd(), CLONE_NEWNET); }
+
+ private:
+  Linux::Descriptor former_, inner_;
+};
+
+/// Sends and receives frames of one EtherType on one device.
+class FrameSocket {
+ public:
+  static constexpr uint16_t kType = 0x88b5;  // for experiments
+
+  /// The device's address is 02:00:00:00:00:`last`.
+  FrameSocket(std::string const& space, std::string const& device, uint8_t last) : last_(last) {
+    Inside const inside(space);
+    socket_ = Linux::Descriptor(socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK, htons(kType)));
+    address_.sll_family = AF_PACKET;
+    address_.sll_protocol = htons(kType);
+    address_.sll_ifindex = static_cast<int>(if_nametoindex(device.c_str()));
+    if (bind(socket_.fd(), reinterpret_cast<sockaddr*>(&address_), sizeof address_) != 0) {
+      throw std::system_error(errno, std::generic_category(), device);
+    }
+  }
+  /// A broadcast frame; whether the device took it.
+  bool sendFrame() const {
+    unsigned char frame[64];
+    std::memset(frame, 0xff, sizeof frame);
+    unsigned char const source[] = {2, 0, 0, 0, 0, last_};
+    std::memcpy(frame + 6, source, sizeof source);
+    frame[12] = kType >> 8;
+    frame[13] = kType & 0xff;
+    return send(socket_.fd(), frame, sizeof frame, 0) == sizeof frame;
+  }
+  /// How many frames of others have come.
+  size_t received() const {
+    size_t count = 0;
+    unsigned char frame[2048];
+    sockaddr_ll from{};
+    for (socklen_t size = sizeof from; recvfrom(socket_.fd(), frame, sizeof frame, 0,
+                                                reinterpret_cast<sockaddr*>(&from), &size) > 0;
+         size = sizeof from) {
+      count += from.sll_pkttype != PACKET_OUTGOING;
+    }
+    return count;
+  }
+
+ private:
+  uint8_t const last_;
+  Linux::Descriptor socket_;
+  sockaddr_ll address_{};
+};
+
+}  // namespace Kernel
