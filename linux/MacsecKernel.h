@@ -54,6 +54,8 @@ struct NewSecY {
   int parent = 0;
   SciNumber sci = 0;
   uint64_t cipher = kGcmAesXpn128;
+  /// A device that doesn't send its SCI in each frame gets one of the parent's address, whatever
+  /// address stands in `sci`.
   bool sendSci = true;
   /// Comes up dormant until somebody says that traffic may pass (RFC 2863, ifOperStatus).
   bool dormant = false;

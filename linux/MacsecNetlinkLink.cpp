@@ -35,6 +35,15 @@ void putSettings(NetlinkMessage& message, SecYSettings const& settings) {
   message.u8(IFLA_MACSEC_REPLAY_PROTECT, settings.replayProtect);
 }
 
+// A device that doesn't send its SCI takes none but that of its address.
+void putSci(NetlinkMessage& message, NewSecY const& secY) {
+  if (secY.sendSci) {
+    message.u64(IFLA_MACSEC_SCI, htobe64(secY.sci));
+  } else {
+    message.u16(IFLA_MACSEC_PORT, htons(static_cast<uint16_t>(secY.sci & 0xffff)));
+  }
+}
+
 template <class Fill>
 void putInfo(NetlinkMessage& message, Fill fill) {
   message.nest(IFLA_LINKINFO, [&] {
@@ -71,7 +80,7 @@ KernelAnswer MacsecNetlink::secYAdd(NewSecY const& secY) {
   message.u32(IFLA_LINK, static_cast<uint32_t>(secY.parent));
   if (secY.dormant) message.u8(IFLA_LINKMODE, IF_LINK_MODE_DORMANT);
   putInfo(message, [&] {
-    message.u64(IFLA_MACSEC_SCI, htobe64(secY.sci));
+    putSci(message, secY);
     message.u64(IFLA_MACSEC_CIPHER_SUITE, secY.cipher);
     message.u8(IFLA_MACSEC_INC_SCI, secY.sendSci);
     putSettings(message, secY.settings);

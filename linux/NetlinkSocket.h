@@ -27,6 +27,7 @@ class NetlinkMessage {
     check(nlmsg_append(message_, const_cast<T*>(&header), sizeof header, NLMSG_ALIGNTO));
   }
   void u8(int type, uint8_t v) { check(nla_put_u8(message_, type, v)); }
+  void u16(int type, uint16_t v) { check(nla_put_u16(message_, type, v)); }
   void u32(int type, uint32_t v) { check(nla_put_u32(message_, type, v)); }
   void u64(int type, uint64_t v) { check(nla_put_u64(message_, type, v)); }
   void text(int type, std::string_view v);

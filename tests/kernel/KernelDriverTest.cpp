@@ -14,21 +14,38 @@ using Macsec::CipherSuite;
 class OnTheKernel : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    Support::TestWorld world;
     run("ip netns add a && ip netns add b");
+    run("ip link add va address 02:00:00:00:00:0a netns a type veth peer name vb"
+        " address 02:00:00:00:00:0b netns b");
+    run("ip -n a link set va up && ip -n b link set vb up");
+    becomes("a", "va", "UP");
+    becomes("b", "vb", "UP");
   }
-  static void TearDownTestSuite() { run("ip netns del a && ip netns del b"); }
+  static void TearDownTestSuite() {
+    run("ip -n a link del va && ip netns del a && ip netns del b");
+  }
+  // The kernel takes up to a second to say so.
+  static void becomes(std::string const& space, std::string const& device, char const* state) {
+    run("for i in $(seq 30); do ip -n " + space + " link show " + device + " | grep -q 'state " +
+        state + "' && exit 0; sleep 0.1; done; exit 1");
+  }
 
   OnTheKernel() {
     uint8_t const host[WardcodeLib::kHostKeySize] = {7};
     WardcodeLib::hostKeyIs(host);
-    run("ip link add va address 02:00:00:00:00:0a netns a type veth peer name vb"
-        " address 02:00:00:00:00:0b netns b");
-    run("ip -n a link set va up && ip -n b link set vb up");
     a.emplace("a", "va", 10);
     b.emplace("b", "vb", 11);
   }
-  ~OnTheKernel() override { run("ip -n a link del va"); }
+  ~OnTheKernel() override {
+    a->clear();
+    b->clear();
+  }
+  void TearDown() override {
+    if (!HasFailure()) return;
+    for (auto const& log : world.logs) std::cout << log.name << ": " << log.text << "\n";
+    std::cout << "a: " << counted(a->held()) << "\nb: " << counted(b->held()) << "\n";
+    run("ip -n a -s -d link show; ip -n b -s -d link show");
+  }
 
   void bothPorts(CipherSuite suite, bool includeSci = true) {
     a->portIs(suite, *b, includeSci);
@@ -78,7 +95,7 @@ TEST_P(WithBothSuites, KeysPassFramesBothWays) {
   firstKey(GetParam());
   ASSERT_TRUE(a->report()->rxSaStatus(AssociationNumber(0)));
   ASSERT_TRUE(a->report()->txSaStatus());
-  EXPECT_EQ(pass(fromA, fromB), 20u);
+  EXPECT_EQ(pass(fromA, fromB), 20u) << counted(b->held());
   EXPECT_EQ(pass(fromB, fromA), 20u);
   Linux::SecY const held = b->held();
   EXPECT_EQ(held.cipher,
@@ -97,9 +114,9 @@ TEST_P(WithBothSuites, AChangeOfKeyLosesNoFrame) {
   for (uint32_t n = 2; n <= 9; ++n) {
     auto const sak = sakOf((n - 1) % 4, n, GetParam());
     a->cp->rxSakIs(sak);
-    EXPECT_EQ(pass(fromA, fromB), 20u);
+    EXPECT_EQ(pass(fromA, fromB), 20u) << counted(b->held());
     b->cp->rxSakIs(sak);
-    EXPECT_EQ(pass(fromA, fromB), 20u);
+    EXPECT_EQ(pass(fromA, fromB), 20u) << counted(b->held());
     a->cp->txSakIs(sak);
     EXPECT_EQ(pass(fromA, fromB) + pass(fromB, fromA), 40u) << n;
     b->cp->txSakIs(sak);
@@ -121,7 +138,7 @@ TEST_P(WithBothSuites, AnotherDriverOnTheSameTreeTouchesNothing) {
   bothPorts(GetParam());
   firstKey(GetParam());
   auto const fromA = a->frames(), fromB = b->frames();
-  EXPECT_EQ(pass(fromA, fromB), 20u);
+  EXPECT_EQ(pass(fromA, fromB), 20u) << counted(b->held());
   Linux::SecY const before = a->held();
   a->restart();
   Linux::SecY const after = a->held();
@@ -132,7 +149,7 @@ TEST_P(WithBothSuites, AnotherDriverOnTheSameTreeTouchesNothing) {
   EXPECT_EQ(a->driver->counts(), (Linux::KernelCounts{.devicesAdopted = 1}));
   EXPECT_TRUE(a->report()->txSaStatus());
   EXPECT_TRUE(a->report()->rxSaStatus(AssociationNumber(0)));
-  EXPECT_EQ(pass(fromA, fromB), 20u);
+  EXPECT_EQ(pass(fromA, fromB), 20u) << counted(b->held());
   EXPECT_EQ(a->held().txSas[0].packetNumber, 41u);
 }
 
@@ -141,7 +158,7 @@ TEST_F(OnTheKernel, PassesFramesWithoutTheSciInThem) {
   firstKey(CipherSuite::gcmAesXpn128);
   EXPECT_EQ(a->report()->secHdrSize(), 24u);
   EXPECT_FALSE(a->held().sendSci);
-  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u) << counted(b->held());
 }
 
 TEST_F(OnTheKernel, ReadsPacketNumbersBeyond32Bits) {
@@ -187,7 +204,7 @@ TEST_F(OnTheKernel, AnotherSuiteMakesTheDeviceAnew) {
   EXPECT_EQ(a->held().cipher, Linux::kGcmAesXpn256);
   EXPECT_FALSE(a->report()->txSaStatus());
   firstKey(CipherSuite::gcmAesXpn256);
-  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u) << counted(b->held());
 }
 
 TEST_F(OnTheKernel, APortThatGoesTakesItsDeviceAlongAndNoOther) {
@@ -217,19 +234,19 @@ TEST_F(OnTheKernel, ANameThatIsTakenIsToldInTheKernelsWordsUntilItIsFree) {
   poll();
   EXPECT_TRUE(a->report()->configured());
   EXPECT_TRUE(a->report()->txSaStatus());
-  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u) << counted(b->held());
   EXPECT_EQ(world.logs.size(), 1u);
 }
 
 TEST_F(OnTheKernel, ADeviceThatSomebodyRemovesComesBackWithHigherPacketNumbers) {
   bothPorts(CipherSuite::gcmAesXpn128);
   firstKey(CipherSuite::gcmAesXpn128);
-  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u) << counted(b->held());
   run("ip -n a link del va.sec");
   poll();
   ASSERT_EQ(a->held().txSas.size(), 1u);
   EXPECT_EQ(a->held().txSas[0].packetNumber, 1u + (1u << 30));
-  EXPECT_EQ(pass(a->frames(), b->frames()), 20u);
+  EXPECT_EQ(pass(a->frames(), b->frames()), 20u) << counted(b->held());
 }
 
 TEST_F(OnTheKernel, ADormantDeviceIsUpWhenItIsAuthorized) {
@@ -237,15 +254,11 @@ TEST_F(OnTheKernel, ADormantDeviceIsUpWhenItIsAuthorized) {
   b->portIs(CipherSuite::gcmAesXpn128, *a);
   a->start({.dormant = true});
   b->start();
-  auto const stateIs = [](char const* state) {
-    run(std::string("for i in $(seq 30); do ip -n a link show va.sec | grep -q 'state ") + state +
-        "' && exit 0; sleep 0.1; done; exit 1");
-  };
-  EXPECT_NO_THROW(stateIs("DORMANT"));
+  EXPECT_NO_THROW(becomes("a", "va.sec", "DORMANT"));
   a->driver->authorizedIs(a->intfId, true);
-  EXPECT_NO_THROW(stateIs("UP"));
+  EXPECT_NO_THROW(becomes("a", "va.sec", "UP"));
   a->driver->authorizedIs(a->intfId, false);
-  EXPECT_NO_THROW(stateIs("DORMANT"));
+  EXPECT_NO_THROW(becomes("a", "va.sec", "DORMANT"));
 }
 
 }  // namespace

@@ -41,6 +41,12 @@ class Station {
     slice = Macsec::macSecStatusFactory("kernel");
     start();
   }
+  /// Takes away all that a test has left in the kernel.
+  void clear() const {
+    std::vector<Linux::MacsecLink> links;
+    kernel->links(links);
+    for (auto const& link : links) kernel->secYDel(link.index);
+  }
   Vesk::Ptr<Macsec::MacSecIntfStatus> report() const { return slice->status(intfId); }
   FrameSocket frames() const { return {space_, device(), last_}; }
   /// What the kernel holds now.
@@ -65,6 +71,21 @@ class Station {
   uint8_t const last_;
   int index_ = 0;
 };
+
+/// What a device has counted, for the text of a failure.
+inline std::string counted(Linux::SecY const& secY) {
+  std::ostringstream out;
+  auto const& c = secY.counters;
+  out << "sent " << secY.outEncrypted << ", no tag " << c.inNoTag << ", bad tag " << c.inBadTag
+      << ", unknown SCI " << c.inUnknownSci << ", no SCI " << c.inNoSci << ", overrun "
+      << c.inOverrun;
+  for (Linux::HeldRxSc const& sc : secY.rxScs) {
+    out << "; channel " << std::hex << sc.sci << std::dec << ": ok " << sc.counters.ok << ", late "
+        << sc.counters.late << ", not valid " << sc.counters.notValid << ", not using SA "
+        << sc.counters.notUsingSa << ", unused SA " << sc.counters.unusedSa;
+  }
+  return out.str();
+}
 
 /// A key as the controlled port hands it on: every number makes another one.
 inline Macsec::Sak sakOf(uint8_t an, uint32_t keyNum, Macsec::CipherSuite suite) {
