@@ -22,6 +22,28 @@ Vesk::LogHandle const MACSEC_KERNEL_MISSING(
     "The kernel of this machine offers no MACsec. It is looked for again every minute.",
     "Install the kernel's module 'macsec' and load it with 'modprobe macsec'.", 3600.0, 0.0);
 
+bool isKey(Macsec::KeyInfo const& info, Macsec::Sak const& sak) {
+  return info.keyServerMsgId() == sak.keyMsgId() && info.keyNum() == sak.keyNum();
+}
+
+// While the ends of a cable don't agree which key is the old one, the number of one key may stand
+// at the place of another; what a peer says of the key itself tells.
+bool isToldOfAnotherKey(MkaPortStatus const& portStatus, CpStatus const& cpStatus,
+                        AssociationNumber an) {
+  auto const* const told = cpStatus.rxLPN(an);
+  auto const* const sak = cpStatus.rxSak(an);
+  if (!told || !sak) return false;
+  for (Macsec::MkaActorStatus& actor : portStatus.actorStatus()) {
+    for (Macsec::MkaPeer& peer : actor.livePeer()) {
+      Macsec::SakUseInfo const& use = peer.sakUseInfo();
+      for (auto const* info : {&use.latestKeyInfo(), &use.oldKeyInfo()}) {
+        if (actor.principal() && isKey(*info, *sak)) return info->keyLLPN() != told->lpn();
+      }
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 struct KernelDriver::StatusReactor final
@@ -141,6 +163,7 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr con
   // The entry makes the engine start a port, which is known when the entry is back.
   auto const entry = slice_->statusIs(intfId);
   ports_[intfId] = std::make_unique<KernelPort>(intfId, index, options_, counts_, kernel_, entry);
+  ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
   changed(intfId);
 }
 
@@ -175,10 +198,18 @@ void KernelDriver::changed(Lumo::IntfId intfId) {
 
 void KernelDriver::lowestIs(Lumo::IntfId intfId, AssociationNumber an) {
   auto const port = ports_.find(intfId);
-  if (port != ports_.end()) port->second->lowestIs(an);
+  if (port == ports_.end() || !status_) return;
+  auto const portStatus = status_->notifier()->portStatus(intfId);
+  auto const cpStatus = status_->notifier()->cpStatus(intfId);
+  if (!portStatus || !isToldOfAnotherKey(*portStatus, *cpStatus, an)) port->second->lowestIs(an);
 }
 
 void KernelDriver::authorizedIs(Lumo::IntfId intfId, bool authorized) {
+  if (authorized) {
+    unauthorized_.erase(intfId);
+  } else {
+    unauthorized_.insert(intfId);
+  }
   auto const port = ports_.find(intfId);
   if (port != ports_.end()) port->second->authorizedIs(authorized);
 }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 
 #include "linux/HardwareDriver.h"
 #include "linux/KernelPort.h"
@@ -27,7 +28,7 @@ class KernelDriver final : public HardwareDriver {
   void follow(Vesk::Ptr<Macsec::Status const> status);
   /// Takes away all devices of this driver's, as at the end of MACsec on this machine.
   void removeAll();
-  /// Whether traffic may pass; for devices that come up dormant.
+  /// Whether traffic may pass, as it may until this is told; shown on devices that come up dormant.
   void authorizedIs(Lumo::IntfId intfId, bool authorized);
 
   void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
@@ -58,10 +59,10 @@ class KernelDriver final : public HardwareDriver {
   KernelCounts counts_;
   std::map<Lumo::IntfId, std::unique_ptr<KernelPort>> ports_;
   Vesk::Ptr<StatusReactor> status_;
-  // Interfaces whose device may have to go: those without a port are looked at when all is quiet.
-  std::map<Lumo::IntfId, int> waiting_;
+  std::map<Lumo::IntfId, int> waiting_;  // interfaces with their index, for MACsec in the kernel
+  std::set<Lumo::IntfId> unauthorized_;
   double nextPoll_ = 0;
-  double nextLook_ = 0;  // for MACsec in the kernel, while interfaces wait for it
+  double nextLook_ = 0;  // at the kernel, while interfaces wait
   bool leftovers_ = false;
 };
 

@@ -155,6 +155,7 @@ bool KernelPort::deviceThere() {
   if (!settled()) return false;
   if (isAdopted && !report_->configured()) ++counts_.devicesAdopted;
   upIfItCan();
+  showAuthorized();
   report_->secHdrSizeIs(cpStatus_->includeSci() ? Macsec::Constants::secHdrSizeWithSci
                                                 : Macsec::Constants::secHdrSize);
   report_->configuredIs(true);
@@ -172,6 +173,7 @@ bool KernelPort::make() {
   wanted.settings.window = options_.replayWindow;
   if (!did(kernel_.secYAdd(wanted), "make the device")) return false;
   ++counts_.devicesMade;
+  shown_.reset();
   upWanted_ = true;
   known_ = false;
   return known();
@@ -192,13 +194,18 @@ void KernelPort::upIfItCan() {
   auto const answer = kernel_.linkUp(held_->index);
   if (answer.error == ENETDOWN || !did(answer, "bring up the device")) return;
   upWanted_ = false;
-  if (authorized_) authorizedIs(*authorized_);
 }
 
 void KernelPort::authorizedIs(bool authorized) {
   authorized_ = authorized;
-  if (!held_ || upWanted_ || !options_.dormant) return;
-  did(kernel_.authorizedIs(held_->index, authorized), "set the state of the device");
+  showAuthorized();
+}
+
+void KernelPort::showAuthorized() {
+  if (!held_ || upWanted_ || !options_.dormant || shown_ == authorized_) return;
+  if (did(kernel_.authorizedIs(held_->index, authorized_), "set the state of the device")) {
+    shown_ = authorized_;
+  }
 }
 
 void KernelPort::remove() {
@@ -208,6 +215,7 @@ void KernelPort::remove() {
 
 void KernelPort::polled(std::vector<SecY> const& all) {
   if (!known_ || working_) return;
+  shown_.reset();  // the kernel forgets it when the link goes down
   if (held_) {
     int const index = held_->index;
     auto const found = std::find_if(all.begin(), all.end(),

@@ -15,7 +15,7 @@ struct KernelDriverOptions {
   std::string suffix = ".sec";
   /// How many packet numbers late a frame may be.
   uint32_t replayWindow = 0;
-  /// Devices come up dormant until `KernelDriver::authorizedIs`.
+  /// Devices come up dormant, and show by their state whether they are authorized.
   bool dormant = false;
 };
 
@@ -57,6 +57,7 @@ class KernelPort {
   void lowestIs(Macsec::AssociationNumber an);
   /// What the kernel holds now, as the poll of all devices read it.
   void polled(std::vector<SecY> const& all);
+  /// Whether traffic may pass; shown on a device that came up dormant.
   void authorizedIs(bool authorized);
   /// Takes the device away.
   void remove();
@@ -93,6 +94,7 @@ class KernelPort {
   std::optional<uint64_t> firstPacketNumber(Sak const& sak, KeyId const& keyId) const;
   void remember(HeldSa const& sa);
   void upIfItCan();
+  void showAuthorized();
   void take(SecY const* secY);
 
   void reportNothing();
@@ -118,7 +120,8 @@ class KernelPort {
   bool known_ = false;  // held_ is what the kernel holds
   std::optional<SecY> held_;
   bool upWanted_ = false;
-  std::optional<bool> authorized_;
+  bool authorized_ = true;
+  std::optional<bool> shown_;  // what the kernel was told of `authorized_`
   // How far each transmit key was counted, the newest last: no key ever starts over.
   std::deque<std::pair<KeyId, uint64_t>> sent_;
 

@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
 
+#include "linux/PortForwarding.h"
 #include "tests/kernel/Station.h"
 #include "tests/support/TestWorld.h"
 
 namespace Kernel {
 namespace {
 
-using Linux::HeldSa;
+using Linux::PortForwarding;
 using Macsec::AssociationNumber;
 using Macsec::CipherSuite;
 
@@ -252,12 +253,16 @@ TEST_F(OnTheKernel, ADeviceThatSomebodyRemovesComesBackWithHigherPacketNumbers) 
 TEST_F(OnTheKernel, ADormantDeviceIsUpWhenItIsAuthorized) {
   a->portIs(CipherSuite::gcmAesXpn128, *b);
   b->portIs(CipherSuite::gcmAesXpn128, *a);
+  auto const forwarding = PortForwarding::Directory::IntfForwardingModelInputDirIs("forwarding");
+  auto const unauthorized = Interface::intfForwardingModelUnauthorized();
+  forwarding->forwardingModelInputIs(a->intfId, unauthorized);
   a->start({.dormant = true});
   b->start();
+  PortForwarding const shown(forwarding, *a->driver);
   EXPECT_NO_THROW(becomes("a", "va.sec", "DORMANT"));
-  a->driver->authorizedIs(a->intfId, true);
+  forwarding->forwardingModelInputDel(a->intfId);
   EXPECT_NO_THROW(becomes("a", "va.sec", "UP"));
-  a->driver->authorizedIs(a->intfId, false);
+  forwarding->forwardingModelInputIs(a->intfId, unauthorized);
   EXPECT_NO_THROW(becomes("a", "va.sec", "DORMANT"));
 }
 

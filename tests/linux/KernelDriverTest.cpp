@@ -257,6 +257,23 @@ TEST_F(TheKernelDriver, TheLowestPacketNumberOfAFormerKeyConcernsNoOtherKey) {
   EXPECT_EQ(rxSas()[0].packetNumber, 1u);
 }
 
+TEST_F(TheKernelDriver, ALowestPacketNumberThatThePeerToldOfAnotherKeyIsntThisKeys) {
+  secured();
+  auto const actor = status->portStatus(kIntf)->actorStatusIs("6162");
+  actor->principalIs(true);
+  Macsec::KeyInfo info;
+  info.keyServerMsgIdIs(sak(0, 1).keyMsgId());
+  info.keyNumIs(1);
+  info.keyLLPNIs(20);
+  Macsec::SakUseInfo use;
+  use.latestKeyInfoIs(info);
+  actor->livePeerIs("b1b2b3b4b5b6b7b8b9babbbc")->sakUseInfoIs(use);
+  cp->rxLPNIs({1000000, AssociationNumber(0)});
+  EXPECT_EQ(rxSas()[0].packetNumber, 1u);
+  cp->rxLPNIs({20, AssociationNumber(0)});
+  EXPECT_EQ(rxSas()[0].packetNumber, 20u);
+}
+
 TEST_F(TheKernelDriver, ATransmitKeyThatTheKernelLostGoesOnFarAboveWhatItSent) {
   secured();
   device().secY.txSas[0].packetNumber = 1000;

@@ -1,0 +1,75 @@
+#include "linux/PortForwarding.h"
+
+#include "tests/linux/KernelBench.h"
+
+namespace Linux::Test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class ForwardingOfAPort : public KernelBench {
+ protected:
+  void unauthorized() {
+    directory->forwardingModelInputIs(kIntf, Interface::intfForwardingModelUnauthorized());
+  }
+  void startDormant() {
+    portIs();
+    start({.dormant = true});
+    forwarding.emplace(directory, *driver);
+  }
+  ~ForwardingOfAPort() override { forwarding.reset(); }
+
+  Vesk::Ptr<PortForwarding::Directory> directory =
+      PortForwarding::Directory::IntfForwardingModelInputDirIs("forwarding");
+  std::optional<PortForwarding> forwarding;
+};
+
+TEST_F(ForwardingOfAPort, IsShownOnTheDeviceAsItChanges) {
+  unauthorized();
+  startDormant();
+  EXPECT_EQ(device().authorized, false);
+  directory->forwardingModelInputDel(kIntf);
+  EXPECT_EQ(device().authorized, true);
+  unauthorized();
+  EXPECT_EQ(device().authorized, false);
+}
+
+TEST_F(ForwardingOfAPort, IsShownOnADeviceThatComesLater) {
+  startDormant();
+  unauthorized();
+  kernel.devices.clear();
+  kernel.asked.clear();
+  runAt(2);
+  EXPECT_THAT(kernel.asked, ElementsAre("make eth0.sec", "up", "unauthorized"));
+  driver->interfaceIs(kIntf, 4, Lumo::EthAddr());
+  EXPECT_EQ(device().authorized, false);
+}
+
+TEST_F(ForwardingOfAPort, IsToldAgainSinceTheKernelForgetsItWithTheLink) {
+  startDormant();
+  device().authorized.reset();
+  runAt(2);
+  EXPECT_EQ(device().authorized, true);
+}
+
+TEST_F(ForwardingOfAPort, IsntShownOnADeviceThatIsDownForItsParent) {
+  kernel.isParentUp = false;
+  startDormant();
+  EXPECT_FALSE(device().authorized);
+  kernel.isParentUp = true;
+  runAt(2);
+  EXPECT_EQ(device().authorized, true);
+}
+
+TEST_F(ForwardingOfAPort, ConcernsNoDeviceThatDoesntComeUpDormant) {
+  portIs();
+  start();
+  forwarding.emplace(directory, *driver);
+  kernel.asked.clear();
+  unauthorized();
+  EXPECT_THAT(kernel.asked, IsEmpty());
+}
+
+}  // namespace
+}  // namespace Linux::Test
