@@ -69,7 +69,7 @@ class OnTheKernel : public ::testing::Test {
   // How many of so many frames arrive at the other end.
   static size_t pass(FrameSocket const& from, FrameSocket const& to, size_t count = 20) {
     for (size_t i = 0; i < count; ++i) from.sendFrame();
-    return to.received();
+    return to.received(count);
   }
   void poll() {
     world.time += 2;

@@ -5,6 +5,7 @@
 #include <linux/if_packet.h>
 #include <net/ethernet.h>
 #include <net/if.h>
+#include <poll.h>
 #include <sched.h>
 #include <sys/socket.h>
 
@@ -64,15 +65,18 @@ class FrameSocket {
     frame[13] = kType & 0xff;
     return send(socket_.fd(), frame, sizeof frame, 0) == sizeof frame;
   }
-  /// How many frames of others have come.
-  size_t received() const {
+  /// How many of so many frames of others come, before nothing comes for a while: the kernel may
+  /// decrypt them later than they arrive.
+  size_t received(size_t expected) const {
+    constexpr int kWhile = 300;  // ms
     size_t count = 0;
-    unsigned char frame[2048];
-    sockaddr_ll from{};
-    for (socklen_t size = sizeof from; recvfrom(socket_.fd(), frame, sizeof frame, 0,
-                                                reinterpret_cast<sockaddr*>(&from), &size) > 0;
-         size = sizeof from) {
-      count += from.sll_pkttype != PACKET_OUTGOING;
+    for (pollfd ready{socket_.fd(), POLLIN, 0}; count < expected && poll(&ready, 1, kWhile) > 0;) {
+      unsigned char frame[2048];
+      sockaddr_ll from{};
+      socklen_t size = sizeof from;
+      ssize_t const got =
+          recvfrom(socket_.fd(), frame, sizeof frame, 0, reinterpret_cast<sockaddr*>(&from), &size);
+      count += got > 0 && from.sll_pkttype != PACKET_OUTGOING;
     }
     return count;
   }
