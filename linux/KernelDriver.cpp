@@ -215,6 +215,7 @@ void KernelDriver::authorizedIs(Lumo::IntfId intfId, bool authorized) {
 }
 
 void KernelDriver::removeAll() {
+  follow(nullptr);
   for (auto const& [intfId, port] : ports_) port->remove();
 }
 

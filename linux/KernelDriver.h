@@ -26,7 +26,8 @@ class KernelDriver final : public HardwareDriver {
   /// Takes the orders of another tree from now on; null for none for the time being, in which what
   /// is installed stays.
   void follow(Vesk::Ptr<Macsec::Status const> status);
-  /// Takes away all devices of this driver's, as at the end of MACsec on this machine.
+  /// Takes away all devices of this driver's, as at the end of MACsec on this machine,
+  /// and follows no tree any more.
   void removeAll();
   /// Whether traffic may pass, as it may until this is told; shown on devices that come up dormant.
   void authorizedIs(Lumo::IntfId intfId, bool authorized);

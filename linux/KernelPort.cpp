@@ -11,6 +11,7 @@ using Macsec::CipherSuite;
 
 namespace {
 
+constexpr size_t kLongestName = 15;
 constexpr double kFirstRetry = 1, kLastRetry = 60;
 
 uint64_t cipherOf(CipherSuite suite) {
@@ -24,6 +25,12 @@ uint64_t cipherOf(CipherSuite suite) {
   }
 }
 
+std::string nameOf(Lumo::IntfId intfId, KernelDriverOptions const& options) {
+  auto const named = options.names.find(intfId);
+  if (named != options.names.end()) return named->second;
+  return std::string(intfId.stringValue().view()) + options.suffix;
+}
+
 }  // namespace
 
 KernelPort::KernelPort(Lumo::IntfId intfId, int parent, KernelDriverOptions const& options,
@@ -35,7 +42,7 @@ KernelPort::KernelPort(Lumo::IntfId intfId, int parent, KernelDriverOptions cons
       counts_(counts),
       kernel_(kernel),
       report_(std::move(report)),
-      name_(std::string(intfId.stringValue().view()) + options.suffix) {}
+      name_(nameOf(intfId, options)) {}
 
 void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
   cpStatus_ = std::move(cpStatus);
@@ -163,6 +170,10 @@ bool KernelPort::deviceThere() {
 }
 
 bool KernelPort::make() {
+  if (name_.size() > kLongestName) {
+    refuse("make the device", "its name has more than 15 octets; give it another in the options");
+    return false;
+  }
   NewSecY wanted;
   wanted.name = name_;
   wanted.parent = parent_;

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <limits>
+#include <map>
 #include <set>
 
 #include "linux/SaKey.h"
@@ -11,8 +12,10 @@
 namespace Linux {
 
 struct KernelDriverOptions {
-  /// The device's name is the interface's with this behind it.
+  /// The device's name is the interface's with this behind it,
   std::string suffix = ".sec";
+  /// unless the interface has one here.
+  std::map<Lumo::IntfId, std::string> names = {};
   /// How many packet numbers late a frame may be.
   uint32_t replayWindow = 0;
   /// Devices come up dormant, and show by their state whether they are authorized.

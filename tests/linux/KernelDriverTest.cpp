@@ -364,6 +364,20 @@ TEST_F(TheKernelDriver, AKernelWithoutExtendedPacketNumbersIsToldOnce) {
   EXPECT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
 }
 
+TEST_F(TheKernelDriver, GivesADeviceTheNameThatIsChosenForIt) {
+  portIs();
+  start({.names = {{kIntf, "uplink"}}});
+  EXPECT_TRUE(kernel.device("uplink"));
+}
+
+TEST_F(TheKernelDriver, RefusesANameThatIsTooLongForTheKernel) {
+  portIs();
+  start({.suffix = ".a-long-suffix"});
+  EXPECT_THAT(kernel.asked, IsEmpty());
+  EXPECT_FALSE(report()->configured());
+  EXPECT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
+}
+
 TEST_F(TheKernelDriver, FollowsAnotherTreeWithoutTouchingWhatBothAskFor) {
   secured();
   auto const former = status;
