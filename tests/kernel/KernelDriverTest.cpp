@@ -14,22 +14,8 @@ using Macsec::CipherSuite;
 // Two stations in a network namespace each, and a cable between them.
 class OnTheKernel : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    run("ip netns add a && ip netns add b");
-    run("ip link add va address 02:00:00:00:00:0a netns a type veth peer name vb"
-        " address 02:00:00:00:00:0b netns b");
-    run("ip -n a link set va up && ip -n b link set vb up");
-    becomes("a", "va", "UP");
-    becomes("b", "vb", "UP");
-  }
-  static void TearDownTestSuite() {
-    run("ip -n a link del va && ip netns del a && ip netns del b");
-  }
-  // The kernel takes up to a second to say so.
-  static void becomes(std::string const& space, std::string const& device, char const* state) {
-    run("for i in $(seq 30); do ip -n " + space + " link show " + device + " | grep -q 'state " +
-        state + "' && exit 0; sleep 0.1; done; exit 1");
-  }
+  static void SetUpTestSuite() { cableIs(); }
+  static void TearDownTestSuite() { cableDel(); }
 
   OnTheKernel() {
     uint8_t const host[WardcodeLib::kHostKeySize] = {7};

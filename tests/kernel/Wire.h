@@ -23,6 +23,24 @@ inline void run(std::string const& command) {
   if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
 }
 
+/// Waits until a device is in this state, which the kernel may take a second to say.
+inline void becomes(std::string const& space, std::string const& device, char const* state) {
+  run("for i in $(seq 30); do ip -n " + space + " link show " + device + " | grep -q 'state " +
+      state + "' && exit 0; sleep 0.1; done; exit 1");
+}
+
+/// Two network namespaces, a and b, with a cable between va (02:00:00:00:00:0a) and vb (...:0b).
+inline void cableIs() {
+  run("ip netns add a && ip netns add b");
+  run("ip link add va address 02:00:00:00:00:0a netns a type veth peer name vb"
+      " address 02:00:00:00:00:0b netns b");
+  run("ip -n a link set va up && ip -n b link set vb up");
+  becomes("a", "va", "UP");
+  becomes("b", "vb", "UP");
+}
+
+inline void cableDel() { run("ip -n a link del va && ip netns del a && ip netns del b"); }
+
 /// A network namespace that `ip netns` knows; this thread is inside while one of these lives.
 class Inside {
  public:
