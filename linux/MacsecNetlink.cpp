@@ -147,6 +147,12 @@ KernelAnswer MacsecNetlink::secYs(std::vector<SecY>& out) {
     answer = generic_.dump(message, [&](nlmsghdr* header) { takeSecY(header, out); });
     if (answer.error != EINTR) break;
   }
+  return checked(answer);
+}
+
+// A module that was loaded anew has another number.
+KernelAnswer MacsecNetlink::checked(KernelAnswer answer) {
+  if (answer.error == ENOENT || answer.error == EOPNOTSUPP) family_ = -1;
   return answer;
 }
 

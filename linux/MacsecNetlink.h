@@ -36,6 +36,8 @@ class MacsecNetlink final : public MacsecKernel {
   KernelAnswer saRequest(uint8_t onTx, uint8_t onRx, SaPlace const& place, Fill fill);
   KernelAnswer rxScRequest(uint8_t command, int index, SciNumber sci);
 
+  KernelAnswer checked(KernelAnswer answer);
+
   NetlinkSocket route_;
   NetlinkSocket generic_;
   int family_ = -1;  // unknown until the kernel has MACsec

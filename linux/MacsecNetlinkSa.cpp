@@ -16,7 +16,7 @@ KernelAnswer MacsecNetlink::request(uint8_t command, int index, Fill fill) {
               MACSEC_GENL_VERSION);
   message.u32(MACSEC_ATTR_IFINDEX, static_cast<uint32_t>(index));
   fill(message);
-  return generic_.ask(message);
+  return checked(generic_.ask(message));
 }
 
 KernelAnswer MacsecNetlink::rxScRequest(uint8_t command, int index, SciNumber sci) {

@@ -98,67 +98,6 @@ TEST_F(TheKernelDriver, MovesTheReceiveKeysToAnotherPeersChannel) {
   EXPECT_TRUE(rx(0));
 }
 
-TEST_F(TheKernelDriver, RefusesATransmitKeyThatIsNone) {
-  secured();
-  Macsec::Sak empty = sak(1, 2);
-  empty.keyIs("");
-  cp->txSakIs(empty);
-  EXPECT_THAT(kernel.asked, IsEmpty());
-  ASSERT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
-  EXPECT_EQ(world.logs[0].text,
-            "Not done on interface eth0 (eth0.sec): install the transmit key, because it is empty");
-  EXPECT_EQ(report()->txSaStatus()->keyNum(), 1u);
-}
-
-TEST_F(TheKernelDriver, RefusesKeysThatDontDecodeOrAreOfAnotherLength) {
-  portIs();
-  start();
-  kernel.asked.clear();
-  Macsec::Sak broken = sak(1, 2);
-  broken.keyIs("w1:00");
-  cp->txSakIs(broken);
-  cp->txSakIs(sak(1, 3, 64));
-  EXPECT_THAT(kernel.asked, IsEmpty());
-  EXPECT_EQ(driver->counts().keysRefused, 2u);
-  EXPECT_FALSE(report()->txSaStatus());
-  EXPECT_EQ(world.logged("MACSEC_KEY_REFUSED"), 2u);
-  cp->txSakIs(sak(1, 4));
-  EXPECT_TRUE(report()->txSaStatus());
-}
-
-TEST_F(TheKernelDriver, ReportsNothingThatTheKernelRefusedAndTriesAgainLaterAndLater) {
-  portIs();
-  start();
-  kernel.refused["add rx 0"] = ENOSPC;
-  cp->rxSakIs(sak(0, 1));
-  EXPECT_FALSE(rx(0));
-  std::vector<double> times;
-  for (int i = 0; i < 9; ++i) {
-    kernel.asked.clear();
-    while (kernel.asked.empty()) runAt(driver->nextTime());
-    times.push_back(world.time);
-  }
-  EXPECT_THAT(times, ElementsAre(1, 3, 7, 15, 31, 63, 123, 183, 243));
-  EXPECT_EQ(driver->counts().refusals, 10u);
-  EXPECT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
-  EXPECT_EQ(world.logs[0].text,
-            "The kernel doesn't install the receive key on interface eth0 (eth0.sec): No space "
-            "left on device");
-  kernel.refused.clear();
-  runAt(303);
-  EXPECT_TRUE(rx(0));
-}
-
-TEST_F(TheKernelDriver, AFailureOnOneSideOfThePortLeavesTheOtherSideToItself) {
-  portIs();
-  start();
-  kernel.refused["add rx 0"] = ENOSPC;
-  cp->rxSakIs(sak(0, 1));
-  cp->txSakIs(sak(0, 1));
-  EXPECT_FALSE(rx(0));
-  EXPECT_TRUE(report()->txSaStatus());
-}
-
 TEST_F(TheKernelDriver, AnotherOneTakesUpWhatTheKernelHolds) {
   secured();
   device().secY.txSas[0].packetNumber = 5000;
@@ -274,37 +213,6 @@ TEST_F(TheKernelDriver, ALowestPacketNumberThatThePeerToldOfAnotherKeyIsntThisKe
   EXPECT_EQ(rxSas()[0].packetNumber, 20u);
 }
 
-TEST_F(TheKernelDriver, ATransmitKeyThatTheKernelLostGoesOnFarAboveWhatItSent) {
-  secured();
-  device().secY.txSas[0].packetNumber = 1000;
-  runAt(2);
-  device().secY.txSas.clear();
-  runAt(4);
-  EXPECT_THAT(kernel.asked, ElementsAre("add tx 0"));
-  EXPECT_EQ(device().secY.txSas.at(0).packetNumber, 1000u + (1u << 30));
-}
-
-TEST_F(TheKernelDriver, ATransmitKeyOfWhichNobodyKnowsHowFarItWentIsntUsedAgain) {
-  secured();
-  cp->oldSakContextIs(Macsec::SakContext(sak(0, 1), 0, true, true, true, true));
-  kernel.devices.clear();
-  restart();
-  EXPECT_TRUE(device().secY.txSas.empty());
-  EXPECT_FALSE(report()->txSaStatus());
-  EXPECT_TRUE(rx(0));
-  EXPECT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
-}
-
-TEST_F(TheKernelDriver, AKeyWhosePacketNumbersAreUsedUpIsntReportedAnyMore) {
-  secured();
-  device().secY.txSas[0].packetNumber = 0;
-  device().secY.txSas[0].on = false;
-  runAt(2);
-  EXPECT_FALSE(report()->txSaStatus());
-  EXPECT_THAT(kernel.asked, IsEmpty());
-  EXPECT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
-}
-
 TEST_F(TheKernelDriver, MakesAgainWhatSomebodyElseTookAway) {
   secured();
   kernel.devices.clear();
@@ -341,41 +249,10 @@ TEST_F(TheKernelDriver, AnInterfaceMadeAnewIsAnotherOne) {
   EXPECT_EQ(device().secY.txSas.size(), 1u);
 }
 
-TEST_F(TheKernelDriver, HasNoEntryWithoutMacsecInTheKernelUntilThereIs) {
-  kernel.isPresent = false;
-  portIs();
-  start();
-  EXPECT_FALSE(report());
-  EXPECT_EQ(world.logged("MACSEC_KERNEL_MISSING"), 1u);
-  kernel.isPresent = true;
-  runAt(driver->nextTime());
-  EXPECT_EQ(world.time, 60);
-  ASSERT_TRUE(report());
-  EXPECT_TRUE(report()->configured());
-}
-
-TEST_F(TheKernelDriver, AKernelWithoutExtendedPacketNumbersIsToldOnce) {
-  kernel.hasXpn = false;
-  portIs();
-  start();
-  cp->rxSakIs(sak(0, 1));
-  EXPECT_FALSE(report()->configured());
-  EXPECT_FALSE(rx(0));
-  EXPECT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
-}
-
 TEST_F(TheKernelDriver, GivesADeviceTheNameThatIsChosenForIt) {
   portIs();
   start({.names = {{kIntf, "uplink"}}});
   EXPECT_TRUE(kernel.device("uplink"));
-}
-
-TEST_F(TheKernelDriver, RefusesANameThatIsTooLongForTheKernel) {
-  portIs();
-  start({.suffix = ".a-long-suffix"});
-  EXPECT_THAT(kernel.asked, IsEmpty());
-  EXPECT_FALSE(report()->configured());
-  EXPECT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
 }
 
 TEST_F(TheKernelDriver, FollowsAnotherTreeWithoutTouchingWhatBothAskFor) {
