@@ -79,6 +79,7 @@ Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
       counters_(options_.counters ? options_.counters
                                   : Macsec::Brine::MessageCounters::inProcess(name + "/counters")),
       configReactor_(Vesk::make<ConfigReactor>(*this, config_)) {
+  if (options_.store) rebuildStatus();
   if (options_.emulateHardware) {
     slices_->entityPtrIs(Macsec::macSecStatusFactory(kEmulatedSlice));
   }
@@ -164,10 +165,24 @@ void Host::start() {
   applyDialects();
 }
 
-void Host::stop() { machines_.reset(); }
+// The tree that the store holds, and somebody who tells the store how it goes on.
+void Host::rebuildStatus() {
+  RebuiltState rebuilt = rebuiltStatus(status_->name(), options_.store->readAll());
+  status_ = rebuilt.status;
+  droppedState_ = std::move(rebuilt.dropped);
+  keeper_ = std::make_unique<StateKeeper>(status_, *options_.store, std::move(rebuilt.repair));
+}
+
+bool Host::commit() { return keeper_ && keeper_->commit(); }
+
+void Host::stop() {
+  machines_.reset();
+  commit();
+}
 
 void Host::die() {
-  auto left = copyOf(*status_);
+  keeper_ = nullptr;
+  auto left = options_.store ? status_ : copyOf(*status_);
   if (running()) {
     DeadWorld dead(Vesk::now());
     Vesk::WorldScope scope(dead);
@@ -176,6 +191,7 @@ void Host::die() {
     Vesk::attributeLogEnabled = logs;
   }
   status_ = left;
+  if (options_.store) rebuildStatus();
   Vesk::Ptr<Interface::EthDevPamCollection const> const pam = pamManager_->ethDevPamCollection();
   pamManager_ = Macsec::mkaPamManagerFactory(pam);
   hwStatus_ = Macsec::macSecIntfStatusPtrDirFactory(hwStatus_->name());

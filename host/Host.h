@@ -15,6 +15,8 @@
 #include "hardware/MacsecForwardingModelSm.h"
 #include "host/ConfigFile.h"
 #include "host/FrameEvidence.h"
+#include "host/StateKeeper.h"
+#include "host/StateTree.h"
 #include "platform/IntfForwardingModel.h"
 #include "platform/MessageCounters.h"
 #include "runtime/Dir.h"
@@ -27,10 +29,14 @@ struct HostOptions {
   bool emulateHardware = true;
   /// Where frames are counted; null for a table in the memory of this process.
   Vesk::Ptr<Macsec::Brine::MessageCounters> counters = nullptr;
+  /// Where the status tree outlives the process; null for nowhere. It has to outlive the host.
+  StateStore* store = nullptr;
 };
 
 /// One switch: owns the entities, builds the state machines in the right order, and stops cleanly.
 /// Every call, and every timer of its wheel, runs in the world of the switch (`Vesk::WorldScope`).
+/// With a store it begins with the status tree that the store holds, and whoever drives it calls
+/// `commit` at the end of each turn of his loop.
 class Host {
  public:
   /// `sink` takes the frames to send.
@@ -52,10 +58,18 @@ class Host {
   std::vector<Mistake> reload(std::string const& path);
 
   void start();
-  /// Destroys the state machines, which empty the tree.
+  /// Gives the store what has changed since the last time. True if there was something, and the
+  /// store took it; otherwise `storeError` tells why not, and the next turn tries again.
+  bool commit();
+  /// Why the store refused the last transaction; empty if it took it, or if there is none.
+  std::string storeError() const { return keeper_ ? keeper_->error() : std::string(); }
+  /// What couldn't be taken from the store when the tree was rebuilt last.
+  std::vector<DroppedState> const& droppedState() const { return droppedState_; }
+  /// Destroys the state machines, which empty the tree, and commits.
   void stop();
   /// Leaves the status tree as a process leaves it that dies: the state machines end, and nothing
-  /// is torn down. What starts next takes up what it finds.
+  /// is torn down. What starts next takes up what it finds; with a store, what was committed and
+  /// nothing else.
   void die();
   /// Dies and starts.
   void restart();
@@ -95,6 +109,7 @@ class Host {
   struct Machines;
 
   void handleShutdown();
+  void rebuildStatus();
   void dialectsAre(SwitchConfig const& config);
   void applyDialects();
   void portNumberIs(InterfaceConfig const& config);
@@ -103,6 +118,8 @@ class Host {
   HostOptions const options_;
   Vesk::Ptr<Macsec::Config> config_;
   Vesk::Ptr<Macsec::Status> status_;
+  std::vector<DroppedState> droppedState_;
+  std::unique_ptr<StateKeeper> keeper_;
   Vesk::Ptr<Macsec::MkaPamManager> pamManager_;
   Vesk::Ptr<Interface::EthIntfStatusDir> ethIntfStatusDir_;
   Vesk::Ptr<Dot1x::EapKeyStatus> eapKeyStatus_;

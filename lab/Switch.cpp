@@ -41,8 +41,8 @@ Switch::Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock c
   withIcvIndicator(config_);
   for (auto const& interface : interfacesOf(spec)) interfaces_.emplace_back(interface.name.c_str());
   inWorld([&] {
-    host_ = std::make_unique<Macsecd::Host>(spec_.name, *this,
-                                            Macsecd::HostOptions{.emulateHardware = false});
+    host_ = std::make_unique<Macsecd::Host>(
+        spec_.name, *this, Macsecd::HostOptions{.emulateHardware = false, .store = &store_});
     hardware_ = std::make_unique<Hardware>(host_->slices(), interfaces_);
   });
   watch_ = std::make_unique<TreeWatch>(*host_, hardware_->slice(), interfaces_,
@@ -53,6 +53,7 @@ Switch::Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock c
 Switch::~Switch() {
   // The simulation is over: what is taken down now is no part of it.
   world_.sinks = {};
+  store_.deathIs({}, {});
   Vesk::WorldScope const scope(world_);
   hardware_ = nullptr;
   host_ = nullptr;
@@ -102,6 +103,11 @@ void Switch::restart() {
   });
 }
 
+void Switch::killedAt(MemoryStore::Death death, std::function<void()> killed) {
+  killed_ = std::move(killed);
+  store_.deathIs(death, [this] { world_.exit(kKilled); });
+}
+
 // A process reads the whole configuration, however far the one before it has come.
 void Switch::startProcess() {
   startsAgain_ = kNever;
@@ -119,6 +125,7 @@ void Switch::processDied() {
 void Switch::processEnded(int status) {
   bool const wasStarting = std::exchange(starting_, false);
   processDied();
+  if (status == kKilled && killed_) killed_();
   world_.processBegins();
   record_.exits.push_back(status);
   startsAgain_ = wasStarting ? world_.now() + kSecondsToNextTry : world_.now();

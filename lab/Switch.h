@@ -8,15 +8,20 @@
 #include "codec/FrameSink.h"
 #include "host/Host.h"
 #include "lab/Hardware.h"
+#include "lab/MemoryStore.h"
 #include "lab/SwitchRecord.h"
 #include "lab/SwitchWorld.h"
 #include "lab/TreeWatch.h"
 
 namespace Lab {
 
+/// How a process ends that is killed (128 and the number of SIGKILL).
+constexpr int kKilled = 137;
+
 /// One whole switch in a simulation: its world, its host, its hardware. Whatever runs in it runs in
-/// its world. A process that ends itself is followed by another one over its trees: at once, or one
-/// second later if it has ended while it started.
+/// its world; each thing that it does is one turn of its loop, and what that changes in the status
+/// tree is one commit. A process that ends is followed by another one over what the store holds: at
+/// once, or one second later if it has ended while it started.
 class Switch final : public Codec::FrameSink {
  public:
   struct Outlets {
@@ -41,6 +46,11 @@ class Switch final : public Codec::FrameSink {
   void start();
   /// The process dies, and another one starts at once.
   void restart();
+  /// The process is killed at this commit; `killed` hears of it when the tree has been rebuilt and
+  /// before the next process begins.
+  void killedAt(MemoryStore::Death death, std::function<void()> killed);
+  MemoryStore const& store() const { return store_; }
+  Hardware const& hardware() const { return *hardware_; }
   void linkIs(Lumo::IntfId intfId, bool up);
   /// The configuration after `change` has been at it.
   void configure(std::function<void(Macsecd::SwitchConfig&)> const& change);
@@ -68,6 +78,7 @@ class Switch final : public Codec::FrameSink {
     Vesk::WorldScope const scope(world_);
     try {
       work();
+      if (host_) host_->commit();
     } catch (SwitchExit const& exit) {
       processEnded(exit.status);
     }
@@ -86,6 +97,8 @@ class Switch final : public Codec::FrameSink {
   Macsecd::SwitchConfig config_;
   Outlets outlets_;
   SwitchWorld world_;
+  MemoryStore store_;
+  std::function<void()> killed_;
   std::vector<Lumo::IntfId> interfaces_;
   std::set<Lumo::IntfId> downLinks_;
   std::unique_ptr<Macsecd::Host> host_;

@@ -10,9 +10,19 @@ namespace {
 
 uint64_t lastEntityId = 0;
 
+void tellWorld(AttributeWrite const& write) {
+  world().attributeWritten(write);
+  for (AttributeFollower* follower : world().attributeFollowers()) {
+    follower->attributeWritten(write);
+  }
+}
+
 }  // namespace
 
-void flushEntityLogOutputBuffer() { world().flushAttributes(); }
+void flushEntityLogOutputBuffer() {
+  world().flushAttributes();
+  for (AttributeFollower* follower : world().attributeFollowers()) follower->flushAttributes();
+}
 
 void Notifier::tellZeroReferences() {
   NotifieeListBase::doVisitAll(notifiees_.get(),
@@ -29,13 +39,13 @@ std::string Entity::fullName() const {
 void Entity::logWrite(void const* field) const {
   std::string value;
   char const* const attribute = attributeAt(field, value);
-  world().attributeWritten(AttributeWrite{*this, attribute, std::string(), value});
+  tellWorld(AttributeWrite{*this, attribute, std::string(), value});
 }
 
 void Entity::logMember(void const* map, std::string const& key, std::string const& value) const {
   std::string ignored;
   char const* const attribute = attributeAt(map, ignored);
-  world().attributeWritten(AttributeWrite{*this, attribute, key, value});
+  tellWorld(AttributeWrite{*this, attribute, key, value});
 }
 
 }  // namespace Vesk

@@ -25,6 +25,19 @@ struct AttributeWrite {
   std::string const& value;
 };
 
+/// Follows the attribute log of one world, beside where the world itself puts it. It is called as a
+/// write is stored and before any reactor hears of it.
+class AttributeFollower {
+ public:
+  virtual void attributeWritten(AttributeWrite const& write) = 0;
+  /// Pushes out what it still holds.
+  virtual void flushAttributes() {}
+
+ protected:
+  AttributeFollower() = default;
+  ~AttributeFollower() = default;
+};
+
 /// Whether effective writes are logged: process-wide, off by default.
 extern bool attributeLogEnabled;
 
@@ -79,7 +92,8 @@ class Notifier : public HashMapEntry {
   std::unique_ptr<NotifieeListBase> notifiees_;
 };
 
-/// The place of one optional entity that another owns; it has no parent any more when that one ends.
+/// The place of one optional entity that another owns; it has no parent any more when that one
+/// ends.
 template <class E>
 class Child {
  public:

@@ -3,12 +3,14 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 namespace Vesk {
 
 struct LogMessage;
 struct TraceRecord;
 struct AttributeWrite;
+class AttributeFollower;
 class RateLimits;
 
 /// The world outside one switch, as its host sets it: clock, randomness, and where syslog messages,
@@ -32,6 +34,10 @@ class World {
   virtual void attributeWritten(AttributeWrite const& write) { static_cast<void>(write); }
   /// Pushes out what `attributeWritten` still holds.
   virtual void flushAttributes() {}
+  /// Who follows the attribute log as well; each has to leave before it ends.
+  std::vector<AttributeFollower*> const& attributeFollowers() const { return followers_; }
+  void attributeFollowerIs(AttributeFollower& follower) { followers_.push_back(&follower); }
+  void attributeFollowerDel(AttributeFollower& follower) { std::erase(followers_, &follower); }
   /// Ends the process of the switch. A real process doesn't come back from this; a simulated one
   /// may throw to unwind out of the switch.
   virtual void exit(int status) = 0;
@@ -47,6 +53,7 @@ class World {
 
  private:
   std::unique_ptr<RateLimits> rateLimits_;
+  std::vector<AttributeFollower*> followers_;
 };
 
 /// The world of the switch that runs now. A process that never set one lives in a world whose clock

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "host/StateStore.h"
+
+namespace Macsecd {
+
+/// A store in memory that takes everything, or refuses it.
+struct KeptState final : StateStore {
+  StateValues readAll() override { return values; }
+  std::string commit(StateChange const& change) override {
+    if (!refusal.empty()) return refusal;
+    ++commits;
+    apply(change, values);
+    return {};
+  }
+
+  StateValues values;
+  std::string refusal;
+  size_t commits = 0;
+};
+
+}  // namespace Macsecd

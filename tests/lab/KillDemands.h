@@ -1,0 +1,156 @@
+#pragma once
+
+#include <set>
+
+#include "Played.h"
+#include "host/StateTree.h"
+#include "lab/PortView.h"
+
+namespace Lab {
+
+/// Kills switch A of a simulation once, and looks at what is demanded of that: nobody notices.
+class KillDemands final : public Audience {
+ public:
+  KillDemands(Simulation& simulation, MemoryStore::Death death)
+      : a_(simulation.switchOf("A")), b_(simulation.switchOf("B")) {
+    simulation.audienceIs(*this);
+    a_.killedAt(death, [this] { killedNow(); });
+  }
+
+  bool wasKilled() const { return wasKilled_; }
+  std::vector<std::string> const& failures() const { return failures_; }
+
+  void happened(Happening const& happening) override {
+    Switch const& one = happening.switchName == "A" ? a_ : b_;
+    if (auto const* ended = std::get_if<ProcessEnded>(&happening.what)) {
+      follows_ = follows_ || ended->status == kKilled;
+    }
+    if (!follows_) return;
+    if (auto const* port = std::get_if<PortChanged>(&happening.what)) portChanged(one, *port);
+    if (auto const* sa = std::get_if<SaInstalled>(&happening.what)) saChanged(one, *sa);
+    if (auto const* frame = std::get_if<FramePassed>(&happening.what)) framePassed(one, *frame);
+  }
+  void instantDone(double) override {
+    if (follows_ && a_.host().running() && !std::exchange(isCompared_, true)) compareActors();
+    if (follows_) compareInstalled();
+  }
+  /// What stands when the scenario is over.
+  void atTheEnd() {
+    if (!isOpen(a_)) fail("A isn't open in the end");
+    if (!isOpen(b_)) fail("B isn't open in the end");
+    if (!sameSak(viewOf(a_).txSak(), viewOf(b_).txSak())) fail("not one key in the end");
+  }
+
+ private:
+  // A secure association: at whom, for transmit, association number.
+  struct Place {
+    Switch const* at;
+    bool transmit;
+    uint8_t an;
+    auto operator<=>(Place const&) const = default;
+  };
+  struct Installed {
+    KeyName key;
+    uint64_t entityId;
+  };
+
+  static Lumo::IntfId intf() { return Lumo::IntfId("Ethernet1"); }
+  static PortView viewOf(Switch const& one) { return {*one.host().status(), intf()}; }
+  static bool isOpen(Switch const& one) { return viewOf(one).state() == std::string("open"); }
+  static KeyName keyOf(Macsec::SaStatus const& sa) { return {sa.keyId().charPtr(), sa.keyNum()}; }
+  void fail(std::string what) { failures_.push_back(std::move(what)); }
+
+  // The tree is the one that the next process begins with.
+  void killedNow() {
+    wasKilled_ = true;
+    for (auto const& dropped : a_.host().droppedState()) fail("dropped " + dropped.path);
+    for (Switch const* one : {&a_, &b_}) {
+      if (isOpen(*one)) open_.insert(one);
+      auto const& entry = *one->hardware().slice()->status(intf());
+      for (Macsec::SaStatus& sa : entry.rxSaStatus()) install(*one, false, sa);
+      if (entry.txSaStatus()) install(*one, true, *entry.txSaStatus());
+    }
+    auto const port = a_.host().status()->portStatus(intf());
+    if (!port) return;
+    for (Macsec::MkaActorStatus& actor : port->actorStatus()) {
+      if (actor.msgId() == Vesk::String8()) continue;
+      actors_[actor.ckn().charPtr()] = {actor.msgId().charPtr(), actor.msgNum()};
+    }
+  }
+  void install(Switch const& at, bool transmit, Macsec::SaStatus const& sa) {
+    installed_.insert(
+        {{&at, transmit, sa.associationNumber().value()}, {keyOf(sa), sa.entityId()}});
+  }
+
+  void portChanged(Switch const& one, PortChanged const& port) {
+    if (open_.count(&one) && port.state != std::string("open")) {
+      fail(one.name() + " is " + port.state);
+    }
+  }
+  static bool transmits(Switch const& one, KeyName const& key) {
+    auto const& sa = one.hardware().slice()->status(intf())->txSaStatus();
+    return sa && keyOf(*sa) == key;
+  }
+  // A key is in use as long as somebody transmits under it; another transmit key takes over without
+  // a gap.
+  bool isInUse(Place const& place, KeyName const& key) const {
+    if (!place.transmit) return transmits(a_, key) || transmits(b_, key);
+    return !place.at->hardware().slice()->status(intf())->txSaStatus() || transmits(*place.at, key);
+  }
+  void saChanged(Switch const& one, SaInstalled const& sa) {
+    auto const was = installed_.find({&one, sa.transmit, sa.an});
+    if (was == installed_.end() || (sa.key && *sa.key == was->second.key)) return;
+    if (isInUse(was->first, was->second.key)) touched(was->first, "replaced or removed");
+    installed_.erase(was);
+  }
+  void touched(Place const& place, std::string const& how) {
+    fail(place.at->name() + (place.transmit ? " transmit" : " receive") + " SA " +
+         std::to_string(place.an) + " in use was " + how);
+  }
+  // One that was taken out and put in again is another entity.
+  void compareInstalled() {
+    for (auto const& [place, was] : installed_) {
+      auto const& entry = *place.at->hardware().slice()->status(intf());
+      auto const sa = place.transmit ? entry.txSaStatus()
+                                     : entry.rxSaStatus(Macsec::AssociationNumber(place.an));
+      if (!sa || sa->entityId() != was.entityId) touched(place, "installed again");
+    }
+  }
+
+  void framePassed(Switch const& one, FramePassed const& frame) {
+    if (&one == &b_ && frame.received && frame.ckn && actors_.count(*frame.ckn) &&
+        frame.verdict != "accepted" && frame.verdict != "ignored") {
+      fail("B refused a frame: " + *frame.verdict);
+    }
+    if (&one != &a_ || frame.received || !frame.ckn || !frame.memberId) return;
+    auto const before = actors_.find(*frame.ckn);
+    if (before != actors_.end() && before->second.first != *frame.memberId) {
+      fail("another member identifier under " + *frame.ckn);
+      actors_.erase(before);
+    }
+  }
+  void compareActors() {
+    for (auto const& [ckn, before] : actors_) {
+      auto const actor = viewOf(a_).actor(ckn);
+      if (!actor) {
+        fail("no actor of " + ckn);
+      } else if (actor->msgId() != Vesk::String8(before.first)) {
+        fail("another member identifier of " + ckn);
+      } else if (actor->msgNum() < before.second) {
+        fail("message numbers of " + ckn + " went back");
+      }
+    }
+  }
+
+  Switch& a_;
+  Switch& b_;
+  bool wasKilled_ = false;
+  bool follows_ = false;
+  bool isCompared_ = false;
+  std::set<Switch const*> open_;
+  std::map<Place, Installed> installed_;
+  std::map<std::string, std::pair<std::string, uint32_t>> actors_;  // member identifier, number
+  std::vector<std::string> failures_;
+};
+
+}  // namespace Lab
