@@ -17,7 +17,8 @@ class KillDemands final : public Audience {
     a_.killedAt(death, [this] { killedNow(); });
   }
 
-  bool wasKilled() const { return wasKilled_; }
+  /// When it was killed.
+  std::optional<double> killedAt() const { return killedAt_; }
   std::vector<std::string> const& failures() const { return failures_; }
 
   void happened(Happening const& happening) override {
@@ -65,7 +66,7 @@ class KillDemands final : public Audience {
 
   // The tree is the one that the next process begins with.
   void killedNow() {
-    wasKilled_ = true;
+    killedAt_ = a_.world().now();
     for (auto const& dropped : a_.host().droppedState()) fail("dropped " + dropped.path);
     for (Switch const* one : {&a_, &b_}) {
       if (isOpen(*one)) open_.insert(one);
@@ -149,7 +150,7 @@ class KillDemands final : public Audience {
 
   Switch& a_;
   Switch& b_;
-  bool wasKilled_ = false;
+  std::optional<double> killedAt_;
   bool follows_ = false;
   bool isCompared_ = false;
   std::set<Switch const*> open_;
