@@ -103,8 +103,9 @@ void Switch::restart() {
   });
 }
 
-void Switch::killedAt(MemoryStore::Death death, std::function<void()> killed) {
+void Switch::killedAt(MemoryStore::Death death, std::function<void()> killed, double deadFor) {
   killed_ = std::move(killed);
+  deadFor_ = deadFor;
   store_.deathIs(death, [this] { world_.exit(kKilled); });
 }
 
@@ -125,12 +126,14 @@ void Switch::processDied() {
 void Switch::processEnded(int status) {
   bool const wasStarting = std::exchange(starting_, false);
   processDied();
-  if (status == kKilled && killed_) killed_();
+  bool const isKill = status == kKilled;
+  if (isKill && killed_) killed_();
   world_.processBegins();
   record_.exits.push_back(status);
-  startsAgain_ = wasStarting ? world_.now() + kSecondsToNextTry : world_.now();
+  double const wait = std::max(wasStarting ? kSecondsToNextTry : 0, isKill ? deadFor_ : 0);
+  startsAgain_ = world_.now() + wait;
   tell(ProcessEnded{status, startsAgain_});
-  if (!wasStarting) inWorld([&] { startProcess(); });
+  if (wait == 0) inWorld([&] { startProcess(); });
 }
 
 void Switch::linkIs(Lumo::IntfId intfId, bool up) {

@@ -47,8 +47,8 @@ class Switch final : public Codec::FrameSink {
   /// The process dies, and another one starts at once.
   void restart();
   /// The process is killed at this commit; `killed` hears of it when the tree has been rebuilt and
-  /// before the next process begins.
-  void killedAt(MemoryStore::Death death, std::function<void()> killed);
+  /// before the next process begins, `deadFor` seconds later.
+  void killedAt(MemoryStore::Death death, std::function<void()> killed, double deadFor = 0);
   MemoryStore const& store() const { return store_; }
   Hardware const& hardware() const { return *hardware_; }
   void linkIs(Lumo::IntfId intfId, bool up);
@@ -99,6 +99,7 @@ class Switch final : public Codec::FrameSink {
   SwitchWorld world_;
   MemoryStore store_;
   std::function<void()> killed_;
+  double deadFor_ = 0;
   std::vector<Lumo::IntfId> interfaces_;
   std::set<Lumo::IntfId> downLinks_;
   std::unique_ptr<Macsecd::Host> host_;

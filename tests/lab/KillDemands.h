@@ -11,10 +11,11 @@ namespace Lab {
 /// Kills switch A of a simulation once, and looks at what is demanded of that: nobody notices.
 class KillDemands final : public Audience {
  public:
-  KillDemands(Simulation& simulation, MemoryStore::Death death)
-      : a_(simulation.switchOf("A")), b_(simulation.switchOf("B")) {
+  KillDemands(Simulation& simulation, MemoryStore::Death death, double deadFor = 0)
+      : storeHasAll_(death.taken), a_(simulation.switchOf("A")), b_(simulation.switchOf("B")) {
     simulation.audienceIs(*this);
-    a_.killedAt(death, [this] { killedNow(); });
+    a_.killedAt(
+        death, [this] { killedNow(); }, deadFor);
   }
 
   /// When it was killed.
@@ -81,7 +82,16 @@ class KillDemands final : public Audience {
       actors_[actor.ckn().charPtr()] = {actor.msgId().charPtr(), actor.msgNum()};
     }
   }
+  // An SA that a lost turn was about to begin with isn't in use yet.
+  bool isAsked(bool transmit, Macsec::SaStatus const& sa) const {
+    auto const cpStatus = a_.host().status()->cpStatus(intf());
+    if (!cpStatus) return false;
+    auto const rx = cpStatus->rxSak(sa.associationNumber());
+    Macsec::Sak const asked = transmit ? cpStatus->txSak() : rx ? *rx : Macsec::Sak();
+    return asked.keyMsgId() == sa.keyId() && asked.keyNum() == sa.keyNum();
+  }
   void install(Switch const& at, bool transmit, Macsec::SaStatus const& sa) {
+    if (&at == &a_ && !storeHasAll_ && !isAsked(transmit, sa)) return;
     installed_.insert(
         {{&at, transmit, sa.associationNumber().value()}, {keyOf(sa), sa.entityId()}});
   }
@@ -148,6 +158,7 @@ class KillDemands final : public Audience {
     }
   }
 
+  bool const storeHasAll_;
   Switch& a_;
   Switch& b_;
   std::optional<double> killedAt_;

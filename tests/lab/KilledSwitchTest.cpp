@@ -42,9 +42,10 @@ struct Road {
 };
 
 // The time of the kill, if there was one, after the demands were checked.
-std::optional<double> playWithDeath(Scenario const& scenario, MemoryStore::Death death) {
+std::optional<double> playWithDeath(Scenario const& scenario, MemoryStore::Death death,
+                                    double deadFor) {
   Simulation simulation(scenario, 1);
-  KillDemands demands(simulation, death);
+  KillDemands demands(simulation, death, deadFor);
   simulation.run();
   demands.atTheEnd();
   EXPECT_THAT(demands.failures(), IsEmpty())
@@ -53,13 +54,13 @@ std::optional<double> playWithDeath(Scenario const& scenario, MemoryStore::Death
 }
 
 // Every commit of the road in turn.
-void killEverywhere(Road const& road, bool taken = true) {
+void killEverywhere(Road const& road, bool taken = true, double deadFor = 0) {
   auto const result = parseScenario(road.text, "road");
   ASSERT_TRUE(result.good()) << Macsecd::textOf(result.mistakes);
   size_t commit = 0;
   std::optional<double> killed;
   do {
-    killed = playWithDeath(result.scenario, {++commit, taken});
+    killed = playWithDeath(result.scenario, {++commit, taken}, deadFor);
   } while (killed && *killed < road.lastKill);
   EXPECT_TRUE(killed) << "the road has to outlast the kills";
   testing::Test::RecordProperty("killPoints", static_cast<int>(commit));
@@ -97,6 +98,24 @@ TEST(KilledSwitch, GoesOnUnnoticedThroughFallBackAndReturnAsKeyServer) {
 }
 TEST(KilledSwitch, GoesOnUnnoticedThroughFallBackAndReturnAsTheOther) {
   killEverywhere(fallBackAndReturn(kOther, kServer));
+}
+
+// Others start it again, some time within the life time of its peers.
+TEST(KilledSwitch, GoesOnUnnoticedAsKeyServerWhenItWasDeadForAWhile) {
+  killEverywhere(startAndRekey(kServer, kOther), true, 2);
+}
+TEST(KilledSwitch, GoesOnUnnoticedAsTheOtherWhenItWasDeadForAWhile) {
+  killEverywhere(startAndRekey(kOther, kServer), true, 2);
+}
+
+// What the turn has done outside stands, and the store has heard nothing of it.
+TEST(KilledSwitch, GoesOnUnnoticedAsKeyServerWhenItsLastTurnIsLost) {
+  killEverywhere(startAndRekey(kServer, kOther), false);
+  killEverywhere(fallBackAndReturn(kServer, kOther), false);
+}
+TEST(KilledSwitch, GoesOnUnnoticedAsTheOtherWhenItsLastTurnIsLost) {
+  killEverywhere(startAndRekey(kOther, kServer), false);
+  killEverywhere(fallBackAndReturn(kOther, kServer), false);
 }
 
 }  // namespace
