@@ -100,7 +100,7 @@ TEST(KilledSwitch, GoesOnUnnoticedThroughFallBackAndReturnAsTheOther) {
   killEverywhere(fallBackAndReturn(kOther, kServer));
 }
 
-// Others start it again, some time within the life time of its peers.
+// The next process takes a while, well within the life time of its peers.
 TEST(KilledSwitch, GoesOnUnnoticedAsKeyServerWhenItWasDeadForAWhile) {
   killEverywhere(startAndRekey(kServer, kOther), true, 2);
 }
