@@ -29,7 +29,6 @@ constexpr uint32_t kForeignFrom = UINT32_MAX;
 constexpr uint32_t kRefused[] = {
     SYS_execve,
     SYS_execveat,
-
     SYS_process_vm_readv,
     SYS_process_vm_writev,
     SYS_pidfd_getfd,
