@@ -29,7 +29,8 @@ bool isInstalled() { return !output("command -v tshark && command -v text2pcap")
 
 /// Makes a capture of the frames; its name.
 std::string captured(std::vector<Bytes> const& frames) {
-  std::string const name = testing::TempDir() + "codec_tshark";
+  std::string const name = testing::TempDir() + "codec_tshark-" +
+                           testing::UnitTest::GetInstance()->current_test_info()->name();
   std::ofstream text(name + ".txt");
   for (auto const& frame : frames) {
     text << std::hex << std::setfill('0');

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -16,7 +17,9 @@ using ::testing::HasSubstr;
 
 class HostKey : public ::testing::Test {
  protected:
-  HostKey() : folder_(::testing::TempDir() + "/host-key"), path_(folder_ + "/key") {
+  HostKey()
+      : folder_(::testing::TempDir() + "/host-key-" + std::to_string(getpid())),
+        path_(folder_ + "/key") {
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directory(folder_);
   }

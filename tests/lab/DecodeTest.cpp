@@ -1,7 +1,9 @@
 #include "lab/Decode.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <sstream>
 
 #include "lab/Pcap.h"
@@ -26,7 +28,7 @@ std::vector<Codec::KeyPair> const kKeys{{kCkn, kCak}};
 
 Decoded decoded(std::vector<Bytes> const& frames, std::vector<Codec::KeyPair> const& keys = kKeys,
                 bool showKeys = false) {
-  std::string const file = TempDir() + "/decode.pcap";
+  std::string const file = TempDir() + "/decode-" + std::to_string(getpid()) + ".pcap";
   {
     PcapWriter writer(file);
     for (auto const& frame : frames) writer.add(1.5, frame);
@@ -34,6 +36,7 @@ Decoded decoded(std::vector<Bytes> const& frames, std::vector<Codec::KeyPair> co
   std::ostringstream out;
   std::ostringstream err;
   int const status = decode(file, keys, showKeys, out, err);
+  std::remove(file.c_str());
   return {status, out.str(), err.str()};
 }
 
