@@ -59,7 +59,7 @@ bool isDamaged(char const* path) {
     setrlimit(RLIMIT_CORE, &none);
     for (int const fatal : {SIGSEGV, SIGBUS, SIGABRT, SIGALRM}) signal(fatal, SIG_DFL);
     alarm(kSecondsToTry);
-    std::freopen("/dev/null", "w", stderr);
+    if (!std::freopen("/dev/null", "w", stderr)) close(STDERR_FILENO);
     _exit(canBeUsed(path) ? 0 : 1);
   }
   int status = 0;
