@@ -1,16 +1,17 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
-#include <system_error>
 
 #include "host/ConfigFile.h"
 #include "linux/Daemon.h"
+#include "linux/KernelHardware.h"
 
 namespace {
 
 constexpr int kWrongArguments = 2;
 
 constexpr char const* kExitStatuses =
-    "SIGHUP has it read the configuration again, SIGTERM and SIGINT stop it.\n\n"
+    "SIGHUP has it read the configuration again, SIGTERM and SIGINT stop it, SIGUSR1 ends it and\n"
+    "leaves the ports as they are, for a restart.\n\n"
     "Exit status:\n"
     "  0  it was stopped; with --check: the configuration has no mistake\n"
     "  1  the configuration has mistakes; they are told on the standard error or in the journal\n"
@@ -26,6 +27,8 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   Linux::DaemonOptions& daemon = arguments.daemon;
   daemon.configFile = "/etc/macsecd/macsecd.yaml";
   daemon.counters = "/macsecd-counters";
+  daemon.controlSocket = "/run/macsecd/control";
+  daemon.stateFile = "/run/macsecd/state";
   app.add_option("--config", daemon.configFile, "The configuration")
       ->type_name("FILE")
       ->capture_default_str();
@@ -35,6 +38,14 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--counters", daemon.counters,
                  "Count frames in shared memory of this name; in none if it is empty")
       ->type_name("NAME")
+      ->capture_default_str();
+  app.add_option("--control", daemon.controlSocket,
+                 "Answer macsecctl at this socket; at none if empty")
+      ->type_name("PATH")
+      ->capture_default_str();
+  app.add_option("--state", daemon.stateFile,
+                 "Keep in this file what a restart goes on with; nowhere if empty")
+      ->type_name("FILE")
       ->capture_default_str();
   app.add_flag("--emulate-hardware", daemon.emulateHardware)->group("");
   app.footer(kExitStatuses);
@@ -46,9 +57,8 @@ int check(std::string const& configFile) {
   return read.good() ? 0 : 1;
 }
 
-// Without a driver nothing can be installed.
-std::unique_ptr<Linux::HardwareDriver> noDriver(Macsecd::Host&, Linux::EventLoop&) {
-  throw std::system_error(ENOTSUP, std::generic_category(), "MACsec in the kernel");
+std::unique_ptr<Linux::HardwareDriver> kernelHardware(Macsecd::Host& host, Linux::EventLoop&) {
+  return std::make_unique<Linux::KernelHardware>(host);
 }
 
 }  // namespace
@@ -63,5 +73,5 @@ int main(int argc, char** argv) {
     return app.exit(error) == 0 ? 0 : kWrongArguments;
   }
   if (arguments.onlyChecks) return check(arguments.daemon.configFile);
-  return static_cast<int>(Linux::runDaemon(arguments.daemon, noDriver));
+  return static_cast<int>(Linux::runDaemon(arguments.daemon, kernelHardware));
 }

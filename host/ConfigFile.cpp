@@ -43,6 +43,7 @@ class ConfigReader {
                KeyPlace& place);
   void readSuite(YAML::Node const& node, ProfileConfig& profile);
   void readDialect(YAML::Node const& node, Codec::Dialect& dialect);
+  void readDevice(YAML::Node const& node, std::string& device);
   void readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak);
   void checkKeyFits(KeyPlace const& place, Suite suite);
   void checkNamesDiffer(ProfileConfig const& profile, KeyPlace const& fallback);
@@ -143,7 +144,14 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                   profilePlace_[name] = value.Mark();
                 }},
                number("port-number", intf.portNumber, 1, UINT16_MAX),
-               {"dialect", false, [&](auto& value) { readDialect(value, intf.dialect); }}});
+               {"dialect", false, [&](auto& value) { readDialect(value, intf.dialect); }},
+               {"device", false, [&](auto& value) { readDevice(value, intf.device); }},
+               number("replay-window", intf.replayWindow, 0, UINT32_MAX),
+               choice<SecurePolicy>("policy", intf.policy,
+                                    {{"must-secure", SecurePolicy::mustSecure},
+                                     {"should-secure", SecurePolicy::shouldSecure}}),
+               choice<OnPeerLoss>("on-peer-loss", intf.onPeerLoss,
+                                  {{"keep", OnPeerLoss::keep}, {"close", OnPeerLoss::close}})});
   config_.interfaces.push_back(std::move(intf));
 }
 
@@ -158,6 +166,27 @@ void ConfigReader::readDialect(YAML::Node const& node, Codec::Dialect& dialect) 
                             {{"length-4", IcvIndicator::length4},
                              {"length-16", IcvIndicator::length16},
                              {"left-out", IcvIndicator::leftOut}})});
+}
+
+// The kernel's own rule for names of devices.
+void ConfigReader::readDevice(YAML::Node const& node, std::string& device) {
+  constexpr size_t kLongest = 15;
+  auto const text = yaml_.text(node, "device");
+  if (!text) return;
+  bool const isName = !text->empty() && text->size() <= kLongest && *text != "." && *text != ".." &&
+                      text->find_first_of("/: \t\n") == std::string::npos;
+  if (!isName) {
+    yaml_.mistake(node.Mark(), fmt::format("{} is no name of a device", quotedWord(*text)),
+                  "write 1 to 15 octets without a slash, a colon or white space");
+  }
+  for (InterfaceConfig const& other : config_.interfaces) {
+    if (other.device != *text) continue;
+    yaml_.mistake(node.Mark(),
+                  fmt::format("the device {} is already that of interface {}", quotedWord(*text),
+                              quotedWord(other.name)),
+                  "give each interface a device of its own");
+  }
+  device = *text;
 }
 
 void ConfigReader::readKey(YAML::Node const& node, std::string const& word,

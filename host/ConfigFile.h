@@ -47,11 +47,24 @@ struct ProfileConfig {
   GroupCakConfig groupCak;
 };
 
+/// What passes an interface while its port isn't open.
+enum class SecurePolicy : uint8_t {
+  mustSecure,    ///< nothing but MKA; nothing in clear ever
+  shouldSecure,  ///< clear traffic as well
+};
+
+/// What becomes of an open port that has lost all its peers.
+enum class OnPeerLoss : uint8_t { keep, close };
+
 struct InterfaceConfig {
   std::string name;
   std::string profile;
-  uint16_t portNumber = 1;   ///< of the SCI
-  Codec::Dialect dialect{};  ///< how frames are written for foreign equipment
+  uint16_t portNumber = 1;    ///< of the SCI
+  Codec::Dialect dialect{};   ///< how frames are written for foreign equipment
+  std::string device{};       ///< name of the MACsec device; empty for the default
+  uint32_t replayWindow = 0;  ///< how many packet numbers late a frame may be
+  SecurePolicy policy = SecurePolicy::mustSecure;
+  OnPeerLoss onPeerLoss = OnPeerLoss::keep;
 };
 
 /// What the configuration file of one switch says, defaults filled in, in the order of the file.

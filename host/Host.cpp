@@ -233,6 +233,10 @@ std::string Host::hardwareFault(Lumo::IntfId intfId) const {
   return found == hardwareFaults_.end() ? "" : found->second;
 }
 
+HardwareReport Host::hardwareReport(Lumo::IntfId intfId) const {
+  return hardwareReports_ ? hardwareReports_(intfId) : HardwareReport();
+}
+
 Codec::FrameCodec* Host::codec() const { return machines_ ? &machines_->codec : nullptr; }
 
 }  // namespace Macsecd

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <span>
@@ -15,6 +16,7 @@
 #include "hardware/MacsecForwardingModelSm.h"
 #include "host/ConfigFile.h"
 #include "host/FrameEvidence.h"
+#include "host/HardwareReport.h"
 #include "host/StateKeeper.h"
 #include "host/StateTree.h"
 #include "platform/IntfForwardingModel.h"
@@ -103,6 +105,10 @@ class Host {
   /// nothing does.
   void hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault);
   std::string hardwareFault(Lumo::IntfId intfId) const;
+  /// Whoever tells more of the hardware than the tree; null for nobody.
+  using HardwareReports = std::function<HardwareReport(Lumo::IntfId)>;
+  void hardwareReportsFrom(HardwareReports reports) { hardwareReports_ = std::move(reports); }
+  HardwareReport hardwareReport(Lumo::IntfId intfId) const;
 
  private:
   struct ConfigReactor;
@@ -132,6 +138,7 @@ class Host {
   std::map<Lumo::IntfId, Codec::Dialect> dialects_;
   std::map<Lumo::IntfId, FrameEvidence> frameEvidence_;
   std::map<Lumo::IntfId, std::string> hardwareFaults_;
+  HardwareReports hardwareReports_;
   std::unique_ptr<Machines> machines_;
 };
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <csignal>
-#include <system_error>
+#include <filesystem>
+#include <stdexcept>
 
+#include "host/HostKey.h"
 #include "linux/Privileges.h"
 #include "linux/ServiceManager.h"
 #include "linux/SharedCounters.h"
@@ -47,17 +49,53 @@ Vesk::LogHandle const MACSECD_STOPPED("MACSECD_STOPPED", LogSeverity::notice, "S
                                       "The daemon was asked to stop.", Vesk::NoActionRequired, 0.0,
                                       1.0);
 
-Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options) {
-  Macsecd::HostOptions host{.emulateHardware = options.emulateHardware};
+Vesk::LogHandle const MACSECD_STATE_NOTE("MACSECD_STATE_NOTE", LogSeverity::warning, "%s",
+                                         "The state of the former process wasn't as it should be.",
+                                         Vesk::NoActionRequired, 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_STATE_DROPPED(
+    "MACSECD_STATE_DROPPED", LogSeverity::warning, "%s of the former process isn't taken up: %s",
+    "A value that the former process left can't be read. The rest is taken up.",
+    Vesk::NoActionRequired, 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_STATE_NOT_KEPT(
+    "MACSECD_STATE_NOT_KEPT", LogSeverity::error, "The state isn't kept: %s",
+    "The state that a restart goes on with can't be written; it is tried again and again. A "
+    "restart in the meantime is noticed by the peers.",
+    "Do what the message says.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_STATE_KEPT("MACSECD_STATE_KEPT", LogSeverity::notice,
+                                         "The state is kept again", "What hindered it has gone.",
+                                         Vesk::NoActionRequired, 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_LEFT("MACSECD_LEFT", LogSeverity::notice,
+                                   "Ended; the ports stay as they are",
+                                   "The daemon was asked to end for another one to go on.",
+                                   Vesk::NoActionRequired, 0.0, 1.0);
+
+Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options, Macsecd::StateStore* store) {
+  Macsecd::HostOptions host{.emulateHardware = options.emulateHardware, .store = store};
   if (options.counters.empty()) return host;
   host.counters = Vesk::make<Macsec::Brine::MessageCounters>(
       "counters", std::make_shared<SharedCounters>(options.counters));
   return host;
 }
 
+// The keys in the store are readable under the key beside it, and with it they go.
+std::unique_ptr<LmdbStore> storeAt(std::string const& path) {
+  if (path.empty()) return nullptr;
+  std::error_code ignored;  // what can't be made is told of the file in it
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+  if (auto const error = Macsecd::useHostKeyFile(path + ".key")) throw std::runtime_error(*error);
+  auto store = std::make_unique<LmdbStore>(path);
+  for (std::string const& notice : store->notices()) Vesk::log(MACSECD_STATE_NOTE, notice);
+  return store;
+}
+
 }  // namespace
 
-Daemon::Daemon(DaemonOptions options, DriverFactory const& driverFactory)
+Daemon::Daemon(DaemonOptions options, Macsecd::StateStore* store,
+               DriverFactory const& driverFactory)
     : options_(std::move(options)),
       world_(Syslog()),
       scope_(world_),
@@ -65,23 +103,30 @@ Daemon::Daemon(DaemonOptions options, DriverFactory const& driverFactory)
                {.received = [this](auto intfId, auto frame) { host_.receive(intfId, frame); },
                 .failed = [](auto intfId,
                              auto const& why) { Vesk::log(MACSECD_NO_SOCKET, intfId, why); }}),
-      host_("macsecd", sockets_, hostOptionsOf(options_)),
+      host_("macsecd", sockets_, hostOptionsOf(options_, store)),
       driver_(options_.emulateHardware ? nullptr : driverFactory(host_, loop_)),
       eapKeys_(host_.eapKeyStatus()),
+      control_(host_, [this] { return reload(); }),
       links_([this](LinkChange const& change) { ports_.changed(change); }),
       ports_(links_, *this) {}
 
 Daemon::~Daemon() = default;
 
 DaemonEnd Daemon::run() {
-  if (!readConfig()) return DaemonEnd::badConfiguration;
+  tellOfState();
+  if (!readConfig().empty()) return DaemonEnd::badConfiguration;
   if (!listen()) return DaemonEnd::cannotRun;
   connect();
-  host_.start();
   return static_cast<DaemonEnd>(loop_.run());
 }
 
-bool Daemon::readConfig() {
+void Daemon::tellOfState() const {
+  for (Macsecd::DroppedState const& dropped : host_.droppedState()) {
+    Vesk::log(MACSECD_STATE_DROPPED, dropped.path, dropped.reason);
+  }
+}
+
+std::vector<Macsecd::Mistake> Daemon::readConfig() {
   Macsecd::ConfigResult const read = Macsecd::readConfigFile(options_.configFile);
   for (auto const& mistake : read.mistakes) Vesk::log(MACSECD_CONFIG_MISTAKE, mistake.text());
   if (host_.reload(read)) {
@@ -89,7 +134,7 @@ bool Daemon::readConfig() {
   } else {
     Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.mistakes.size());
   }
-  return read.good();
+  return read.mistakes;
 }
 
 void Daemon::configIs(Macsecd::SwitchConfig const& config) {
@@ -99,13 +144,15 @@ void Daemon::configIs(Macsecd::SwitchConfig const& config) {
     names.insert(interface.name);
     portNumbers_[interface.name] = interface.portNumber;
   }
+  if (driver_) driver_->configIs(config);
   ports_.namesAre(std::move(names));
   Vesk::log(MACSECD_CONFIG_TAKEN, options_.configFile);
 }
 
 bool Daemon::listen() {
-  if (options_.eapKeySocket.empty()) return true;
-  auto const error = eapKeys_.listenAt(options_.eapKeySocket);
+  std::optional<std::string> error;
+  if (!options_.eapKeySocket.empty()) error = eapKeys_.listenAt(options_.eapKeySocket);
+  if (!error && !options_.controlSocket.empty()) error = control_.listenAt(options_.controlSocket);
   if (error) Vesk::log(MACSECD_CANNOT_RUN, *error);
   return !error;
 }
@@ -115,13 +162,31 @@ void Daemon::connect() {
   loop_.signalIs(SIGHUP, [this] { reload(); });
   loop_.signalIs(SIGTERM, [this] { stop(); });
   loop_.signalIs(SIGINT, [this] { stop(); });
-  linkWatch_.emplace(links_, [this] {
-    if (!std::exchange(isReady_, true)) ServiceManager::ready();
-  });
+  loop_.signalIs(SIGUSR1, [this] { leave(); });
+  linkWatch_.emplace(links_, [this] { start(); });
   loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); });
   loop_.watch(eapKeys_.fd(), [this] { eapKeys_.run(); });
+  loop_.watch(control_.fd(), [this] { control_.run(); });
   loop_.timerIs([this] { handleDue(); });
-  loop_.beforeWaitIs([this] { loop_.timeIs(nextTime()); });
+  loop_.beforeWaitIs([this] { endTurn(); });
+}
+
+// All that a turn has changed is one transaction of the store.
+void Daemon::endTurn() {
+  commit();
+  loop_.timeIs(nextTime());
+}
+
+void Daemon::commit() {
+  host_.commit();
+  std::string const error = host_.storeError();
+  std::string const former = std::exchange(storeError_, error);
+  if (error == former) return;
+  if (error.empty()) {
+    Vesk::log(MACSECD_STATE_KEPT);
+  } else {
+    Vesk::log(MACSECD_STATE_NOT_KEPT, error);
+  }
 }
 
 double Daemon::nextTime() const {
@@ -136,18 +201,37 @@ void Daemon::handleDue() {
   if (linkWatch_->nextTime() <= now) linkWatch_->run();
 }
 
-void Daemon::reload() {
-  ServiceManager::reloading();
-  readConfig();
+// When the interfaces are known: a port that a former process left goes on, and finds its link as it
+// is.
+void Daemon::start() {
+  if (std::exchange(isReady_, true)) return;
+  host_.start();
   ServiceManager::ready();
+}
+
+std::vector<Macsecd::Mistake> Daemon::reload() {
+  ServiceManager::reloading();
+  auto const mistakes = readConfig();
+  ServiceManager::ready();
+  return mistakes;
 }
 
 // The driver takes away what the emptied tree asks for no more.
 void Daemon::stop() {
   ServiceManager::stopping();
   host_.stop();
-  if (driver_) driver_->run();
+  if (driver_) driver_->removeAll();
   Vesk::log(MACSECD_STOPPED);
+  loop_.exit(static_cast<int>(DaemonEnd::stopped));
+}
+
+// The driver looks away before the state machines end.
+void Daemon::leave() {
+  ServiceManager::stopping();
+  commit();
+  if (driver_) driver_->leave();
+  host_.die();
+  Vesk::log(MACSECD_LEFT);
   loop_.exit(static_cast<int>(DaemonEnd::stopped));
 }
 
@@ -176,9 +260,10 @@ DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& d
   Vesk::WorldScope const scope(world);
   try {
     if (auto const error = lockMemory()) Vesk::log(MACSECD_MEMORY_NOT_LOCKED, *error);
+    auto const store = storeAt(options.stateFile);
     dropPrivileges();
-    return Daemon(options, driverFactory).run();
-  } catch (std::system_error const& error) {
+    return Daemon(options, store.get(), driverFactory).run();
+  } catch (std::runtime_error const& error) {
     Vesk::log(MACSECD_CANNOT_RUN, error.what());
     return DaemonEnd::cannotRun;
   }

@@ -7,11 +7,13 @@
 #include <string>
 
 #include "host/Host.h"
+#include "linux/ControlSocket.h"
 #include "linux/EapKeyFeed.h"
 #include "linux/EapolSockets.h"
 #include "linux/EventLoop.h"
 #include "linux/HardwareDriver.h"
 #include "linux/LinkWatch.h"
+#include "linux/LmdbStore.h"
 #include "linux/Ports.h"
 #include "linux/ProcessWorld.h"
 
@@ -23,6 +25,10 @@ struct DaemonOptions {
   std::string eapKeySocket = {};
   /// The name of the shared memory in which frames are counted; in this process's own if empty.
   std::string counters = {};
+  /// Where operators ask (`ControlSocket`); nowhere if empty.
+  std::string controlSocket = {};
+  /// The file that holds the status tree over a restart; none if empty.
+  std::string stateFile = {};
   /// Keys are installed nowhere, and taken for installed: for the development of the protocol.
   bool emulateHardware = false;
 };
@@ -36,27 +42,34 @@ enum class DaemonEnd : int {
 
 /// The whole daemon: one switch on the interfaces of this machine that its configuration names, in
 /// one thread, and in its world for as long as it lives. SIGHUP has it read the configuration
-/// again, SIGTERM and SIGINT stop it.
+/// again. SIGTERM and SIGINT end MACsec on this machine; SIGUSR1 ends the process and leaves the
+/// ports as they are, for the one that follows.
 class Daemon final : private PortFollower {
  public:
   /// Makes what installs the keys; null when the hardware is emulated.
   using DriverFactory =
       std::function<std::unique_ptr<HardwareDriver>(Macsecd::Host& host, EventLoop& loop)>;
 
-  /// Throws `std::system_error` if the kernel refuses what it needs.
-  Daemon(DaemonOptions options, DriverFactory const& driverFactory);
+  /// Throws `std::runtime_error` if the machine refuses what it needs. `store`, which may be null,
+  /// lives longer.
+  Daemon(DaemonOptions options, Macsecd::StateStore* store, DriverFactory const& driverFactory);
   ~Daemon() override;
 
   /// Runs until it is stopped. What goes wrong before that is logged.
   DaemonEnd run();
 
  private:
-  bool readConfig();
+  std::vector<Macsecd::Mistake> readConfig();
   void configIs(Macsecd::SwitchConfig const& config);
   bool listen();
+  void tellOfState() const;
   void connect();
-  void reload();
+  void start();
+  std::vector<Macsecd::Mistake> reload();
   void stop();
+  void leave();
+  void commit();
+  void endTurn();
   void handleDue();
   double nextTime() const;
   uint16_t portNumberOf(Lumo::IntfId intfId) const;
@@ -74,10 +87,12 @@ class Daemon final : private PortFollower {
   std::unique_ptr<HardwareDriver> const driver_;
   std::map<std::string, uint16_t> portNumbers_;  ///< of the interfaces in the configuration
   EapKeyFeed eapKeys_;
+  ControlSocket control_;
   LinkTable links_;
   Ports ports_;
   std::optional<LinkWatch> linkWatch_;
   bool isReady_ = false;
+  std::string storeError_;
 };
 
 /// Runs a daemon from beginning to end.

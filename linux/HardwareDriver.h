@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/ConfigFile.h"
 #include "runtime/EthAddr.h"
 #include "runtime/IntfId.h"
 
@@ -11,6 +12,8 @@ class HardwareDriver {
  public:
   virtual ~HardwareDriver() = default;
 
+  /// What the configuration says of the interfaces, from now on.
+  virtual void configIs(Macsecd::SwitchConfig const& config) = 0;
   /// An Ethernet interface is there, with its index in the kernel and its address; again when one
   /// of these changes.
   virtual void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) = 0;
@@ -19,6 +22,12 @@ class HardwareDriver {
   /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
   virtual double nextTime() const = 0;
   virtual void run() = 0;
+
+  /// Does nothing any more, and leaves what is installed as it stands, for the process that
+  /// follows.
+  virtual void leave() = 0;
+  /// Takes away all that it installed, at the end of MACsec on this machine.
+  virtual void removeAll() = 0;
 };
 
 }  // namespace Linux

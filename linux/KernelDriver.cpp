@@ -148,7 +148,26 @@ void KernelDriver::follow(Vesk::Ptr<Status const> status) {
   for (auto const& [intfId, port] : ports_) changed(intfId);
 }
 
-void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) {
+void KernelDriver::deviceIs(Lumo::IntfId intfId, DeviceOptions const& device) {
+  DeviceOptions const former = std::exchange(devices_[intfId], device);
+  auto const port = ports_.find(intfId);
+  if (port == ports_.end()) return;
+  if (former.name == device.name) return port->second->replayWindowIs(device.replayWindow);
+  int const index = port->second->parent();
+  interfaceDel(intfId);
+  interfaceIs(intfId, index);
+}
+
+DeviceOptions KernelDriver::deviceOf(Lumo::IntfId intfId) const {
+  auto const found = devices_.find(intfId);
+  return found == devices_.end() ? DeviceOptions() : found->second;
+}
+
+void KernelDriver::faultIs(Lumo::IntfId intfId, std::string const& fault) const {
+  if (options_.faultIs) options_.faultIs(intfId, fault);
+}
+
+void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   auto const known = ports_.find(intfId);
   if (known != ports_.end() && known->second->parent() == index) return;
   if (known != ports_.end()) interfaceDel(intfId);
@@ -157,12 +176,14 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr con
     nextLook_ = Vesk::now() + kLookPeriod;
     ++counts_.refusals;
     Vesk::log(MACSEC_KERNEL_MISSING, intfId, answer.text);
+    faultIs(intfId, "the kernel of this machine offers no MACsec: " + answer.text);
     return;
   }
-  waiting_.erase(intfId);
+  if (waiting_.erase(intfId) > 0) faultIs(intfId, "");
   // The entry makes the engine start a port, which is known when the entry is back.
   auto const entry = slice_->statusIs(intfId);
-  ports_[intfId] = std::make_unique<KernelPort>(intfId, index, options_, counts_, kernel_, entry);
+  ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, counts_,
+                                                kernel_, entry);
   ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
   changed(intfId);
 }
@@ -174,6 +195,7 @@ void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
   if (!port) return;
   if (auto const* const held = port.mapped()->held()) kernel_.secYDel(held->index);
   slice_->statusDel(intfId);
+  faultIs(intfId, "");
 }
 
 void KernelDriver::tellPort(KernelPort& port) {
@@ -232,7 +254,7 @@ double KernelDriver::nextTime() const {
 void KernelDriver::run() {
   double const now = Vesk::now();
   if (!waiting_.empty() && nextLook_ <= now) {
-    for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index, {});
+    for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index);
   }
   bool const leftovers = std::exchange(leftovers_, false);
   for (auto const& [intfId, port] : ports_) {
@@ -250,9 +272,14 @@ void KernelDriver::poll() {
   for (auto const& [intfId, port] : ports_) port->polled(all);
 }
 
+KernelPort const* KernelDriver::port(Lumo::IntfId intfId) const {
+  auto const found = ports_.find(intfId);
+  return found != ports_.end() ? found->second.get() : nullptr;
+}
+
 SecY const* KernelDriver::held(Lumo::IntfId intfId) const {
-  auto const port = ports_.find(intfId);
-  return port != ports_.end() ? port->second->held() : nullptr;
+  KernelPort const* const found = port(intfId);
+  return found ? found->held() : nullptr;
 }
 
 std::optional<uint64_t> KernelDriver::packetNumber(Lumo::IntfId intfId) const {

@@ -4,7 +4,6 @@
 #include <memory>
 #include <set>
 
-#include "linux/HardwareDriver.h"
 #include "linux/KernelPort.h"
 #include "model/Status.h"
 
@@ -14,12 +13,12 @@ namespace Linux {
 /// a port, with the keys that its `CpStatus` asks for.
 ///
 /// What the kernel holds outlives a driver; another one on the same tree takes it up untouched.
-class KernelDriver final : public HardwareDriver {
+class KernelDriver final {
  public:
   /// Puts an entry into `slice` for each interface. `kernel` lives longer than the driver.
   KernelDriver(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Macsec::MacSecStatus> slice,
                MacsecKernel& kernel, KernelDriverOptions options = {});
-  ~KernelDriver() override;
+  ~KernelDriver();
   KernelDriver(KernelDriver const&) = delete;
   KernelDriver& operator=(KernelDriver const&) = delete;
 
@@ -32,14 +31,23 @@ class KernelDriver final : public HardwareDriver {
   /// Whether traffic may pass, as it may until this is told; shown on devices that come up dormant.
   void authorizedIs(Lumo::IntfId intfId, bool authorized);
 
-  void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
-  void interfaceDel(Lumo::IntfId intfId) override;
-  double nextTime() const override;
-  void run() override;
+  /// What is said of the device of this interface from now on. One of another name is made in
+  /// place of the present one.
+  void deviceIs(Lumo::IntfId intfId, DeviceOptions const& device);
+
+  /// An Ethernet interface is there, with its index in the kernel; again when that changes.
+  void interfaceIs(Lumo::IntfId intfId, int index);
+  void interfaceDel(Lumo::IntfId intfId);
+
+  /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
+  double nextTime() const;
+  void run();
 
   /// What the kernel held of this interface's device at the last poll, or was told since; null if
   /// there is none.
   SecY const* held(Lumo::IntfId intfId) const;
+  /// The port on an interface; null if there is none.
+  KernelPort const* port(Lumo::IntfId intfId) const;
   /// The next packet number to send at the last poll, all 64 bits; nothing without a transmit SA.
   std::optional<uint64_t> packetNumber(Lumo::IntfId intfId) const;
   KernelCounts const& counts() const { return counts_; }
@@ -53,11 +61,14 @@ class KernelDriver final : public HardwareDriver {
   void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
   void tellPort(KernelPort& port);
   void poll();
+  void faultIs(Lumo::IntfId intfId, std::string const& fault) const;
+  DeviceOptions deviceOf(Lumo::IntfId intfId) const;
 
   Vesk::Ptr<Macsec::MacSecStatus> const slice_;
   MacsecKernel& kernel_;
   KernelDriverOptions const options_;
   KernelCounts counts_;
+  std::map<Lumo::IntfId, DeviceOptions> devices_;
   std::map<Lumo::IntfId, std::unique_ptr<KernelPort>> ports_;
   Vesk::Ptr<StatusReactor> status_;
   std::map<Lumo::IntfId, int> waiting_;  // interfaces with their index, for MACsec in the kernel

@@ -25,24 +25,30 @@ uint64_t cipherOf(CipherSuite suite) {
   }
 }
 
-std::string nameOf(Lumo::IntfId intfId, KernelDriverOptions const& options) {
-  auto const named = options.names.find(intfId);
-  if (named != options.names.end()) return named->second;
-  return std::string(intfId.stringValue().view()) + options.suffix;
+std::string nameOf(Lumo::IntfId intfId, DeviceOptions const& device) {
+  if (!device.name.empty()) return device.name;
+  return std::string(intfId.stringValue().view()) + ".sec";
+}
+
+uint64_t notValidFrames(SecY const& secY) {
+  uint64_t frames = 0;
+  for (HeldRxSc const& sc : secY.rxScs) frames += sc.counters.notValid;
+  return frames;
 }
 
 }  // namespace
 
-KernelPort::KernelPort(Lumo::IntfId intfId, int parent, KernelDriverOptions const& options,
-                       KernelCounts& counts, MacsecKernel& kernel,
-                       Vesk::Ptr<Macsec::MacSecIntfStatus> report)
+KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
+                       KernelDriverOptions const& options, KernelCounts& counts,
+                       MacsecKernel& kernel, Vesk::Ptr<Macsec::MacSecIntfStatus> report)
     : intfId_(intfId),
       parent_(parent),
       options_(options),
       counts_(counts),
       kernel_(kernel),
       report_(std::move(report)),
-      name_(nameOf(intfId, options)) {}
+      name_(nameOf(intfId, device)),
+      replayWindow_(device.replayWindow) {}
 
 void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
   cpStatus_ = std::move(cpStatus);
@@ -61,8 +67,7 @@ void KernelPort::work() {
     isDone = pass();
   }
   working_ = false;
-  told_ = std::move(problems_);
-  problems_.clear();
+  showProblems();
   if (!isDone) return tryAgainLater();
   retryDelay_ = 0;
   retryTime_ = std::numeric_limits<double>::infinity();
@@ -181,7 +186,7 @@ bool KernelPort::make() {
   wanted.cipher = cipherOf(cpStatus_->cipher());
   wanted.sendSci = cpStatus_->includeSci();
   wanted.dormant = options_.dormant;
-  wanted.settings.window = options_.replayWindow;
+  wanted.settings.window = replayWindow_;
   if (!did(kernel_.secYAdd(wanted), "make the device")) return false;
   ++counts_.devicesMade;
   shown_.reset();
@@ -192,7 +197,7 @@ bool KernelPort::make() {
 
 bool KernelPort::settled() {
   SecYSettings wanted;
-  wanted.window = options_.replayWindow;
+  wanted.window = replayWindow_;
   if (held_->settings == wanted) return true;
   if (!did(kernel_.settingsAre(held_->index, wanted), "set up the device")) return false;
   held_->settings = wanted;
@@ -219,6 +224,10 @@ void KernelPort::showAuthorized() {
   }
 }
 
+void KernelPort::replayWindowIs(uint32_t window) {
+  if (std::exchange(replayWindow_, window) != window) work();
+}
+
 void KernelPort::remove() {
   cpStatus_ = nullptr;
   work();
@@ -231,10 +240,16 @@ void KernelPort::polled(std::vector<SecY> const& all) {
     int const index = held_->index;
     auto const found = std::find_if(all.begin(), all.end(),
                                     [index](SecY const& secY) { return secY.index == index; });
+    if (found != all.end()) lookForNotValid(*found);
     take(found != all.end() ? &*found : nullptr);
   }
   if (retryTime_ == std::numeric_limits<double>::infinity()) work();
   reportNumbers();
+}
+
+// A channel that was made anew counts from nothing again.
+void KernelPort::lookForNotValid(SecY const& now) {
+  if (notValidFrames(now) > notValidFrames(*held_)) notValidTime_ = Vesk::now();
 }
 
 }  // namespace Linux

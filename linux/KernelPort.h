@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <limits>
 #include <map>
 #include <set>
@@ -11,15 +12,20 @@
 
 namespace Linux {
 
-struct KernelDriverOptions {
-  /// The device's name is the interface's with this behind it,
-  std::string suffix = ".sec";
-  /// unless the interface has one here.
-  std::map<Lumo::IntfId, std::string> names = {};
+/// What is said of the MACsec device of one interface.
+struct DeviceOptions {
+  /// Its name; empty for the interface's with ".sec" behind it.
+  std::string name = {};
   /// How many packet numbers late a frame may be.
   uint32_t replayWindow = 0;
+  friend bool operator==(DeviceOptions const&, DeviceOptions const&) = default;
+};
+
+struct KernelDriverOptions {
   /// Devices come up dormant, and show by their state whether they are authorized.
   bool dormant = false;
+  /// Runs when what keeps an interface from being secured changes; nothing does if it is empty.
+  std::function<void(Lumo::IntfId, std::string const&)> faultIs = {};
 };
 
 /// What the driver has done so far, over all interfaces.
@@ -41,8 +47,8 @@ struct KernelCounts {
 class KernelPort {
  public:
   /// `options` and `counts` are shared with the other ports.
-  KernelPort(Lumo::IntfId intfId, int parent, KernelDriverOptions const& options,
-             KernelCounts& counts, MacsecKernel& kernel,
+  KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
+             KernelDriverOptions const& options, KernelCounts& counts, MacsecKernel& kernel,
              Vesk::Ptr<Macsec::MacSecIntfStatus> report);
 
   Lumo::IntfId intfId() const { return intfId_; }
@@ -62,11 +68,16 @@ class KernelPort {
   void polled(std::vector<SecY> const& all);
   /// Whether traffic may pass; shown on a device that came up dormant.
   void authorizedIs(bool authorized);
+  /// How many packet numbers late a frame may be, from now on.
+  void replayWindowIs(uint32_t window);
   /// Takes the device away.
   void remove();
 
   /// When `work()` wants to be called again after an error; infinity for never.
   double retryTime() const { return retryTime_; }
+  /// When the kernel was last seen to have dropped frames because they weren't valid under their
+  /// key; minus infinity for never.
+  double notValidTime() const { return notValidTime_; }
 
  private:
   using Sak = Macsec::Sak;
@@ -99,6 +110,7 @@ class KernelPort {
   void upIfItCan();
   void showAuthorized();
   void take(SecY const* secY);
+  void lookForNotValid(SecY const& now);
 
   void reportNothing();
   void reportReceive();
@@ -108,6 +120,7 @@ class KernelPort {
   bool did(KernelAnswer const& answer, char const* what);
   void refuse(char const* what, char const* why);
   void tell(std::string what, std::string why, bool byKernel);
+  void showProblems();
   void tryAgainLater();
 
   Lumo::IntfId const intfId_;
@@ -117,6 +130,7 @@ class KernelPort {
   MacsecKernel& kernel_;
   Vesk::Ptr<Macsec::MacSecIntfStatus> const report_;
   std::string const name_;
+  uint32_t replayWindow_;
 
   Vesk::Ptr<Macsec::CpStatus const> cpStatus_;
   SciNumber mySci_ = 0;
@@ -132,6 +146,7 @@ class KernelPort {
   bool again_ = false;
   std::set<std::string> problems_;
   std::set<std::string> told_;
+  double notValidTime_ = -std::numeric_limits<double>::infinity();
   double retryDelay_ = 0;
   double retryTime_ = std::numeric_limits<double>::infinity();
 };

@@ -91,6 +91,18 @@ bool KernelPort::did(KernelAnswer const& answer, char const* what) {
 
 void KernelPort::refuse(char const* what, char const* why) { tell(what, why, false); }
 
+void KernelPort::showProblems() {
+  if (options_.faultIs && told_ != problems_) {
+    std::string fault;
+    for (std::string const& problem : problems_) {
+      fault += (fault.empty() ? "" : "; ") + name_ + ": " + problem;
+    }
+    options_.faultIs(intfId_, fault);
+  }
+  told_ = std::move(problems_);
+  problems_.clear();
+}
+
 // Once, until it is over or something else is wrong.
 void KernelPort::tell(std::string what, std::string why, bool byKernel) {
   std::string const problem = what + ": " + why;

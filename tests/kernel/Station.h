@@ -33,7 +33,7 @@ class Station {
   }
   void start(Linux::KernelDriverOptions const& options = {}) {
     driver.emplace(status, slice, *kernel, options);
-    driver->interfaceIs(intfId, index_, Lumo::EthAddr({2, 0, 0, 0, 0, last_}));
+    driver->interfaceIs(intfId, index_);
   }
   /// The driver goes and another one comes, as over a restart of the process.
   void restart() {

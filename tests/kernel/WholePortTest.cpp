@@ -20,7 +20,7 @@ struct End {
     slice = Macsec::macSecStatusFactory("kernel");
     host().slices()->entityPtrIs(slice);
     driver.emplace(host().status(), slice, *kernel);
-    driver->interfaceIs(intfId, index, Lumo::EthAddr({2, 0, 0, 0, 0, peer.number}));
+    driver->interfaceIs(intfId, index);
   }
   void bringUp(Macsecd::SwitchConfig const& config) {
     Vesk::WorldScope const scope(peer.world);

@@ -31,8 +31,10 @@ struct File {
 
 /// What a driver was asked for, and what it found as it was.
 struct Record {
-  std::vector<double> late;  ///< by how much each run came late, in seconds
-  std::vector<bool> running;
+  std::vector<double> late = {};  ///< by how much each run came late, in seconds
+  std::vector<bool> running = {};
+  std::vector<std::string> calls = {};
+  int signal = SIGTERM;
 };
 
 /// Wants to run every 10 ms, and has the process stopped after three times.
@@ -40,6 +42,7 @@ class Driver final : public HardwareDriver {
  public:
   Driver(Record& record, Macsecd::Host& host)
       : record_(record), host_(host), next_(Vesk::now() + kPeriod) {}
+  void configIs(Macsecd::SwitchConfig const&) override { record_.calls.push_back("config"); }
   void interfaceIs(Lumo::IntfId, int, Lumo::EthAddr const&) override {}
   void interfaceDel(Lumo::IntfId) override {}
   double nextTime() const override { return next_; }
@@ -47,35 +50,53 @@ class Driver final : public HardwareDriver {
     record_.late.push_back(Vesk::now() - next_);
     record_.running.push_back(host_.running());
     next_ = Vesk::now() + kPeriod;
-    if (record_.late.size() == 3) kill(getpid(), SIGTERM);
+    if (record_.late.size() == 3) kill(getpid(), record_.signal);
   }
+  void leave() override { ended("leave"); }
+  void removeAll() override { ended("remove all"); }
 
  private:
   static constexpr double kPeriod = 0.01;
+  void ended(char const* how) {
+    record_.calls.push_back(how);
+    record_.running.push_back(host_.running());
+  }
   Record& record_;
   Macsecd::Host& host_;
   double next_;
 };
 
-TEST(Daemon, RunsTheDriverWhenItWantsAndOnceMoreWhenTheSwitchHasStopped) {
+TEST(Daemon, RunsTheDriverWhenItWantsAndTakesAllAwayWhenTheSwitchHasStopped) {
   File const config(kGood);
   Record record;
-  Daemon daemon({.configFile = config.path}, [&](Macsecd::Host& host, EventLoop&) {
+  Daemon daemon({.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
     return std::make_unique<Driver>(record, host);
   });
   EXPECT_EQ(daemon.run(), DaemonEnd::stopped);
-  ASSERT_GE(record.late.size(), 4u);
-  for (size_t i = 0; i + 1 < record.late.size(); ++i) {
+  ASSERT_GE(record.late.size(), 3u);
+  for (size_t i = 0; i < record.late.size(); ++i) {
     EXPECT_GE(record.late[i], 0.0);
     EXPECT_TRUE(record.running[i]);
   }
   EXPECT_FALSE(record.running.back());
+  EXPECT_EQ(record.calls, (std::vector<std::string>{"config", "remove all"}));
+}
+
+TEST(Daemon, LeavesAllAsItIsWhenAnotherProcessIsToGoOn) {
+  File const config(kGood);
+  Record record{.signal = SIGUSR1};
+  Daemon daemon({.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
+    return std::make_unique<Driver>(record, host);
+  });
+  EXPECT_EQ(daemon.run(), DaemonEnd::stopped);
+  EXPECT_TRUE(record.running.back()) << "the driver has to look away before the switch ends";
+  EXPECT_EQ(record.calls, (std::vector<std::string>{"config", "leave"}));
 }
 
 TEST(Daemon, DoesNotStartOnAConfigurationWithMistakes) {
   File const config(std::string(kGood) + "shutdwon: true\n");
   Record record;
-  Daemon daemon({.configFile = config.path}, [&](Macsecd::Host& host, EventLoop&) {
+  Daemon daemon({.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
     return std::make_unique<Driver>(record, host);
   });
   EXPECT_EQ(daemon.run(), DaemonEnd::badConfiguration);

@@ -37,9 +37,10 @@ class KernelBench : public ::testing::Test {
     cp->mySsciIs({sci(10), "00000002"});
     cp->peerSsciIs({sci(11), "00000001"});
   }
-  void start(KernelDriverOptions const& options = {}) {
+  void start(KernelDriverOptions const& options = {}, DeviceOptions const& of = {}) {
     driver.emplace(status, slice, kernel, options);
-    driver->interfaceIs(kIntf, 3, Lumo::EthAddr({2, 0, 0, 0, 0, 10}));
+    driver->deviceIs(kIntf, of);
+    driver->interfaceIs(kIntf, 3);
   }
   void restart() {
     driver.reset();

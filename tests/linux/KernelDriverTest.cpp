@@ -243,7 +243,7 @@ TEST_F(TheKernelDriver, AnInterfaceThatGoesTakesItsEntryAlong) {
 
 TEST_F(TheKernelDriver, AnInterfaceMadeAnewIsAnotherOne) {
   secured();
-  driver->interfaceIs(kIntf, 4, Lumo::EthAddr());
+  driver->interfaceIs(kIntf, 4);
   ASSERT_TRUE(kernel.device("eth0.sec"));
   EXPECT_EQ(device().link.parent, 4);
   EXPECT_EQ(device().secY.txSas.size(), 1u);
@@ -251,8 +251,25 @@ TEST_F(TheKernelDriver, AnInterfaceMadeAnewIsAnotherOne) {
 
 TEST_F(TheKernelDriver, GivesADeviceTheNameThatIsChosenForIt) {
   portIs();
-  start({.names = {{kIntf, "uplink"}}});
+  start({}, {.name = "uplink"});
   EXPECT_TRUE(kernel.device("uplink"));
+  EXPECT_FALSE(kernel.device("eth0.sec"));
+}
+
+TEST_F(TheKernelDriver, MakesTheDeviceAnewUnderAnotherName) {
+  secured();
+  driver->deviceIs(kIntf, {.name = "uplink"});
+  EXPECT_FALSE(kernel.device("eth0.sec"));
+  ASSERT_TRUE(kernel.device("uplink"));
+  EXPECT_TRUE(rx(0));
+}
+
+TEST_F(TheKernelDriver, ChangesTheReplayWindowOfALivingDeviceAndNothingElse) {
+  secured();
+  driver->deviceIs(kIntf, {.replayWindow = 64});
+  EXPECT_EQ(device().secY.settings.window, 64u);
+  EXPECT_EQ(device().secY.txSas.size(), 1u);
+  EXPECT_EQ(kernel.asked.size(), 1u);
 }
 
 TEST_F(TheKernelDriver, FollowsAnotherTreeWithoutTouchingWhatBothAskFor) {

@@ -129,7 +129,7 @@ TEST_F(ADriverInTrouble, AKernelWithoutExtendedPacketNumbersIsToldOnce) {
 
 TEST_F(ADriverInTrouble, RefusesANameThatIsTooLongForTheKernel) {
   portIs();
-  start({.suffix = ".a-long-suffix"});
+  start({}, {.name = "sixteen.octets.a"});
   EXPECT_THAT(kernel.asked, IsEmpty());
   EXPECT_FALSE(report()->configured());
   EXPECT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);

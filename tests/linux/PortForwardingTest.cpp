@@ -42,7 +42,7 @@ TEST_F(ForwardingOfAPort, IsShownOnADeviceThatComesLater) {
   kernel.asked.clear();
   runAt(2);
   EXPECT_THAT(kernel.asked, ElementsAre("make eth0.sec", "up", "unauthorized"));
-  driver->interfaceIs(kIntf, 4, Lumo::EthAddr());
+  driver->interfaceIs(kIntf, 4);
   EXPECT_EQ(device().authorized, false);
 }
 

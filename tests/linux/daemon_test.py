@@ -77,7 +77,8 @@ class Running(Program):
         self.log = os.path.join(self.folder, "log")
         with open(self.log, "wb") as log:
             self.daemon = subprocess.Popen(
-                [MACSECD, "--config", self.config, "--counters", "", "--emulate-hardware"],
+                [MACSECD, "--config", self.config, "--counters", "", "--emulate-hardware",
+                 "--control", self.folder + "/run/control", "--state", self.folder + "/run/state"],
                 stderr=log, env={**os.environ, **environment})
         self.addCleanup(self.kill)
 
