@@ -63,26 +63,22 @@ class FrameSocket {
   static constexpr uint16_t kType = 0x88b5;  // for experiments
 
   /// The device's address is 02:00:00:00:00:`last`.
-  FrameSocket(std::string const& space, std::string const& device, uint8_t last) : last_(last) {
+  FrameSocket(std::string const& space, std::string const& device, uint8_t last,
+              uint16_t type = kType)
+      : last_(last), type_(type) {
     Inside const inside(space);
-    socket_ = Linux::Descriptor(socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK, htons(kType)));
+    socket_ = Linux::Descriptor(socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK, htons(type)));
     address_.sll_family = AF_PACKET;
-    address_.sll_protocol = htons(kType);
+    address_.sll_protocol = htons(type);
     address_.sll_ifindex = static_cast<int>(if_nametoindex(device.c_str()));
     if (bind(socket_.fd(), reinterpret_cast<sockaddr*>(&address_), sizeof address_) != 0) {
       throw std::system_error(errno, std::generic_category(), device);
     }
   }
   /// A broadcast frame; whether the device took it.
-  bool sendFrame() const {
-    unsigned char frame[64];
-    std::memset(frame, 0xff, sizeof frame);
-    unsigned char const source[] = {2, 0, 0, 0, 0, last_};
-    std::memcpy(frame + 6, source, sizeof source);
-    frame[12] = kType >> 8;
-    frame[13] = kType & 0xff;
-    return send(socket_.fd(), frame, sizeof frame, 0) == sizeof frame;
-  }
+  bool sendFrame() const { return sendWith({type_}); }
+  /// The same in a VLAN.
+  bool sendInVlan(uint16_t vlan) const { return sendWith({0x8100, vlan, type_}); }
   /// How many of so many frames of others come, before nothing comes for a while: the kernel may
   /// decrypt them later than they arrive.
   size_t received(size_t expected) const {
@@ -100,7 +96,21 @@ class FrameSocket {
   }
 
  private:
+  bool sendWith(std::initializer_list<uint16_t> words) const {
+    unsigned char frame[64];
+    std::memset(frame, 0xff, sizeof frame);
+    unsigned char const source[] = {2, 0, 0, 0, 0, last_};
+    std::memcpy(frame + 6, source, sizeof source);
+    size_t at = 12;
+    for (uint16_t const word : words) {
+      frame[at++] = static_cast<unsigned char>(word >> 8);
+      frame[at++] = static_cast<unsigned char>(word & 0xff);
+    }
+    return send(socket_.fd(), frame, sizeof frame, 0) == sizeof frame;
+  }
+
   uint8_t const last_;
+  uint16_t const type_;
   Linux::Descriptor socket_;
   sockaddr_ll address_{};
 };
