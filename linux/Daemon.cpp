@@ -201,10 +201,11 @@ void Daemon::handleDue() {
   if (linkWatch_->nextTime() <= now) linkWatch_->run();
 }
 
-// When the interfaces are known: a port that a former process left goes on, and finds its link as it
-// is.
+// When the interfaces are known: a port that a former process left goes on, and finds its link as
+// it is.
 void Daemon::start() {
   if (std::exchange(isReady_, true)) return;
+  if (driver_) driver_->interfacesAreKnown();
   host_.start();
   ServiceManager::ready();
 }

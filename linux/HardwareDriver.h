@@ -18,6 +18,8 @@ class HardwareDriver {
   /// of these changes.
   virtual void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) = 0;
   virtual void interfaceDel(Lumo::IntfId intfId) = 0;
+  /// All interfaces that were there at the start have been told.
+  virtual void interfacesAreKnown() = 0;
 
   /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
   virtual double nextTime() const = 0;

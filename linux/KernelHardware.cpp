@@ -1,6 +1,9 @@
 #include "linux/KernelHardware.h"
 
+#include <algorithm>
+
 #include "model/Factories.h"
+#include "runtime/World.h"
 
 namespace Linux {
 
@@ -26,9 +29,11 @@ std::optional<uint64_t> nextReceived(SecY const& secY, Macsec::CpStatus const* c
 
 KernelHardware::KernelHardware(Macsecd::Host& host)
     : host_(host),
+      filters_(filterKernel_,
+               [this](auto intfId, auto const& why) { faultIs(intfId, &Faults::filter, why); }),
       driver_(host.status(), sliceOf(host), kernel_,
-              {.dormant = true, .faultIs = [&host](auto intfId, std::string const& fault) {
-                 host.hardwareFaultIs(intfId, fault);
+              {.dormant = true, .faultIs = [this](auto intfId, std::string const& fault) {
+                 faultIs(intfId, &Faults::driver, fault);
                }}) {
   forwarding_.emplace(host.forwardingModelInputDir(), driver_);
   host.hardwareReportsFrom([this](Lumo::IntfId intfId) { return report(intfId); });
@@ -37,17 +42,57 @@ KernelHardware::KernelHardware(Macsecd::Host& host)
 KernelHardware::~KernelHardware() { host_.hardwareReportsFrom(nullptr); }
 
 void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
+  mustBeSecure_.clear();
   for (Macsecd::InterfaceConfig const& interface : config.interfaces) {
-    driver_.deviceIs(Lumo::IntfId(Vesk::String8(interface.name)),
-                     {interface.device, interface.replayWindow});
+    Lumo::IntfId const intfId{Vesk::String8(interface.name)};
+    driver_.deviceIs(intfId, {interface.device, interface.replayWindow});
+    bool const mustBeSecure = interface.policy == Macsecd::SecurePolicy::mustSecure;
+    if (mustBeSecure && !config.shutdown) mustBeSecure_.insert(intfId);
+  }
+  for (auto const& [intfId, index] : indices_) filter(intfId, index);
+}
+
+void KernelHardware::filter(Lumo::IntfId intfId, int index) {
+  if (mustBeSecure_.contains(intfId)) {
+    filters_.interfaceIs(intfId, index);
+  } else {
+    filters_.interfaceDel(intfId);
+    faultIs(intfId, &Faults::filter, "");
   }
 }
 
+// The filter stands before the device exists.
 void KernelHardware::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const&) {
+  indices_[intfId] = index;
+  filter(intfId, index);
   driver_.interfaceIs(intfId, index);
 }
 
-void KernelHardware::interfaceDel(Lumo::IntfId intfId) { driver_.interfaceDel(intfId); }
+void KernelHardware::interfaceDel(Lumo::IntfId intfId) {
+  driver_.interfaceDel(intfId);
+  filters_.interfaceDel(intfId);
+  indices_.erase(intfId);
+  faults_.erase(intfId);
+}
+
+void KernelHardware::interfacesAreKnown() { filters_.removeOthers(); }
+
+double KernelHardware::nextTime() const {
+  return std::min(driver_.nextTime(), filters_.nextTime());
+}
+
+void KernelHardware::run() {
+  driver_.run();
+  if (filters_.nextTime() <= Vesk::now()) filters_.run();
+}
+
+void KernelHardware::faultIs(Lumo::IntfId intfId, std::string Faults::*whose,
+                             std::string const& fault) {
+  Faults& faults = faults_[intfId];
+  faults.*whose = fault;
+  bool const areBoth = !faults.driver.empty() && !faults.filter.empty();
+  host_.hardwareFaultIs(intfId, faults.driver + (areBoth ? "; " : "") + faults.filter);
+}
 
 void KernelHardware::leave() {
   forwarding_.reset();
@@ -57,6 +102,7 @@ void KernelHardware::leave() {
 void KernelHardware::removeAll() {
   forwarding_.reset();
   driver_.removeAll();
+  filters_.removeAll();
 }
 
 Macsecd::HardwareReport KernelHardware::report(Lumo::IntfId intfId) const {

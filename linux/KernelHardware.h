@@ -4,15 +4,18 @@
 #include <optional>
 
 #include "host/Host.h"
+#include "linux/FilterNetlink.h"
 #include "linux/HardwareDriver.h"
 #include "linux/KernelDriver.h"
 #include "linux/MacsecNetlink.h"
+#include "linux/ParentFilters.h"
 #include "linux/PortForwarding.h"
 
 namespace Linux {
 
-/// The kernel of this machine as the hardware of a switch: its MACsec in a slice of its own, and
-/// what it shows of each port. The switch lives longer.
+/// The kernel of this machine as the hardware of a switch: its MACsec in a slice of its own, what
+/// it shows of each port, and the filter beneath those that must be secure. The switch lives
+/// longer.
 class KernelHardware final : public HardwareDriver {
  public:
   /// Throws `std::system_error` if the kernel can't be spoken to.
@@ -22,18 +25,31 @@ class KernelHardware final : public HardwareDriver {
   void configIs(Macsecd::SwitchConfig const& config) override;
   void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
   void interfaceDel(Lumo::IntfId intfId) override;
-  double nextTime() const override { return driver_.nextTime(); }
-  void run() override { driver_.run(); }
+  void interfacesAreKnown() override;
+  double nextTime() const override;
+  void run() override;
   void leave() override;
   void removeAll() override;
 
  private:
+  /// What is wrong with a port, by who says so.
+  struct Faults {
+    std::string driver = {}, filter = {};
+  };
+
   Macsecd::HardwareReport report(Lumo::IntfId intfId) const;
+  void filter(Lumo::IntfId intfId, int index);
+  void faultIs(Lumo::IntfId intfId, std::string Faults::*whose, std::string const& fault);
 
   Macsecd::Host& host_;
   MacsecNetlink kernel_;
+  FilterNetlink filterKernel_;
+  ParentFilters filters_;
   KernelDriver driver_;
   std::optional<PortForwarding> forwarding_;
+  std::map<Lumo::IntfId, int> indices_;  // of the interfaces that are there
+  std::set<Lumo::IntfId> mustBeSecure_;
+  std::map<Lumo::IntfId, Faults> faults_;
 };
 
 }  // namespace Linux

@@ -71,6 +71,7 @@ bool ParentFilters::close(Lumo::IntfId intfId, Parent& parent) {
     Vesk::log(MACSEC_PARENT_NOT_CLOSED, intfId, problem);
     parent.delay = 0;
   }
+  if (troubleIs_ && problem != parent.problem) troubleIs_(intfId, problem);
   parent.problem = problem;
   parent.delay = problem.empty() ? 0 : std::clamp(2 * parent.delay, kFirstDelay, kLongestDelay);
   parent.retryTime = Vesk::now() + parent.delay;

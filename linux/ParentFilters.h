@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -18,8 +19,12 @@ namespace Linux {
 /// up untouched, and one that was changed or removed by somebody is set anew.
 class ParentFilters {
  public:
+  /// Told why a closed interface isn't, and an empty text when it is.
+  using TroubleIs = std::function<void(Lumo::IntfId, std::string const&)>;
+
   /// `kernel` lives longer than this.
-  explicit ParentFilters(FilterKernel& kernel) : kernel_(kernel) {}
+  explicit ParentFilters(FilterKernel& kernel, TroubleIs troubleIs = nullptr)
+      : kernel_(kernel), troubleIs_(std::move(troubleIs)) {}
 
   /// The interface with this index is closed from now on. False if the kernel refuses, which is
   /// logged, and tried again in a while.
@@ -55,6 +60,7 @@ class ParentFilters {
   bool isClosed(int index) const;
 
   FilterKernel& kernel_;
+  TroubleIs const troubleIs_;
   std::map<Lumo::IntfId, Parent> parents_;
   std::set<int> left_;  // interfaces that are to be opened
   double nextCheck_ = 0;

@@ -45,6 +45,7 @@ class Driver final : public HardwareDriver {
   void configIs(Macsecd::SwitchConfig const&) override { record_.calls.push_back("config"); }
   void interfaceIs(Lumo::IntfId, int, Lumo::EthAddr const&) override {}
   void interfaceDel(Lumo::IntfId) override {}
+  void interfacesAreKnown() override {}
   double nextTime() const override { return next_; }
   void run() override {
     record_.late.push_back(Vesk::now() - next_);
