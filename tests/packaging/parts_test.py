@@ -142,7 +142,8 @@ class Completion(unittest.TestCase):
         return set(done.stdout.split())
 
     def test_offers_the_options_of_the_daemon(self):
-        self.assertEqual(self.complete("macsecd", "--c"), {"--config", "--check", "--counters"})
+        self.assertEqual(self.complete("macsecd", "--c"), {"--config", "--check", "--counters",
+                                                           "--control"})
 
     def test_offers_files_for_a_configuration(self):
         self.assertEqual(self.complete("macsecd", "--config", "macsecd.y"), {"macsecd.yaml"})
