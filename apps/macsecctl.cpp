@@ -5,6 +5,7 @@
 #include "host/Control.h"
 #include "host/ControlText.h"
 #include "linux/ControlClient.h"
+#include "linux/ControlFollow.h"
 
 namespace {
 
@@ -13,7 +14,11 @@ using Macsecd::ControlView;
 struct Options {
   std::string socket = "/run/macsecd/control";
   std::string interface;
+  std::string file;
   bool json = false;
+  bool sinceClear = false;
+  double seconds = 0;
+  size_t count = 0;
 };
 
 struct Command {
@@ -34,6 +39,8 @@ constexpr Command kCommands[] = {
     {"counters", "counters", ControlView::counters, Command::mayName, "Frames by kind"},
     {"clear-counters", "clear-counters", ControlView::done, Command::none,
      "Count from here on; the totals stay"},
+    {"rekey", "rekey", ControlView::rekey, Command::mustName,
+     "Have the key server, which this switch has to be, make a new SAK"},
     {"reload", "reload", ControlView::reload, Command::none, "Read the configuration again"},
 };
 
@@ -42,6 +49,7 @@ int run(Command const& command, Options const& options) {
   nlohmann::ordered_json request = {{"version", Macsecd::Control::kVersion},
                                     {"command", command.request}};
   if (!options.interface.empty()) request["interface"] = options.interface;
+  if (options.sinceClear) request["since-clear"] = true;
   auto const answer = Linux::askAt(options.socket, request.dump());
   if (auto const* fault = std::get_if<Macsecd::Fault>(&answer)) {
     std::cerr << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
@@ -57,6 +65,41 @@ int run(Command const& command, Options const& options) {
   return reading.isGood ? 0 : 1;
 }
 
+void addCommands(CLI::App& app, Options& options) {
+  for (Command const& command : kCommands) {
+    CLI::App& sub = *app.add_subcommand(command.name, command.help);
+    if (command.interface == Command::none) continue;
+    auto* const interface = sub.add_option("interface", options.interface, "One alone");
+    if (command.interface == Command::mustName) interface->required();
+  }
+  app.get_subcommand("counters")
+      ->add_flag("--since-clear", options.sinceClear, "Only what came since the last clearing");
+}
+
+void addFollowing(CLI::App& app, Options& options) {
+  CLI::App& watch = *app.add_subcommand("watch", "Events of the ports as they come");
+  watch.add_option("interface", options.interface, "One alone");
+  CLI::App& capture = *app.add_subcommand("capture", "Write the MKPDUs of a port to a pcap file");
+  capture.add_option("interface", options.interface, "The port")->required();
+  capture.add_option("file", options.file, "The pcap file")->required();
+  for (CLI::App* const sub : {&watch, &capture}) {
+    sub->add_option("--seconds", options.seconds, "End after this time")
+        ->check(CLI::PositiveNumber);
+    sub->add_option("--count", options.count, "End after so many")->check(CLI::PositiveNumber);
+  }
+}
+
+/// The status of the program.
+int runAny(CLI::App const& app, Options const& options) {
+  for (Command const& command : kCommands) {
+    if (app.got_subcommand(command.name)) return run(command, options);
+  }
+  Linux::ControlFollow const follow{options.socket, options.interface, options.json,
+                                    options.seconds, options.count};
+  if (app.got_subcommand("watch")) return Linux::showEvents(follow, std::cout, std::cerr);
+  return Linux::captureFrames(follow, options.file, std::cout, std::cerr);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -66,19 +109,12 @@ int main(int argc, char** argv) {
   app.add_flag("--json", options.json, "Show the answer as it came");
   app.require_subcommand(1);
   app.fallthrough();
-  for (Command const& command : kCommands) {
-    CLI::App& sub = *app.add_subcommand(command.name, command.help);
-    if (command.interface == Command::none) continue;
-    auto* const interface = sub.add_option("interface", options.interface, "One alone");
-    if (command.interface == Command::mustName) interface->required();
-  }
+  addCommands(app, options);
+  addFollowing(app, options);
   try {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
-  for (Command const& command : kCommands) {
-    if (app.got_subcommand(command.name)) return run(command, options);
-  }
-  return 2;
+  return runAny(app, options);
 }

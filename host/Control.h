@@ -7,6 +7,8 @@
 
 #include "host/Host.h"
 #include "host/Mistake.h"
+#include "host/Subscriptions.h"
+#include "host/TraceWish.h"
 
 namespace Macsecd {
 
@@ -20,9 +22,13 @@ namespace Macsecd {
 /// |---|---|---|
 /// | `status` | `interface`, optional | the ports, with their keys and peers |
 /// | `explain` | `interface`, optional | why a port isn't secured |
-/// | `counters` | `interface`, optional | frames by kind, in all and since the last clearing |
+/// | `counters` | `interface`, `since-clear`, optional | frames by kind, in all and since cleared |
 /// | `clear-counters` | | changes; nothing |
+/// | `rekey` | `interface` | changes; the new SAK, or when there will be one |
 /// | `reload` | | changes; nothing, or the mistakes of the file, and nothing was taken |
+/// | `watch` | `interface`, optional | nothing, and then events as they come |
+/// | `capture` | `interface` | nothing, and then frames as they pass |
+/// | `trace` | `on`, `level`, `handles` | changes; nothing |
 ///
 /// No answer ever holds a key.
 class Control {
@@ -30,16 +36,28 @@ class Control {
   static constexpr int kVersion = 1;
   /// Reads the configuration again and takes it over; the mistakes because of which it wasn't.
   using Reload = std::function<std::vector<Mistake>()>;
+  /// Puts what is to be traced into force. Throws `Fault` if it can't be traced anywhere.
+  using Trace = std::function<void(TraceWish const&)>;
+  struct Ways {
+    Reload reload;
+    Subscriptions::Tell tell = nullptr;  ///< null: nobody can subscribe
+    Trace trace = nullptr;               ///< null: nothing can be traced
+  };
 
-  Control(Host& host, Reload reload) : host_(host), reload_(std::move(reload)) {}
+  Control(Host& host, Reload reload) : Control(host, Ways{std::move(reload)}) {}
+  Control(Host& host, Ways ways);
 
   /// Whoever `mayChange` not is refused what changes something. A text that is no request is
-  /// answered as well. The answer has no end of line.
-  std::string answer(std::string_view request, bool mayChange);
+  /// answered as well. The answer has no end of line. `connection` is whom to tell what is
+  /// subscribed to; it has to be ended.
+  std::string answer(std::string_view request, bool mayChange, uint64_t connection = 0);
+  /// The connection is told nothing any more.
+  void connectionEnded(uint64_t connection) { subscriptions_.end(connection); }
 
  private:
   Host& host_;
-  Reload const reload_;
+  Ways const ways_;
+  Subscriptions subscriptions_;
 };
 
 }  // namespace Macsecd

@@ -60,13 +60,13 @@ Json jsonOf(Mistake const& mistake) {
           {"remedy", mistake.remedy}};
 }
 
-Json jsonOf(Macsec::Brine::InterfaceCounters const& counters) {
+Json jsonOf(Macsec::Brine::InterfaceCounters const& counters, bool sinceClear) {
   Json frames = Json::array();
-  for (size_t i = 0; i < counters.total.size(); ++i) {
-    if (counters.total[i] == 0) continue;
-    frames.push_back({{"frames", counterName(i)},
-                      {"since-clear", counters.sinceSnapshot[i]},
-                      {"total", counters.total[i]}});
+  auto const& shown = sinceClear ? counters.sinceSnapshot : counters.total;
+  for (size_t i = 0; i < shown.size(); ++i) {
+    if (shown[i] == 0) continue;
+    frames.push_back({{"frames", counterName(i)}, {"since-clear", counters.sinceSnapshot[i]}});
+    if (!sinceClear) frames.back()["total"] = counters.total[i];
   }
   return {{"interface", orNull(counters.name)}, {"counters", frames}};
 }

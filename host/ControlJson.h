@@ -15,7 +15,8 @@ using Json = nlohmann::ordered_json;
 Json jsonOf(PortSummary const& port);
 Json jsonOf(Explanation const& explanation);
 Json jsonOf(Mistake const& mistake);
-/// The counters that aren't 0, by kind.
-Json jsonOf(Macsec::Brine::InterfaceCounters const& counters);
+/// The counters that aren't 0, by kind; `sinceClear`: only what was counted since they were
+/// cleared.
+Json jsonOf(Macsec::Brine::InterfaceCounters const& counters, bool sinceClear = false);
 
 }  // namespace Macsecd

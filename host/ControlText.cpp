@@ -103,10 +103,23 @@ std::string counters(Json const& ports) {
   for (Json const& port : ports) {
     for (Json const& counter : port.at("counters")) {
       rows.push_back({text(port.at("interface")), text(counter.at("frames")),
-                      text(counter.at("since-clear")), text(counter.at("total"))});
+                      text(counter.at("since-clear"))});
+      if (counter.contains("total")) {
+        rows.back().push_back(text(counter.at("total")));
+      } else {
+        rows.front().resize(3);
+      }
     }
   }
   return textTable(rows);
+}
+
+std::string rekeyed(Json const& result) {
+  std::string const interface = text(result.at("interface"));
+  if (!result.at("sak").is_null()) {
+    return fmt::format("{}: new SAK {}\n", interface, text(result.at("sak")));
+  }
+  return fmt::format("{}: a new SAK comes in {} s\n", interface, text(result.at("seconds")));
 }
 
 std::string explanations(Json const& ports) {
@@ -146,6 +159,8 @@ ControlReading resultText(ControlView view, Json const& result) {
       return {counters(result)};
     case ControlView::explain:
       return {explanations(result)};
+    case ControlView::rekey:
+      return {rekeyed(result)};
     case ControlView::reload:
       return reloaded(result);
     case ControlView::done:

@@ -14,6 +14,7 @@ enum class ControlView : uint8_t {
   keys,      ///< a line for each key, by its name
   counters,  ///< a line for each counter
   explain,   ///< why ports aren't secured
+  rekey,     ///< the new key
   reload,    ///< the mistakes of the file, if there are any
   done,      ///< nothing
 };

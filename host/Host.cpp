@@ -47,7 +47,7 @@ struct Host::Machines {
                        : nullptr),
         configSm(Macsec::configSmFactory(host.config_, host.status_, host.eapKeyStatus_,
                                          host.ethIntfStatusDir_, host.counters_)),
-        codec(host.pamManager_, host.status_, host.ethIntfStatusDir_, host.sink_, host.counters_),
+        codec(host.pamManager_, host.status_, host.ethIntfStatusDir_, host.taps_, host.counters_),
         mkaRootSm(Macsec::mkaRootSmFactory(host.status_, host.ethIntfStatusDir_, host.pamManager_,
                                            host.hwStatus_, host.timerWheel_)),
         forwardingModelSm(
@@ -62,7 +62,7 @@ struct Host::Machines {
 };
 
 Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
-    : sink_(sink),
+    : taps_(sink),
       options_(options),
       config_(Macsec::configFactory(name + "/config")),
       status_(Macsec::statusFactory(name + "/status")),
@@ -206,6 +206,7 @@ void Host::restart() {
 
 void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   if (!machines_) return;
+  taps_.passed(intfId, FrameWay::in, frame);
   FrameEvidence& evidence = frameEvidence_[intfId];
   Codec::Refusal const refusal = machines_->codec.receive(intfId, frame);
   if (refusal) {
@@ -221,11 +222,13 @@ FrameEvidence Host::frameEvidence(Lumo::IntfId intfId) const {
 }
 
 void Host::hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault) {
+  if (hardwareFault(intfId) == fault) return;
   if (fault.empty()) {
     hardwareFaults_.erase(intfId);
   } else {
     hardwareFaults_[intfId] = fault;
   }
+  taps_.hardwareFaultChanged(intfId, fault);
 }
 
 std::string Host::hardwareFault(Lumo::IntfId intfId) const {
@@ -238,5 +241,15 @@ HardwareReport Host::hardwareReport(Lumo::IntfId intfId) const {
 }
 
 Codec::FrameCodec* Host::codec() const { return machines_ ? &machines_->codec : nullptr; }
+
+Vesk::Ptr<Macsec::MkaKeyServerSm> Host::keyServerSm(Lumo::IntfId intfId) const {
+  auto const mkaSm = machines_ ? machines_->mkaRootSm->mkaSm() : nullptr;
+  auto const portSm = mkaSm ? mkaSm->mkaPortSm(intfId) : nullptr;
+  if (!portSm) return nullptr;
+  for (Macsec::MkaActorSm const& actorSm : portSm->mkaActorSm()) {
+    if (actorSm.keyServerSm()) return actorSm.keyServerSm();
+  }
+  return nullptr;
+}
 
 }  // namespace Macsecd

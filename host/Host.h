@@ -17,6 +17,7 @@
 #include "host/ConfigFile.h"
 #include "host/FrameEvidence.h"
 #include "host/HardwareReport.h"
+#include "host/HostTap.h"
 #include "host/StateKeeper.h"
 #include "host/StateTree.h"
 #include "platform/IntfForwardingModel.h"
@@ -98,6 +99,8 @@ class Host {
   Vesk::Ptr<Macsec::Brine::MessageCounters> const& counters() const { return counters_; }
   /// Null while the switch doesn't run.
   Codec::FrameCodec* codec() const;
+  /// What decides on new SAKs for the key in use on this interface; null when no key is in use.
+  Vesk::Ptr<Macsec::MkaKeyServerSm> keyServerSm(Lumo::IntfId intfId) const;
 
   /// What the frames of an interface tell; of one that had none, nothing.
   FrameEvidence frameEvidence(Lumo::IntfId intfId) const;
@@ -109,6 +112,9 @@ class Host {
   using HardwareReports = std::function<HardwareReport(Lumo::IntfId)>;
   void hardwareReportsFrom(HardwareReports reports) { hardwareReports_ = std::move(reports); }
   HardwareReport hardwareReport(Lumo::IntfId intfId) const;
+  /// Who hears of frames and of faults of the hardware, from now on or no longer.
+  void tapIs(HostTap& tap) { taps_.tapIs(tap); }
+  void tapDel(HostTap& tap) { taps_.tapDel(tap); }
 
  private:
   struct ConfigReactor;
@@ -120,7 +126,7 @@ class Host {
   void applyDialects();
   void portNumberIs(InterfaceConfig const& config);
 
-  Codec::FrameSink& sink_;
+  HostTaps taps_;
   HostOptions const options_;
   Vesk::Ptr<Macsec::Config> config_;
   Vesk::Ptr<Macsec::Status> status_;

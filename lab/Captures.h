@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "lab/Happening.h"
-#include "lab/Pcap.h"
+#include "host/Pcap.h"
 #include "lab/Scenario.h"
 
 namespace Lab {
@@ -28,7 +28,7 @@ class Captures final : public Audience {
 
  private:
   std::vector<std::filesystem::path> paths_;
-  std::vector<PcapWriter> files_;
+  std::vector<Macsecd::PcapWriter> files_;
 };
 
 }  // namespace Lab

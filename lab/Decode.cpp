@@ -7,7 +7,7 @@
 
 #include "codec/FrameLayout.h"
 #include "host/KeyText.h"
-#include "lab/Pcap.h"
+#include "host/Pcap.h"
 
 namespace Lab {
 
@@ -45,7 +45,7 @@ char const* words(Verdict verdict) {
   return "";
 }
 
-std::string otherFrame(PcapFrame const& frame) {
+std::string otherFrame(Macsecd::PcapFrame const& frame) {
   auto const& octets = frame.octets;
   if (octets.size() < 14) return fmt::format("{} octets are no Ethernet frame", octets.size());
   unsigned const type = octets[12] << 8 | octets[13];
@@ -65,7 +65,7 @@ bool isUsable(Codec::KeyPair const& pair, std::ostream& err) {
   return !name && !key;
 }
 
-void printFrame(size_t number, PcapFrame const& frame, Codec::FrameDump const& dump,
+void printFrame(size_t number, Macsecd::PcapFrame const& frame, Codec::FrameDump const& dump,
                 std::ostream& out, Tally& tally) {
   out << fmt::format("frame {}, {:.6f} s: ", number, frame.time);
   if (!Codec::isMkpdu(frame.octets)) {
@@ -103,7 +103,7 @@ int decode(std::string const& file, std::vector<Codec::KeyPair> const& keys, boo
   bool usable = true;
   for (auto const& pair : keys) usable = isUsable(pair, err) && usable;
   if (!usable) return 2;
-  Pcap const pcap = readPcap(file);
+  Macsecd::Pcap const pcap = Macsecd::readPcap(file);
   Codec::FrameDump const dump(keys, showKeys);
   Tally tally;
   size_t number = 0;

@@ -34,16 +34,21 @@ ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reloa
     : ControlSocket(host, std::move(reload), Options()) {}
 
 ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options)
-    : control_(host, std::move(reload)),
+    : control_(host, {std::move(reload),
+                      [this](uint64_t connection, std::string const& line) {
+                        server_.push(connection, line + "\n");
+                      },
+                      options.trace}),
       group_(groupNamed(options.group)),
-      server_({[this](SocketPeer const& peer) { return mayChange(peer) || mayLook(peer); },
-               [this](SocketPeer const& peer, std::span<uint8_t> line) {
-                 std::string_view const request(reinterpret_cast<char const*>(line.data()),
-                                                line.size());
-                 return control_.answer(request, mayChange(peer)) + "\n";
-               },
-               lineOf},
-              {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
+      server_(
+          {[this](SocketPeer const& peer) { return mayChange(peer) || mayLook(peer); },
+           [this](SocketPeer const& peer, std::span<uint8_t> line) {
+             std::string_view const request(reinterpret_cast<char const*>(line.data()),
+                                            line.size());
+             return control_.answer(request, mayChange(peer), peer.connection) + "\n";
+           },
+           lineOf, [this](SocketPeer const& peer) { control_.connectionEnded(peer.connection); }},
+          {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
 
 std::optional<std::string> ControlSocket::listenAt(std::string const& path) {
   return server_.listenAt(path, group_ ? 0666 : 0600);

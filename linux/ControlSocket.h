@@ -9,12 +9,15 @@
 namespace Linux {
 
 /// `Macsecd::Control` on a Unix stream socket: a request on a line, its answer on a line. Root and
-/// the process's own user may change, the members of a group may look.
+/// the process's own user may change, the members of a group may look. A connection that subscribes
+/// stays open and gets a line for each event.
 class ControlSocket {
  public:
   struct Options {
     /// Members of this group may look; empty, or a group that isn't there, for nobody.
     std::string group = "macsec";
+    /// What `trace` does; nothing can be traced if it is null.
+    Macsecd::Control::Trace trace = nullptr;
   };
 
   ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options);

@@ -4,6 +4,7 @@
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <system_error>
@@ -112,6 +113,7 @@ void LineServer::greet(Descriptor socket) {
     return;
   }
   VESK_TRACE(3, ": Connection of user ", peer->user);
+  peer->connection = ++connections_;
   clients_[fd] = std::make_unique<Client>(std::move(socket), *std::move(peer));
 }
 
@@ -132,6 +134,7 @@ void LineServer::serve(int fd, uint32_t events) {
     return;
   }
   VESK_TRACE(3, ": End of a connection of user ", client.peer.user);
+  if (handlers_.ended) handlers_.ended(client.peer);
   clients_.erase(found);
 }
 
@@ -184,6 +187,29 @@ void LineServer::flush(Client& client) {
   } else if (errno != EAGAIN && errno != EINTR) {
     client.unread.clear();
   }
+}
+
+void LineServer::push(uint64_t connection, std::string_view line) {
+  auto const found = std::ranges::find_if(
+      clients_, [&](auto const& entry) { return entry.second->peer.connection == connection; });
+  if (found == clients_.end() || found->second->isEnding) return;
+  Client& client = *found->second;
+  bool const wasBehind = !client.unread.empty();
+  client.unread += line;
+  if (wasBehind && client.unread.size() > options_.maxPushed) return endSoon(client);
+  if (wasBehind) return;
+  flush(client);
+  if (!client.unread.empty()) watchFor(client);
+}
+
+// Whoever calls may be in the middle of something that this connection has set off.
+void LineServer::endSoon(Client& client) {
+  ++counts_.slowReaders;
+  VESK_TRACE(3, ": User ", client.peer.user, " doesn't read what is told");
+  client.isEnding = true;
+  client.unread.clear();
+  shutdown(client.socket.fd(), SHUT_RDWR);
+  watchFor(client);
 }
 
 }  // namespace Linux

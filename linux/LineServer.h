@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/KeyText.h"
@@ -21,9 +22,11 @@ namespace Linux {
 struct SocketPeer {
   uid_t user = 0;
   std::vector<gid_t> groups;  ///< its own first, then the supplementary ones
+  uint64_t connection = 0;    ///< a number that no other connection of the server has or had
 };
 
-/// Answers lines on a Unix stream socket, one line with one line.
+/// Answers lines on a Unix stream socket, one line with one line, and gives lines that nobody has
+/// asked for just now to connections that have subscribed to them.
 ///
 /// It has no loop of its own and never blocks: whoever runs one waits for `fd()` to become readable
 /// and calls `run()`.
@@ -36,6 +39,8 @@ class LineServer {
     std::string purpose = "use this socket";
     /// Octets of answers that may wait for somebody to read them.
     size_t maxUnread = 0;
+    /// The same for lines given with `push`.
+    size_t maxPushed = 1 << 20;
   };
   struct Handlers {
     std::function<bool(SocketPeer const&)> admits;
@@ -43,6 +48,8 @@ class LineServer {
     std::function<std::string(SocketPeer const&, std::span<uint8_t>)> take;
     /// The answer to what isn't a line, or to a connection that can't be had.
     std::function<std::string(Macsecd::Fault const&)> refuse;
+    /// A connection that was admitted has ended.
+    std::function<void(SocketPeer const&)> ended = nullptr;
   };
   struct Counts {
     uint64_t refusedUsers = 0;  ///< connections of somebody who isn't admitted
@@ -65,6 +72,10 @@ class LineServer {
   /// Does what there is to do; returns when it would have to wait.
   void run();
 
+  /// Gives a connection a line, with its end; from anywhere, also while another is answered. One
+  /// whose other side doesn't read is ended, soon after this returns.
+  void push(uint64_t connection, std::string_view line);
+
   Counts const& counts() const { return counts_; }
   size_t clients() const { return clients_.size(); }
 
@@ -75,6 +86,7 @@ class LineServer {
     SocketPeer const peer;
     LineBuffer lines;
     std::string unread;
+    bool isEnding = false;  // is shut down, and goes when the kernel says so
   };
 
   void acceptAll();
@@ -86,6 +98,7 @@ class LineServer {
   bool takeLines(Client& client);
   bool answer(Client& client, std::string const& text);
   void flush(Client& client);
+  void endSoon(Client& client);
   void watchFor(Client const& client);
 
   Handlers const handlers_;
@@ -93,6 +106,7 @@ class LineServer {
   Descriptor epoll_;
   std::optional<UnixListener> listener_;
   std::map<int, std::unique_ptr<Client>> clients_;
+  uint64_t connections_ = 0;  // so far
   Counts counts_;
 };
 

@@ -1,5 +1,7 @@
 #include "runtime/Trace.h"
 
+#include <set>
+
 #include "runtime/World.h"
 
 namespace Vesk {
@@ -14,6 +16,14 @@ uint16_t ringLevelsOfAll = 0;
 TraceHandle::TraceHandle(char const* name)
     : name_(name), ringLevels_(ringLevelsOfAll), next_(firstHandle) {
   firstHandle = this;
+}
+
+std::vector<std::string> TraceHandle::names() {
+  std::set<std::string> names;
+  for (TraceHandle* handle = firstHandle; handle; handle = handle->next_) {
+    names.insert(handle->name_);
+  }
+  return {names.begin(), names.end()};
 }
 
 void TraceHandle::streamLevelsIs(std::string_view name, uint16_t levels) {

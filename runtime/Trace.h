@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "runtime/Glimmer.h"
 #include "runtime/Text.h"
@@ -29,6 +30,8 @@ class TraceHandle {
   bool goesToStream(FacilityLevel level) const { return streamLevels_ >> level & 1; }
   bool goesToRing(FacilityLevel level) const { return ringLevels_ >> level & 1; }
 
+  /// The names in use, each once, in the order of the alphabet.
+  static std::vector<std::string> names();
   /// Sends the levels of `levels` (bit n: level n) of every handle named `name`, or of all handles
   /// for an empty name, to the trace sink of the world.
   static void streamLevelsIs(std::string_view name, uint16_t levels);

@@ -41,10 +41,17 @@ class ControlTest : public ::testing::Test {
   Switch b{2}, a{1};
   std::vector<Mistake> mistakes;
   int reloads = 0;
-  Control control{a.host, [this] {
-                    ++reloads;
-                    return mistakes;
-                  }};
+  std::vector<std::string> told;  ///< "connection: line"
+  std::vector<TraceWish> wishes;
+  Control control{a.host,
+                  {[this] {
+                     ++reloads;
+                     return mistakes;
+                   },
+                   [this](uint64_t connection, std::string const& line) {
+                     told.push_back(std::to_string(connection) + ": " + line);
+                   },
+                   [this](TraceWish const& wish) { wishes.push_back(wish); }}};
   std::string text;
 };
 
@@ -99,6 +106,86 @@ TEST_F(ControlTest, CountsAndClears) {
   EXPECT_EQ(after["counters"][0]["total"], before["counters"][0]["total"]);
 }
 
+TEST_F(ControlTest, CountsWhatCameSinceTheClearingAlone) {
+  resultOf("clear-counters");
+  std::string const request = R"({"version":1,"command":"counters","since-clear":true})";
+  EXPECT_TRUE(answer(request)["result"][0]["counters"].empty());
+  talk(a, b, 24);
+  Json const sent = answer(request)["result"][0]["counters"][0];
+  EXPECT_EQ(sent["frames"], "tx success");
+  EXPECT_EQ(sent["since-clear"], 2);
+  EXPECT_FALSE(sent.contains("total"));
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"counters","since-clear":1})"),
+            "'since-clear' is neither true nor false");
+}
+
+TEST_F(ControlTest, MakesANewSakForOneInterface) {
+  talk(a, b, 40);
+  Json const result =
+      answer(R"({"version":1,"command":"rekey","interface":"Ethernet1"})")["result"];
+  EXPECT_EQ(result["interface"], "Ethernet1");
+  EXPECT_EQ(result["seconds"], 0);
+  talk(a, b, 50);
+  EXPECT_EQ(resultOf("status")[0]["sak"], result["sak"]);
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"rekey"})"), "no interface is named");
+}
+
+TEST_F(ControlTest, TellsEventsToWhoeverWatchesThemUntilHeEnds) {
+  Vesk::WorldScope const scope(a.world);
+  EXPECT_EQ(control.answer(R"({"version":1,"command":"watch"})", false, 5),
+            R"({"version":1,"ok":true,"result":null})");
+  control.answer(R"({"version":1,"command":"watch","interface":"Ethernet1"})", false, 6);
+  a.host.hardwareFaultIs(kIntf, "no room");
+  std::string const event =
+      R"({"version":1,"time":20.0,"interface":"Ethernet1","event":"hardware-fault",)"
+      R"("fault":"no room"})";
+  EXPECT_EQ(told, (std::vector<std::string>{"5: " + event, "6: " + event}));
+  control.connectionEnded(6);
+  a.host.hardwareFaultIs(kIntf, "");
+  EXPECT_EQ(told.size(), 3u);
+  EXPECT_TRUE(Vesk::attributeLogEnabled);
+  control.connectionEnded(5);
+  EXPECT_FALSE(Vesk::attributeLogEnabled);
+}
+
+TEST_F(ControlTest, TellsTheFramesOfBothDirections) {
+  {
+    Vesk::WorldScope const scope(a.world);
+    control.answer(R"({"version":1,"command":"capture","interface":"Ethernet1"})", false, 7);
+  }
+  talk(a, b, 22);
+  ASSERT_EQ(told.size(), 2u);
+  std::vector<std::string> ways;
+  for (std::string const& line : told) {
+    Json const frame = Json::parse(line.substr(3));
+    EXPECT_EQ(frame["event"], "frame");
+    EXPECT_EQ(frame["octets"].get<std::string>().substr(0, 12), "0180c2000003");
+    ways.push_back(frame["way"]);
+  }
+  std::ranges::sort(ways);
+  EXPECT_EQ(ways, (std::vector<std::string>{"in", "out"}));
+  control.connectionEnded(7);
+  talk(a, b, 26);
+  EXPECT_EQ(told.size(), 2u);
+}
+
+TEST_F(ControlTest, HandsOnWhatIsToBeTraced) {
+  resultOf("trace");
+  answer(R"({"version":1,"command":"trace","on":true,"level":3,"handles":["MkaSm"]})");
+  answer(R"({"version":1,"command":"trace","on":true})");
+  ASSERT_EQ(wishes.size(), 3u);
+  EXPECT_EQ(wishes[0].levels, 0);
+  EXPECT_EQ(wishes[1].levels, 0b1111);
+  EXPECT_EQ(wishes[1].handles, std::vector<std::string>{"MkaSm"});
+  EXPECT_EQ(wishes[2].levels, Vesk::kAllTraceLevels);
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"level":10})"),
+            "'level' is no level");
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"handles":[1]})"),
+            "'handles' holds what is no text");
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":"yes"})"),
+            "'on' is neither true nor false");
+}
+
 TEST_F(ControlTest, ReloadsAndTellsTheMistakes) {
   EXPECT_TRUE(resultOf("reload")["taken"].get<bool>());
   mistakes.push_back({"switch.yaml", 3, 5, "unknown word 'kye'", "write 'key'"});
@@ -109,11 +196,12 @@ TEST_F(ControlTest, ReloadsAndTellsTheMistakes) {
 }
 
 TEST_F(ControlTest, LetsWhoMayOnlyReadChangeNothing) {
-  for (std::string const command : {"clear-counters", "reload"}) {
+  for (std::string const command : {"clear-counters", "rekey", "reload", "trace"}) {
     EXPECT_EQ(errorOf(R"({"version":1,"command":")" + command + "\"}", false),
               "you may not " + command);
   }
   EXPECT_EQ(reloads, 0);
+  EXPECT_TRUE(wishes.empty());
   EXPECT_GT(resultOf("counters")[0]["counters"][0]["since-clear"], 5);
 }
 

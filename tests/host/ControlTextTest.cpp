@@ -53,11 +53,28 @@ TEST(ControlText, TellsCountersAndExplanations) {
                 .text,
             "Interface  Frames      Since clear  Total\n"
             "Ethernet1  tx success  3            40\n");
+  EXPECT_EQ(readingOf(ControlView::counters,
+                      R"({"ok":true,"result":[{"interface":"Ethernet1","counters":[
+                        {"frames":"tx success","since-clear":3}]}]})")
+                .text,
+            "Interface  Frames      Since clear\n"
+            "Ethernet1  tx success  3\n");
   EXPECT_EQ(readingOf(ControlView::explain,
                       R"({"ok":true,"result":[{"interface":"Ethernet1","secured":false,"causes":[
                         {"cause":"no-link","what":"the link is down","remedy":"check it"}]}]})")
                 .text,
             "Ethernet1 is not secured\n  no-link: the link is down\n    check it\n");
+}
+
+TEST(ControlText, TellsTheNewSakOrWhenThereWillBeOne) {
+  EXPECT_EQ(readingOf(ControlView::rekey,
+                      R"({"ok":true,"result":{"interface":"e1","sak":"5e6f:3","seconds":0.0}})")
+                .text,
+            "e1: new SAK 5e6f:3\n");
+  EXPECT_EQ(readingOf(ControlView::rekey,
+                      R"({"ok":true,"result":{"interface":"e1","sak":null,"seconds":4.25}})")
+                .text,
+            "e1: a new SAK comes in 4.2 s\n");
 }
 
 TEST(ControlText, TellsMistakesRefusalsAndWhatItDoesNotUnderstand) {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <sstream>
 
-#include "lab/Pcap.h"
+#include "host/Pcap.h"
 #include "tests/codec/CodecBench.h"
 
 namespace Lab {
@@ -30,7 +30,7 @@ Decoded decoded(std::vector<Bytes> const& frames, std::vector<Codec::KeyPair> co
                 bool showKeys = false) {
   std::string const file = TempDir() + "/decode-" + std::to_string(getpid()) + ".pcap";
   {
-    PcapWriter writer(file);
+    Macsecd::PcapWriter writer(file);
     for (auto const& frame : frames) writer.add(1.5, frame);
   }
   std::ostringstream out;

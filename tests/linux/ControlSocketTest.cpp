@@ -1,13 +1,18 @@
 #include "linux/ControlSocket.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "host/Pcap.h"
 #include "linux/ControlClient.h"
+#include "linux/ControlFollow.h"
 #include "tests/host/HostFixture.h"
 
 namespace Linux {
@@ -98,6 +103,136 @@ TEST_F(ControlSocketTest, IsForItsUserAloneWhereThereIsNoGroup) {
   struct stat status;
   ASSERT_EQ(stat(path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600u);
+}
+
+/// A connection of this process itself.
+Descriptor connectedTo(std::string const& path) {
+  Descriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  EXPECT_EQ(connect(fd.fd(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  return fd;
+}
+
+std::string readAll(Descriptor const& fd) {
+  std::string text;
+  char part[65536];
+  for (ssize_t got; (got = read(fd.fd(), part, sizeof part)) > 0;) {
+    text.append(part, static_cast<size_t>(got));
+  }
+  return text;
+}
+
+TEST_F(ControlSocketTest, TellsEventsToAConnectionThatStaysOpen) {
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  a.bringUp();
+  Descriptor const watching = connectedTo(path);
+  std::string const request = "{\"version\":1,\"command\":\"watch\"}\n";
+  ASSERT_GT(write(watching.fd(), request.data(), request.size()), 0);
+  for (int i = 0; i < 2; ++i) socket.run();
+  EXPECT_EQ(readAll(watching), "{\"version\":1,\"ok\":true,\"result\":null}\n");
+  a.host.hardwareFaultIs(Macsecd::kIntf, "no room");
+  EXPECT_THAT(readAll(watching), HasSubstr("\"fault\":\"no room\""));
+  shutdown(watching.fd(), SHUT_RDWR);
+  socket.run();
+  EXPECT_FALSE(Vesk::attributeLogEnabled);
+}
+
+TEST_F(ControlSocketTest, EndsAConnectionThatDoesNotReadWhatItIsTold) {
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  a.bringUp();
+  Descriptor const capturing = connectedTo(path);
+  std::string const request =
+      "{\"version\":1,\"command\":\"capture\",\"interface\":\"Ethernet1\"}\n";
+  ASSERT_GT(write(capturing.fd(), request.data(), request.size()), 0);
+  for (int i = 0; i < 2; ++i) socket.run();
+  std::vector<uint8_t> const frame(1000, 0x5a);
+  for (int i = 0; i < 2000; ++i) a.host.receive(Macsecd::kIntf, frame);
+  EXPECT_EQ(socket.counts().slowReaders, 1u);
+  socket.run();
+  std::string const told = readAll(capturing);
+  EXPECT_GT(told.size(), 100'000u);
+  EXPECT_LT(told.size(), 2'000'000u);
+  EXPECT_EQ(read(capturing.fd(), nullptr, 0), 0);
+  for (int i = 0; i < 2000; ++i) a.host.receive(Macsecd::kIntf, frame);
+  EXPECT_EQ(socket.counts().slowReaders, 1u);
+}
+
+/// Runs `follow` in another process, and lets `happens` come about until that one has ended.
+class ControlFollowTest : public ControlSocketTest {
+ protected:
+  int statusOf(std::function<int()> const& follow, std::function<void()> const& happens) {
+    pid_t const other = fork();
+    if (other == 0) _exit(follow());
+    int status = 0;
+    pollfd waited{socket.fd(), POLLIN, 0};
+    while (waitpid(other, &status, WNOHANG) == 0) {
+      if (poll(&waited, 1, 10) > 0) socket.run();
+      happens();
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  ControlFollow follow(size_t count) {
+    return {.socket = path, .interface = "Ethernet1", .seconds = 60, .count = count};
+  }
+  std::string const file = path + ".out";
+};
+
+TEST_F(ControlFollowTest, ShowsEventsWithTheTimeOfDay) {
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  a.bringUp();
+  int faults = 0;
+  int const status = statusOf(
+      [&] {
+        std::ofstream out(file);
+        return showEvents(follow(2), out, out);
+      },
+      [&] { a.host.hardwareFaultIs(Macsecd::kIntf, ++faults % 2 != 0 ? "no room" : ""); });
+  EXPECT_EQ(status, 0);
+  std::ifstream in(file);
+  std::string line;
+  std::getline(in, line);
+  EXPECT_THAT(line, ::testing::MatchesRegex(
+                        "[0-9]+-[0-9]+-[0-9]+ [0-9:]+[.][0-9]+  Ethernet1  the hardware .*"));
+  std::filesystem::remove(file);
+}
+
+TEST_F(ControlFollowTest, WritesFramesThatCanBeReadBack) {
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  a.bringUp();
+  std::vector<uint8_t> frame(60, 0x11);
+  int const status = statusOf(
+      [&] {
+        std::ostringstream out;
+        return captureFrames(follow(3), file, out, out);
+      },
+      [&] {
+        ++frame[20];
+        a.host.receive(Macsecd::kIntf, frame);
+      });
+  EXPECT_EQ(status, 0);
+  Macsecd::Pcap const pcap = Macsecd::readPcap(file);
+  EXPECT_EQ(pcap.fault, "");
+  ASSERT_EQ(pcap.frames.size(), 3u);
+  EXPECT_EQ(pcap.frames[0].octets.size(), 60u);
+  EXPECT_EQ(pcap.frames[1].octets[20], static_cast<uint8_t>(pcap.frames[0].octets[20] + 1));
+  std::filesystem::remove(file);
+}
+
+TEST_F(ControlFollowTest, SaysWhatIsWrong) {
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  std::ostringstream err;
+  EXPECT_EQ(captureFrames(follow(1), "/no/such/folder/file", err, err), 1);
+  EXPECT_THAT(err.str(), HasSubstr("/no/such/folder/file: can't be written"));
+  EXPECT_EQ(statusOf(
+                [&] {
+                  std::ostringstream out;
+                  return showEvents({.socket = path, .interface = "Ethernet7"}, out, out);
+                },
+                [] {}),
+            1);
+  EXPECT_EQ(showEvents({.socket = path + ".none", .interface = ""}, err, err), 3);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace Lab {
+namespace Macsecd {
 
 /// Resolution of the times in a capture.
 enum class PcapTimes : uint8_t { microseconds, nanoseconds };
@@ -52,4 +52,4 @@ struct Pcap {
 /// Reads a classic pcap file of Ethernet frames, of either byte order and resolution.
 Pcap readPcap(std::string const& file);
 
-}  // namespace Lab
+}  // namespace Macsecd

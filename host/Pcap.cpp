@@ -1,4 +1,4 @@
-#include "lab/Pcap.h"
+#include "host/Pcap.h"
 
 #include <fmt/format.h>
 
@@ -6,7 +6,7 @@
 #include <iterator>
 #include <optional>
 
-namespace Lab {
+namespace Macsecd {
 
 namespace {
 
@@ -127,4 +127,4 @@ Pcap readPcap(std::string const& file) {
   return PcapReader(std::move(octets)).read();
 }
 
-}  // namespace Lab
+}  // namespace Macsecd

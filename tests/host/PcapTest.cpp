@@ -1,10 +1,10 @@
-#include "lab/Pcap.h"
+#include "host/Pcap.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 
-namespace Lab {
+namespace Macsecd {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
@@ -79,4 +79,4 @@ TEST(Pcap, NamesTheOctetThatIsWrong) {
 }
 
 }  // namespace
-}  // namespace Lab
+}  // namespace Macsecd
