@@ -6,10 +6,12 @@
 #include "host/ControlText.h"
 #include "linux/ControlClient.h"
 #include "linux/ControlFollow.h"
+#include "linux/TraceText.h"
 
 namespace {
 
 using Macsecd::ControlView;
+using Json = nlohmann::ordered_json;
 
 struct Options {
   std::string socket = "/run/macsecd/control";
@@ -19,6 +21,9 @@ struct Options {
   bool sinceClear = false;
   double seconds = 0;
   size_t count = 0;
+  std::string traceFile = "/run/macsecd/trace";
+  unsigned level = Glimmer::TraceFile::kLevels - 1;
+  std::vector<std::string> handles;
 };
 
 struct Command {
@@ -44,25 +49,45 @@ constexpr Command kCommands[] = {
     {"reload", "reload", ControlView::reload, Command::none, "Read the configuration again"},
 };
 
+Json requestOf(char const* command) {
+  return {{"version", Macsecd::Control::kVersion}, {"command", command}};
+}
+
 /// 0 when done, 1 when the switch refused, 3 when it can't be asked.
-int run(Command const& command, Options const& options) {
-  nlohmann::ordered_json request = {{"version", Macsecd::Control::kVersion},
-                                    {"command", command.request}};
-  if (!options.interface.empty()) request["interface"] = options.interface;
-  if (options.sinceClear) request["since-clear"] = true;
+int ask(Json const& request, ControlView view, Options const& options) {
   auto const answer = Linux::askAt(options.socket, request.dump());
   if (auto const* fault = std::get_if<Macsecd::Fault>(&answer)) {
     std::cerr << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
     return 3;
   }
   auto const& text = std::get<std::string>(answer);
-  auto const reading = Macsecd::readingOf(command.view, text);
+  auto const reading = Macsecd::readingOf(view, text);
   if (options.json) {
     std::cout << text << '\n';
   } else {
     (reading.isGood ? std::cout : std::cerr) << reading.text;
   }
   return reading.isGood ? 0 : 1;
+}
+
+int run(Command const& command, Options const& options) {
+  Json request = requestOf(command.request);
+  if (!options.interface.empty()) request["interface"] = options.interface;
+  if (options.sinceClear) request["since-clear"] = true;
+  return ask(request, command.view, options);
+}
+
+int runTrace(CLI::App const& trace, Options const& options) {
+  if (trace.got_subcommand("dump")) {
+    return Linux::showTrace(options.traceFile, options.json, std::cout, std::cerr);
+  }
+  Json request = requestOf("trace");
+  request["on"] = trace.got_subcommand("on");
+  if (request["on"]) {
+    request["level"] = options.level;
+    request["handles"] = options.handles;
+  }
+  return ask(request, ControlView::done, options);
 }
 
 void addCommands(CLI::App& app, Options& options) {
@@ -89,6 +114,19 @@ void addFollowing(CLI::App& app, Options& options) {
   }
 }
 
+void addTracing(CLI::App& app, Options& options) {
+  CLI::App& trace = *app.add_subcommand("trace", "What goes on inside, statement by statement");
+  trace.require_subcommand(1);
+  CLI::App& on = *trace.add_subcommand("on", "Trace from now on");
+  on.add_option("--level", options.level, "Levels 0 to this one")
+      ->check(CLI::Range(0, 9))
+      ->capture_default_str();
+  on.add_option("handles", options.handles, "Only what bears these names");
+  trace.add_subcommand("off", "Trace no longer; what was traced stays");
+  CLI::App& dump = *trace.add_subcommand("dump", "What was traced, the oldest first");
+  dump.add_option("--file", options.traceFile, "Where it was traced to")->capture_default_str();
+}
+
 /// The status of the program.
 int runAny(CLI::App const& app, Options const& options) {
   for (Command const& command : kCommands) {
@@ -96,6 +134,7 @@ int runAny(CLI::App const& app, Options const& options) {
   }
   Linux::ControlFollow const follow{options.socket, options.interface, options.json,
                                     options.seconds, options.count};
+  if (app.got_subcommand("trace")) return runTrace(*app.get_subcommand("trace"), options);
   if (app.got_subcommand("watch")) return Linux::showEvents(follow, std::cout, std::cerr);
   return Linux::captureFrames(follow, options.file, std::cout, std::cerr);
 }
@@ -111,6 +150,7 @@ int main(int argc, char** argv) {
   app.fallthrough();
   addCommands(app, options);
   addFollowing(app, options);
+  addTracing(app, options);
   try {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {

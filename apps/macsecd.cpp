@@ -29,6 +29,7 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   daemon.counters = "/macsecd-counters";
   daemon.controlSocket = "/run/macsecd/control";
   daemon.stateFile = "/run/macsecd/state";
+  daemon.traceFile = "/run/macsecd/trace";
   app.add_option("--config", daemon.configFile, "The configuration")
       ->type_name("FILE")
       ->capture_default_str();
@@ -45,6 +46,9 @@ void addOptions(CLI::App& app, Arguments& arguments) {
       ->capture_default_str();
   app.add_option("--state", daemon.stateFile,
                  "Keep in this file what a restart goes on with; nowhere if empty")
+      ->type_name("FILE")
+      ->capture_default_str();
+  app.add_option("--trace", daemon.traceFile, "Trace to this file while macsecctl has it traced")
       ->type_name("FILE")
       ->capture_default_str();
   app.add_flag("--emulate-hardware", daemon.emulateHardware)->group("");

@@ -16,6 +16,7 @@
 #include "linux/LmdbStore.h"
 #include "linux/Ports.h"
 #include "linux/ProcessWorld.h"
+#include "linux/Tracing.h"
 
 namespace Linux {
 
@@ -29,6 +30,8 @@ struct DaemonOptions {
   std::string controlSocket = {};
   /// The file that holds the status tree over a restart; none if empty.
   std::string stateFile = {};
+  /// The file that traces go to while they are on; nowhere if empty.
+  std::string traceFile = {};
   /// Keys are installed nowhere, and taken for installed: for the development of the protocol.
   bool emulateHardware = false;
 };
@@ -81,6 +84,7 @@ class Daemon final : private PortFollower {
   DaemonOptions const options_;
   ProcessWorld world_;
   Vesk::WorldScope const scope_;
+  Tracing tracing_;
   EventLoop loop_;
   EapolSockets sockets_;
   Macsecd::Host host_;

@@ -22,6 +22,11 @@ class ProcessWorld final : public Vesk::World {
   /// Throws `std::system_error` if the kernel gives none.
   void randomBytes(std::span<uint8_t> out) override;
   void syslog(Vesk::LogMessage const& message) override { syslog_(message); }
+  void trace(Vesk::TraceRecord const& record) override {
+    if (trace_) trace_(record);
+  }
+  /// Where trace statements go; nowhere for null.
+  void traceTo(std::function<void(Vesk::TraceRecord const&)> trace) { trace_ = std::move(trace); }
   /// Ends the process at once: what it has written is pushed out, and nothing is destroyed under
   /// the handlers that still run.
   [[noreturn]] void exit(int status) override;
@@ -30,6 +35,7 @@ class ProcessWorld final : public Vesk::World {
 
  private:
   Syslog syslog_;
+  std::function<void(Vesk::TraceRecord const&)> trace_;
 };
 
 }  // namespace Linux
