@@ -51,6 +51,9 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--trace", daemon.traceFile, "Trace to this file while macsecctl has it traced")
       ->type_name("FILE")
       ->capture_default_str();
+  app.add_option("--metrics", daemon.metrics,
+                 "Let Prometheus read at this loopback address, as 127.0.0.1:9464")
+      ->type_name("ADDRESS:PORT");
   app.add_flag("--emulate-hardware", daemon.emulateHardware)->group("");
   app.footer(kExitStatuses);
 }

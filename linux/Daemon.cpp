@@ -109,6 +109,7 @@ Daemon::Daemon(DaemonOptions options, Macsecd::StateStore* store,
       eapKeys_(host_.eapKeyStatus()),
       control_(host_, [this] { return reload(); },
                {.trace = [this](auto const& wish) { tracing_.wishIs(wish); }}),
+      metricsServer_([this] { return metrics_->text(); }),
       links_([this](LinkChange const& change) { ports_.changed(change); }),
       ports_(links_, *this) {}
 
@@ -155,6 +156,10 @@ bool Daemon::listen() {
   std::optional<std::string> error;
   if (!options_.eapKeySocket.empty()) error = eapKeys_.listenAt(options_.eapKeySocket);
   if (!error && !options_.controlSocket.empty()) error = control_.listenAt(options_.controlSocket);
+  if (!error && !options_.metrics.empty()) {
+    metrics_.emplace(host_, loopDelay_);
+    error = metricsServer_.listenAt(options_.metrics);
+  }
   if (error) Vesk::log(MACSECD_CANNOT_RUN, *error);
   return !error;
 }
@@ -169,6 +174,7 @@ void Daemon::connect() {
   loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); });
   loop_.watch(eapKeys_.fd(), [this] { eapKeys_.run(); });
   loop_.watch(control_.fd(), [this] { control_.run(); });
+  loop_.watch(metricsServer_.fd(), [this] { metricsServer_.run(); });
   loop_.timerIs([this] { handleDue(); });
   loop_.beforeWaitIs([this] { endTurn(); });
 }
@@ -197,6 +203,7 @@ double Daemon::nextTime() const {
 }
 
 void Daemon::handleDue() {
+  loopDelay_.ran(nextTime(), Vesk::now());
   host_.timerWheel()->runDue();
   double const now = Vesk::now();
   if (driver_ && driver_->nextTime() <= now) driver_->run();

@@ -14,6 +14,8 @@
 #include "linux/HardwareDriver.h"
 #include "linux/LinkWatch.h"
 #include "linux/LmdbStore.h"
+#include "linux/Metrics.h"
+#include "linux/MetricsServer.h"
 #include "linux/Ports.h"
 #include "linux/ProcessWorld.h"
 #include "linux/Tracing.h"
@@ -32,6 +34,8 @@ struct DaemonOptions {
   std::string stateFile = {};
   /// The file that traces go to while they are on; nowhere if empty.
   std::string traceFile = {};
+  /// The loopback address at which Prometheus reads (`MetricsServer`); none if empty.
+  std::string metrics = {};
   /// Keys are installed nowhere, and taken for installed: for the development of the protocol.
   bool emulateHardware = false;
 };
@@ -92,6 +96,9 @@ class Daemon final : private PortFollower {
   std::map<std::string, uint16_t> portNumbers_;  ///< of the interfaces in the configuration
   EapKeyFeed eapKeys_;
   ControlSocket control_;
+  LoopDelay loopDelay_;
+  std::optional<Metrics> metrics_;
+  MetricsServer metricsServer_;
   LinkTable links_;
   Ports ports_;
   std::optional<LinkWatch> linkWatch_;

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <prometheus/collectable.h>
+
+#include <string>
+
+#include "host/PortHistory.h"
+#include "linux/LoopDelay.h"
+
+namespace Linux {
+
+/// What a switch tells Prometheus: docs/metrics.md lists it. Nothing is kept but what the tree
+/// doesn't hold; the rest is read when it is asked for.
+class Metrics final : public prometheus::Collectable {
+ public:
+  /// In the world of the host. Both have to outlive this.
+  Metrics(Macsecd::Host& host, LoopDelay const& delay);
+
+  std::vector<prometheus::MetricFamily> Collect() const override;
+  /// All of it in the text format 0.0.4.
+  std::string text() const;
+
+ private:
+  Macsecd::Host& host_;
+  LoopDelay const& delay_;
+  Macsecd::PortHistory history_;
+};
+
+}  // namespace Linux
