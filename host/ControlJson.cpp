@@ -7,6 +7,12 @@ namespace Macsecd {
 namespace {
 
 Json orNull(std::string const& text) { return text.empty() ? Json() : Json(text); }
+template <class Number>
+Json orNull(std::optional<Number> const& number) {
+  return number ? Json(*number) : Json();
+}
+
+Json jsonOf(KeyAge const& age) { return {{"seconds", age.seconds}, {"at-least", age.isLeast}}; }
 
 Json jsonOf(PeerSummary const& peer) {
   return {{"member-id", peer.memberId},
@@ -32,10 +38,18 @@ Json jsonOf(KeySummary const& key) {
 }  // namespace
 
 Json jsonOf(PortSummary const& port) {
-  Json json = {{"interface", port.interface}, {"profile", orNull(port.profile)},
-               {"state", port.state},         {"cipher-suite", orNull(port.cipherSuite)},
-               {"sci", orNull(port.sci)},     {"ssci", orNull(port.ssci)},
-               {"sak", orNull(port.sak)},     {"an", port.an ? Json(*port.an) : Json()},
+  Json json = {{"interface", port.interface},
+               {"profile", orNull(port.profile)},
+               {"state", port.state},
+               {"cipher-suite", orNull(port.cipherSuite)},
+               {"sci", orNull(port.sci)},
+               {"ssci", orNull(port.ssci)},
+               {"sak", orNull(port.sak)},
+               {"an", orNull(port.an)},
+               {"key-age", port.keyAge ? jsonOf(*port.keyAge) : Json()},
+               {"device", orNull(port.hardware.device)},
+               {"tx-packet-number", orNull(port.hardware.txPacketNumber)},
+               {"rx-packet-number", orNull(port.hardware.rxPacketNumber)},
                {"keys", Json::array()}};
   for (KeySummary const& key : port.keys) json["keys"].push_back(jsonOf(key));
   return json;

@@ -34,8 +34,26 @@ size_t livePeers(Json const& key) {
   return count;
 }
 
+// "3 m 20 s", with a mark if it may be more.
+std::string ageOf(Json const& port) {
+  Json const& age = port.at("key-age");
+  if (age.is_null()) return "";
+  auto const seconds = static_cast<uint64_t>(age.at("seconds").get<double>());
+  std::string const text = seconds < 60 ? fmt::format("{} s", seconds)
+                           : seconds < 3600
+                               ? fmt::format("{} m {} s", seconds / 60, seconds % 60)
+                               : fmt::format("{} h {} m", seconds / 3600, seconds / 60 % 60);
+  return (age.at("at-least").get<bool>() ? "> " : "") + text;
+}
+
+/// How many packets went before the next number, the first of which is 1.
+std::string packetsBefore(Json const& number) {
+  return number.is_null() ? "" : std::to_string(number.get<uint64_t>() - 1);
+}
+
 std::string status(Json const& ports) {
-  Rows rows = {{"Interface", "State", "Key", "Role", "Key server", "SAK", "AN", "Peers"}};
+  Rows rows = {{"Interface", "State", "Key", "Role", "Key server", "SAK", "AN", "Age", "Peers",
+                "Sent", "Received"}};
   for (Json const& port : ports) {
     std::vector<std::string> row = {text(port.at("interface")), text(port.at("state"))};
     Json const* const key = principalOf(port);
@@ -44,7 +62,10 @@ std::string status(Json const& ports) {
     row.push_back(key ? keyServerOf(*key) : "");
     row.push_back(text(port.at("sak")));
     row.push_back(text(port.at("an")));
+    row.push_back(ageOf(port));
     row.push_back(key ? std::to_string(livePeers(*key)) : "");
+    row.push_back(packetsBefore(port.at("tx-packet-number")));
+    row.push_back(packetsBefore(port.at("rx-packet-number")));
     rows.push_back(row);
   }
   return textTable(rows);
@@ -81,11 +102,13 @@ std::string peers(Json const& ports) {
 
 std::string portText(Json const& port) {
   std::string out = text(port.at("interface")) + "\n";
-  for (char const* const member :
-       {"state", "profile", "cipher-suite", "sci", "ssci", "sak", "an"}) {
+  for (char const* const member : {"state", "profile", "cipher-suite", "sci", "ssci", "sak", "an",
+                                   "device", "tx-packet-number", "rx-packet-number"}) {
     std::string const value = text(port.at(member));
-    out += fmt::format("  {:<14}{}\n", member, value.empty() ? "-" : value);
+    out += fmt::format("  {:<18}{}\n", member, value.empty() ? "-" : value);
   }
+  std::string const age = ageOf(port);
+  out += fmt::format("  {:<18}{}\n", "key-age", age.empty() ? "-" : age);
   return out;
 }
 

@@ -3,6 +3,7 @@
 #include "engine/MkaActorSm.h"
 #include "host/Explainer.h"
 #include "host/PortText.h"
+#include "runtime/World.h"
 
 // From the agreement to the key in use.
 
@@ -32,6 +33,7 @@ void Explainer::keys() {
   }
   noteInstallation();
   noteDeafPeers();
+  noteNotValidFrames();
 }
 
 void Explainer::noteInstallation() {
@@ -62,6 +64,17 @@ void Explainer::noteDeafPeers() {
                      sakText(principal_->distSak())),
          "see there: the same 'cipher-suite', and its hardware");
   }
+}
+
+void Explainer::noteNotValidFrames() {
+  HardwareReport const report = host_.hardwareReport(intfId_);
+  if (Vesk::now() - report.notValidTime > lifeTime()) return;
+  note(CauseKind::framesNotValid,
+       fmt::format("frames come in that aren't valid under key {} ({} so far, InPktsNotValid)",
+                   sakText(cp_->txSak()), report.framesNotValid),
+       "the other end encrypts with another key, salt or SSCI: see whether its equipment gives "
+       "SSCI 1 "
+       "to the greatest SCI, and bind the port to its profile anew there");
 }
 
 }  // namespace Macsecd

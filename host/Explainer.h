@@ -27,6 +27,7 @@ class Explainer {
   void noteSuite();
   void noteInstallation();
   void noteDeafPeers();
+  void noteNotValidFrames();
 
   void note(CauseKind kind, std::string what, std::string remedy);
   double lifeTime() const { return host_.status()->mkaLifeTime(); }

@@ -51,7 +51,14 @@ struct Host::Machines {
         mkaRootSm(Macsec::mkaRootSmFactory(host.status_, host.ethIntfStatusDir_, host.pamManager_,
                                            host.hwStatus_, host.timerWheel_)),
         forwardingModelSm(
-            Macsec::macsecForwardingModelSmFactory(host.status_, host.forwardingModelInputDir_)) {}
+            Macsec::macsecForwardingModelSmFactory(host.status_, host.forwardingModelInputDir_)),
+        peerLoss(host.status_, host.peerLossInputDir_),
+        keyAges(host.status_) {
+    peerLoss.closingAre(host.closing_);
+    if (host.options_.portDoctor) {
+      doctor.emplace(host.config_, host.status_, host.frameEvidence_, host.timerWheel_);
+    }
+  }
 
   Vesk::Ptr<Macsec::HwStatusSm> hwStatusSm;
   Vesk::Ptr<Macsec::HwEmulator> hwEmulator;
@@ -59,6 +66,9 @@ struct Host::Machines {
   Codec::FrameCodec codec;
   Vesk::Ptr<Macsec::MkaRootSm> mkaRootSm;
   Vesk::Ptr<Macsec::MacsecForwardingModelSm> forwardingModelSm;
+  PeerLoss peerLoss;
+  KeyAges keyAges;
+  std::optional<PortDoctor> doctor;
 };
 
 Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
@@ -75,6 +85,8 @@ Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
       forwardingModelInputDir_(
           Interface::IntfForwardingModelInputDir::IntfForwardingModelInputDirIs(name +
                                                                                 "/forwarding")),
+      peerLossInputDir_(Interface::IntfForwardingModelInputDir::IntfForwardingModelInputDirIs(
+          name + "/peerLoss")),
       timerWheel_(Vesk::make<Zorn::TimerWheel>()),
       counters_(options_.counters ? options_.counters
                                   : Macsec::Brine::MessageCounters::inProcess(name + "/counters")),
@@ -111,6 +123,7 @@ void Host::linkIs(Lumo::IntfId intfId, bool up) {
 
 void Host::configIs(SwitchConfig const& config) {
   dialectsAre(config);
+  closingAre(config);
   for (InterfaceConfig const& interface : config.interfaces) portNumberIs(interface);
   writeConfig(config, *config_);
 }
@@ -139,6 +152,15 @@ void Host::dialectsAre(SwitchConfig const& config) {
 void Host::applyDialects() {
   if (!running()) return;
   for (auto const& [intfId, dialect] : dialects_) machines_->codec.dialectIs(intfId, dialect);
+}
+
+void Host::closingAre(SwitchConfig const& config) {
+  closing_.clear();
+  for (InterfaceConfig const& interface : config.interfaces) {
+    if (interface.onPeerLoss != OnPeerLoss::close) continue;
+    closing_.insert(Lumo::IntfId(Vesk::String8(interface.name)));
+  }
+  if (running()) machines_->peerLoss.closingAre(closing_);
 }
 
 // The port number is part of what an interface is: another one makes it anew.
@@ -214,6 +236,14 @@ void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   } else {
     evidence.accepted(*pamManager_->rxMessageInfo(), frame);
   }
+}
+
+std::optional<KeyAge> Host::keyAge(Lumo::IntfId intfId) const {
+  return running() ? machines_->keyAges.age(intfId) : std::nullopt;
+}
+
+PortDoctor::Counts const* Host::doctorCounts() const {
+  return running() && machines_->doctor ? &machines_->doctor->counts() : nullptr;
 }
 
 FrameEvidence Host::frameEvidence(Lumo::IntfId intfId) const {

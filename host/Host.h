@@ -3,6 +3,8 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,6 +20,9 @@
 #include "host/FrameEvidence.h"
 #include "host/HardwareReport.h"
 #include "host/HostTap.h"
+#include "host/KeyAges.h"
+#include "host/PeerLoss.h"
+#include "host/PortDoctor.h"
 #include "host/StateKeeper.h"
 #include "host/StateTree.h"
 #include "platform/IntfForwardingModel.h"
@@ -34,6 +39,8 @@ struct HostOptions {
   Vesk::Ptr<Macsec::Brine::MessageCounters> counters = nullptr;
   /// Where the status tree outlives the process; null for nowhere. It has to outlive the host.
   StateStore* store = nullptr;
+  /// Looks after ports that can't get well by themselves (`PortDoctor`).
+  bool portDoctor = true;
 };
 
 /// One switch: owns the entities, builds the state machines in the right order, and stops cleanly.
@@ -94,6 +101,10 @@ class Host {
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> const& forwardingModelInputDir() const {
     return forwardingModelInputDir_;
   }
+  /// What is closed for the loss of all peers; beside the engine's own input.
+  Vesk::Ptr<Interface::IntfForwardingModelInputDir> const& peerLossInputDir() const {
+    return peerLossInputDir_;
+  }
   Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
   /// Goes on over a stop and a restart.
   Vesk::Ptr<Macsec::Brine::MessageCounters> const& counters() const { return counters_; }
@@ -101,6 +112,11 @@ class Host {
   Codec::FrameCodec* codec() const;
   /// What decides on new SAKs for the key in use on this interface; null when no key is in use.
   Vesk::Ptr<Macsec::MkaKeyServerSm> keyServerSm(Lumo::IntfId intfId) const;
+
+  /// How long a port has been sending with its key; nothing for one that doesn't send.
+  std::optional<KeyAge> keyAge(Lumo::IntfId intfId) const;
+  /// What the doctor has done; null without one, or while the switch doesn't run.
+  PortDoctor::Counts const* doctorCounts() const;
 
   /// What the frames of an interface tell; of one that had none, nothing.
   FrameEvidence frameEvidence(Lumo::IntfId intfId) const;
@@ -124,6 +140,7 @@ class Host {
   void rebuildStatus();
   void dialectsAre(SwitchConfig const& config);
   void applyDialects();
+  void closingAre(SwitchConfig const& config);
   void portNumberIs(InterfaceConfig const& config);
 
   HostTaps taps_;
@@ -138,10 +155,12 @@ class Host {
   Vesk::Ptr<Vesk::Dir> slices_;
   Vesk::Ptr<Macsec::MacSecIntfStatusPtrDir> hwStatus_;
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir_;
+  Vesk::Ptr<Interface::IntfForwardingModelInputDir> peerLossInputDir_;
   Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
   Vesk::Ptr<Macsec::Brine::MessageCounters> counters_;
   Vesk::Ptr<ConfigReactor> configReactor_;
   std::map<Lumo::IntfId, Codec::Dialect> dialects_;
+  std::set<Lumo::IntfId> closing_;  ///< ports without peers
   std::map<Lumo::IntfId, FrameEvidence> frameEvidence_;
   std::map<Lumo::IntfId, std::string> hardwareFaults_;
   HardwareReports hardwareReports_;

@@ -84,6 +84,8 @@ PortSummary summaryOf(Host const& host, Lumo::IntfId intfId) {
   if (intfConfig) out.profile = intfConfig->profileName().charPtr();
   addControlledPort(host, intfId, out);
   addPort(host, intfId, out);
+  out.keyAge = host.keyAge(intfId);
+  out.hardware = host.hardwareReport(intfId);
   return out;
 }
 

@@ -38,6 +38,8 @@ struct PortSummary {
   std::string sci;
   std::string sak;  ///< for transmit, as "5e6f7081:2"
   std::optional<uint8_t> an;
+  std::optional<KeyAge> keyAge;
+  HardwareReport hardware;
   std::string ssci;
   std::vector<KeySummary> keys;
 

@@ -35,7 +35,9 @@ KernelHardware::KernelHardware(Macsecd::Host& host)
               {.dormant = true, .faultIs = [this](auto intfId, std::string const& fault) {
                  faultIs(intfId, &Faults::driver, fault);
                }}) {
-  forwarding_.emplace(host.forwardingModelInputDir(), driver_);
+  forwarding_.emplace(
+      PortForwarding::Directories{host.forwardingModelInputDir(), host.peerLossInputDir()},
+      driver_);
   host.hardwareReportsFrom([this](Lumo::IntfId intfId) { return report(intfId); });
 }
 

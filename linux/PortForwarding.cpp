@@ -11,17 +11,31 @@ struct PortForwarding::DirectoryReactor final
   }
 };
 
-PortForwarding::PortForwarding(Vesk::Ptr<Directory const> directory, KernelDriver& driver)
-    : driver_(driver), directory_(Vesk::make<DirectoryReactor>(*this, std::move(directory))) {
-  directory_->hasNotificationActiveIs(true);
-  directory_->onForwardingModelInputImmediate();
+PortForwarding::PortForwarding(Directories const& directories, KernelDriver& driver)
+    : driver_(driver) {
+  for (auto const& directory : directories) {
+    directories_.push_back(Vesk::make<DirectoryReactor>(*this, directory));
+  }
+  for (auto const& reactor : directories_) {
+    reactor->hasNotificationActiveIs(true);
+    reactor->onForwardingModelInputImmediate();
+  }
 }
 
-PortForwarding::~PortForwarding() { Vesk::retire(directory_); }
+PortForwarding::~PortForwarding() {
+  for (auto& reactor : directories_) Vesk::retire(reactor);
+}
 
+// A port that isn't there any more isn't opened either: its device is about to go.
 void PortForwarding::show(Lumo::IntfId intfId) {
-  auto const* const model = directory_->notifier()->forwardingModelInput(intfId);
-  driver_.authorizedIs(intfId, !model || *model != Interface::intfForwardingModelUnauthorized());
+  bool isAuthorized = true;
+  for (auto const& reactor : directories_) {
+    auto const* const model = reactor->notifier()->forwardingModelInput(intfId);
+    if (model && *model == Interface::intfForwardingModelUnauthorized()) isAuthorized = false;
+  }
+  KernelPort const* const port = driver_.port(intfId);
+  if (isAuthorized && port && !port->isWanted()) return;
+  driver_.authorizedIs(intfId, isAuthorized);
 }
 
 }  // namespace Linux

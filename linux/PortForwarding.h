@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "linux/KernelDriver.h"
 #include "platform/IntfForwardingModel.h"
 
@@ -14,8 +16,11 @@ class PortForwarding final {
  public:
   using Directory = Interface::IntfForwardingModelInputDir;
 
-  /// Shows what the directory says, and what it says from now on. The driver lives longer.
-  PortForwarding(Vesk::Ptr<Directory const> directory, KernelDriver& driver);
+  using Directories = std::vector<Vesk::Ptr<Directory const>>;
+
+  /// Shows what the directories say, and what they say from now on: a port is unauthorized if one
+  /// of them says so. The driver lives longer.
+  PortForwarding(Directories const& directories, KernelDriver& driver);
   ~PortForwarding();
   PortForwarding(PortForwarding const&) = delete;
   PortForwarding& operator=(PortForwarding const&) = delete;
@@ -25,7 +30,7 @@ class PortForwarding final {
   void show(Lumo::IntfId intfId);
 
   KernelDriver& driver_;
-  Vesk::Ptr<DirectoryReactor> directory_;
+  std::vector<Vesk::Ptr<DirectoryReactor>> directories_;
 };
 
 }  // namespace Linux

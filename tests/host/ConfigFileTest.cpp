@@ -259,6 +259,54 @@ TEST(ConfigFile, AWordThatNoDialectHasIsAMistakeAtItsPlace) {
             "f:3:45: icv-indicator has no 'short'; write one of left-out, length-16, length-4");
 }
 
+TEST(ConfigFile, AnInterfaceHasWhatIsSaidOfItsDeviceAndItsPort) {
+  auto const result = parseConfig(
+      "profiles: {p: {dot1x: true}}\n"
+      "interfaces:\n"
+      "  e1: {profile: p}\n"
+      "  e2: {profile: p, device: uplink, replay-window: 64, policy: should-secure,\n"
+      "       on-peer-loss: close}\n",
+      "f");
+  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  auto const& plain = result.config.interfaces[0];
+  EXPECT_EQ(plain.device, "");
+  EXPECT_EQ(plain.replayWindow, 0u);
+  EXPECT_EQ(plain.policy, SecurePolicy::mustSecure);
+  EXPECT_EQ(plain.onPeerLoss, OnPeerLoss::keep);
+  auto const& other = result.config.interfaces[1];
+  EXPECT_EQ(other.device, "uplink");
+  EXPECT_EQ(other.replayWindow, 64u);
+  EXPECT_EQ(other.policy, SecurePolicy::shouldSecure);
+  EXPECT_EQ(other.onPeerLoss, OnPeerLoss::close);
+}
+
+TEST(ConfigFile, ANameThatNoDeviceCanHaveIsAMistake) {
+  for (char const* name : {"sixteen-octets-x", "a/b", "'a b'", "..", "a:b"}) {
+    auto const mistakes =
+        parseConfig(std::string("profiles: {p: {dot1x: true}}\ninterfaces: {e1: {profile: p, "
+                                "device: ") +
+                        name + "}}\n",
+                    "f")
+            .mistakes;
+    ASSERT_THAT(mistakes, SizeIs(1)) << name;
+    EXPECT_THAT(mistakes[0].text(), HasSubstr("is no name of a device")) << name;
+  }
+}
+
+TEST(ConfigFile, TwoInterfacesWithOneDeviceAreAMistake) {
+  auto const mistakes = parseConfig(
+                            "profiles: {p: {dot1x: true}}\n"
+                            "interfaces:\n"
+                            "  e1: {profile: p, device: uplink}\n"
+                            "  e2: {profile: p, device: uplink}\n",
+                            "f")
+                            .mistakes;
+  ASSERT_THAT(mistakes, SizeIs(1));
+  EXPECT_EQ(mistakes[0].text(),
+            "f:4:28: the device 'uplink' is already that of interface 'e1'; give each interface a "
+            "device of its own");
+}
+
 TEST(ConfigFile, PlacesCountTheLinesBeforeTheText) {
   auto mistakes = parseConfig("\n  fips: 7\n", "f", 10).mistakes;
   ASSERT_THAT(mistakes, SizeIs(1));

@@ -6,11 +6,14 @@
 namespace Macsecd {
 namespace {
 
+using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 constexpr char const* kStatus = R"({"version":1,"ok":true,"result":[
   {"interface":"Ethernet1","profile":"core","state":"open","cipher-suite":"gcmAesXpn128",
-   "sci":"02:00:00:00:00:01/1","ssci":"00000002","sak":"5e6f7081:2","an":1,"keys":[
+   "sci":"02:00:00:00:00:01/1","ssci":"00000002","sak":"5e6f7081:2","an":1,
+   "key-age":{"seconds":200.5,"at-least":false},"device":"Ethernet1.sec",
+   "tx-packet-number":4294967398,"rx-packet-number":8,"keys":[
     {"ckn":"c0de0001","role":"primary","principal":true,"agrees":true,
      "key-server":"02:00:00:00:00:01/1","is-key-server":true,"peers":[
       {"member-id":"aabb","sci":"02:00:00:00:00:02/1","live":true,"priority":16,
@@ -18,13 +21,17 @@ constexpr char const* kStatus = R"({"version":1,"ok":true,"result":[
     {"ckn":"c0defa11","role":"fallback","principal":false,"agrees":false,
      "key-server":null,"is-key-server":false,"peers":[]}]},
   {"interface":"Ethernet2","profile":"core","state":"absent","cipher-suite":null,
-   "sci":null,"ssci":null,"sak":null,"an":null,"keys":[]}]})";
+   "sci":null,"ssci":null,"sak":null,"an":null,"key-age":null,"device":null,
+   "tx-packet-number":null,"rx-packet-number":null,"keys":[]}]})";
 
 TEST(ControlText, HasALineForEachPort) {
   EXPECT_EQ(readingOf(ControlView::status, kStatus).text,
-            "Interface  State   Key       Role     Key server   SAK         AN  Peers\n"
-            "Ethernet1  open    c0de0001  primary  this switch  5e6f7081:2  1   1\n"
-            "Ethernet2  absent  -         -        -            -           -   -\n");
+            "Interface  State   Key       Role     Key server   SAK         AN  Age       Peers  "
+            "Sent        Received\n"
+            "Ethernet1  open    c0de0001  primary  this switch  5e6f7081:2  1   3 m 20 s  1      "
+            "4294967397  7\n"
+            "Ethernet2  absent  -         -        -            -           -   -         -      "
+            "-           -\n");
 }
 
 TEST(ControlText, HasALineForEachKeyAndPeer) {
@@ -41,9 +48,20 @@ TEST(ControlText, HasALineForEachKeyAndPeer) {
 TEST(ControlText, ShowsAllOfAPort) {
   EXPECT_THAT(readingOf(ControlView::ports, kStatus).text,
               StartsWith("Ethernet1\n"
-                         "  state         open\n"
-                         "  profile       core\n"
-                         "  cipher-suite  gcmAesXpn128\n"));
+                         "  state             open\n"
+                         "  profile           core\n"
+                         "  cipher-suite      gcmAesXpn128\n"));
+}
+
+TEST(ControlText, TellsTheAgeOfAKeyInTwoUnitsAndWhetherItMayBeOlder) {
+  auto const ageIn = [](std::string const& age) {
+    std::string status = kStatus;
+    status.replace(status.find("{\"seconds\":200.5"), 34, age);
+    return readingOf(ControlView::status, status).text;
+  };
+  EXPECT_THAT(ageIn(R"({"seconds":59.9,"at-least":false})"), HasSubstr("  59 s  "));
+  EXPECT_THAT(ageIn(R"({"seconds":7325,"at-least":false})"), HasSubstr("  2 h 2 m  "));
+  EXPECT_THAT(ageIn(R"({"seconds":8,"at-least":true})"), HasSubstr("  > 8 s  "));
 }
 
 TEST(ControlText, TellsCountersAndExplanations) {

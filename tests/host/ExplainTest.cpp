@@ -77,6 +77,19 @@ TEST_F(ExplainHost, NamesWhatTheHardwareSaysUntilItSaysNothing) {
   EXPECT_THAT(kinds(a.host, kIntf), IsEmpty());
 }
 
+TEST_F(ExplainHost, NamesFramesThatArentValidUnderTheKeyForALifeTime) {
+  HardwareReport report;
+  report.framesNotValid = 7;
+  report.notValidTime = a.world.time;
+  a.host.hardwareReportsFrom([&](Lumo::IntfId) { return report; });
+  auto const told = explain(a.host, kIntf);
+  ASSERT_EQ(told.causes.size(), 1u);
+  EXPECT_EQ(told.causes[0].kind, CauseKind::framesNotValid);
+  EXPECT_THAT(told.causes[0].what, ::testing::HasSubstr("(7 so far, InPktsNotValid)"));
+  a.world.time += 7;
+  EXPECT_THAT(kinds(a.host, kIntf), IsEmpty());
+}
+
 TEST_F(ExplainHost, NamesWhatIsNotThere) {
   EXPECT_THAT(kinds(a.host, Lumo::IntfId("Ethernet9")), ElementsAre(CauseKind::notConfigured));
   a.host.slices()->entityPtrDelAll();

@@ -244,7 +244,7 @@ TEST_F(OnTheKernel, ADormantDeviceIsUpWhenItIsAuthorized) {
   forwarding->forwardingModelInputIs(a->intfId, unauthorized);
   a->start({.dormant = true});
   b->start();
-  PortForwarding const shown(forwarding, *a->driver);
+  PortForwarding const shown({forwarding}, *a->driver);
   EXPECT_NO_THROW(becomes("a", "va.sec", "DORMANT"));
   forwarding->forwardingModelInputDel(a->intfId);
   EXPECT_NO_THROW(becomes("a", "va.sec", "UP"));

@@ -79,11 +79,12 @@ Road startAndRekey(Side const& a, Side const& b) {
           48};
 }
 
-// B begins with another primary key, so that both fall back, and gets the right one.
+// B begins with another primary key, so that both fall back, and gets the right one before the
+// doctor of a port would take somebody for stuck who was killed while the fallback key waited.
 Road fallBackAndReturn(Side const& a, Side b) {
   b.primary = kWrong;
   return {
-      road(a, b, 0, "run until 85\nat 50 set key of profile core on B to ab " + kPrimary + "\n"),
+      road(a, b, 0, "run until 85\nat 41 set key of profile core on B to ab " + kPrimary + "\n"),
       68};
 }
 

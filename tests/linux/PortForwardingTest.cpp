@@ -16,12 +16,15 @@ class ForwardingOfAPort : public KernelBench {
   void startDormant() {
     portIs();
     start({.dormant = true});
-    forwarding.emplace(directory, *driver);
+    forwarding.emplace(directories(), *driver);
   }
+  PortForwarding::Directories directories() const { return {directory, other}; }
   ~ForwardingOfAPort() override { forwarding.reset(); }
 
   Vesk::Ptr<PortForwarding::Directory> directory =
       PortForwarding::Directory::IntfForwardingModelInputDirIs("forwarding");
+  Vesk::Ptr<PortForwarding::Directory> other =
+      PortForwarding::Directory::IntfForwardingModelInputDirIs("other");
   std::optional<PortForwarding> forwarding;
 };
 
@@ -32,6 +35,24 @@ TEST_F(ForwardingOfAPort, IsShownOnTheDeviceAsItChanges) {
   directory->forwardingModelInputDel(kIntf);
   EXPECT_EQ(device().authorized, true);
   unauthorized();
+  EXPECT_EQ(device().authorized, false);
+}
+
+TEST_F(ForwardingOfAPort, IsOpenOnlyWhenNobodySaysOtherwise) {
+  unauthorized();
+  startDormant();
+  other->forwardingModelInputIs(kIntf, Interface::intfForwardingModelUnauthorized());
+  directory->forwardingModelInputDel(kIntf);
+  EXPECT_EQ(device().authorized, false);
+  other->forwardingModelInputDel(kIntf);
+  EXPECT_EQ(device().authorized, true);
+}
+
+TEST_F(ForwardingOfAPort, IsntOpenedWhenThePortGoes) {
+  unauthorized();
+  startDormant();
+  status->cpStatusDel(kIntf);
+  directory->forwardingModelInputDel(kIntf);
   EXPECT_EQ(device().authorized, false);
 }
 
@@ -65,7 +86,7 @@ TEST_F(ForwardingOfAPort, IsntShownOnADeviceThatIsDownForItsParent) {
 TEST_F(ForwardingOfAPort, ConcernsNoDeviceThatDoesntComeUpDormant) {
   portIs();
   start();
-  forwarding.emplace(directory, *driver);
+  forwarding.emplace(directories(), *driver);
   kernel.asked.clear();
   unauthorized();
   EXPECT_THAT(kernel.asked, IsEmpty());

@@ -1,0 +1,125 @@
+#include "host/PortDoctor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Macsecd {
+
+namespace {
+
+constexpr double kLateness = 1;
+constexpr double kMostPatience = 3600;
+
+Vesk::LogHandle const MACSECD_PORT_BOUND_ANEW(
+    "MACSECD_PORT_BOUND_ANEW", Vesk::LogSeverity::warning,
+    "Interface %s is bound to its profile anew: %s",
+    "A port was in a state that it doesn't leave by itself, and starts over.",
+    "If it happens again and again, see what 'macsecctl explain' says at both ends.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_STOOD_STILL(
+    "MACSECD_STOOD_STILL", Vesk::LogSeverity::warning, "The process stood still for %s seconds",
+    "Peers that were lost at this moment weren't: nobody listened to them.",
+    "Give the process more of the processor, and see whether the machine swaps or was suspended.",
+    0.0, 1.0);
+
+bool hasPrincipal(Macsec::MkaPortStatus const& port) {
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    if (actor.principal()) return true;
+  }
+  return false;
+}
+
+/// Whether an actor in use has one live peer, of another SCI than this.
+bool hasOnlyAnotherPeer(Macsec::MkaPortStatus const& port, Macsec::Sci const& sci) {
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    if (!actor.principal() || actor.livePeer().members() != 1) continue;
+    return actor.livePeer().begin()->baseInfo().sci() != sci;
+  }
+  return false;
+}
+
+}  // namespace
+
+struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
+  using TimerReactor::TimerReactor;
+  void onTime() override { owner().round(); }
+};
+
+PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
+                       Evidence const& evidence, Vesk::Ptr<Zorn::TimerWheel> wheel)
+    : config_(std::move(config)),
+      status_(std::move(status)),
+      evidence_(evidence),
+      timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
+  timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
+}
+
+PortDoctor::~PortDoctor() { Vesk::retire(timer_); }
+
+void PortDoctor::round() {
+  double const late = Vesk::now() - timer_->time();
+  if (late > kLateness) {
+    ++counts_.stoodStill;
+    counts_.longest = std::max(counts_.longest, late);
+    Vesk::log(MACSECD_STOOD_STILL, static_cast<uint64_t>(late));
+  }
+  timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
+  std::vector<Lumo::IntfId> bound;
+  for (Macsec::IntfConfig const& intf : config_->intfConfig()) bound.push_back(intf.intfId());
+  for (Lumo::IntfId const intfId : bound) lookAt(intfId);
+  std::erase_if(cases_, [&](auto const& entry) { return !config_->intfConfig(entry.first); });
+}
+
+void PortDoctor::lookAt(Lumo::IntfId intfId) {
+  char const* const trouble = troubleOf(intfId);
+  auto const known = cases_.find(intfId);
+  if (!trouble) {
+    if (known != cases_.end()) cases_.erase(known);
+    return;
+  }
+  if (known == cases_.end()) {
+    cases_[intfId] = {Vesk::now()};
+    return;
+  }
+  Case& thisCase = known->second;
+  if (Vesk::now() < thisCase.since + patience(intfId, thisCase.boundAnew)) return;
+  thisCase = {Vesk::now(), thisCase.boundAnew + 1};
+  bindAnew(intfId, trouble);
+}
+
+char const* PortDoctor::troubleOf(Lumo::IntfId intfId) const {
+  auto const port = status_->portStatus(intfId);
+  auto const heard = evidence_.find(intfId);
+  if (!port || heard == evidence_.end()) return nullptr;
+  if (heard->second.senders(lifeTime()).empty()) return nullptr;
+  if (!hasPrincipal(*port)) return "it hears a peer, and has no principal actor";
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (!cpStatus || cpStatus->peerSsci() == Macsec::Ssci()) return nullptr;
+  if (!hasOnlyAnotherPeer(*port, cpStatus->peerSsci().sci())) return nullptr;
+  return "its peer has another SCI than the one that it receives from";
+}
+
+double PortDoctor::patience(Lumo::IntfId intfId, int boundAnew) const {
+  double const patience = std::min(std::ldexp(2 * lifeTime(), boundAnew), kMostPatience);
+  for (Macsec::MkaActorStatus& actor : status_->portStatus(intfId)->actorStatus()) {
+    if (!actor.defaultActor()) continue;
+    return patience + status_->defaultKeyActivationPeriod();
+  }
+  return patience;
+}
+
+// The new binding makes the port from its beginnings.
+void PortDoctor::bindAnew(Lumo::IntfId intfId, char const* trouble) {
+  auto const profile = config_->profile(config_->intfConfig(intfId)->profileName());
+  if (!profile) return;
+  ++counts_.boundAnew;
+  Vesk::log(MACSECD_PORT_BOUND_ANEW, intfId, trouble);
+  profile->intfDel(intfId);
+  profile->intfIs(intfId, true);
+}
+
+}  // namespace Macsecd

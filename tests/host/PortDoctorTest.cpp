@@ -1,0 +1,91 @@
+#include "host/PortDoctor.h"
+
+#include "tests/host/HostFixture.h"
+
+namespace Macsecd {
+namespace {
+
+class ThePortDoctor : public ::testing::Test {
+ protected:
+  ThePortDoctor() {
+    for (Switch* one : {&a, &b}) {
+      Vesk::WorldScope const scope(one->world);
+      one->bringUp();
+    }
+    talk(a, b, 20);
+  }
+  PortDoctor::Counts const& counts() const { return *a.host.doctorCounts(); }
+  bool isOpen() const {
+    auto const cp = a.host.status()->cpStatus(kIntf);
+    return cp && cp->controlledPortEnabled() && a.actor()->principal();
+  }
+  Switch b{2}, a{1};
+};
+
+TEST_F(ThePortDoctor, LeavesAHealthyPortAlone) {
+  talk(a, b, 120);
+  EXPECT_EQ(counts().boundAnew, 0u);
+  EXPECT_EQ(counts().stoodStill, 0u);
+}
+
+TEST_F(ThePortDoctor, BindsAPortAnewThatHearsAPeerAndHasNoPrincipalForTwoLifeTimes) {
+  a.actor()->principalIs(false);
+  talk(a, b, 30);
+  EXPECT_EQ(counts().boundAnew, 0u);
+  EXPECT_FALSE(a.actor()->principal());
+  talk(a, b, 36);
+  EXPECT_EQ(counts().boundAnew, 1u);
+  EXPECT_EQ(a.world.logged("MACSECD_PORT_BOUND_ANEW"), 1u);
+  talk(a, b, 60);
+  EXPECT_TRUE(isOpen());
+  EXPECT_EQ(counts().boundAnew, 1u);
+}
+
+TEST_F(ThePortDoctor, BindsAPortAnewThatReceivesFromAnotherThanItsPeer) {
+  Macsec::Ssci const other({Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001");
+  a.host.status()->cpStatus(kIntf)->peerSsciIs(other);
+  talk(a, b, 30);
+  EXPECT_EQ(counts().boundAnew, 0u);
+  talk(a, b, 36);
+  EXPECT_EQ(counts().boundAnew, 1u);
+  talk(a, b, 60);
+  EXPECT_TRUE(isOpen());
+  EXPECT_NE(a.host.status()->cpStatus(kIntf)->peerSsci().sci(), other.sci());
+}
+
+TEST_F(ThePortDoctor, LeavesAPortAloneThatHearsNobody) {
+  a.actor()->principalIs(false);
+  for (double time = 20; time < 90; time += 0.25) {
+    a.world.time = time;
+    a.host.timerWheel()->runDue();
+  }
+  EXPECT_EQ(counts().boundAnew, 0u);
+}
+
+TEST_F(ThePortDoctor, HasMorePatienceEachTimeThatItDidntHelp) {
+  for (double time = 20; time < 210; time += 0.25) {
+    if (auto const actor = a.actor()) actor->principalIs(false);
+    talk(a, b, time);
+    if (auto const actor = a.actor()) actor->principalIs(false);
+  }
+  EXPECT_EQ(counts().boundAnew, 4u);  // after 12, 24, 48 and 96 seconds
+}
+
+TEST_F(ThePortDoctor, CountsApartThatTheProcessStoodStill) {
+  a.world.time += 4.5;
+  a.host.timerWheel()->runDue();
+  EXPECT_EQ(counts().stoodStill, 1u);
+  EXPECT_GT(counts().longest, 1.0);
+  EXPECT_EQ(a.world.logged("MACSECD_STOOD_STILL"), 1u);
+  talk(a, b, 60);
+  EXPECT_EQ(counts().stoodStill, 1u);
+}
+
+TEST(NoPortDoctor, IsThereIfNoneIsWanted) {
+  Switch a(1, {.portDoctor = false});
+  a.bringUp();
+  EXPECT_EQ(a.host.doctorCounts(), nullptr);
+}
+
+}  // namespace
+}  // namespace Macsecd
