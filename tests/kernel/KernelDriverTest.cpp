@@ -179,7 +179,8 @@ TEST_F(OnTheKernel, AWrongShortChannelIdentifierShowsAsFramesThatAreNotValid) {
   b->cp->peerSsciIs({a->sci(), "00000003"});
   firstKey(CipherSuite::gcmAesXpn128);
   EXPECT_EQ(pass(a->frames(), b->frames(), 10), 0u);
-  EXPECT_EQ(b->held().rxScs.at(0).counters.notValid, 10u);
+  // The kernel may send frames of its own as well.
+  EXPECT_GE(b->held().rxScs.at(0).counters.notValid, 10u);
 }
 
 TEST_F(OnTheKernel, AnotherSuiteMakesTheDeviceAnew) {
