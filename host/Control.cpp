@@ -5,6 +5,7 @@
 #include <array>
 
 #include "host/ControlJson.h"
+#include "host/ControlRequest.h"
 #include "host/KeyText.h"
 #include "host/Rekey.h"
 #include "platform/Corruption.h"
@@ -21,22 +22,17 @@ struct Asker {
 /// One request on its way to its answer. Throws `Fault` for one that can't be answered.
 class Answering {
  public:
-  Answering(Host& host, Control::Ways const& ways, Subscriptions& subscriptions, Asker asker)
-      : host_(host), ways_(ways), subscriptions_(subscriptions), asker_(asker) {}
+  Answering(Host& host, Control::Ways const& ways, Subscriptions& subscriptions, Asker asker,
+            std::string_view request)
+      : host_(host), ways_(ways), subscriptions_(subscriptions), asker_(asker), request_(request) {}
 
-  Json result(std::string_view text) {
-    request_ = Json::parse(text, nullptr, false);
-    if (!request_.is_object()) throw Fault{"this is no JSON object", "send one on one line"};
-    if (request_.value("version", Json()) != Control::kVersion) {
-      throw Fault{"the request is of another version",
-                  fmt::format("say \"version\": {}", Control::kVersion)};
-    }
-    std::string const command = text_("command").value_or("");
+  Json result() {
+    std::string const command = request_.command();
+    std::vector<std::string> names;
     for (Command const& known : kCommands) {
       if (command == known.name) return run(known);
+      names.push_back(known.name);
     }
-    std::vector<std::string> names;
-    for (Command const& known : kCommands) names.push_back(known.name);
     throw Fault{fmt::format("there is no command {}", quotedWord(command)),
                 remedyForUnknown(command, names)};
   }
@@ -54,36 +50,21 @@ class Answering {
     throw Fault{fmt::format("you may not {}", command.name), "do it as root"};
   }
 
-  std::optional<std::string> text_(char const* name) const {
-    auto const found = request_.find(name);
-    if (found == request_.end()) return std::nullopt;
-    if (found->is_string()) return found->get<std::string>();
-    throw Fault{fmt::format("'{}' is no text", name), "put it into double quotes"};
-  }
-
-  bool flag(char const* name) const {
-    auto const found = request_.find(name);
-    if (found == request_.end()) return false;
-    if (found->is_boolean()) return found->get<bool>();
-    throw Fault{fmt::format("'{}' is neither true nor false", name), "write one of them"};
-  }
-
   /// The one that is asked for, or all that are configured.
   std::vector<Lumo::IntfId> interfaces() const {
     auto const all = interfacesOf(host_);
-    if (!text_("interface")) return all;
+    if (!request_.text("interface")) return all;
     return {interface(all)};
   }
   Lumo::IntfId interface() const { return interface(interfacesOf(host_)); }
   Lumo::IntfId interface(std::vector<Lumo::IntfId> const& all) const {
-    auto const name = text_("interface");
+    auto const name = request_.text("interface");
     if (!name) throw Fault{"no interface is named", "say \"interface\": its name"};
-    Lumo::IntfId const wanted{Vesk::String8(*name)};
-    for (Lumo::IntfId const intfId : all) {
-      if (intfId == wanted) return wanted;
-    }
     std::vector<std::string> names;
-    for (Lumo::IntfId const intfId : all) names.push_back(intfId.stringValue().charPtr());
+    for (Lumo::IntfId const intfId : all) {
+      if (intfId.stringValue().view() == *name) return intfId;
+      names.push_back(intfId.stringValue().charPtr());
+    }
     throw Fault{fmt::format("there is no interface {} in the configuration", quotedWord(*name)),
                 remedyForUnknown(*name, names)};
   }
@@ -107,7 +88,7 @@ class Answering {
     auto const reader = host_.counters()->reader();
     for (Lumo::IntfId const intfId : interfaces()) {
       auto const read = reader.interface(intfId.stringValue().view());
-      if (read) ports.push_back(jsonOf(*read, flag("since-clear")));
+      if (read) ports.push_back(jsonOf(*read, request_.flag("since-clear")));
     }
     return ports;
   }
@@ -129,7 +110,7 @@ class Answering {
   }
   Json watch() {
     requireTelling();
-    auto const name = text_("interface");
+    auto const name = request_.text("interface");
     subscriptions_.watch(asker_.connection,
                          name ? std::optional(interface()) : std::optional<Lumo::IntfId>());
     return nullptr;
@@ -144,33 +125,20 @@ class Answering {
     throw Fault{"nothing can be told later on here", "ask at the control socket"};
   }
   Json trace() {
-    TraceWish const wish{flag("on") ? traceLevelsTo(level()) : uint16_t{0}, handles()};
+    constexpr unsigned kMost = Glimmer::TraceFile::kLevels - 1;
+    unsigned const level = request_.number("level", kMost).value_or(kMost);
+    TraceWish const wish{request_.flag("on") ? traceLevelsTo(level) : uint16_t{0},
+                         request_.texts("handles")};
     if (!ways_.trace) throw Fault{"this process doesn't trace", "ask macsecd"};
     ways_.trace(wish);
     return nullptr;
-  }
-  unsigned level() const {
-    auto const found = request_.find("level");
-    if (found == request_.end()) return Glimmer::TraceFile::kLevels - 1;
-    if (found->is_number_unsigned() && *found < Glimmer::TraceFile::kLevels) {
-      return found->get<unsigned>();
-    }
-    throw Fault{"'level' is no level", "write a number from 0 to 9"};
-  }
-  std::vector<std::string> handles() const {
-    std::vector<std::string> names;
-    for (Json const& name : request_.value("handles", Json::array())) {
-      if (!name.is_string()) throw Fault{"'handles' holds what is no text", "write names"};
-      names.push_back(name.get<std::string>());
-    }
-    return names;
   }
 
   Host& host_;
   Control::Ways const& ways_;
   Subscriptions& subscriptions_;
   Asker const asker_;
-  Json request_;
+  ControlRequest const request_;
 };
 
 std::array<Answering::Command, 9> const Answering::kCommands = {{
@@ -185,10 +153,11 @@ std::array<Answering::Command, 9> const Answering::kCommands = {{
     {"trace", true, &Answering::trace},
 }};
 
-Json answerOf(Answering answering, std::string_view text) {
+/// The answer with this result, or with what hinders it.
+template <class Result>
+Json answerOf(Result result) {
   try {
-    Json const result = answering.result(text);
-    return {{"version", Control::kVersion}, {"ok", true}, {"result", result}};
+    return {{"version", Control::kVersion}, {"ok", true}, {"result", result()}};
   } catch (Fault const& fault) {
     return {{"version", Control::kVersion},
             {"ok", false},
@@ -208,8 +177,11 @@ Control::Control(Host& host, Ways ways)
     : host_(host), ways_(std::move(ways)), subscriptions_(host, ways_.tell) {}
 
 std::string Control::answer(std::string_view request, bool mayChange, uint64_t connection) {
-  return answerOf(Answering(host_, ways_, subscriptions_, {mayChange, connection}), request)
-      .dump(-1, ' ', false, Json::error_handler_t::replace);
+  auto const result = [&] {
+    Asker const asker{mayChange, connection};
+    return Answering(host_, ways_, subscriptions_, asker, request).result();
+  };
+  return answerOf(result).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace Macsecd

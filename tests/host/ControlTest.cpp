@@ -179,9 +179,11 @@ TEST_F(ControlTest, HandsOnWhatIsToBeTraced) {
   EXPECT_EQ(wishes[1].handles, std::vector<std::string>{"MkaSm"});
   EXPECT_EQ(wishes[2].levels, Vesk::kAllTraceLevels);
   EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"level":10})"),
-            "'level' is no level");
+            "'level' is no number that it may have");
   EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"handles":[1]})"),
-            "'handles' holds what is no text");
+            "'handles' is no list of texts");
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"handles":"MkaSm"})"),
+            "'handles' is no list of texts");
   EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":"yes"})"),
             "'on' is neither true nor false");
 }
