@@ -1,16 +1,13 @@
 #include "linux/Privileges.h"
 
-#include <linux/capability.h>
+#include <cap-ng.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <system_error>
 
 #include "linux/SystemCalls.h"
@@ -19,34 +16,40 @@ namespace Linux {
 
 namespace {
 
-using Sets = std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3>;
+constexpr unsigned kKept[] = {CAP_NET_ADMIN, CAP_NET_RAW};
 
-constexpr uint32_t kKept = CAP_TO_MASK(CAP_NET_ADMIN) | CAP_TO_MASK(CAP_NET_RAW);
-
-void checked(long result, char const* what) {
+void checked(int result, char const* what) {
   if (result != 0) throw std::system_error(errno, std::generic_category(), what);
 }
 
-// What the process itself may do; both are among the first 32.
+// What the process itself may do, of the two that it needs: no more than it has.
 void keepOnlyNetworking() {
-  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-  Sets sets{};
-  checked(syscall(SYS_capget, &header, sets.data()), "reading the capabilities");
-  sets[0].permitted &= kKept;
-  sets[0].effective = sets[0].permitted;
-  sets[0].inheritable = 0;
-  sets[1] = {};
-  checked(syscall(SYS_capset, &header, sets.data()), "dropping capabilities");
+  if (capng_get_caps_process() != 0) {
+    throw std::system_error(errno, std::generic_category(), "reading the capabilities");
+  }
+  bool isPermitted[std::size(kKept)];
+  for (size_t i = 0; i < std::size(kKept); ++i) {
+    isPermitted[i] = capng_have_capability(CAPNG_PERMITTED, kKept[i]) != 0;
+  }
+  auto const both = static_cast<capng_type_t>(CAPNG_EFFECTIVE | CAPNG_PERMITTED);
+  capng_clear(CAPNG_SELECT_CAPS);
+  for (size_t i = 0; i < std::size(kKept); ++i) {
+    if (isPermitted[i]) capng_update(CAPNG_ADD, both, kKept[i]);
+  }
+  if (capng_apply(CAPNG_SELECT_CAPS) != 0) {
+    throw std::system_error(errno, std::generic_category(), "dropping capabilities");
+  }
 }
 
 // What any program could come by that it starts. Without the capability to do so it has no way to
 // start one with more either, by the flag that is set after.
 void limitSuccessors() {
   prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
-  for (unsigned long capability = 0; prctl(PR_CAPBSET_READ, capability) >= 0; ++capability) {
-    bool const isKept = capability < 32 && (kKept >> capability & 1) != 0;
-    if (!isKept) prctl(PR_CAPBSET_DROP, capability);
+  capng_clear(CAPNG_SELECT_BOUNDS);
+  for (unsigned const capability : kKept) {
+    capng_update(CAPNG_ADD, CAPNG_BOUNDING_SET, capability);
   }
+  capng_apply(CAPNG_SELECT_BOUNDS);
   checked(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "giving up new privileges");
 }
 
