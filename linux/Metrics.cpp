@@ -34,13 +34,14 @@ class PortFamilies {
 
   std::vector<MetricFamily> families() {
     for (Lumo::IntfId const intfId : Macsecd::interfacesOf(host_)) {
-      addState(intfId);
-      addHardware(intfId);
+      Macsecd::PortSummary const port = summaryOf(host_, intfId);
+      addState(intfId, port);
+      addSak(intfId, port);
       addHistory(intfId);
       addFrames(intfId);
     }
-    return {secured_,      key_,    keyServer_, peers_,  rekeys_, openings_,
-            timeToSecure_, faulty_, notValid_,  packet_, mkpdus_};
+    return {secured_,      key_,    keyServer_, peers_,  rekeys_,   openings_,
+            timeToSecure_, sakAge_, packet_,    faulty_, notValid_, mkpdus_};
   }
 
  private:
@@ -48,8 +49,7 @@ class PortFamilies {
     return {{"interface", intfId.stringValue().charPtr()}};
   }
 
-  void addState(Lumo::IntfId intfId) {
-    Macsecd::PortSummary const port = summaryOf(host_, intfId);
+  void addState(Lumo::IntfId intfId, Macsecd::PortSummary const& port) {
     Macsecd::KeySummary const* const key = port.principal();
     add(secured_, of(intfId), port.state == "open");
     add(keyServer_, of(intfId), key && key->isKeyServer);
@@ -60,13 +60,13 @@ class PortFamilies {
     }
     add(peers_, of(intfId), live);
   }
-  void addHardware(Lumo::IntfId intfId) {
-    Macsecd::HardwareReport const report = host_.hardwareReport(intfId);
-    add(faulty_, of(intfId), !host_.hardwareFault(intfId).empty());
-    add(notValid_, of(intfId), static_cast<double>(report.framesNotValid));
-    if (report.txPacketNumber) {
-      add(packet_, of(intfId), static_cast<double>(*report.txPacketNumber));
+  void addSak(Lumo::IntfId intfId, Macsecd::PortSummary const& port) {
+    if (port.keyAge) add(sakAge_, of(intfId), port.keyAge->seconds);
+    if (port.hardware.txPacketNumber) {
+      add(packet_, of(intfId), static_cast<double>(*port.hardware.txPacketNumber));
     }
+    add(faulty_, of(intfId), !host_.hardwareFault(intfId).empty());
+    add(notValid_, of(intfId), static_cast<double>(port.hardware.framesNotValid));
   }
   void addHistory(Lumo::IntfId intfId) {
     auto const& port = history_.port(intfId.stringValue().charPtr());
@@ -125,6 +125,10 @@ class PortFamilies {
                              "What it took the last time, from the link or the last closing on",
                              MetricType::Gauge,
                              {}};
+  MetricFamily sakAge_{"macsecd_port_sak_age_seconds",
+                       "For how long the SAK in use has been sent with",
+                       MetricType::Gauge,
+                       {}};
   MetricFamily faulty_{"macsecd_port_hardware_faulty",
                        "1 while the hardware doesn't do as asked",
                        MetricType::Gauge,
@@ -167,6 +171,16 @@ MetricFamily freezes(LoopDelay const& delay) {
   return family;
 }
 
+MetricFamily cures(Macsecd::Host const& host) {
+  MetricFamily family{"macsecd_doctor_bound_anew_total",
+                      "How often a port that couldn't get well was bound to its profile anew",
+                      MetricType::Counter,
+                      {}};
+  auto const* const counts = host.doctorCounts();
+  if (counts) add(family, {}, static_cast<double>(counts->boundAnew));
+  return family;
+}
+
 }  // namespace
 
 Metrics::Metrics(Macsecd::Host& host, LoopDelay const& delay)
@@ -176,6 +190,7 @@ std::vector<MetricFamily> Metrics::Collect() const {
   std::vector<MetricFamily> families = PortFamilies(host_, history_).families();
   families.push_back(delays(delay_));
   families.push_back(freezes(delay_));
+  families.push_back(cures(host_));
   return families;
 }
 

@@ -65,6 +65,7 @@ TEST_F(MetricsTest, TellOfASecuredPort) {
         "macsecd_port_is_key_server{interface=\"Ethernet1\"} 1\n",
         "macsecd_port_live_peers{interface=\"Ethernet1\"} 1\n",
         "macsecd_port_openings_total{interface=\"Ethernet1\"} 1\n",
+        "macsecd_port_sak_age_seconds{interface=\"Ethernet1\"} ",
         "macsecd_port_time_to_secure_seconds{interface=\"Ethernet1\"} "}) {
     EXPECT_THAT(told, HasSubstr(line));
   }
@@ -82,6 +83,7 @@ TEST_F(MetricsTest, TellWhatTheHardwareReports) {
   EXPECT_THAT(told,
               HasSubstr("macsecd_port_next_packet_number{interface=\"Ethernet1\"} 5000000000"));
   EXPECT_THAT(told, HasSubstr("macsecd_port_frames_not_valid_total{interface=\"Ethernet1\"} 7\n"));
+  EXPECT_THAT(told, HasSubstr("macsecd_doctor_bound_anew_total 0\n"));
   EXPECT_THAT(told, HasSubstr("macsecd_port_hardware_faulty{interface=\"Ethernet1\"} 1\n"));
 }
 
