@@ -181,16 +181,32 @@ MetricFamily cures(Macsecd::Host const& host) {
   return family;
 }
 
+MetricFamily refusals(LineServer::Counts const& counts) {
+  MetricFamily family{"macsecd_control_refusals_total",
+                      "Connections and lines that the control socket refused",
+                      MetricType::Counter,
+                      {}};
+  std::pair<char const*, uint64_t> const reasons[] = {{"user", counts.refusedUsers},
+                                                      {"too-many", counts.turnedAway},
+                                                      {"slow-reader", counts.slowReaders},
+                                                      {"broken-line", counts.brokenLines}};
+  for (auto const& [reason, count] : reasons) {
+    add(family, {{"reason", reason}}, static_cast<double>(count));
+  }
+  return family;
+}
+
 }  // namespace
 
-Metrics::Metrics(Macsecd::Host& host, LoopDelay const& delay)
-    : host_(host), delay_(delay), history_(host) {}
+Metrics::Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control)
+    : host_(host), delay_(delay), control_(control), history_(host) {}
 
 std::vector<MetricFamily> Metrics::Collect() const {
   std::vector<MetricFamily> families = PortFamilies(host_, history_).families();
   families.push_back(delays(delay_));
   families.push_back(freezes(delay_));
   families.push_back(cures(host_));
+  families.push_back(refusals(control_));
   return families;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/PortHistory.h"
+#include "linux/LineServer.h"
 #include "linux/LoopDelay.h"
 
 namespace Linux {
@@ -13,8 +14,9 @@ namespace Linux {
 /// doesn't hold; the rest is read when it is asked for.
 class Metrics final : public prometheus::Collectable {
  public:
-  /// In the world of the host. Both have to outlive this.
-  Metrics(Macsecd::Host& host, LoopDelay const& delay);
+  /// In the world of the host. All have to outlive this; `control` counts what the control socket
+  /// refused.
+  Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control);
 
   std::vector<prometheus::MetricFamily> Collect() const override;
   /// All of it in the text format 0.0.4.
@@ -23,6 +25,7 @@ class Metrics final : public prometheus::Collectable {
  private:
   Macsecd::Host& host_;
   LoopDelay const& delay_;
+  LineServer::Counts const& control_;
   Macsecd::PortHistory history_;
 };
 

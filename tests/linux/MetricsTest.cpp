@@ -15,7 +15,7 @@ class MetricsTest : public ::testing::Test {
   MetricsTest() {
     {
       Vesk::WorldScope const scope(a.world);
-      metrics.emplace(a.host, delay);
+      metrics.emplace(a.host, delay, control);
     }
     for (Macsecd::Switch* one : {&a, &b}) {
       Vesk::WorldScope const scope(one->world);
@@ -42,6 +42,7 @@ class MetricsTest : public ::testing::Test {
 
   Macsecd::Switch b{2}, a{1};
   LoopDelay delay;
+  LineServer::Counts control;
   std::optional<Metrics> metrics;
 };
 
@@ -113,6 +114,15 @@ TEST_F(MetricsTest, TellTheDelayOfTheLoop) {
             "macsecd_loop_delay_seconds_bucket{le=\"10\"} 2\n"
             "macsecd_loop_delay_seconds_bucket{le=\"+Inf\"} 2\n"
             "macsecd_loop_frozen_total 1\n");
+}
+
+TEST_F(MetricsTest, TellWhatTheControlSocketRefused) {
+  control = {.refusedUsers = 1, .turnedAway = 2, .slowReaders = 3, .brokenLines = 4};
+  EXPECT_EQ(linesOf("macsecd_control_"),
+            "macsecd_control_refusals_total{reason=\"user\"} 1\n"
+            "macsecd_control_refusals_total{reason=\"too-many\"} 2\n"
+            "macsecd_control_refusals_total{reason=\"slow-reader\"} 3\n"
+            "macsecd_control_refusals_total{reason=\"broken-line\"} 4\n");
 }
 
 TEST_F(MetricsTest, KeepToTheTextFormat) {
