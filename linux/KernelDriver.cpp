@@ -15,11 +15,11 @@ using Macsec::Status;
 namespace {
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
-constexpr double kLookPeriod = 60;
+constexpr double kFirstLook = 1, kLastLook = 60;  // delays
 
 Vesk::LogHandle const MACSEC_KERNEL_MISSING(
     "MACSEC_KERNEL_MISSING", Vesk::LogSeverity::error, "Interface %s can't be secured: %s",
-    "The kernel of this machine offers no MACsec. It is looked for again every minute.",
+    "The kernel of this machine offers no MACsec. It is looked for again, at least every minute.",
     "Install the kernel's module 'macsec' and load it with 'modprobe macsec'.", 3600.0, 0.0);
 
 bool isKey(Macsec::KeyInfo const& info, Macsec::Sak const& sak) {
@@ -172,8 +172,8 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   if (known != ports_.end() && known->second->parent() == index) return;
   if (known != ports_.end()) interfaceDel(intfId);
   if (auto const answer = kernel_.present(); !answer) {
+    if (waiting_.empty()) nextLook_ = Vesk::now() + (lookDelay_ = kFirstLook);
     waiting_[intfId] = index;
-    nextLook_ = Vesk::now() + kLookPeriod;
     ++counts_.refusals;
     Vesk::log(MACSEC_KERNEL_MISSING, intfId, answer.text);
     faultIs(intfId, "the kernel of this machine offers no MACsec: " + answer.text);
@@ -254,6 +254,8 @@ double KernelDriver::nextTime() const {
 void KernelDriver::run() {
   double const now = Vesk::now();
   if (!waiting_.empty() && nextLook_ <= now) {
+    lookDelay_ = std::min(2 * lookDelay_, kLastLook);
+    nextLook_ = now + lookDelay_;
     for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index);
   }
   bool const leftovers = std::exchange(leftovers_, false);

@@ -74,6 +74,7 @@ class KernelDriver final {
   std::map<Lumo::IntfId, int> waiting_;  // interfaces with their index, for MACsec in the kernel
   std::set<Lumo::IntfId> unauthorized_;
   double nextPoll_ = 0;
+  double lookDelay_ = 0;
   double nextLook_ = 0;  // at the kernel, while interfaces wait
   bool leftovers_ = false;
 };

@@ -5,11 +5,12 @@
 // SIGTERM ends it: what is under way may still arrive, then one JSON object per direction, from the
 // first to the second and back, tells how many were sent and what became of them.
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <vector>
 
+#include "linux/ProcessWorld.h"
+#include "runtime/World.h"
 #include "tests/kernel/Wire.h"
 
 namespace Kernel {
@@ -20,12 +21,6 @@ constexpr int kQuiet = 1000;  // ms without a datagram, after which nothing is u
 constexpr int kMostAtOnce = 32;
 
 volatile std::sig_atomic_t isEnding = 0;
-
-double now() {
-  // tidy: allow(clock) a program by itself, which keeps a real pace
-  auto const time = std::chrono::steady_clock::now().time_since_epoch();
-  return std::chrono::duration<double>(time).count();
-}
 
 struct Datagram {
   uint64_t number;
@@ -55,7 +50,7 @@ class End {
 
   void sendTo(End const& other) {
     Datagram datagram{sentAt_.size(), "nobody on the wire may read this"};
-    sentAt_.push_back(now());
+    sentAt_.push_back(Vesk::now());
     ssize_t const size =
         sendto(fd(), &datagram, sizeof datagram, 0,
                reinterpret_cast<sockaddr const*>(&other.address_), sizeof other.address_);
@@ -78,7 +73,8 @@ class End {
     auto const lost = std::count(arrived_.begin(), arrived_.end(), false);
     std::printf("{\"sent\": %zu, \"lost\": %td, \"late\": %zu, \"twice\": %zu, \"refused\": %zu, ",
                 sentAt_.size(), lost, late_, twice_, refused_);
-    std::printf("\"seconds\": %.1f, \"gaps\": [", sentAt_.empty() ? 0 : now() - sentAt_.front());
+    std::printf("\"seconds\": %.1f, \"gaps\": [",
+                sentAt_.empty() ? 0 : Vesk::now() - sentAt_.front());
     tellGaps();
     std::printf("]}\n");
   }
@@ -110,10 +106,10 @@ bool receive(End& one, End& other) {
 }
 
 void flow(End& one, End& other, double rate) {
-  double const start = now();
+  double const start = Vesk::now();
   size_t sent = 0;
   while (!isEnding) {
-    auto const due = static_cast<size_t>((now() - start) * rate);
+    auto const due = static_cast<size_t>((Vesk::now() - start) * rate);
     for (int i = 0; i < kMostAtOnce && sent < due; ++i, ++sent) {
       one.sendTo(other);
       other.sendTo(one);
@@ -141,6 +137,8 @@ int main(int argc, char** argv) {
   struct sigaction end {};
   end.sa_handler = [](int) { Kernel::isEnding = 1; };
   sigaction(SIGTERM, &end, nullptr);
+  Linux::ProcessWorld world{[](Vesk::LogMessage const&) {}};
+  Vesk::WorldScope const scope(world);
   try {
     Kernel::End one(argv[2], argv[3]), other(argv[4], argv[5]);
     Kernel::flow(one, other, std::atof(argv[1]));

@@ -6,6 +6,7 @@ import os
 import signal
 import socket
 import subprocess
+import threading
 import time
 
 BIN = os.environ["MACSEC_BIN"]  # the folder of the programs under test
@@ -55,10 +56,12 @@ class Machine:
     def __init__(self, name, suite, number):
         self.name = name
         self.number = number
-        self.mac = f"02:00:00:00:00:{number:02x}"
-        self.address = f"10.9.9.{number}"
+        self.digits = KEYS[suite]
+        self.macs = {link: f"02:00:00:00:{at:02x}:{number:02x}"
+                     for at, link in enumerate(("eth0", "eth1"))}
         self.folder = f"/run/machines/{name}"
         self.daemon = None
+        self.notes = []  # what the daemon has written, and what was done to it
         self.profile = {"key": self.key("c0de0001", "1", suite),
                         "fallback-key": self.key("c0defa11", "f", suite),
                         "key-server-priority": 10 * number, "cipher-suite": suite}
@@ -78,20 +81,26 @@ class Machine:
     def link_up(self, link="eth0"):
         self.ip(f"link set {link} up")
 
-    def carry(self, other, device=DEVICE):
-        """The MACsec device gets an address, and knows its neighbour's."""
+    def address(self, link="eth0"):
+        """That of the MACsec device above the link."""
+        return f"10.9.{link[3:]}.{self.number}"
+
+    def carry(self, other, link="eth0"):
+        """The MACsec device above the link gets its address, and knows its neighbour's."""
+        device = f"{link}.sec"
         until(lambda: self.has(device), f"{self.name} has {device}")
-        self.ip(f"addr replace {self.address}/24 dev {device}")
-        self.ip(f"neigh replace {other.address} lladdr {other.mac} dev {device} nud permanent")
+        self.ip(f"addr replace {self.address(link)}/24 dev {device}")
+        self.ip(f"neigh replace {other.address(link)} lladdr {other.macs[link]} dev {device} "
+                "nud permanent")
 
     def has(self, device):
         return subprocess.run(f"ip -n {self.name} link show {device}", shell=True, check=False,
                               capture_output=True).returncode == 0
 
-    def pings(self, other, count=5, options=""):
+    def pings(self, other, count=5, options="", link="eth0"):
         """How many pings of so many are answered."""
         text = run(f"nsenter --net=/run/netns/{self.name} ping -q -c {count} -i 0.1 -W 1 {options} "
-                   f"{other.address}", check=False)
+                   f"{other.address(link)}", check=False)
         return int(text.split(" received")[0].split()[-1])
 
     # The daemon.
@@ -106,15 +115,26 @@ class Machine:
 
     def start(self, program=None):
         self.configure()
-        with open(f"{self.folder}/log", "ab") as log:
-            self.daemon = subprocess.Popen(
-                ["nsenter", f"--net=/run/netns/{self.name}", program or f"{BIN}/macsecd",
-                 "--config", f"{self.folder}/macsecd.yaml", "--state", f"{self.folder}/state",
-                 "--control", f"{self.folder}/control", "--counters", ""],
-                stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+        self.note("started")
+        self.daemon = subprocess.Popen(
+            ["nsenter", f"--net=/run/netns/{self.name}", program or f"{BIN}/macsecd",
+             "--config", f"{self.folder}/macsecd.yaml", "--state", f"{self.folder}/state",
+             "--control", f"{self.folder}/control", "--counters", ""],
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        threading.Thread(target=self.listen, args=(self.daemon.stdout,), daemon=True).start()
+
+    def listen(self, pipe):
+        """Notes what the daemon writes, until it ends."""
+        with pipe:
+            for line in pipe:
+                self.note(line.rstrip())
+
+    def note(self, text):
+        self.notes.append(f"{time.monotonic():.3f} {text}")
 
     def end(self, number):
         """Sends the daemon a signal that ends it, and hands back how it ended."""
+        self.note(signal.Signals(number).name)
         self.daemon.send_signal(number)
         return self.daemon.wait(timeout=LIMIT)
 
@@ -180,8 +200,7 @@ class Machine:
             return int(dict(line.split(":", 1) for line in status)["VmRSS"].split()[0])
 
     def log(self):
-        with open(f"{self.folder}/log", encoding="utf-8") as log:
-            return log.read()
+        return "\n".join(self.notes)
 
     # The kernel.
 
@@ -191,6 +210,12 @@ class Machine:
             if found.get("ifname") == device:
                 return found
         return {}
+
+    def transmit_key(self, device=DEVICE):
+        """The identifier of the key that the kernel transmits with; None without one."""
+        secy = self.macsec(device)
+        keys = {sa["an"]: sa["key"] for sa in secy.get("sa_list", [])}
+        return keys.get(secy.get("encoding_sa"))
 
     def faults(self, device=DEVICE):
         """The kernel's counters of frames that it didn't take, those that aren't 0."""

@@ -4,7 +4,6 @@ nothing of what is said; the kernel and macsecctl agree."""
 import subprocess
 
 from machines import run, until
-from scenario import play
 
 PATTERN = "deadbeefcafef00d"
 
@@ -67,6 +66,3 @@ def scene(cable):
         machine.stop()
         assert not machine.has("eth0.sec")
         assert not machine.is_filtered()
-
-
-play(scene)
