@@ -183,6 +183,7 @@ void Daemon::connect() {
 void Daemon::endTurn() {
   commit();
   loop_.timeIs(nextTime());
+  world_.turnEnds();
 }
 
 void Daemon::commit() {

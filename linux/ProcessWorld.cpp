@@ -13,10 +13,25 @@
 
 namespace Linux {
 
-double ProcessWorld::now() const {
+namespace {
+
+double bootTime() {
   timespec time;
   clock_gettime(CLOCK_BOOTTIME, &time);
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+}  // namespace
+
+double ProcessWorld::now() const {
+  if (!hasTurns_) return bootTime();
+  if (!turnTime_) turnTime_ = bootTime();
+  return *turnTime_;
+}
+
+void ProcessWorld::turnEnds() {
+  hasTurns_ = true;
+  turnTime_.reset();
 }
 
 int ProcessWorld::rand() {

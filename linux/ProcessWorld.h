@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "runtime/Log.h"
 #include "runtime/World.h"
@@ -18,6 +19,10 @@ class ProcessWorld final : public Vesk::World {
   /// Seconds since the machine was started, times of suspension included (CLOCK_BOOTTIME): the
   /// times in a tree that outlives the process go on to mean what they meant.
   double now() const override;
+  /// A turn of the loop has ended, and until the next one ends the time is that at which it is
+  /// first asked for. Without any call of this it runs on. What a turn does happens at one time,
+  /// and a flood of frames doesn't ask the kernel for it again and again.
+  void turnEnds();
   int rand() override;
   /// Throws `std::system_error` if the kernel gives none.
   void randomBytes(std::span<uint8_t> out) override;
@@ -35,6 +40,8 @@ class ProcessWorld final : public Vesk::World {
 
  private:
   Syslog syslog_;
+  bool hasTurns_ = false;
+  mutable std::optional<double> turnTime_;
   std::function<void(Vesk::TraceRecord const&)> trace_;
 };
 

@@ -27,6 +27,19 @@ TEST(ProcessWorld, TheClockIsTheMachinesAndGoesOnAcrossProcesses) {
   EXPECT_LE(now, bootTime());
 }
 
+TEST(ProcessWorld, TheTimeStandsStillWithinATurnOfTheLoop) {
+  ProcessWorld world([](auto const&) {});
+  double const before = world.now();
+  world.turnEnds();
+  double const now = world.now();
+  EXPECT_GE(now, before);
+  while (bootTime() <= now) {
+  }
+  EXPECT_EQ(world.now(), now);
+  world.turnEnds();
+  EXPECT_GT(world.now(), now);
+}
+
 TEST(ProcessWorld, RandomBytesFillWhateverIsAskedFor) {
   ProcessWorld world([](auto const&) {});
   std::vector<uint8_t> a(100000, 0);
