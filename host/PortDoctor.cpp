@@ -105,7 +105,9 @@ char const* PortDoctor::troubleOf(Lumo::IntfId intfId) const {
 
 double PortDoctor::patience(Lumo::IntfId intfId, int boundAnew) const {
   double const patience = std::min(std::ldexp(2 * lifeTime(), boundAnew), kMostPatience);
-  for (Macsec::MkaActorStatus& actor : status_->portStatus(intfId)->actorStatus()) {
+  auto const port = status_->portStatus(intfId);
+  if (hasPrincipal(*port)) return patience;
+  for (Macsec::MkaActorStatus& actor : port->actorStatus()) {
     if (!actor.defaultActor()) continue;
     return patience + status_->defaultKeyActivationPeriod();
   }

@@ -53,6 +53,21 @@ TEST_F(ThePortDoctor, BindsAPortAnewThatReceivesFromAnotherThanItsPeer) {
   EXPECT_NE(a.host.status()->cpStatus(kIntf)->peerSsci().sci(), other.sci());
 }
 
+// The fallback key waits for the primary one, which has nothing to do with it.
+TEST_F(ThePortDoctor, IsAsFastWithAFallbackKeyWhenThePeerIsAnother) {
+  for (Switch* one : {&a, &b}) {
+    Vesk::WorldScope const scope(one->world);
+    SwitchConfig config = configWith(kCak);
+    config.profiles[0].fallbackKey = KeyConfig{"7879", Vesk::String8(kCak)};
+    one->host.configIs(config);
+  }
+  talk(a, b, 40);
+  Macsec::Ssci const other({Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001");
+  a.host.status()->cpStatus(kIntf)->peerSsciIs(other);
+  talk(a, b, 56);
+  EXPECT_EQ(counts().boundAnew, 1u);
+}
+
 TEST_F(ThePortDoctor, LeavesAPortAloneThatHearsNobody) {
   a.actor()->principalIs(false);
   for (double time = 20; time < 90; time += 0.25) {
