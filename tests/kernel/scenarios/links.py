@@ -60,11 +60,8 @@ def has_two(cable):
 def scene(cable):
     cable.start()
     goes_down_and_up(cable)
-    cable.say("down and up")
     vanishes_and_is_made_again(cable)
-    cable.say("vanished")
     takes_another_address(cable)
-    cable.say("address")
     has_two(cable)
     for machine in cable.machines:
         machine.stop()

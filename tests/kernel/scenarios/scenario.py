@@ -14,7 +14,7 @@ class Cable:
     """Two machines, a and b, and what lies between."""
 
     def __init__(self, name, suite):
-        self.name = f"{name} {suite}"
+        self.name, self.suite = f"{name} {suite}", suite
         self.a = Machine(f"{name}-a{suite[-3:]}", suite, 1)
         self.b = Machine(f"{name}-b{suite[-3:]}", suite, 2)
         self.programs = []

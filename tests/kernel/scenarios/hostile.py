@@ -1,0 +1,159 @@
+"""A hostile station shares the wire: it replays, mutates and forges MKPDUs and MACsec frames, and sends
+50,000 frames a second for ten seconds. The session stands, the daemons' memory doesn't grow, and the
+counters tell each kind."""
+
+import json
+import random
+import socket
+import subprocess
+import threading
+
+import scenario
+from machines import BIN, KEYS, inside, run, until
+
+RATE, SECONDS = 50000, 10
+MOST_GROWTH = 1024  # KiB
+ENOUGH = 0.7  # of the flood, that a daemon has to take in if no MKPDU is to be lost
+KINDS = ("eapolErr", "basicParamSetErr", "unrecognizedCkn", "icvValidationErr")
+ALL, EAPOL, MACSEC = 0x0003, 0x888E, 0x88E5
+CKN = bytes.fromhex("c0de0001")
+MKA = 18  # where an MKPDU begins in its frame
+
+
+FLOOD = threading.Lock()
+
+
+class Cable(scenario.Cable):
+    """The wire is a hub with a third port: it learns no addresses, since some are false."""
+
+    def lay(self, link="eth0"):
+        self.wire, self.enemy = (f"{self.a.name}-{name}" for name in ("wire", "enemy"))
+        run(f"ip netns add {self.wire} && ip netns add {self.enemy}")
+        run(f"ip -n {self.wire} link add bridge up type bridge group_fwd_mask 8 mcast_snooping 0")
+        for number, space in enumerate((self.a.name, self.b.name, self.enemy)):
+            mac = f"02:00:00:00:00:{number + 1:02x}"
+            run(f"ip link add port{number} netns {self.wire} type veth peer name eth0 "
+                f"address {mac} netns {space}")
+            run(f"ip -n {self.wire} link set port{number} master bridge up")
+            run(f"ip -n {self.wire} link set port{number} type bridge_slave learning off")
+            run(f"ip -n {space} link set eth0 up")
+        self.tap = inside(self.enemy, self.open_tap)
+
+    def isolate(self, machine):
+        """What the enemy sends reaches this one no more."""
+        for port in (self.machines.index(machine), 2):
+            run(f"ip -n {self.wire} link set port{port} type bridge_slave isolated on")
+
+    @staticmethod
+    def open_tap():
+        tap = socket.socket(socket.AF_PACKET, socket.SOCK_RAW, socket.htons(ALL))
+        tap.bind(("eth0", ALL))
+        return tap
+
+
+def heard(tap, kind, count):
+    """So many frames of others."""
+    frames = []
+    while len(frames) < count:
+        frame, address = tap.recvfrom(2048)
+        if address[1] == kind and address[2] != socket.PACKET_OUTGOING:
+            frames.append(frame)
+    return frames
+
+
+def mutated(frame, dice):
+    octets = bytearray(frame)
+    for _ in range(dice.randint(1, 4)):
+        octets[dice.randrange(MKA, len(octets))] ^= 1 << dice.randrange(8)
+    return bytes(octets)
+
+
+def attacks(mkpdus, dice):
+    """Frames of every kind that somebody without a key can make."""
+    frames = list(mkpdus)  # replayed
+    for frame in mkpdus:
+        name = frame.index(CKN)
+        frames += [mutated(frame, dice) for _ in range(20)]
+        frames.append(frame[:-16] + dice.randbytes(16))  # forged: the ICV is one of another key
+        frames.append(frame[:name] + b"evil" + frame[name + 4:])  # under the name of another key
+        frames.append(frame[:MKA] + bytes([0]) + frame[MKA + 1:])  # of a version that isn't
+        frames.append(frame[:14] + bytes([200]) + frame[15:])  # EAPOL of another version
+        frames.append(frame[:40])  # cut off
+        frames.append(frame[:MKA])  # empty
+        frames.append(frame[:16] + b"\xff\xff" + frame[MKA:])  # of a false length
+        frames.append(frame[:MKA + 2] + b"\x0f\xff" + frame[MKA + 4:])  # its set too long
+    return frames
+
+
+def flood(cable, frames):
+    text = "\n".join(frame.hex() for frame in frames)
+    done = subprocess.run([f"{BIN}/kernel_flood", cable.enemy, "eth0", str(RATE), str(SECONDS)],
+                          input=text, text=True, check=True, stdout=subprocess.PIPE)
+    return json.loads(done.stdout)
+
+
+def counted(machine):
+    """Frames that came in and failed, by kind."""
+    frames = machine.ask("counters")[0]["counters"]
+    return {entry["frames"].split()[-1]: entry["total"] for entry in frames
+            if entry["frames"].startswith("rx failure")}
+
+
+def session(machine):
+    port = machine.port()
+    return port["state"], [(key["ckn"], key["principal"], [p["member-id"] for p in key["peers"]])
+                           for key in port["keys"]]
+
+
+def sends_every_kind(cable, frames):
+    for frame in frames:
+        cable.tap.send(frame)
+    for machine in cable.machines:
+        until(lambda m=machine: set(KINDS) <= set(counted(m)), f"{machine.name} counts every kind")
+
+
+def replays_data(cable):
+    """What was said behind MACsec, once more."""
+    cable.demand_pings()
+    for frame in heard(cable.tap, MACSEC, 10):
+        cable.tap.send(frame)
+    for machine in cable.machines:
+        until(lambda m=machine: m.faults().get("InPktsLate"), f"{machine.name} drops what is late")
+
+
+def floods(cable, frames, victim):
+    """Of the machines that share this kernel's one processor, one alone gets the flood, and one cable
+    at a time."""
+    before = {machine.name: session(machine) for machine in cable.machines}
+    key = cable.a.transmit_key()
+    memory, counts = victim.memory(), sum(counted(victim).values())
+    with FLOOD, cable.flow(100) as flow:
+        sent = flood(cable, frames)["sent"]
+        taken = sum(counted(victim).values()) - counts
+        after = {machine.name: session(machine) for machine in cable.machines}
+    growth = victim.memory() - memory
+    cable.say(f"{sent} frames in {SECONDS} s at {victim.name}, which refused {taken} and grew by "
+              f"{growth} KiB")
+    flow.demand_none_lost()
+    assert growth <= MOST_GROWTH
+    if taken > ENOUGH * sent:
+        assert after == before, (before, after)
+        assert cable.a.transmit_key() == cable.b.transmit_key() == key
+        return
+    cable.say("this machine is too slow to take them in, and may lose MKPDUs with them")
+    until(lambda: {machine.name: session(machine) for machine in cable.machines} == before,
+          "the session is as before")
+
+
+def scene(cable):
+    cable.start()
+    mkpdus = [frame for frame in heard(cable.tap, EAPOL, 12) if CKN in frame]
+    frames = attacks(mkpdus, random.Random(1))
+    until(lambda: all(all(peers for _, _, peers in session(m)[1]) for m in cable.machines), "peers")
+    sends_every_kind(cable, frames)
+    replays_data(cable)
+    is_first = cable.suite == list(KEYS)[0]
+    victim, spared = cable.machines if is_first else reversed(cable.machines)
+    cable.isolate(spared)
+    floods(cable, frames, victim)
+    cable.demand_pings()
