@@ -98,6 +98,8 @@ void EventLoop::timeIs(double seconds) {
   checked(sd_event_source_set_enabled(timer_.get(), SD_EVENT_ONESHOT), "timer");
 }
 
+// A timer that is armed anew goes behind all that there is to read; under a flood of frames, whose
+// turn never ends, it would wait forever if it weren't more important.
 void EventLoop::makeTimer(uint64_t microseconds) {
   sd_event_source* source = nullptr;
   auto const run = [](sd_event_source*, uint64_t, void* userData) {
@@ -110,6 +112,7 @@ void EventLoop::makeTimer(uint64_t microseconds) {
       sd_event_add_time(event_.get(), &source, CLOCK_BOOTTIME, microseconds, kAccuracy, run, this),
       "timer");
   timer_.reset(source);
+  checked(sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IMPORTANT), "timer");
 }
 
 int EventLoop::run() {

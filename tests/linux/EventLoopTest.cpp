@@ -50,6 +50,21 @@ TEST(EventLoop, RunsTheHandlerOfADescriptorForAsLongAsThereIsSomethingToRead) {
   EXPECT_EQ(runs, 2);
 }
 
+// As under a flood of frames: each turn arms the timer anew, and leaves something to read.
+TEST(EventLoop, RunsTheTimerWhileThereIsAlwaysSomethingToRead) {
+  EventLoop loop;
+  Pipe pipe;
+  pipe.put();
+  int reads = 0;
+  double const due = now() + 0.02;
+  loop.watch(pipe.out.fd(), [&] {
+    if (++reads == 1000000) loop.exit(1);
+  });
+  loop.timerIs([&] { loop.exit(2); });
+  loop.beforeWaitIs([&] { loop.timeIs(due); });
+  EXPECT_EQ(loop.run(), 2);
+}
+
 TEST(EventLoop, LetsAHandlerForgetItsOwnDescriptorAndCloseIt) {
   EventLoop loop;
   Pipe first, second;
