@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "linux/ProcessWorld.h"
 #include "tests/linux/SocketPair.h"
 
 namespace Linux {
@@ -28,7 +29,7 @@ struct Fixture : ::testing::Test {
     ASSERT_EQ(::send(wires[index].fd(), frame.data(), frame.size(), 0), 60);
     loop.timeIs(0.0);
     loop.timerIs([this] {
-      if (++turns < 3) return loop.timeIs(0.0);
+      if (++turns < 10) return loop.timeIs(world.now() + 0.002);
       loop.exit(0);
     });
     loop.run();
@@ -40,6 +41,7 @@ struct Fixture : ::testing::Test {
   std::map<int, Descriptor> wires;
   bool refuses = false;
   int turns = 0;
+  ProcessWorld world{[](Vesk::LogMessage const&) {}};
   EventLoop loop;
   EapolSockets sockets{loop,
                        {[this](auto intfId, auto) { received.push_back(intfId); },
