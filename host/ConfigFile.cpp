@@ -18,6 +18,8 @@ namespace {
 
 /// Longest group CAK lifetime in minutes whose seconds still fit 32 bits.
 constexpr uint32_t maxLifetime = UINT32_MAX / 60;
+/// Widest window of the extended packet numbering suites.
+constexpr uint32_t maxReplayWindow = (1u << 30) - 1;
 
 /// A key as it stands in the file, before the suite that it has to fit is known.
 struct KeyPlace {
@@ -146,7 +148,7 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                number("port-number", intf.portNumber, 1, UINT16_MAX),
                {"dialect", false, [&](auto& value) { readDialect(value, intf.dialect); }},
                {"device", false, [&](auto& value) { readDevice(value, intf.device); }},
-               number("replay-window", intf.replayWindow, 0, UINT32_MAX),
+               number("replay-window", intf.replayWindow, 0, maxReplayWindow),
                choice<SecurePolicy>("policy", intf.policy,
                                     {{"must-secure", SecurePolicy::mustSecure},
                                      {"should-secure", SecurePolicy::shouldSecure}}),

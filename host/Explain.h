@@ -33,6 +33,7 @@ enum class CauseKind : uint8_t {
   noSak,
   sakNotInstalled,
   peerNotReceiving,
+  waitingToSend,
   framesNotValid,
   fallbackInUse,
 };
@@ -87,6 +88,7 @@ struct Vesk::EnumNames<Macsecd::CauseKind> {
       {Kind::noSak, "no-sak"},
       {Kind::sakNotInstalled, "sak-not-installed"},
       {Kind::peerNotReceiving, "peer-not-receiving"},
+      {Kind::waitingToSend, "waiting-to-send"},
       {Kind::framesNotValid, "frames-not-valid"},
       {Kind::fallbackInUse, "fallback-in-use"},
   };

@@ -34,6 +34,7 @@ void Explainer::keys() {
   noteInstallation();
   noteDeafPeers();
   noteNotValidFrames();
+  if (!out_.secured && out_.causes.empty()) noteWaiting();
 }
 
 void Explainer::noteInstallation() {
@@ -64,6 +65,15 @@ void Explainer::noteDeafPeers() {
                      sakText(principal_->distSak())),
          "see there: the same 'cipher-suite', and its hardware");
   }
+}
+
+// All is right so far: the key server sends first.
+void Explainer::noteWaiting() {
+  note(CauseKind::waitingToSend,
+       fmt::format("key {} is there, and the key server doesn't send with it yet",
+                   sakText(principal_->distSak())),
+       fmt::format("wait {:g} seconds; if it stays so, see the key server and its hardware",
+                   lifeTime()));
 }
 
 void Explainer::noteNotValidFrames() {

@@ -28,6 +28,7 @@ class Explainer {
   void noteInstallation();
   void noteDeafPeers();
   void noteNotValidFrames();
+  void noteWaiting();
 
   void note(CauseKind kind, std::string what, std::string remedy);
   double lifeTime() const { return host_.status()->mkaLifeTime(); }

@@ -48,8 +48,7 @@ void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
   for (Macsecd::InterfaceConfig const& interface : config.interfaces) {
     Lumo::IntfId const intfId{Vesk::String8(interface.name)};
     driver_.deviceIs(intfId, {interface.device, interface.replayWindow});
-    bool const mustBeSecure = interface.policy == Macsecd::SecurePolicy::mustSecure;
-    if (mustBeSecure && !config.shutdown) mustBeSecure_.insert(intfId);
+    if (interface.policy == Macsecd::SecurePolicy::mustSecure) mustBeSecure_.insert(intfId);
   }
   for (auto const& [intfId, index] : indices_) filter(intfId, index);
 }

@@ -77,6 +77,30 @@ TEST_F(ExplainHost, NamesWhatTheHardwareSaysUntilItSaysNothing) {
   EXPECT_THAT(kinds(a.host, kIntf), IsEmpty());
 }
 
+TEST(ExplainAlways, NamesACauseAtEveryMomentInWhichAPortIsntSecured) {
+  Switch b(2), a(1);
+  for (Switch* one : {&a, &b}) {
+    Vesk::WorldScope const scope(one->world);
+    one->bringUp();
+  }
+  for (double time = 0; time < 20; time += 0.25) {
+    talk(a, b, time);
+    for (Switch* one : {&a, &b}) {
+      Vesk::WorldScope const scope(one->world);
+      auto const told = explain(one->host, kIntf);
+      EXPECT_TRUE(told.secured || !told.causes.empty())
+          << "switch " << one->number << " at " << time;
+    }
+  }
+}
+
+TEST_F(ExplainHost, NamesAKeyThatTheKeyServerDoesntSendWithYet) {
+  auto const cp = b.host.status()->cpStatus(kIntf);
+  cp->controlledPortEnabledIs(false);
+  Vesk::WorldScope const scope(b.world);
+  EXPECT_THAT(kinds(b.host, kIntf), ElementsAre(CauseKind::waitingToSend));
+}
+
 TEST_F(ExplainHost, NamesFramesThatArentValidUnderTheKeyForALifeTime) {
   HardwareReport report;
   report.framesNotValid = 7;

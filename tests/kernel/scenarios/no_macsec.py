@@ -7,12 +7,19 @@ import threading
 from machines import KEYS, LIMIT, run, until
 
 MODPROBE = "modprobe -d /run/work"
-ALL_HAVE_TOLD = threading.Barrier(len(KEYS))  # all scenarios of a kernel share its modules
+# All scenarios of a kernel share its modules: one of them takes it away, for all.
+ALL_HAVE_TOLD = threading.Barrier(len(KEYS))
+TAKING = threading.Lock()
+taken_away = []
 
 
 def can_take_it_away():
-    return subprocess.run(f"{MODPROBE} -r macsec", shell=True, check=False,
-                          capture_output=True).returncode == 0
+    with TAKING:
+        if not taken_away:
+            done = subprocess.run(f"{MODPROBE} -r macsec", shell=True, check=False,
+                                  capture_output=True)
+            taken_away.append(done.returncode == 0)
+        return taken_away[0]
 
 
 def scene(cable):
