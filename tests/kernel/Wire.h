@@ -32,6 +32,9 @@ inline void becomes(std::string const& space, std::string const& device, char co
 /// Two network namespaces, a and b, with a cable between va (02:00:00:00:00:0a) and vb (...:0b).
 inline void cableIs() {
   run("ip netns add a && ip netns add b");
+  // Without frames of the kernel's own.
+  run("for space in a b; do ip netns exec $space sh -c "
+      "'echo 1 >/proc/sys/net/ipv6/conf/default/disable_ipv6' 2>/dev/null; done; true");
   run("ip link add va address 02:00:00:00:00:0a netns a type veth peer name vb"
       " address 02:00:00:00:00:0b netns b");
   run("ip -n a link set va up && ip -n b link set vb up");
