@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "host/Explainer.h"
+#include "host/PortActors.h"
 
 namespace Macsecd {
 
@@ -20,10 +21,7 @@ Explainer::Explainer(Host const& host, Lumo::IntfId intfId)
       intfStatus_(host.status()->intfStatus(intfId)),
       port_(host.status()->portStatus(intfId)),
       cp_(host.status()->cpStatus(intfId)) {
-  if (!port_) return;
-  for (Macsec::MkaActorStatus& actor : port_->actorStatus()) {
-    if (actor.principal()) principal_ = &actor;
-  }
+  if (port_) principal_ = principalOf(*port_);
 }
 
 Explanation Explainer::explanation() {

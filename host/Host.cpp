@@ -56,7 +56,7 @@ struct Host::Machines {
         keyAges(host.status_) {
     peerLoss.closingAre(host.closing_);
     if (host.options_.portDoctor) {
-      doctor.emplace(host.config_, host.status_, host.frameEvidence_, host.timerWheel_);
+      doctor.emplace(host.config_, host.status_, host.timerWheel_);
     }
   }
 

@@ -1,5 +1,6 @@
 #include "host/PeerLoss.h"
 
+#include "host/PortActors.h"
 #include "runtime/Log.h"
 
 namespace Macsecd {
@@ -22,13 +23,6 @@ Vesk::LogHandle const MACSECD_OPEN_WITH_PEERS("MACSECD_OPEN_WITH_PEERS", Vesk::L
                                               "Interface %s is open again: a peer is there",
                                               "The port was closed for the loss of all its peers.",
                                               Vesk::NoActionRequired, 0.0, 1.0);
-
-bool hasLivePeer(MkaPortStatus const& port) {
-  for (MkaActorStatus& actor : port.actorStatus()) {
-    if (actor.livePeer().members() > 0) return true;
-  }
-  return false;
-}
 
 }  // namespace
 

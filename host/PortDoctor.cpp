@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "host/PortActors.h"
 #include "runtime/Log.h"
 #include "runtime/World.h"
 
@@ -26,20 +27,10 @@ Vesk::LogHandle const MACSECD_STOOD_STILL(
     "Give the process more of the processor, and see whether the machine swaps or was suspended.",
     0.0, 1.0);
 
-bool hasPrincipal(Macsec::MkaPortStatus const& port) {
-  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
-    if (actor.principal()) return true;
-  }
-  return false;
-}
-
-/// Whether an actor in use has one live peer, of another SCI than this.
-bool hasOnlyAnotherPeer(Macsec::MkaPortStatus const& port, Macsec::Sci const& sci) {
-  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
-    if (!actor.principal() || actor.livePeer().members() != 1) continue;
-    return actor.livePeer().begin()->baseInfo().sci() != sci;
-  }
-  return false;
+/// Whether the actor in use has one live peer, of another SCI than this.
+bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& principal, Macsec::Sci const& sci) {
+  if (principal.livePeer().members() != 1) return false;
+  return principal.livePeer().begin()->baseInfo().sci() != sci;
 }
 
 }  // namespace
@@ -50,10 +41,9 @@ struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
 };
 
 PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
-                       Evidence const& evidence, Vesk::Ptr<Zorn::TimerWheel> wheel)
+                       Vesk::Ptr<Zorn::TimerWheel> wheel)
     : config_(std::move(config)),
       status_(std::move(status)),
-      evidence_(evidence),
       timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
 }
@@ -78,7 +68,7 @@ void PortDoctor::lookAt(Lumo::IntfId intfId) {
   char const* const trouble = troubleOf(intfId);
   auto const known = cases_.find(intfId);
   if (!trouble) {
-    if (known != cases_.end()) cases_.erase(known);
+    if (known != cases_.end()) seemsWell(known);
     return;
   }
   if (known == cases_.end()) {
@@ -91,22 +81,31 @@ void PortDoctor::lookAt(Lumo::IntfId intfId) {
   bindAnew(intfId, trouble);
 }
 
+// Well is who has a key in use. Without peers, as after every new binding, nobody can tell.
+void PortDoctor::seemsWell(Cases::iterator known) {
+  auto const port = status_->portStatus(known->first);
+  if (port && principalOf(*port)) {
+    cases_.erase(known);
+  } else {
+    known->second.since = Vesk::now();
+  }
+}
+
 char const* PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   auto const port = status_->portStatus(intfId);
-  auto const heard = evidence_.find(intfId);
-  if (!port || heard == evidence_.end()) return nullptr;
-  if (heard->second.senders(lifeTime()).empty()) return nullptr;
-  if (!hasPrincipal(*port)) return "it hears a peer, and has no principal actor";
+  if (!port || !hasLivePeer(*port)) return nullptr;
+  auto const principal = principalOf(*port);
+  if (!principal) return "it has a live peer, and no principal actor";
   auto const cpStatus = status_->cpStatus(intfId);
   if (!cpStatus || cpStatus->peerSsci() == Macsec::Ssci()) return nullptr;
-  if (!hasOnlyAnotherPeer(*port, cpStatus->peerSsci().sci())) return nullptr;
+  if (!hasOnlyAnotherPeer(*principal, cpStatus->peerSsci().sci())) return nullptr;
   return "its peer has another SCI than the one that it receives from";
 }
 
 double PortDoctor::patience(Lumo::IntfId intfId, int boundAnew) const {
   double const patience = std::min(std::ldexp(2 * lifeTime(), boundAnew), kMostPatience);
   auto const port = status_->portStatus(intfId);
-  if (hasPrincipal(*port)) return patience;
+  if (principalOf(*port)) return patience;
   for (Macsec::MkaActorStatus& actor : port->actorStatus()) {
     if (!actor.defaultActor()) continue;
     return patience + status_->defaultKeyActivationPeriod();

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <map>
 
-#include "host/FrameEvidence.h"
 #include "model/Config.h"
 #include "model/Status.h"
 #include "runtime/TimerWheel.h"
@@ -12,7 +11,7 @@ namespace Macsecd {
 
 /// Looks after ports that can't get well by themselves, and binds them to their profile anew:
 ///
-/// - a port that hears a peer, and has been without a principal actor for two life times, or as
+/// - a port that has a live peer, and has been without a principal actor for two life times, or as
 ///   much longer as its fallback key waits for the primary one: the engine elects only when an
 ///   actor succeeds;
 /// - a port whose only live peer has had another SCI for two life times than the one whose frames
@@ -27,11 +26,9 @@ class PortDoctor {
     uint64_t stoodStill = 0;  ///< times that the process ran more than a second late
     double longest = 0;       ///< seconds
   };
-  using Evidence = std::map<Lumo::IntfId, FrameEvidence>;
 
-  /// `evidence` lives longer.
   PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
-             Evidence const& evidence, Vesk::Ptr<Zorn::TimerWheel> wheel);
+             Vesk::Ptr<Zorn::TimerWheel> wheel);
   ~PortDoctor();
   PortDoctor(PortDoctor const&) = delete;
   PortDoctor& operator=(PortDoctor const&) = delete;
@@ -45,8 +42,11 @@ class PortDoctor {
     int boundAnew = 0;  ///< how often that has been done for it
   };
 
+  using Cases = std::map<Lumo::IntfId, Case>;
+
   void round();
   void lookAt(Lumo::IntfId intfId);
+  void seemsWell(Cases::iterator known);
   char const* troubleOf(Lumo::IntfId intfId) const;
   double patience(Lumo::IntfId intfId, int boundAnew) const;
   void bindAnew(Lumo::IntfId intfId, char const* trouble);
@@ -54,9 +54,8 @@ class PortDoctor {
 
   Vesk::Ptr<Macsec::Config> const config_;
   Vesk::Ptr<Macsec::Status const> const status_;
-  Evidence const& evidence_;
   Vesk::Ptr<Timer> timer_;
-  std::map<Lumo::IntfId, Case> cases_;
+  Cases cases_;
   Counts counts_;
 };
 

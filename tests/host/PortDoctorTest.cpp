@@ -28,7 +28,7 @@ TEST_F(ThePortDoctor, LeavesAHealthyPortAlone) {
   EXPECT_EQ(counts().stoodStill, 0u);
 }
 
-TEST_F(ThePortDoctor, BindsAPortAnewThatHearsAPeerAndHasNoPrincipalForTwoLifeTimes) {
+TEST_F(ThePortDoctor, BindsAPortAnewThatHasALivePeerAndNoPrincipalForTwoLifeTimes) {
   a.actor()->principalIs(false);
   talk(a, b, 30);
   EXPECT_EQ(counts().boundAnew, 0u);
@@ -68,7 +68,7 @@ TEST_F(ThePortDoctor, IsAsFastWithAFallbackKeyWhenThePeerIsAnother) {
   EXPECT_EQ(counts().boundAnew, 1u);
 }
 
-TEST_F(ThePortDoctor, LeavesAPortAloneThatHearsNobody) {
+TEST_F(ThePortDoctor, LeavesAPortAloneThatHasNoLivePeer) {
   a.actor()->principalIs(false);
   for (double time = 20; time < 90; time += 0.25) {
     a.world.time = time;

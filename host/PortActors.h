@@ -1,0 +1,12 @@
+#pragma once
+
+#include "model/MkaPortStatus.h"
+
+namespace Macsecd {
+
+/// Whether an actor of the port has a live peer.
+bool hasLivePeer(Macsec::MkaPortStatus const& port);
+/// The actor whose key is in use; null if there is none.
+Vesk::Ptr<Macsec::MkaActorStatus> principalOf(Macsec::MkaPortStatus const& port);
+
+}  // namespace Macsecd
