@@ -6,7 +6,7 @@ import threading
 
 from machines import KEYS, LIMIT, run, until
 
-MODPROBE = "modprobe -d /run/work"
+MODPROBE = "modprobe -d /run/boot"
 # All scenarios of a kernel share its modules: one of them takes it away, for all.
 ALL_HAVE_TOLD = threading.Barrier(len(KEYS))
 TAKING = threading.Lock()
