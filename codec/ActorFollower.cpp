@@ -12,16 +12,25 @@ using Macsec::Status;
 struct ActorFollower::ActorStatusReactor final
     : Vesk::Reactor<MkaActorStatus const, ActorFollower, ActorStatusReactor> {
   ActorStatusReactor(ActorFollower& follower, Vesk::Ptr<MkaActorStatus const> status, Port& port)
-      : Reactor(follower, std::move(status)), port_(port), keys_(notifier()->ckn()) {
+      : Reactor(follower, std::move(status)),
+        port_(port),
+        keys_(notifier()->ckn(), notifier().ptr()) {
     onIck();
     onKek();
     port_.actors.push_back(&keys_);
+    takeUpPeers();
   }
   ~ActorStatusReactor() override { handleGone(); }
 
   Vesk::String8 const& fwkKey() const { return notifier()->ckn(); }
   void onIck() override { keys_.ickIs(notifier()->ick()); }
   void onKek() override { keys_.kekIs(notifier()->kek()); }
+
+  // Whom a former process has heard counts as heard.
+  void takeUpPeers() {
+    for (Macsec::MkaPeer const& peer : notifier()->livePeer()) takeUp(peer);
+    for (Macsec::MkaPeer const& peer : notifier()->potentialPeer()) takeUp(peer);
+  }
 
   /// The keys go at once, whoever still holds this.
   void handleGone() {
@@ -31,6 +40,13 @@ struct ActorFollower::ActorStatusReactor final
   }
 
  private:
+  // A member that was only listed by another one hasn't been heard.
+  void takeUp(Macsec::MkaPeer const& peer) {
+    auto const member = Macsec::MemberIdentifier::parsed(peer.baseInfo().msgId().view());
+    if (!member || peer.baseInfo().msgId().empty()) return;
+    port_.heard.heard(keys_.name(), *member, peer.baseInfo().msgNum());
+  }
+
   Port& port_;
   ActorKeys keys_;
 };

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "codec/MemberTexts.h"
+#include "model/MkaActorStatus.h"
 #include "platform/AesCmac.h"
 #include "platform/CknOctets.h"
 #include "platform/KeyWrap.h"
@@ -12,18 +13,23 @@
 
 namespace Codec {
 
-/// What the codec keeps of one actor: its name on the wire, its two keys set in their ciphers, and
-/// the texts that its frames repeat. The ciphers wipe their keys when this goes.
+/// What the codec keeps of one actor: its name on the wire, its place in the status tree, its two
+/// keys set in their ciphers, and the texts that its frames repeat. The ciphers wipe their keys
+/// when this goes.
 class ActorKeys {
  public:
-  explicit ActorKeys(Vesk::String8 const& ckn) : ckn_(ckn), octets_(ckn.view()) {}
+  /// `status` is the actor in the tree, which lives longer; null for one that stands in none.
+  explicit ActorKeys(Vesk::String8 const& ckn, Macsec::MkaActorStatus const* status = nullptr)
+      : ckn_(ckn), octets_(ckn.view()), status_(status) {}
 
   /// The name as the actor's owner spells it.
   Vesk::String8 const& ckn() const { return ckn_; }
   /// The name as octets.
+  Macsec::CknOctets const& name() const { return octets_; }
   std::span<uint8_t const> octets() const { return octets_.octets(); }
   /// The name as characters, or its octets if it has more than 32 of them.
   std::span<uint8_t const> characters() const;
+  Macsec::MkaActorStatus const* status() const { return status_; }
   /// True for the name in any form that a frame may have it.
   bool isNamed(std::span<uint8_t const> onWire) const;
 
@@ -50,6 +56,7 @@ class ActorKeys {
 
   Vesk::String8 ckn_;
   Macsec::CknOctets octets_;
+  Macsec::MkaActorStatus const* status_;
   Macsec::AesCmac ick_;
   Macsec::KeyWrap kek_{{}};
   MemberTexts members_;

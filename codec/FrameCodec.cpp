@@ -5,6 +5,8 @@
 #include "codec/ActorFollower.h"
 #include "codec/FrameReader.h"
 #include "codec/FrameWriter.h"
+#include "codec/PeerLimit.h"
+#include "runtime/Log.h"
 #include "runtime/Trace.h"
 
 namespace Codec {
@@ -15,6 +17,43 @@ Vesk::TraceHandle traceHandle("Macsec");
 
 using Macsec::Brine::MessageCounters;
 using Type = Macsec::MessageCounterType;
+
+constexpr double kLogInterval = 60;
+constexpr uint8_t kByInterface = 1;
+
+Vesk::LogHandle const MACSECD_MKPDU_REPLAYED(
+    "MACSECD_MKPDU_REPLAYED", Vesk::LogSeverity::warning,
+    "MKPDUs come in on interface %s that have been heard before, or after later ones",
+    "Somebody sends recorded MKPDUs again, or the network duplicates frames or changes their "
+    "order. "
+    "They are dropped and counted (replayErr).",
+    "Find out who else is on the link, and whether there is a loop.", kLogInterval, 0.0,
+    kByInterface);
+
+Vesk::LogHandle const MACSECD_KEY_WITHOUT_PROOF(
+    "MACSECD_KEY_WITHOUT_PROOF", Vesk::LogSeverity::warning,
+    "MKPDUs come in on interface %s that distribute a key and don't show that their sender hears "
+    "this end",
+    "Somebody sends recorded MKPDUs again, or the frames of this end don't arrive at the other "
+    "one. "
+    "They are dropped and counted (livenessErr).",
+    "Find out who else is on the link, and see whether frames arrive at the other end.",
+    kLogInterval, 0.0, kByInterface);
+
+Vesk::LogHandle const MACSECD_TOO_MANY_PEERS(
+    "MACSECD_TOO_MANY_PEERS", Vesk::LogSeverity::warning,
+    "More than %s members are heard on interface %s; further ones are left out",
+    "Somebody sends recorded MKPDUs again, or has the key and makes members up. Frames of further "
+    "members are dropped and counted (tooManyPeersErr).",
+    "Find out who else is on the link; if a member does it, change the key.", kLogInterval, 0.0);
+
+void tell(Lumo::IntfId intfId, SubType subType) {
+  if (subType == Reason::replayErr) Vesk::log(MACSECD_MKPDU_REPLAYED, intfId);
+  if (subType == Reason::livenessErr) Vesk::log(MACSECD_KEY_WITHOUT_PROOF, intfId);
+  if (subType == Reason::tooManyPeersErr) {
+    Vesk::log(MACSECD_TOO_MANY_PEERS, PeerLimit::kMostPeers, intfId);
+  }
+}
 
 }  // namespace
 
@@ -43,6 +82,7 @@ FrameCodec::FrameCodec(Vesk::Ptr<Macsec::MkaPamManager> pamManager,
     : pamManager_(std::move(pamManager)),
       sink_(sink),
       counters_(counters ? std::move(counters) : MessageCounters::inProcess("codec")),
+      guard_(status),
       pamManagerReactor_(Vesk::make<PamManagerReactor>(*this, pamManager_)),
       ethIntfStatusDirReactor_(Vesk::make<EthIntfStatusDirReactor>(*this, ethIntfStatusDir)) {
   for (auto const& intf : ethIntfStatusDir->intfStatus()) handleEthIntfStatus(intf.intfId());
@@ -104,24 +144,44 @@ void FrameCodec::handleTxMessage(Macsec::MkaMessageInfo const& message) {
 
 Refusal FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   VESK_TRACE(8, ": IntfId ", intfId);
-  Port const stranger(intfId);
-  Port const* known = ports_.find(intfId);
-  Port const& port = known ? *known : stranger;
+  Port stranger(intfId);
+  Port* known = ports_.find(intfId);
+  Port& port = known ? *known : stranger;
   FrameReader reader(port);
-  if (Refusal refusal = reader.check(frame)) {
-    VESK_TRACE(3, ": MKPDU refused on ", intfId, ": octet ", refusal.octet, " ",
-               std::string_view(refusal.what));
-    countFailure(port, Direction::rx, refusal);
+  Refusal refusal = reader.check(frame);
+  if (!refusal) refusal = checkSender(port, reader);
+  if (refusal) {
+    refuse(port, refusal);
     return refusal;
   }
+  port.heard.heard(reader.actor().name(), reader.sender(), reader.messageNumber());
   for (unsigned i = 0; i < reader.unknownSets(); ++i) {
     counters_->inc(intfId, Direction::rx, Type::failure, SubType::unrecognizedSetErr);
   }
   countSuccess(port, Direction::rx);
   auto const message = pamManager_->rxMessageInfo();
-  reader.fill(*message);
+  PeerLimit limit(reader.actor().status());
+  reader.fill(*message, limit);
   message->countInc(1);
   return {};
+}
+
+// What can speak against a frame that is right in itself.
+Refusal FrameCodec::checkSender(Port const& port, FrameReader const& reader) const {
+  if (guardIsOn_) {
+    if (Refusal refusal = guard_.check(port, reader)) return refusal;
+  }
+  PeerLimit const limit(reader.actor().status());
+  if (limit.admitsSender(reader.sender(), guard_.hasHeardUsLately(reader))) return {};
+  return {Reason::tooManyPeersErr, ReplayGuard::kMemberIdentifierAt,
+          "begins the member identifier of a stranger, for whom there is no room"};
+}
+
+void FrameCodec::refuse(Port const& port, Refusal const& refusal) {
+  VESK_TRACE(3, ": MKPDU refused on ", port.intfId, ": octet ", refusal.octet, " ",
+             std::string_view(refusal.what));
+  countFailure(port, Direction::rx, refusal);
+  tell(port.intfId, refusal.subType);
 }
 
 void FrameCodec::countSuccess(Port const& port, Direction direction) {

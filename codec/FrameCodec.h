@@ -8,6 +8,7 @@
 #include "codec/FrameSink.h"
 #include "codec/Ports.h"
 #include "codec/Refusal.h"
+#include "codec/ReplayGuard.h"
 #include "model/MkaPamManager.h"
 #include "model/Status.h"
 #include "platform/EthIntfStatus.h"
@@ -26,7 +27,9 @@ class ActorFollower;
 ///
 /// In: `receive()` checks a frame, fills the manager's `rxMessageInfo` and increments its `count`.
 /// A frame that fails a check changes no entity and allocates nothing; it is counted and traced,
-/// with the octet that is wrong.
+/// with the octet that is wrong. Frames that are right in themselves and were recorded before are
+/// kept out by the replay guard, and members beyond all measure by the limit of peers; both are
+/// logged.
 ///
 /// Keys are those of the actors in the status tree: their ciphers are set once, follow each change
 /// of `ick` and `kek`, and are wiped with the actor.
@@ -45,6 +48,9 @@ class FrameCodec {
   /// refused, or nothing against it: then the receive entity has told what it holds.
   Refusal receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
 
+  /// Whether the replay guard stands before the engine, as it does unless this says otherwise.
+  void replayGuardIs(bool on) { guardIsOn_ = on; }
+
   /// How frames are written on an interface from now on.
   void dialectIs(Lumo::IntfId intfId, Dialect const& dialect);
   Dialect dialect(Lumo::IntfId intfId) const;
@@ -62,6 +68,8 @@ class FrameCodec {
   void handleTxMessage(Macsec::MkaMessageInfo const& message);
   void handleEthIntfStatus(Lumo::IntfId intfId);
   Port& countedPortIs(Lumo::IntfId intfId);
+  Refusal checkSender(Port const& port, FrameReader const& reader) const;
+  void refuse(Port const& port, Refusal const& refusal);
   void countSuccess(Port const& port, Direction direction);
   void countFailure(Port const& port, Direction direction, Refusal const& refusal);
 
@@ -69,6 +77,8 @@ class FrameCodec {
   FrameSink& sink_;
   Vesk::Ptr<Macsec::Brine::MessageCounters> counters_;
   Ports ports_;
+  ReplayGuard const guard_;
+  bool guardIsOn_ = true;
   std::unique_ptr<ActorFollower> actors_;
   Vesk::Ptr<PamManagerReactor> pamManagerReactor_;
   Vesk::Ptr<TxMessageReactor> txMessageReactor_;

@@ -4,6 +4,7 @@
 #include "codec/DistSak.h"
 #include "codec/FieldWalk.h"
 #include "codec/Icv.h"
+#include "codec/PeerLimit.h"
 #include "codec/PeerList.h"
 #include "codec/SakUse.h"
 #include "model/Overlay.h"
@@ -82,13 +83,15 @@ Refusal FrameReader::takeSet(SetView const& set) {
   }
 }
 
-void FrameReader::fill(Macsec::MkaMessageInfo& message) {
+void FrameReader::fill(Macsec::MkaMessageInfo& message, PeerLimit& limit) {
   message.intfIdIs(port_.intfId);
   auto const info = message.mkaInfoIs();
   info->baseInfoIs(basicInfo());
   message.livePeerDelAll();
   message.potentialPeerDelAll();
-  eachPeer(livePeers_, [&](ListedPeer const& p) { message.livePeerIs(p.msgId(), p.msgNum()); });
+  eachPeer(livePeers_, [&](ListedPeer const& p) {
+    if (limit.admits(p.msgId())) message.livePeerIs(p.msgId(), p.msgNum());
+  });
   eachPeer(potentialPeers_,
            [&](ListedPeer const& p) { message.potentialPeerIs(p.msgId(), p.msgNum()); });
   info->sakUseInfoIs(sakUseInfo());

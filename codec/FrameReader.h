@@ -5,12 +5,16 @@
 
 #include "codec/ActorKeys.h"
 #include "codec/FrameLayout.h"
+#include "codec/PeerList.h"
 #include "codec/Ports.h"
 #include "codec/SetWalk.h"
 #include "codec/Unwrap.h"
 #include "model/MkaMessageInfo.h"
+#include "model/Overlay.h"
 
 namespace Codec {
+
+class PeerLimit;
 
 /// One received frame, first checked from its first octet to its last, then handed up. Nothing is
 /// made and nothing outside of this changes before the whole frame has passed.
@@ -24,8 +28,24 @@ class FrameReader {
   Refusal check(Octets frame);
   /// Sets whose type isn't known; they were skipped.
   unsigned unknownSets() const { return unknownSets_; }
-  /// Fills the message with a frame that has passed. Its `count` stays.
-  void fill(Macsec::MkaMessageInfo& message);
+
+  // Of a frame that has passed:
+  /// Whose frame it is.
+  ActorKeys& actor() const { return *actor_; }
+  Macsec::MemberIdentifier const& sender() const { return layout_.basic().memberIdentifier(); }
+  uint32_t messageNumber() const { return layout_.basic().messageNumber().value(); }
+  /// Whether it has a distributed SAK set or a distributed CAK set, and where the first begins.
+  bool distributesKey() const { return !distSak_.octets.empty() || !distCak_.octets.empty(); }
+  size_t distributionAt() const {
+    return distSak_.octets.empty() ? distCak_.octet : distSak_.octet;
+  }
+  /// Calls `see(member, messageNumber)` for each peer that it lists, live ones first.
+  template <class See>
+  void eachListed(See see) const;
+
+  /// Fills the message with a frame that has passed. Its `count` stays. Live peers of the sender
+  /// for whom the limit has no room are left out.
+  void fill(Macsec::MkaMessageInfo& message, PeerLimit& limit);
 
  private:
   Refusal checkActor();
@@ -56,5 +76,15 @@ class FrameReader {
   ClearKey sak_;
   ClearKey cak_;
 };
+
+template <class See>
+void FrameReader::eachListed(See see) const {
+  for (Octets list : {livePeers_, potentialPeers_}) {
+    for (; !list.empty(); list = list.subspan(sizeof(PeerList::Set))) {
+      auto const& record = *Macsec::overlayOn<PeerList::Set>(list.data());
+      see(record.memberIdentifier(), record.messageNumber().value());
+    }
+  }
+}
 
 }  // namespace Codec

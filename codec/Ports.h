@@ -7,6 +7,7 @@
 
 #include "codec/ActorKeys.h"
 #include "codec/Dialect.h"
+#include "codec/HeardMembers.h"
 #include "model/MkaPamManager.h"
 #include "runtime/EthAddr.h"
 #include "runtime/IntfId.h"
@@ -23,6 +24,7 @@ struct Port {
   Dialect dialect;
   /// Those that hold a key on this interface, in order of their arrival: one, two or three.
   std::vector<ActorKeys*> actors;
+  HeardMembers heard;
   Vesk::Ptr<Macsec::MkaPamCounter> txCounter;
   Vesk::Ptr<Macsec::MkaPamCounter> rxCounter;
 

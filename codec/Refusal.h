@@ -2,11 +2,12 @@
 
 #include <cstddef>
 
-#include "platform/MessageCounterTypes.h"
+#include "platform/MessageCounterReason.h"
 
 namespace Codec {
 
 using SubType = Macsec::MessageCounterFailureSubType;
+namespace Reason = Macsec::MessageCounterReason;
 
 /// Why a frame is refused, and at which octet of it, counted from 0 at the destination address.
 /// Tests false when nothing speaks against the frame.

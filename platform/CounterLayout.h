@@ -13,14 +13,14 @@
 ///     +1   version                          +1    checksum of index and name
 ///     +2   octets of the header             +2    name, 64 octets, filled up with NUL
 ///     +3   octets of a record               +10   counters, slot 0  \  written by the process
-///     +4   capacity, in records             +64   counters, slot 1  /  that counts
-///     +5   counters in a slot               +118  snapshot, slot 0  \  written by the process
-///     +6   checksum of the above            +172  snapshot, slot 1  /  that clears
+///     +4   capacity, in records             +76   counters, slot 1  /  that counts
+///     +5   counters in a slot               +142  snapshot, slot 0  \  written by the process
+///     +6   checksum of the above            +208  snapshot, slot 1  /  that clears
 ///     +7   records used, and their
 ///          complement in the lower half     slot
 ///     +8   record 0, the empty              +0    sequence number, or "being written"
 ///          interface id                     +1    checksum
-///     +234 record 1                         +2    52 counters: direction, type, sub type
+///     +282 record 1                         +2    64 counters: direction, type, sub type
 ///
 /// The header but for its last word is written once, before the first record, and its magic at the
 /// end of that; so are state, name and checksum of the name. A record that was never in use is all
@@ -39,7 +39,7 @@ namespace Macsec::Brine::CounterLayout {
 using Counters = MessageCounterData::Counters;
 
 constexpr uint64_t kMagic = 0x544e'554f'4341'4b4d;  // "MKACOUNT" where low octets go first
-constexpr uint64_t kVersion = 1;
+constexpr uint64_t kVersion = 2;
 
 constexpr size_t kMagicAt = 0;
 constexpr size_t kVersionAt = 1;

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/MessageCounterTypes.h"
+#include "platform/MessageCounterReason.h"
 #include "runtime/IntfId.h"
 
 namespace Macsec::Brine {
@@ -17,7 +17,7 @@ class MessageCounterData {
   using Type = MessageCounterType;
   using SubType = MessageCounterFailureSubType;
 
-  static constexpr size_t kSubTypes = static_cast<size_t>(SubType::unrecognizedSetErr) + 1;
+  static constexpr size_t kSubTypes = static_cast<size_t>(MessageCounterReason::last) + 1;
   static constexpr size_t kCounters = 2 * 2 * kSubTypes;
   using Counters = std::array<uint64_t, kCounters>;
 

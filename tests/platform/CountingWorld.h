@@ -1,5 +1,11 @@
 #pragma once
 
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "runtime/Log.h"
 #include "runtime/World.h"
 
 namespace Vesk {
@@ -12,11 +18,17 @@ class CountingWorld final : public World {
   void randomBytes(std::span<uint8_t> out) override {
     for (uint8_t& octet : out) octet = next_++;
   }
-  void syslog(LogMessage const&) override {}
+  void syslog(LogMessage const& message) override { names_.emplace_back(message.handle.name()); }
   void exit(int) override {}
+
+  /// How often a message of this name was logged.
+  size_t logged(std::string_view name) const {
+    return static_cast<size_t>(std::ranges::count(names_, name));
+  }
 
  private:
   uint8_t next_ = 0;
+  std::vector<std::string> names_;
 };
 
 }  // namespace Vesk

@@ -1,0 +1,61 @@
+#include "codec/HeardMembers.h"
+
+#include <algorithm>
+
+namespace Codec {
+
+namespace {
+
+bool isName(Macsec::CknOctets const& a, Macsec::CknOctets const& b) {
+  return std::ranges::equal(a.octets(), b.octets());
+}
+
+// What was met last is met next: it goes to the front.
+template <class T, class Is>
+T* broughtToFront(std::vector<T>& all, Is is) {
+  auto const found = std::ranges::find_if(all, is);
+  if (found == all.end()) return nullptr;
+  std::rotate(all.begin(), found, found + 1);
+  return &all.front();
+}
+
+// In front of all others; the last one makes room.
+template <class T>
+T& putInFront(std::vector<T>& all, size_t most, T one) {
+  if (all.size() >= most) all.pop_back();
+  all.insert(all.begin(), std::move(one));
+  return all.front();
+}
+
+}  // namespace
+
+bool HeardMembers::has(Macsec::CknOctets const& ckn, Macsec::MemberIdentifier const& member,
+                       uint32_t messageNumber) const {
+  for (Association const& association : associations_) {
+    if (!isName(association.ckn, ckn)) continue;
+    for (Member const& known : association.members) {
+      if (known.identifier == member) return messageNumber <= known.messageNumber;
+    }
+  }
+  return false;
+}
+
+HeardMembers::Association& HeardMembers::associationIs(Macsec::CknOctets const& ckn) {
+  auto* const known =
+      broughtToFront(associations_, [&](Association const& a) { return isName(a.ckn, ckn); });
+  return known ? *known : putInFront(associations_, kMostNames, Association{ckn, {}});
+}
+
+void HeardMembers::heard(Macsec::CknOctets const& ckn, Macsec::MemberIdentifier const& member,
+                         uint32_t messageNumber) {
+  auto& members = associationIs(ckn).members;
+  auto* const known =
+      broughtToFront(members, [&](Member const& m) { return m.identifier == member; });
+  if (known) {
+    known->messageNumber = std::max(known->messageNumber, messageNumber);
+  } else {
+    putInFront(members, kMostMembers, Member{member, messageNumber});
+  }
+}
+
+}  // namespace Codec
