@@ -83,7 +83,7 @@ std::string counterName(size_t counter) {
   MessageCounterFailureSubType const subType{static_cast<uint8_t>(counter % kSubTypes)};
   std::string text = fmt::format("{} {}", Vesk::stringValue(direction), Vesk::stringValue(type));
   if (subType != MessageCounterFailureSubType::none)
-    text += fmt::format(" {}", Vesk::stringValue(subType));
+    text += fmt::format(" {}", Macsec::reasonName(subType));
   return text;
 }
 

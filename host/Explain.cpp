@@ -26,7 +26,8 @@ Explainer::Explainer(Host const& host, Lumo::IntfId intfId)
 
 Explanation Explainer::explanation() {
   out_.intfId = intfId_;
-  out_.secured = cp_ && cp_->controlledPortEnabled();
+  out_.secured = host_.isOpen(intfId_);
+  if (host_.transmitHold(intfId_) == TransmitHold::Reason::tooManyMembers) noteTooManyMembers();
   if (configuration() && key() && link() && hardware() && frames() && members() && principal()) {
     keys();
   }

@@ -8,7 +8,8 @@
 namespace Macsecd {
 
 /// Why a port isn't secured, in the order in which the causes come into play: nothing behind the
-/// first one that holds can come right before that one does.
+/// first one that holds can come right before that one does. `tooManyMembers` is told first of all
+/// while it closes the port.
 enum class CauseKind : uint8_t {
   notConfigured,
   shutDown,
@@ -25,12 +26,14 @@ enum class CauseKind : uint8_t {
   unknownName,
   wrongCak,
   malformedFrames,
+  replayedFrames,
   oneWay,
   noKeyServer,
   tooManyMembers,
   cipherMismatch,
   notPrincipal,
   noSak,
+  spentKey,
   sakNotInstalled,
   peerNotReceiving,
   waitingToSend,
@@ -80,12 +83,14 @@ struct Vesk::EnumNames<Macsecd::CauseKind> {
       {Kind::unknownName, "unknown-ckn"},
       {Kind::wrongCak, "wrong-cak"},
       {Kind::malformedFrames, "malformed-frames"},
+      {Kind::replayedFrames, "replayed-frames"},
       {Kind::oneWay, "one-way"},
       {Kind::noKeyServer, "no-key-server"},
       {Kind::tooManyMembers, "too-many-members"},
       {Kind::cipherMismatch, "cipher-mismatch"},
       {Kind::notPrincipal, "not-principal"},
       {Kind::noSak, "no-sak"},
+      {Kind::spentKey, "spent-key"},
       {Kind::sakNotInstalled, "sak-not-installed"},
       {Kind::peerNotReceiving, "peer-not-receiving"},
       {Kind::waitingToSend, "waiting-to-send"},

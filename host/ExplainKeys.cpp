@@ -22,8 +22,10 @@ void Explainer::noteSuite() {
        "give both ends the same 'cipher-suite'");
 }
 
+// What is held back isn't installed, and that is told already.
 void Explainer::keys() {
   noteSuite();
+  if (host_.transmitHold(intfId_) == TransmitHold::Reason::tooManyMembers) return;
   if (!out_.secured && principal_->distSak() == Sak(Macsec::AssociationNumber(0))) {
     note(CauseKind::noSak,
          principal_->electedSelf() ? "this switch is key server and makes the first key"
@@ -31,10 +33,20 @@ void Explainer::keys() {
          fmt::format("wait {:g} seconds; if it stays so, see the other end", lifeTime()));
     return;
   }
+  noteSpentKey();
   noteInstallation();
   noteDeafPeers();
   noteNotValidFrames();
   if (!out_.secured && out_.causes.empty()) noteWaiting();
+}
+
+void Explainer::noteSpentKey() {
+  if (host_.transmitHold(intfId_) != TransmitHold::Reason::spentKey) return;
+  note(CauseKind::spentKey,
+       fmt::format("nothing may be sent with key {} any more: a packet number could be used twice",
+                   sakText(cp_->txSak())),
+       fmt::format("wait for a new key; if none comes within {:g} seconds, see the key server",
+                   4 * lifeTime()));
 }
 
 void Explainer::noteInstallation() {

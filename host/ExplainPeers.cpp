@@ -10,6 +10,7 @@ namespace Macsecd {
 
 using Macsec::MkaActorStatus;
 using SubType = FrameEvidence::SubType;
+namespace Reason = Macsec::MessageCounterReason;
 
 namespace {
 
@@ -30,6 +31,7 @@ bool hasLivePeer(MkaActorStatus const& actor) { return !actor.livePeer().empty()
 bool Explainer::frames() {
   noteRefusedFrames();
   if (anyActor(*port_, hasLivePeer)) return true;
+  noteReplayedFrames();
   if (!evidence_.anyFrame(lifeTime())) {
     note(CauseKind::noFrames,
          fmt::format("no MKPDU has come from the other end for {:g} seconds", lifeTime()),
@@ -75,14 +77,29 @@ void Explainer::noteRefusedFrames() {
   }
 }
 
-// Extended packet numbers give the two members of a link the short SCIs 1 and 2.
-bool Explainer::members() {
-  if (evidence_.senders(lifeTime()).size() > 1 || anyActor(*port_, [](MkaActorStatus const& actor) {
-        return actor.livePeer().members() > 1;
-      })) {
-    note(CauseKind::tooManyMembers, "more than two members are on the link",
-         "extended packet numbers need exactly two: take the others off the segment");
+// They weren't taken in, so that who has sent them isn't a peer.
+void Explainer::noteReplayedFrames() {
+  for (SubType const subType : {Reason::replayErr, Reason::livenessErr, Reason::tooManyPeersErr}) {
+    if (!evidence_.anyRefused(subType, lifeTime())) continue;
+    note(
+        CauseKind::replayedFrames,
+        fmt::format("MKPDUs come in that look recorded and sent again ({})",
+                    Macsec::reasonName(subType)),
+        "find out who else is on the link, and see whether frames of this end arrive at the other");
   }
+}
+
+// Extended packet numbers give the two members of a link the SSCIs 1 and 2.
+void Explainer::noteTooManyMembers() {
+  note(CauseKind::tooManyMembers, "more than two members are on the link",
+       "extended packet numbers need exactly two: take the others off the segment");
+}
+
+bool Explainer::members() {
+  bool const areMany =
+      evidence_.senders(lifeTime()).size() > 1 ||
+      anyActor(*port_, [](MkaActorStatus const& actor) { return actor.livePeer().members() > 1; });
+  if (areMany && !out_.has(CauseKind::tooManyMembers)) noteTooManyMembers();
   bool const isElected = anyActor(*port_, [](MkaActorStatus const& actor) {
     return hasLivePeer(actor) && actor.keyServer() != Macsec::Sci();
   });

@@ -24,7 +24,10 @@ class Explainer {
 
   void noteDerivedKey(Macsec::Profile const& profile);
   void noteRefusedFrames();
+  void noteReplayedFrames();
+  void noteTooManyMembers();
   void noteSuite();
+  void noteSpentKey();
   void noteInstallation();
   void noteDeafPeers();
   void noteNotValidFrames();

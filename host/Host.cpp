@@ -53,10 +53,13 @@ struct Host::Machines {
         forwardingModelSm(
             Macsec::macsecForwardingModelSmFactory(host.status_, host.forwardingModelInputDir_)),
         peerLoss(host.status_, host.peerLossInputDir_),
+        transmitHold(host.status_, host.keyHistory_, host.transmitHoldInputDir_, host.timerWheel_,
+                     [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }),
         keyAges(host.status_) {
+    codec.replayGuardIs(host.options_.replayGuard);
     peerLoss.closingAre(host.closing_);
     if (host.options_.portDoctor) {
-      doctor.emplace(host.config_, host.status_, host.timerWheel_);
+      doctor.emplace(host.config_, host.status_, host.timerWheel_, transmitHold);
     }
   }
 
@@ -67,6 +70,7 @@ struct Host::Machines {
   Vesk::Ptr<Macsec::MkaRootSm> mkaRootSm;
   Vesk::Ptr<Macsec::MacsecForwardingModelSm> forwardingModelSm;
   PeerLoss peerLoss;
+  TransmitHold transmitHold;
   KeyAges keyAges;
   std::optional<PortDoctor> doctor;
 };
@@ -76,6 +80,7 @@ Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
       options_(options),
       config_(Macsec::configFactory(name + "/config")),
       status_(Macsec::statusFactory(name + "/status")),
+      keyHistory_(options_.store),
       pamManager_(Macsec::mkaPamManagerFactory(
           Interface::EthDevPamCollection::EthDevPamCollectionIs(name + "/pam"))),
       ethIntfStatusDir_(Interface::EthIntfStatusDir::EthIntfStatusDirIs(name + "/interfaces")),
@@ -87,6 +92,8 @@ Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
                                                                                 "/forwarding")),
       peerLossInputDir_(Interface::IntfForwardingModelInputDir::IntfForwardingModelInputDirIs(
           name + "/peerLoss")),
+      transmitHoldInputDir_(Interface::IntfForwardingModelInputDir::IntfForwardingModelInputDirIs(
+          name + "/transmitHold")),
       timerWheel_(Vesk::make<Zorn::TimerWheel>()),
       counters_(options_.counters ? options_.counters
                                   : Macsec::Brine::MessageCounters::inProcess(name + "/counters")),
@@ -189,13 +196,28 @@ void Host::start() {
 
 // The tree that the store holds, and somebody who tells the store how it goes on.
 void Host::rebuildStatus() {
-  RebuiltState rebuilt = rebuiltStatus(status_->name(), options_.store->readAll());
+  StateValues values = options_.store->readAll();
+  StateValues keys;
+  auto const isOfKeys = [](auto const& entry) {
+    return entry.first.starts_with(KeyHistory::kPathBegin);
+  };
+  for (auto const& entry : values) {
+    if (isOfKeys(entry)) keys.insert(entry);
+  }
+  std::erase_if(values, isOfKeys);
+  RebuiltState rebuilt = rebuiltStatus(status_->name(), values);
   status_ = rebuilt.status;
   droppedState_ = std::move(rebuilt.dropped);
+  for (std::string const& path : keyHistory_.takeUp(keys)) {
+    droppedState_.push_back({path, "it is damaged"});
+  }
   keeper_ = std::make_unique<StateKeeper>(status_, *options_.store, std::move(rebuilt.repair));
 }
 
-bool Host::commit() { return keeper_ && keeper_->commit(); }
+bool Host::commit() {
+  bool const kept = keyHistory_.commit();
+  return (keeper_ && keeper_->commit()) || kept;
+}
 
 void Host::stop() {
   machines_.reset();
@@ -240,6 +262,21 @@ void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
 
 std::optional<KeyAge> Host::keyAge(Lumo::IntfId intfId) const {
   return running() ? machines_->keyAges.age(intfId) : std::nullopt;
+}
+
+void Host::keyIsSpent(Lumo::IntfId intfId, SakId const& sak) {
+  keyHistory_.spend(intfId, sak);
+  if (running()) machines_->transmitHold.look(intfId);
+}
+
+TransmitHold::Reason Host::transmitHold(Lumo::IntfId intfId) const {
+  return running() ? machines_->transmitHold.reason(intfId) : TransmitHold::Reason::none;
+}
+
+bool Host::isOpen(Lumo::IntfId intfId) const {
+  auto const cp = status_->cpStatus(intfId);
+  return cp && cp->controlledPortEnabled() && !peerLossInputDir_->forwardingModelInput(intfId) &&
+         !transmitHoldInputDir_->forwardingModelInput(intfId);
 }
 
 PortDoctor::Counts const* Host::doctorCounts() const {

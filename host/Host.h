@@ -21,10 +21,12 @@
 #include "host/HardwareReport.h"
 #include "host/HostTap.h"
 #include "host/KeyAges.h"
+#include "host/KeyHistory.h"
 #include "host/PeerLoss.h"
 #include "host/PortDoctor.h"
 #include "host/StateKeeper.h"
 #include "host/StateTree.h"
+#include "host/TransmitHold.h"
 #include "platform/IntfForwardingModel.h"
 #include "platform/MessageCounters.h"
 #include "runtime/Dir.h"
@@ -41,6 +43,8 @@ struct HostOptions {
   StateStore* store = nullptr;
   /// Looks after ports that can't get well by themselves (`PortDoctor`).
   bool portDoctor = true;
+  /// Keeps recorded MKPDUs away from the engine (`Codec::ReplayGuard`).
+  bool replayGuard = true;
 };
 
 /// One switch: owns the entities, builds the state machines in the right order, and stops cleanly.
@@ -105,6 +109,11 @@ class Host {
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> const& peerLossInputDir() const {
     return peerLossInputDir_;
   }
+  /// Whose transmit key is held back (`TransmitHold`), and closed for that; beside the other
+  /// inputs.
+  Vesk::Ptr<Interface::IntfForwardingModelInputDir> const& transmitHoldInputDir() const {
+    return transmitHoldInputDir_;
+  }
   Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
   /// Goes on over a stop and a restart.
   Vesk::Ptr<Macsec::Brine::MessageCounters> const& counters() const { return counters_; }
@@ -115,6 +124,16 @@ class Host {
 
   /// How long a port has been sending with its key; nothing for one that doesn't send.
   std::optional<KeyAge> keyAge(Lumo::IntfId intfId) const;
+  /// What was sent and received with each key, for the hardware to ask and to tell.
+  KeyHistory& keyHistory() { return keyHistory_; }
+  /// The hardware says that it can't send with this key without the danger of a nonce used twice.
+  void keyIsSpent(Lumo::IntfId intfId, SakId const& sak);
+  /// Why nothing is sent on an interface although a key is there.
+  TransmitHold::Reason transmitHold(Lumo::IntfId intfId) const;
+  /// Whether traffic may pass: the engine has opened the port, and nothing of the host's keeps it
+  /// closed.
+  bool isOpen(Lumo::IntfId intfId) const;
+
   /// What the doctor has done; null without one, or while the switch doesn't run.
   PortDoctor::Counts const* doctorCounts() const;
 
@@ -148,6 +167,7 @@ class Host {
   Vesk::Ptr<Macsec::Config> config_;
   Vesk::Ptr<Macsec::Status> status_;
   std::vector<DroppedState> droppedState_;
+  KeyHistory keyHistory_;
   std::unique_ptr<StateKeeper> keeper_;
   Vesk::Ptr<Macsec::MkaPamManager> pamManager_;
   Vesk::Ptr<Interface::EthIntfStatusDir> ethIntfStatusDir_;
@@ -156,6 +176,7 @@ class Host {
   Vesk::Ptr<Macsec::MacSecIntfStatusPtrDir> hwStatus_;
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir_;
   Vesk::Ptr<Interface::IntfForwardingModelInputDir> peerLossInputDir_;
+  Vesk::Ptr<Interface::IntfForwardingModelInputDir> transmitHoldInputDir_;
   Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
   Vesk::Ptr<Macsec::Brine::MessageCounters> counters_;
   Vesk::Ptr<ConfigReactor> configReactor_;

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "model/Status.h"
+#include "host/PortChanges.h"
 #include "platform/IntfForwardingModel.h"
 
 namespace Macsecd {
@@ -14,25 +14,17 @@ class PeerLoss {
   using Input = Interface::IntfForwardingModelInputDir;
 
   PeerLoss(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Input> input);
-  ~PeerLoss();
-  PeerLoss(PeerLoss const&) = delete;
-  PeerLoss& operator=(PeerLoss const&) = delete;
 
   /// The interfaces on which ports are to be closed.
   void closingAre(std::set<Lumo::IntfId> closing);
 
  private:
-  struct StatusReactor;
-  struct CpStatusReactor;
-  struct PortStatusReactor;
-  struct ActorStatusReactor;
-
   void look(Lumo::IntfId intfId);
   bool isLost(Lumo::IntfId intfId) const;
 
   Vesk::Ptr<Input> const input_;
   std::set<Lumo::IntfId> closing_;
-  Vesk::Ptr<StatusReactor> status_;
+  PortChanges const ports_;
 };
 
 }  // namespace Macsecd

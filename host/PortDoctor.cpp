@@ -41,9 +41,10 @@ struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
 };
 
 PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
-                       Vesk::Ptr<Zorn::TimerWheel> wheel)
+                       Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold)
     : config_(std::move(config)),
       status_(std::move(status)),
+      transmitHold_(transmitHold),
       timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
 }
@@ -96,6 +97,9 @@ char const* PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   if (!port || !hasLivePeer(*port)) return nullptr;
   auto const principal = principalOf(*port);
   if (!principal) return "it has a live peer, and no principal actor";
+  if (transmitHold_.reason(intfId) == TransmitHold::Reason::spentKey && !principal->electedSelf()) {
+    return "it may not send with its key, and its key server gives no other one";
+  }
   auto const cpStatus = status_->cpStatus(intfId);
   if (!cpStatus || cpStatus->peerSsci() == Macsec::Ssci()) return nullptr;
   if (!hasOnlyAnotherPeer(*principal, cpStatus->peerSsci().sci())) return nullptr;

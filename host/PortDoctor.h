@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 
+#include "host/TransmitHold.h"
 #include "model/Config.h"
 #include "model/Status.h"
 #include "runtime/TimerWheel.h"
@@ -15,7 +16,9 @@ namespace Macsecd {
 ///   much longer as its fallback key waits for the primary one: the engine elects only when an
 ///   actor succeeds;
 /// - a port whose only live peer has had another SCI for two life times than the one whose frames
-///   it receives.
+///   it receives;
+/// - a port that may not send with its key (`TransmitHold`) and for two life times has got no other
+///   one from its key server: it comes back as a new member.
 ///
 /// A port that doesn't get well is left alone for twice as long each time. Apart from that the
 /// doctor counts how often the process itself stood still, which looks like the loss of all peers.
@@ -28,7 +31,7 @@ class PortDoctor {
   };
 
   PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
-             Vesk::Ptr<Zorn::TimerWheel> wheel);
+             Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold);
   ~PortDoctor();
   PortDoctor(PortDoctor const&) = delete;
   PortDoctor& operator=(PortDoctor const&) = delete;
@@ -54,6 +57,7 @@ class PortDoctor {
 
   Vesk::Ptr<Macsec::Config> const config_;
   Vesk::Ptr<Macsec::Status const> const status_;
+  TransmitHold const& transmitHold_;
   Vesk::Ptr<Timer> timer_;
   Cases cases_;
   Counts counts_;

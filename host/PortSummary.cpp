@@ -54,7 +54,7 @@ void addPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) {
 
 void addControlledPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) {
   auto const cp = host.status()->cpStatus(intfId);
-  out.state = cp ? cp->controlledPortEnabled() ? "open" : "closed" : "absent";
+  out.state = cp ? host.isOpen(intfId) ? "open" : "closed" : "absent";
   if (!cp) return;
   out.cipherSuite = Vesk::stringValue(cp->cipher());
   out.ssci = cp->mySsci().ssci().charPtr();

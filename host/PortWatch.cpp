@@ -91,6 +91,8 @@ void PortWatch::attributeWritten(AttributeWrite const& write) {
   } else if (attribute == "intfStatus") {
     bool const isLink = &write.entity == host_.ethIntfStatusDir().ptr();
     isLink ? lookAtLink(memberOf(write)) : look(memberOf(write));
+  } else if (attribute == "forwardingModelInput") {
+    look(memberOf(write));
   } else if (std::ranges::find(kTold, attribute) != std::end(kTold)) {
     Lumo::IntfId const intfId = interfaceOf(write);
     if (!intfId.empty()) look(intfId);

@@ -182,9 +182,11 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   if (waiting_.erase(intfId) > 0) faultIs(intfId, "");
   // The entry makes the engine start a port, which is known when the entry is back.
   auto const entry = slice_->statusIs(intfId);
-  ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, counts_,
-                                                kernel_, entry);
+  auto& history = options_.history ? *options_.history : ownHistory_;
+  ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, history,
+                                                counts_, kernel_, entry);
   ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
+  ports_[intfId]->transmitHeldIs(transmitHeld_.contains(intfId));
   changed(intfId);
 }
 
@@ -234,6 +236,16 @@ void KernelDriver::authorizedIs(Lumo::IntfId intfId, bool authorized) {
   }
   auto const port = ports_.find(intfId);
   if (port != ports_.end()) port->second->authorizedIs(authorized);
+}
+
+void KernelDriver::transmitHeldIs(Lumo::IntfId intfId, bool held) {
+  if (held) {
+    transmitHeld_.insert(intfId);
+  } else {
+    transmitHeld_.erase(intfId);
+  }
+  auto const port = ports_.find(intfId);
+  if (port != ports_.end()) port->second->transmitHeldIs(held);
 }
 
 void KernelDriver::removeAll() {

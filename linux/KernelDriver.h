@@ -31,6 +31,9 @@ class KernelDriver final {
   /// Whether traffic may pass, as it may until this is told; shown on devices that come up dormant.
   void authorizedIs(Lumo::IntfId intfId, bool authorized);
 
+  /// Whether nothing is to be sent on this interface, whatever key is asked for, from now on.
+  void transmitHeldIs(Lumo::IntfId intfId, bool held);
+
   /// What is said of the device of this interface from now on. One of another name is made in
   /// place of the present one.
   void deviceIs(Lumo::IntfId intfId, DeviceOptions const& device);
@@ -67,12 +70,14 @@ class KernelDriver final {
   Vesk::Ptr<Macsec::MacSecStatus> const slice_;
   MacsecKernel& kernel_;
   KernelDriverOptions const options_;
+  Macsecd::KeyHistory ownHistory_;
   KernelCounts counts_;
   std::map<Lumo::IntfId, DeviceOptions> devices_;
   std::map<Lumo::IntfId, std::unique_ptr<KernelPort>> ports_;
   Vesk::Ptr<StatusReactor> status_;
   std::map<Lumo::IntfId, int> waiting_;  // interfaces with their index, for MACsec in the kernel
   std::set<Lumo::IntfId> unauthorized_;
+  std::set<Lumo::IntfId> transmitHeld_;
   double nextPoll_ = 0;
   double lookDelay_ = 0;
   double nextLook_ = 0;  // at the kernel, while interfaces wait

@@ -27,21 +27,38 @@ std::optional<uint64_t> nextReceived(SecY const& secY, Macsec::CpStatus const* c
 
 }  // namespace
 
+struct KernelHardware::HoldReactor final
+    : Vesk::Reactor<Interface::IntfForwardingModelInputDir const, KernelHardware, HoldReactor> {
+  using Reactor::Reactor;
+  void onForwardingModelInput(Lumo::IntfId const& intfId) override {
+    owner().driver_.transmitHeldIs(intfId, notifier()->forwardingModelInput(intfId));
+  }
+};
+
 KernelHardware::KernelHardware(Macsecd::Host& host)
     : host_(host),
       filters_(filterKernel_,
                [this](auto intfId, auto const& why) { faultIs(intfId, &Faults::filter, why); }),
-      driver_(host.status(), sliceOf(host), kernel_,
-              {.dormant = true, .faultIs = [this](auto intfId, std::string const& fault) {
-                 faultIs(intfId, &Faults::driver, fault);
-               }}) {
+      driver_(
+          host.status(), sliceOf(host), kernel_,
+          {.dormant = true,
+           .faultIs = [this](auto intfId,
+                             std::string const& fault) { faultIs(intfId, &Faults::driver, fault); },
+           .history = &host.keyHistory(),
+           .keyIsSpent = [&host](auto intfId, auto const& sak) { host.keyIsSpent(intfId, sak); }}) {
   forwarding_.emplace(
-      PortForwarding::Directories{host.forwardingModelInputDir(), host.peerLossInputDir()},
+      PortForwarding::Directories{host.forwardingModelInputDir(), host.peerLossInputDir(),
+                                  host.transmitHoldInputDir()},
       driver_);
+  hold_ = Vesk::make<HoldReactor>(*this, host.transmitHoldInputDir());
+  hold_->hasNotificationActiveIs(true);
   host.hardwareReportsFrom([this](Lumo::IntfId intfId) { return report(intfId); });
 }
 
-KernelHardware::~KernelHardware() { host_.hardwareReportsFrom(nullptr); }
+KernelHardware::~KernelHardware() {
+  lookAway();
+  host_.hardwareReportsFrom(nullptr);
+}
 
 void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
   mustBeSecure_.clear();
@@ -95,13 +112,19 @@ void KernelHardware::faultIs(Lumo::IntfId intfId, std::string Faults::*whose,
   host_.hardwareFaultIs(intfId, faults.driver + (areBoth ? "; " : "") + faults.filter);
 }
 
-void KernelHardware::leave() {
+// What the state machines leave behind when they end is no order.
+void KernelHardware::lookAway() {
   forwarding_.reset();
+  Vesk::retire(hold_);
+}
+
+void KernelHardware::leave() {
+  lookAway();
   driver_.follow(nullptr);
 }
 
 void KernelHardware::removeAll() {
-  forwarding_.reset();
+  lookAway();
   driver_.removeAll();
   filters_.removeAll();
 }

@@ -32,6 +32,7 @@ class KernelHardware final : public HardwareDriver {
   void removeAll() override;
 
  private:
+  struct HoldReactor;
   /// What is wrong with a port, by who says so.
   struct Faults {
     std::string driver = {}, filter = {};
@@ -39,6 +40,7 @@ class KernelHardware final : public HardwareDriver {
 
   Macsecd::HardwareReport report(Lumo::IntfId intfId) const;
   void filter(Lumo::IntfId intfId, int index);
+  void lookAway();
   void faultIs(Lumo::IntfId intfId, std::string Faults::*whose, std::string const& fault);
 
   Macsecd::Host& host_;
@@ -47,6 +49,7 @@ class KernelHardware final : public HardwareDriver {
   ParentFilters filters_;
   KernelDriver driver_;
   std::optional<PortForwarding> forwarding_;
+  Vesk::Ptr<HoldReactor> hold_;
   std::map<Lumo::IntfId, int> indices_;  // of the interfaces that are there
   std::set<Lumo::IntfId> mustBeSecure_;
   std::map<Lumo::IntfId, Faults> faults_;

@@ -39,11 +39,13 @@ uint64_t notValidFrames(SecY const& secY) {
 }  // namespace
 
 KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
-                       KernelDriverOptions const& options, KernelCounts& counts,
-                       MacsecKernel& kernel, Vesk::Ptr<Macsec::MacSecIntfStatus> report)
+                       KernelDriverOptions const& options, Macsecd::KeyHistory& history,
+                       KernelCounts& counts, MacsecKernel& kernel,
+                       Vesk::Ptr<Macsec::MacSecIntfStatus> report)
     : intfId_(intfId),
       parent_(parent),
       options_(options),
+      history_(history),
       counts_(counts),
       kernel_(kernel),
       report_(std::move(report)),
@@ -117,21 +119,15 @@ void KernelPort::take(SecY const* secY) {
   held_.reset();
   if (!secY) return;
   held_ = *secY;
-  for (HeldSa const& sa : held_->txSas) remember(sa);
-}
-
-// What an exhausted association had counted is no number any more.
-void KernelPort::remember(HeldSa const& sa) {
-  constexpr size_t kMostKeys = 64;
-  uint64_t const number = sa.packetNumber ? sa.packetNumber : std::numeric_limits<uint64_t>::max();
-  auto const known = std::find_if(sent_.begin(), sent_.end(),
-                                  [&](auto const& entry) { return entry.first == sa.keyId; });
-  if (known != sent_.end()) {
-    known->second = std::max(known->second, number);
-    return;
+  for (HeldSa const& sa : held_->txSas) {
+    history_.sends(intfId_, sakIdOf(sa.keyId), sa.ssci, sa.packetNumber);
+    if (reserved_ && reserved_->first == sa.keyId) reserved_.reset();
   }
-  sent_.emplace_back(sa.keyId, number);
-  if (sent_.size() > kMostKeys) sent_.pop_front();
+  for (HeldRxSc const& sc : held_->rxScs) {
+    for (HeldSa const& sa : sc.sas) {
+      history_.receives(intfId_, sakIdOf(sa.keyId), sc.sci, sa.packetNumber);
+    }
+  }
 }
 
 bool KernelPort::isOurs(SecY const& secY) const {
@@ -222,6 +218,10 @@ void KernelPort::showAuthorized() {
   if (did(kernel_.authorizedIs(held_->index, authorized_), "set the state of the device")) {
     shown_ = authorized_;
   }
+}
+
+void KernelPort::transmitHeldIs(bool held) {
+  if (std::exchange(transmitHeld_, held) != held) work();
 }
 
 void KernelPort::replayWindowIs(uint32_t window) {

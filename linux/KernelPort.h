@@ -1,11 +1,11 @@
 #pragma once
 
-#include <deque>
 #include <functional>
 #include <limits>
 #include <map>
 #include <set>
 
+#include "host/KeyHistory.h"
 #include "linux/SaKey.h"
 #include "model/CpStatus.h"
 #include "model/MacSecStatus.h"
@@ -26,6 +26,12 @@ struct KernelDriverOptions {
   bool dormant = false;
   /// Runs when what keeps an interface from being secured changes; nothing does if it is empty.
   std::function<void(Lumo::IntfId, std::string const&)> faultIs = {};
+  /// What was sent and received with each key, over devices and processes; null for one of the
+  /// driver's own, which ends with it.
+  Macsecd::KeyHistory* history = nullptr;
+  /// Runs when nothing may be sent with a key any more that is asked for; nothing does if it is
+  /// empty.
+  std::function<void(Lumo::IntfId, Macsecd::SakId const&)> keyIsSpent = {};
 };
 
 /// What the driver has done so far, over all interfaces.
@@ -46,10 +52,10 @@ struct KernelCounts {
 ///     CpStatus -> work() -> requests -> answers -> held -> MacSecIntfStatus
 class KernelPort {
  public:
-  /// `options` and `counts` are shared with the other ports.
+  /// `options`, `history` and `counts` are shared with the other ports.
   KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
-             KernelDriverOptions const& options, KernelCounts& counts, MacsecKernel& kernel,
-             Vesk::Ptr<Macsec::MacSecIntfStatus> report);
+             KernelDriverOptions const& options, Macsecd::KeyHistory& history, KernelCounts& counts,
+             MacsecKernel& kernel, Vesk::Ptr<Macsec::MacSecIntfStatus> report);
 
   Lumo::IntfId intfId() const { return intfId_; }
   int parent() const { return parent_; }
@@ -68,6 +74,8 @@ class KernelPort {
   void polled(std::vector<SecY> const& all);
   /// Whether traffic may pass; shown on a device that came up dormant.
   void authorizedIs(bool authorized);
+  /// Whether nothing is to be sent, whatever key is asked for.
+  void transmitHeldIs(bool held);
   /// How many packet numbers late a frame may be, from now on.
   void replayWindowIs(uint32_t window);
   /// Takes the device away.
@@ -105,8 +113,9 @@ class KernelPort {
   bool isOurs(SecY const& secY) const;
   HeldRxSc* rxSc(SciNumber sci);
   HeldSa* txSa(KeyId const& keyId);
-  std::optional<uint64_t> firstPacketNumber(Sak const& sak, KeyId const& keyId) const;
-  void remember(HeldSa const& sa);
+  std::optional<uint64_t> firstPacketNumber(Sak const& sak, KeyId const& keyId,
+                                            uint32_t ssci) const;
+  bool refuseSpent(KeyId const& keyId);
   void upIfItCan();
   void showAuthorized();
   void take(SecY const* secY);
@@ -126,6 +135,7 @@ class KernelPort {
   Lumo::IntfId const intfId_;
   int const parent_;
   KernelDriverOptions const& options_;
+  Macsecd::KeyHistory& history_;
   KernelCounts& counts_;
   MacsecKernel& kernel_;
   Vesk::Ptr<Macsec::MacSecIntfStatus> const report_;
@@ -139,8 +149,9 @@ class KernelPort {
   bool upWanted_ = false;
   bool authorized_ = true;
   std::optional<bool> shown_;  // what the kernel was told of `authorized_`
-  // How far each transmit key was counted, the newest last: no key ever starts over.
-  std::deque<std::pair<KeyId, uint64_t>> sent_;
+  bool transmitHeld_ = false;
+  // The packet number that was reserved for a key which the kernel hasn't taken yet.
+  std::optional<std::pair<KeyId, uint64_t>> reserved_;
 
   bool working_ = false;
   bool again_ = false;

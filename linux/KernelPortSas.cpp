@@ -7,10 +7,6 @@ namespace Linux {
 
 namespace {
 
-// More than any link sends between two polls, and less than what a receiver of extended packet
-// numbers can follow.
-constexpr uint64_t kPacketNumberGap = uint64_t{1} << 30;
-
 HeldSa* find(std::vector<HeldSa>& sas, uint8_t an) {
   auto const found =
       std::find_if(sas.begin(), sas.end(), [an](HeldSa const& sa) { return sa.an == an; });
@@ -92,6 +88,7 @@ bool KernelPort::dropOtherReceiveSas(SciNumber sci) {
   return true;
 }
 
+// An SA that was there before goes on where it stood: frames that were recorded are old ones.
 bool KernelPort::installReceive(Sak const& sak, SciNumber sci) {
   HeldRxSc* sc = rxSc(sci);
   if (sc && find(sc->sas, sak.an().value())) return true;
@@ -100,7 +97,12 @@ bool KernelPort::installReceive(Sak const& sak, SciNumber sci) {
     sc = &held_->rxScs.emplace_back(HeldRxSc{sci, true});
   }
   SaPlace const place{held_->index, sci, sak.an().value()};
-  return install(place, sak, 1, *ssciNumber(cpStatus_->peerSsci()), "install the receive key",
+  uint64_t first = 1;
+  if (auto const id = Macsecd::SakId::of(sak)) {
+    first = history_.firstToReceive(intfId_, *id, sci);
+    if (auto const mine = ssciNumber(cpStatus_->mySsci())) history_.ssciIs(intfId_, *id, *mine);
+  }
+  return install(place, sak, first, *ssciNumber(cpStatus_->peerSsci()), "install the receive key",
                  sc->sas);
 }
 
@@ -133,7 +135,7 @@ bool KernelPort::dropSa(SaPlace const& place, std::vector<HeldSa>& sas) {
 
 // The new SA, then the switch to it, then the end of the old one: nothing is lost on the way.
 bool KernelPort::transmitted() {
-  Sak const sak = cpStatus_->txSak();
+  Sak const sak = transmitHeld_ ? Sak() : cpStatus_->txSak();
   if (sak == Sak()) {
     bool const isDone = dropOtherTransmitSas(nullptr);
     reportTransmit();
@@ -172,31 +174,37 @@ bool KernelPort::installTransmit(Sak const& sak, KeyId const& keyId) {
     if (!did(kernel_.saOnIs(place, true), "switch on the transmit key")) return false;
     return there->on = true;
   }
-  if (there) remember(*there);
   if (there && !dropSa({held_->index, {}, there->an}, held_->txSas)) return false;
   if (find(held_->txSas, place.an) && !dropSa(place, held_->txSas)) return false;
-  auto const first = firstPacketNumber(sak, keyId);
-  if (!first) {
-    refuse("install the transmit key",
-           "it was in use, and how far its packet numbers went isn't known; a new key is needed");
-    return true;
-  }
+  auto const first = firstPacketNumber(sak, keyId, *ssci);
+  if (!first) return refuseSpent(keyId);
+  history_.sends(intfId_, sakIdOf(keyId), *ssci, *first);
+  reserved_ = {keyId, *first};
   if (!install(place, sak, *first, *ssci, "install the transmit key", held_->txSas)) return false;
-  if (HeldSa* const made = txSa(keyId)) remember(*made);
+  reserved_.reset();
   return true;
 }
 
-std::optional<uint64_t> KernelPort::firstPacketNumber(Sak const& sak, KeyId const& keyId) const {
-  auto const sent = std::find_if(sent_.begin(), sent_.end(),
-                                 [&](auto const& entry) { return entry.first == keyId; });
-  if (sent != sent_.end()) {
-    if (sent->second > std::numeric_limits<uint64_t>::max() - kPacketNumberGap) return {};
-    return sent->second + kPacketNumberGap;
-  }
+// A key that the tree says was sent with, and of which nothing else is known, may have sent
+// anything.
+std::optional<uint64_t> KernelPort::firstPacketNumber(Sak const& sak, KeyId const& keyId,
+                                                      uint32_t ssci) const {
+  if (reserved_ && reserved_->first == keyId) return reserved_->second;
+  auto const first = history_.firstToSend(intfId_, sakIdOf(keyId), ssci);
+  if (first != 1) return first;
   for (auto const* context : {&cpStatus_->latestSakContext(), &cpStatus_->oldSakContext()}) {
     if (context->txInstalled() && isSameKey(context->sak(), sak)) return {};
   }
-  return 1;
+  return first;
+}
+
+// There is nothing more to do for this key.
+bool KernelPort::refuseSpent(KeyId const& keyId) {
+  refuse("install the transmit key",
+         "it was sent with before, and a packet number could be used twice; a new key is needed");
+  history_.spend(intfId_, sakIdOf(keyId));
+  if (options_.keyIsSpent) options_.keyIsSpent(intfId_, sakIdOf(keyId));
+  return true;
 }
 
 bool KernelPort::dropOtherTransmitSas(HeldSa const* keep) {

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "platform/Corruption.h"
-#include "platform/MessageCounterTypes.h"
+#include "platform/MessageCounterReason.h"
 
 namespace Linux {
 
@@ -96,7 +96,7 @@ class PortFamilies {
           {of(intfId)[0],
            {"direction", Vesk::stringValue(direction)},
            {"result", Vesk::stringValue(type)},
-           {"reason", isUsual ? "" : Vesk::stringValue(reason)}},
+           {"reason", isUsual ? "" : Macsec::reasonName(reason)}},
           static_cast<double>(counters.total[i]));
     }
   }

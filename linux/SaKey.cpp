@@ -39,6 +39,12 @@ std::optional<KeyId> keyIdOf(Macsec::Sak const& sak) {
   return id;
 }
 
+Macsecd::SakId sakIdOf(KeyId const& keyId) {
+  std::array<uint8_t, kMemberIdentifier> server;
+  std::copy_n(keyId.begin(), server.size(), server.begin());
+  return {Macsec::MemberIdentifier(server), numberOf(std::span(keyId).last<4>())};
+}
+
 SciNumber sciNumber(Macsec::Sci const& sci) {
   SciNumber number = 0;
   for (uint8_t const octet : sci.addr().bytes()) number = number << 8 | octet;

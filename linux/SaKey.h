@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/KeyHistory.h"
 #include "linux/MacsecKernel.h"
 #include "model/CipherSuite.h"
 #include "model/Keys.h"
@@ -21,6 +22,8 @@ struct SaKey {
 /// Member identifier and key number, as the kernel labels an SA; nothing if the member identifier
 /// isn't one.
 std::optional<KeyId> keyIdOf(Macsec::Sak const& sak);
+/// The SAK that is labelled so.
+Macsecd::SakId sakIdOf(KeyId const& keyId);
 
 SciNumber sciNumber(Macsec::Sci const& sci);
 /// Nothing as long as there is none.

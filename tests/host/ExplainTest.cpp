@@ -44,7 +44,7 @@ TEST(ExplainSuite, NamesAKeyServerThatGivesKeysForAnotherOne) {
     Vesk::WorldScope const scope(one->world);
     one->bringUp();
   }
-  talk(a, b, 20);
+  talk(a, b, 12);
   Vesk::WorldScope const scope(b.world);
   EXPECT_THAT(kinds(b.host, kIntf),
               ElementsAre(CauseKind::cipherMismatch, CauseKind::notPrincipal));

@@ -80,7 +80,7 @@ TEST_F(ADriverInTrouble, ATransmitKeyThatTheKernelLostGoesOnFarAboveWhatItSent) 
   device().secY.txSas.clear();
   runAt(4);
   EXPECT_THAT(kernel.asked, ElementsAre("add tx 0"));
-  EXPECT_EQ(device().secY.txSas.at(0).packetNumber, 1000u + (1u << 30));
+  EXPECT_EQ(device().secY.txSas.at(0).packetNumber, 1 + Macsecd::KeyHistory::kReserved);
 }
 
 TEST_F(ADriverInTrouble, ATransmitKeyOfWhichNobodyKnowsHowFarItWentIsntUsedAgain) {
