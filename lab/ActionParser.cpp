@@ -67,6 +67,9 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
   if (words.take("restart")) return Restart{words.switchName(known)};
   if (words.take("hardware")) return parseHardware(words, known);
   if (words.take("send a frame with")) return parseSendFrame(words, known);
+  if (words.take("replay")) return parseReplay(words, known);
+  if (words.take("delete interface")) return parseInterface(false, words, known);
+  if (words.take("make interface")) return parseInterface(true, words, known);
   if (words.take("mark")) return parseMark(words, at, known);
   words.unknown("action", {"expect",
                            "link",
@@ -89,6 +92,9 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
                            "restart",
                            "hardware",
                            "send a frame with",
+                           "replay",
+                           "delete interface",
+                           "make interface",
                            "mark"});
 }
 

@@ -15,6 +15,10 @@ KeyChange parseRemove(Words& words, Known const& known);
 /// Behind "publish" and "withdraw". Of a published key the last word is the key itself.
 Dot1xKeyChange parsePublish(Words& words, Known& known);
 Dot1xKeyChange parseWithdraw(Words& words, Known const& known);
+/// Behind "replay": recorded frames.
+Replay parseReplay(Words& words, Known const& known);
+/// Behind "delete interface" and "make interface".
+InterfaceChange parseInterface(bool isThere, Words& words, Known const& known);
 /// Behind "reload". What the file names is known from then on.
 Reload parseReload(Words& words, Known& known);
 

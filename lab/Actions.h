@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <variant>
@@ -135,6 +136,27 @@ struct SendFrame {
   Macsec::MessageCounterFailureSubType defect;
 };
 
+/// A station on the wire sends frames of its past again, to this port alone: those that it has
+/// recorded as they left their ports.
+struct Replay {
+  enum class Which : uint8_t { first, last, every };
+  PortName to;
+  std::optional<uint32_t> number = {};  ///< counted from 1 over the frames of the wire; else:
+  Which which = Which::first;           ///< of those that are meant
+  std::optional<std::string> set = {};  ///< that has this parameter set
+  std::optional<std::string> ckn = {};  ///< that is under this key name
+  std::optional<PortName> from = {};
+  double after = 0;
+  double before = std::numeric_limits<double>::infinity();
+};
+
+/// An interface goes from its switch, or is made again.
+struct InterfaceChange {
+  PortName port;
+  bool isThere;
+  std::optional<Lumo::EthAddr> mac = {};  ///< of a new one; the switch's own if absent
+};
+
 struct Action {
   int line = 0;
   double at = 0;
@@ -142,7 +164,7 @@ struct Action {
   std::variant<LinkChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange, SuiteChange,
                ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange, FipsChange,
                FipsProviderChange, CountersCleared, Reload, Restart, HardwareChange, PacketNumber,
-               SendFrame, Mark>
+               SendFrame, Replay, InterfaceChange, Mark>
       what;
 };
 

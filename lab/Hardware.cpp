@@ -11,6 +11,14 @@ using Macsec::AssociationNumber;
 using Macsec::MacSecIntfStatus;
 using Macsec::Sak;
 
+namespace {
+
+// How many frames each transmit SA is taken to have sent, whatever becomes of it: less than what is
+// reserved at a time, and so much that no second one begins among them by chance.
+constexpr uint64_t kFramesSent = Macsecd::KeyHistory::kReserved / 2;
+
+}  // namespace
+
 // What the emulator installs. Removals are no answers: the next key in the place replaces it.
 struct Hardware::CopyReactor final : Vesk::Reactor<MacSecIntfStatus const, Hardware, CopyReactor> {
   using Reactor::Reactor;
@@ -35,27 +43,86 @@ struct Hardware::SliceReactor final
   }
 };
 
-Hardware::Hardware(Vesk::Ptr<Vesk::Dir> const& slices, std::vector<Lumo::IntfId> const& interfaces)
-    : slice_(Macsec::macSecStatusFactory("lab")),
-      copy_(Macsec::macSecIntfStatusPtrDirFactory("copy")) {
-  for (Lumo::IntfId const intfId : interfaces) {
-    sliceReactors_.push_back(Vesk::make<SliceReactor>(*this, slice_->statusIs(intfId)));
-    auto const copy = MacSecIntfStatus::MacSecIntfStatusIs(intfId);
-    copyReactors_.push_back(Vesk::make<CopyReactor>(*this, copy));
-    copy_->statusIs(copy);
+// Whose transmit key the host holds back.
+struct Hardware::HoldReactor final
+    : Vesk::Reactor<Interface::IntfForwardingModelInputDir const, Hardware, HoldReactor> {
+  using Reactor::Reactor;
+  void onForwardingModelInput(Lumo::IntfId const& intfId) override { owner().handleHold(intfId); }
+};
+
+// The emulator doesn't know of SSCIs, which are part of what is installed.
+struct Hardware::CpStatusReactor final
+    : Vesk::Reactor<Macsec::CpStatus const, Hardware, CpStatusReactor> {
+  using Reactor::Reactor;
+  Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
+  void onMySsci() override { owner().handleMySsci(fwkKey()); }
+};
+
+struct Hardware::StatusReactor final
+    : Vesk::Reactor<Macsec::Status const, Hardware, StatusReactor> {
+  StatusReactor(Hardware& owner, Vesk::Ptr<Macsec::Status const> status)
+      : Reactor(owner, std::move(status)) {
+    for (Macsec::CpStatus& member : notifier()->cpStatus()) onCpStatus(member.intfId());
   }
-  slices->entityPtrIs(slice_);
+  void onCpStatus(Lumo::IntfId const& intfId) override {
+    Vesk::Ptr<Macsec::CpStatus const> const cp = notifier()->cpStatus(intfId);
+    if (!cp) return cpStatus.xDel(intfId);
+    cpStatus.xIs(intfId, cp, [&] { return Vesk::make<CpStatusReactor>(owner(), cp); });
+  }
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus;
+};
+
+Hardware::Hardware(Macsecd::Host& host, std::vector<Lumo::IntfId> const& interfaces,
+                   std::string const& name, Macsecd::NonceWatch& nonces)
+    : host_(host),
+      name_(name),
+      nonces_(nonces),
+      slice_(Macsec::macSecStatusFactory("lab")),
+      copy_(Macsec::macSecIntfStatusPtrDirFactory("copy")) {
+  for (Lumo::IntfId const intfId : interfaces) interfaceIs(intfId);
+  holdReactor_ = Vesk::make<HoldReactor>(*this, host.transmitHoldInputDir());
+  holdReactor_->hasNotificationActiveIs(true);
+  host.slices()->entityPtrIs(slice_);
 }
 
 Hardware::~Hardware() {
+  followNothing();
+  Vesk::retire(holdReactor_);
+  for (auto& [intfId, reactor] : copyReactors_) Vesk::retire(reactor);
+  for (auto& [intfId, reactor] : sliceReactors_) Vesk::retire(reactor);
+}
+
+void Hardware::interfaceIs(Lumo::IntfId intfId) {
+  if (copyReactors_.contains(intfId)) return;
+  sliceReactors_[intfId] = Vesk::make<SliceReactor>(*this, slice_->statusIs(intfId));
+  auto const copy = MacSecIntfStatus::MacSecIntfStatusIs(intfId);
+  copyReactors_[intfId] = Vesk::make<CopyReactor>(*this, copy);
+  copy_->statusIs(copy);
+}
+
+void Hardware::interfaceDel(Lumo::IntfId intfId) {
+  auto const copy = copyReactors_.find(intfId);
+  if (copy == copyReactors_.end()) return;
+  Vesk::retire(copy->second);
+  copyReactors_.erase(copy);
+  Vesk::retire(sliceReactors_[intfId]);
+  sliceReactors_.erase(intfId);
+  std::erase_if(answers_, [&](Answer const& answer) { return answer.intfId == intfId; });
+  packetNumbers_.erase(intfId);
+  slice_->statusDel(intfId);
+}
+
+void Hardware::followNothing() {
   emulator_ = nullptr;
-  for (auto& reactor : copyReactors_) Vesk::retire(reactor);
-  for (auto& reactor : sliceReactors_) Vesk::retire(reactor);
+  if (statusReactor_) statusReactor_->cpStatus.retireAll();
+  Vesk::retire(statusReactor_);
 }
 
 void Hardware::follow(Vesk::Ptr<Macsec::Status> const& status) {
-  emulator_ = nullptr;
+  followNothing();
   status_ = status;
+  statusReactor_ = Vesk::make<StatusReactor>(*this, status);
+  statusReactor_->hasNotificationActiveIs(true);
   takingUp_ = true;
   emulator_ = Macsec::hwEmulatorFactory(status, copy_);
   takingUp_ = false;
@@ -64,6 +131,7 @@ void Hardware::follow(Vesk::Ptr<Macsec::Status> const& status) {
 // Whether the slice has what the copy has.
 bool Hardware::isInstalled(Lumo::IntfId intfId, std::optional<AssociationNumber> rx) const {
   auto const here = slice_->status(intfId), there = copy_->status(intfId);
+  if (!here) return false;
   auto const a = rx ? here->rxSaStatus(*rx) : here->txSaStatus();
   auto const b = rx ? there->rxSaStatus(*rx) : there->txSaStatus();
   return a && a->associationNumber() == b->associationNumber() && a->keyId() == b->keyId() &&
@@ -130,6 +198,10 @@ void Hardware::giveRx(Lumo::IntfId intfId, AssociationNumber an) {
   if (!asked) return;
   Sak const sak = *asked;
   auto const entry = slice_->status(intfId);
+  if (!entry) return;
+  if (auto const id = Macsecd::SakId::of(sak)) {
+    host_.keyHistory().ssciIs(intfId, *id, ssciOf(intfId));
+  }
   if (entry->rxSaStatus(an)) entry->rxSaStatusDel(an);
   entry->rxSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
 }
@@ -138,7 +210,51 @@ void Hardware::giveTx(Lumo::IntfId intfId) {
   auto const cpStatus = status_->cpStatus(intfId);
   if (!cpStatus || cpStatus->txSak() == Sak()) return;
   Sak const sak = cpStatus->txSak();
-  slice_->status(intfId)->txSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
+  auto const entry = slice_->status(intfId);
+  if (!entry || !maySend(intfId, sak)) return;
+  entry->txSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
+}
+
+// An SA of this key that is there goes on.
+bool Hardware::maySend(Lumo::IntfId intfId, Sak const& sak) {
+  auto const id = Macsecd::SakId::of(sak);
+  if (!id || host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return false;
+  auto const there = slice_->status(intfId)->txSaStatus();
+  if (there && there->keyId() == sak.keyMsgId() && there->keyNum() == sak.keyNum()) return true;
+  uint32_t const ssci = ssciOf(intfId);
+  auto const first = host_.keyHistory().firstToSend(intfId, *id, ssci);
+  if (!first) {
+    host_.keyIsSpent(intfId, *id);
+    return false;
+  }
+  Macsecd::NonceWatch::Sender const sender{
+      name_ + " " + intfId.stringValue().charPtr(),
+      std::string(sak.keyMsgId().view()) + ":" + std::to_string(sak.keyNum()), ssci};
+  host_.keyHistory().sends(intfId, *id, ssci, *first);
+  nonces_.begins(sender, *first);
+  nonces_.reaches(sender, *first + kFramesSent);
+  return true;
+}
+
+// 0 as long as there is no peer.
+uint32_t Hardware::ssciOf(Lumo::IntfId intfId) const {
+  std::string const text(status_->cpStatus(intfId)->mySsci().ssci().view());
+  return text.empty() ? 0 : static_cast<uint32_t>(std::stoul(text, nullptr, 16));
+}
+
+void Hardware::handleHold(Lumo::IntfId intfId) {
+  auto const entry = slice_->status(intfId);
+  if (!entry) return;
+  if (!host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return giveTx(intfId);
+  if (entry->txSaStatus()) entry->txSaStatusDel();
+}
+
+// An SA can't change its SSCI: it is installed anew, if it may be.
+void Hardware::handleMySsci(Lumo::IntfId intfId) {
+  auto const entry = slice_->status(intfId);
+  if (!entry || !entry->txSaStatus()) return;
+  entry->txSaStatusDel();
+  giveTx(intfId);
 }
 
 }  // namespace Lab

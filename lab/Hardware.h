@@ -8,21 +8,24 @@
 #include <vector>
 
 #include "hardware/HwEmulator.h"
+#include "host/Host.h"
+#include "host/NonceWatch.h"
 #include "lab/Scenario.h"
-#include "runtime/Dir.h"
 
 namespace Lab {
 
 /// The MACsec hardware of one switch: a slice with an entry for each interface. The emulator
 /// answers into a copy that nobody else sees; what it answers reaches the slice at once, after
-/// a delay, or never, and the transmit SA with a packet number if one is given.
+/// a delay, or never, and the transmit SA with a packet number if one is given. It sends nothing
+/// with a key that the host holds back, and goes on with a key where it stood.
 ///
 ///     CpStatus -> HwEmulator -> copy -> (mood) -> slice -> HwStatusSm -> engine
 class Hardware {
  public:
-  /// Puts the slice into the directory of slices. All calls are made inside the world of the
-  /// switch.
-  Hardware(Vesk::Ptr<Vesk::Dir> const& slices, std::vector<Lumo::IntfId> const& interfaces);
+  /// Puts the slice into the host's directory of slices. All calls are made inside the world of the
+  /// switch. `name` is that of the switch for the watch, which is told of each transmit SA.
+  Hardware(Macsecd::Host& host, std::vector<Lumo::IntfId> const& interfaces,
+           std::string const& name, Macsecd::NonceWatch& nonces);
   ~Hardware();
   Hardware(Hardware const&) = delete;
   Hardware& operator=(Hardware const&) = delete;
@@ -38,6 +41,10 @@ class Hardware {
   /// The same of the one that it asks for next.
   void nextPacketNumberIs(Lumo::IntfId intfId, uint32_t number) { packetNumbers_[intfId] = number; }
 
+  /// The interface is there; or it has gone, with all that was installed on it.
+  void interfaceIs(Lumo::IntfId intfId);
+  void interfaceDel(Lumo::IntfId intfId);
+
   Vesk::Ptr<Macsec::MacSecStatus> const& slice() const { return slice_; }
   /// When the next answer is due; infinity when none is.
   double nextTime() const;
@@ -47,6 +54,9 @@ class Hardware {
  private:
   struct CopyReactor;
   struct SliceReactor;
+  struct HoldReactor;
+  struct StatusReactor;
+  struct CpStatusReactor;
   // Something that the copy has and the slice hasn't yet.
   struct Answer {
     double due;
@@ -59,12 +69,22 @@ class Hardware {
   void give(Answer const& answer);
   void giveRx(Lumo::IntfId intfId, Macsec::AssociationNumber an);
   void giveTx(Lumo::IntfId intfId);
+  bool maySend(Lumo::IntfId intfId, Macsec::Sak const& sak);
+  uint32_t ssciOf(Lumo::IntfId intfId) const;
+  void followNothing();
+  void handleHold(Lumo::IntfId intfId);
+  void handleMySsci(Lumo::IntfId intfId);
   double dueTime() const;
 
+  Macsecd::Host& host_;
+  std::string const name_;
+  Macsecd::NonceWatch& nonces_;
   Vesk::Ptr<Macsec::MacSecStatus> slice_;
   Vesk::Ptr<Macsec::MacSecIntfStatusPtrDir> copy_;
-  std::vector<Vesk::Ptr<CopyReactor>> copyReactors_;
-  std::vector<Vesk::Ptr<SliceReactor>> sliceReactors_;
+  std::map<Lumo::IntfId, Vesk::Ptr<CopyReactor>> copyReactors_;
+  std::map<Lumo::IntfId, Vesk::Ptr<SliceReactor>> sliceReactors_;
+  Vesk::Ptr<HoldReactor> holdReactor_;
+  Vesk::Ptr<StatusReactor> statusReactor_;
   Vesk::Ptr<Macsec::Status> status_;
   Vesk::Ptr<Macsec::HwEmulator> emulator_;
   HardwareMood mood_ = HardwareMood::normal;

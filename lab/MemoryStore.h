@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 
+#include "host/KeyHistory.h"
 #include "host/StateStore.h"
 
 namespace Lab {
@@ -23,6 +25,9 @@ class MemoryStore final : public Macsecd::StateStore {
     death_ = death;
     died_ = std::move(died);
   }
+  /// Whether the process died before the end of a turn: what this had changed in the tree so far is
+  /// lost, while the history of keys, which goes ahead of it, was kept.
+  bool diedWithinTurn() const { return diedWithinTurn_; }
   /// How many commits there were.
   size_t commits() const { return commits_; }
   Macsecd::StateValues const& values() const { return values_; }
@@ -39,16 +44,24 @@ class MemoryStore final : public Macsecd::StateStore {
     if (!dies || death_.taken) Macsecd::apply(change, values_);
     if (!dies) return {};
     dead_ = true;
+    diedWithinTurn_ = isOfKeysAlone(change);
     died_();
     return {};
   }
 
  private:
+  static bool isOfKeysAlone(Macsecd::StateChange const& change) {
+    return change.erasedBelow.empty() && std::ranges::all_of(change.values, [](auto const& entry) {
+             return entry.first.starts_with(Macsecd::KeyHistory::kPathBegin);
+           });
+  }
+
   Macsecd::StateValues values_;
   Death death_;
   std::function<void()> died_;
   size_t commits_ = 0;
   bool dead_ = false;
+  bool diedWithinTurn_ = false;
 };
 
 }  // namespace Lab

@@ -56,7 +56,7 @@ class Player {
     }
     simulation.run();
     if (options_.show) showEnd(simulation, captures);
-    return judge(scenario, expectations);
+    return judge(scenario, expectations) && judgeNonces(scenario, simulation);
   }
 
  private:
@@ -79,6 +79,14 @@ class Player {
     out_ << fmt::format("FAILED  {} ({} of {} expectations)\n", scenario.file, failures.size(),
                         expectations.size());
     for (Failure const& failure : failures) out_ << "  " << failure.text() << '\n';
+    return false;
+  }
+
+  bool judgeNonces(Scenario const& scenario, Simulation& simulation) {
+    auto const& repeats = simulation.nonceRepeats();
+    if (repeats.empty()) return true;
+    out_ << fmt::format("FAILED  {} (nonces are repeated)\n", scenario.file);
+    for (std::string const& repeat : repeats) out_ << "  " << repeat << '\n';
     return false;
   }
 

@@ -45,6 +45,8 @@ struct Scenario {
   double runUntil = 0;
   /// How frames mark their ICV. Analysers of captures know the form of 16 octets.
   Codec::IcvIndicator icvIndicator = Codec::IcvIndicator::length16;
+  /// Whether recorded MKPDUs are kept away from the engine.
+  bool replayGuard = true;
   std::vector<SwitchSpec> switches;
   std::vector<WireSpec> wires;
   std::vector<Action> actions;            ///< by time, then by line

@@ -34,12 +34,19 @@ Simulation::Simulation(Scenario const& scenario, uint32_t seed)
     looks_.insert({expectation.when.from, expectation.when.to});
   }
   looks_.insert(scenario.runUntil);
+  recorded_.resize(wires_.size());
   makeSwitches(seed);
 }
 
 Simulation::~Simulation() {
   switches_.clear();
+  VESK_ASSERT(nonces_.repeats().empty() || noncesAreLookedAt_);
   Vesk::attributeLogEnabled = formerLog_;
+}
+
+std::vector<std::string> const& Simulation::nonceRepeats() {
+  noncesAreLookedAt_ = true;
+  return nonces_.repeats();
 }
 
 void Simulation::makeSwitches(uint32_t seed) {
@@ -51,7 +58,7 @@ void Simulation::makeSwitches(uint32_t seed) {
   for (SwitchSpec const& spec : scenario_.switches) {
     auto const index = static_cast<uint32_t>(switches_.size());
     switches_.push_back(
-        std::make_unique<Switch>(spec, scenario_.icvIndicator, clock_, seed, index, outlets));
+        std::make_unique<Switch>(spec, scenario_, clock_, seed, index, nonces_, outlets));
     starts_.emplace(spec.start, switches_.back().get());
   }
 }
@@ -155,6 +162,8 @@ void Simulation::carry(Switch& from, Lumo::IntfId intfId, std::span<uint8_t cons
   WireEnd const* const at = wireAt(portOf(from, intfId));
   if (!at || !from.isUp(intfId)) return;
   for (Audience* audience : audience_) audience->captured(clock_.now, at->wire, frame);
+  recorded_[at->wire].push_back(
+      {clock_.now, portOf(from, intfId), Frame(frame.begin(), frame.end())});
   for (Flight& flight : wires_[at->wire].sent(at->end, frame)) {
     inFlight_.push(
         {clock_.now + flight.delay, departures_++, at->wire, at->end, std::move(flight.frame)});

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/NonceWatch.h"
 #include "lab/Clock.h"
 #include "lab/Happening.h"
 #include "lab/SakHistory.h"
@@ -24,6 +25,7 @@ class Simulation {
   /// The scenario has to outlive the simulation. One simulation lives at a time, since the
   /// attribute log and the key of stored keys are the process's.
   Simulation(Scenario const& scenario, uint32_t seed);
+  /// Ends the process if a nonce was repeated and nobody has asked for that.
   ~Simulation();
   Simulation(Simulation const&) = delete;
   Simulation& operator=(Simulation const&) = delete;
@@ -34,6 +36,8 @@ class Simulation {
   void run();
 
   Scenario const& scenario() const { return scenario_; }
+  /// Nonces that transmit SAs would have repeated, a line each; from now on somebody looks at them.
+  std::vector<std::string> const& nonceRepeats();
   /// The present virtual time in seconds.
   double now() const { return clock_.now; }
   SakHistory const& sakHistory() const { return sakHistory_; }
@@ -43,6 +47,12 @@ class Simulation {
   Switch& switchOf(std::string const& name) const;
 
  private:
+  // A frame as it left its port.
+  struct Recorded {
+    double time;
+    PortName from;
+    Frame frame;
+  };
   // A frame that has left and will arrive at an end of a wire.
   struct InFlight {
     double time;
@@ -69,6 +79,8 @@ class Simulation {
   bool deliverOne();
   void deliver(InFlight const& flight);
   void carry(Switch& from, Lumo::IntfId intfId, std::span<uint8_t const> frame);
+  static bool isMeant(Recorded const& recorded, Replay const& replay);
+  std::vector<Frame> framesOf(Replay const& replay, size_t wire) const;
   WireEnd const* wireAt(PortName const& port) const;
   void tell(Switch const& from, TreeWatch::What what);
 
@@ -91,6 +103,8 @@ class Simulation {
   void carryOut(HardwareChange const& change);
   void carryOut(PacketNumber const& number);
   void carryOut(SendFrame const& send);
+  void carryOut(Replay const& replay);
+  void carryOut(InterfaceChange const& change);
   void carryOut(Mark const& mark);
   void changeProfile(ProfileName const& name,
                      std::function<void(Macsecd::ProfileConfig&)> const& change);
@@ -101,7 +115,10 @@ class Simulation {
   SakHistory sakHistory_;
   std::map<std::pair<std::string, std::string>, SwitchRecord> marked_;  // by mark and switch
   std::vector<Audience*> audience_;
+  Macsecd::NonceWatch nonces_;
+  bool noncesAreLookedAt_ = false;
   std::vector<Wire> wires_;
+  std::vector<std::vector<Recorded>> recorded_;  // by wire
   std::map<PortName, WireEnd> ends_;
   std::vector<std::unique_ptr<Switch>> switches_;
   std::multimap<double, Switch*> starts_;

@@ -14,6 +14,13 @@ void Simulation::carryOut(LinkChange const& change) {
   switchOf(change.port.switchName).linkIs(Lumo::IntfId(change.port.interface.c_str()), change.up);
 }
 
+void Simulation::carryOut(InterfaceChange const& change) {
+  Switch& owner = switchOf(change.port.switchName);
+  Lumo::IntfId const intfId(change.port.interface.c_str());
+  if (!change.isThere) return owner.interfaceDel(intfId);
+  owner.interfaceIs(intfId, change.mac.value_or(owner.spec().mac));
+}
+
 void Simulation::carryOut(WireFault const& fault) {
   WireEnd const* const at = wireAt(fault.port);
   VESK_ASSERT(at);

@@ -29,10 +29,10 @@ std::vector<Macsecd::InterfaceConfig> interfacesOf(SwitchSpec const& spec) {
 
 }  // namespace
 
-Switch::Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock const& clock,
-               uint32_t seed, uint32_t index, Outlets outlets)
+Switch::Switch(SwitchSpec const& spec, Scenario const& scenario, Clock const& clock, uint32_t seed,
+               uint32_t index, Macsecd::NonceWatch& nonces, Outlets outlets)
     : spec_(spec),
-      icvIndicator_(icvIndicator),
+      scenario_(scenario),
       config_(spec.config),
       outlets_(std::move(outlets)),
       world_(clock, seed, index, spec.firstDelays),
@@ -42,8 +42,10 @@ Switch::Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock c
   for (auto const& interface : interfacesOf(spec)) interfaces_.emplace_back(interface.name.c_str());
   inWorld([&] {
     host_ = std::make_unique<Macsecd::Host>(
-        spec_.name, *this, Macsecd::HostOptions{.emulateHardware = false, .store = &store_});
-    hardware_ = std::make_unique<Hardware>(host_->slices(), interfaces_);
+        spec_.name, *this,
+        Macsecd::HostOptions{
+            .emulateHardware = false, .store = &store_, .replayGuard = scenario.replayGuard});
+    hardware_ = std::make_unique<Hardware>(*host_, interfaces_, spec_.name, nonces);
   });
   watch_ = std::make_unique<TreeWatch>(*host_, hardware_->slice(), interfaces_,
                                        [this](TreeWatch::What what) { tell(std::move(what)); });
@@ -77,7 +79,7 @@ void Switch::written(Vesk::AttributeWrite const& write) {
 void Switch::withIcvIndicator(Macsecd::SwitchConfig& config) const {
   for (auto& interface : config.interfaces) {
     auto& indicator = interface.dialect.icvIndicator;
-    if (indicator == Codec::Dialect().icvIndicator) indicator = icvIndicator_;
+    if (indicator == Codec::Dialect().icvIndicator) indicator = scenario_.icvIndicator;
   }
 }
 
@@ -143,6 +145,32 @@ void Switch::linkIs(Lumo::IntfId intfId, bool up) {
     downLinks_.insert(intfId);
   }
   if (started_) inWorld([&] { host_->linkIs(intfId, up); });
+}
+
+void Switch::interfaceDel(Lumo::IntfId intfId) {
+  deleted_.insert(intfId);
+  if (!started_) return;
+  inWorld([&] {
+    host_->interfaceDel(intfId);
+    hardware_->interfaceDel(intfId);
+  });
+}
+
+void Switch::interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& mac) {
+  deleted_.erase(intfId);
+  if (!started_) return;
+  inWorld([&] {
+    hardware_->interfaceIs(intfId);
+    host_->interfaceIs(intfId, mac, portNumberOf(intfId));
+    host_->linkIs(intfId, isUp(intfId));
+  });
+}
+
+uint16_t Switch::portNumberOf(Lumo::IntfId intfId) const {
+  for (auto const& interface : config_.interfaces) {
+    if (intfId.stringValue() == Vesk::String8(interface.name)) return interface.portNumber;
+  }
+  return Macsecd::InterfaceConfig().portNumber;
 }
 
 void Switch::configure(std::function<void(Macsecd::SwitchConfig&)> const& change) {

@@ -29,9 +29,9 @@ class Switch final : public Codec::FrameSink {
     std::function<void(Switch const&, TreeWatch::What)> happened;
   };
 
-  /// `icvIndicator` is that of interfaces whose configuration names no other than the default.
-  Switch(SwitchSpec const& spec, Codec::IcvIndicator icvIndicator, Clock const& clock,
-         uint32_t seed, uint32_t index, Outlets outlets);
+  /// One of the switches of this scenario. `nonces` watches all of them.
+  Switch(SwitchSpec const& spec, Scenario const& scenario, Clock const& clock, uint32_t seed,
+         uint32_t index, Macsecd::NonceWatch& nonces, Outlets outlets);
   ~Switch() override;
 
   SwitchSpec const& spec() const { return spec_; }
@@ -39,7 +39,9 @@ class Switch final : public Codec::FrameSink {
   Macsecd::Host const& host() const { return *host_; }
   SwitchWorld& world() { return world_; }
   std::vector<Lumo::IntfId> const& interfaces() const { return interfaces_; }
-  bool isUp(Lumo::IntfId intfId) const { return started_ && !downLinks_.count(intfId); }
+  bool isUp(Lumo::IntfId intfId) const {
+    return started_ && !downLinks_.count(intfId) && !deleted_.count(intfId);
+  }
 
   SwitchRecord const& record() const { return record_; }
 
@@ -52,6 +54,9 @@ class Switch final : public Codec::FrameSink {
   MemoryStore const& store() const { return store_; }
   Hardware const& hardware() const { return *hardware_; }
   void linkIs(Lumo::IntfId intfId, bool up);
+  /// The interface goes, with its hardware; or it is made, with this address and its link up.
+  void interfaceDel(Lumo::IntfId intfId);
+  void interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& mac);
   /// The configuration after `change` has been at it.
   void configure(std::function<void(Macsecd::SwitchConfig&)> const& change);
   /// Takes a configuration over that was read again, if it has no mistake.
@@ -84,6 +89,7 @@ class Switch final : public Codec::FrameSink {
     }
   }
   void connectWorld();
+  uint16_t portNumberOf(Lumo::IntfId intfId) const;
   void withIcvIndicator(Macsecd::SwitchConfig& config) const;
   void startProcess();
   void processDied();
@@ -93,7 +99,7 @@ class Switch final : public Codec::FrameSink {
   FramePassed passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const;
 
   SwitchSpec const& spec_;
-  Codec::IcvIndicator const icvIndicator_;
+  Scenario const& scenario_;
   Macsecd::SwitchConfig config_;
   Outlets outlets_;
   SwitchWorld world_;
@@ -102,6 +108,7 @@ class Switch final : public Codec::FrameSink {
   double deadFor_ = 0;
   std::vector<Lumo::IntfId> interfaces_;
   std::set<Lumo::IntfId> downLinks_;
+  std::set<Lumo::IntfId> deleted_;  ///< interfaces
   std::unique_ptr<Macsecd::Host> host_;
   std::unique_ptr<Hardware> hardware_;
   std::unique_ptr<TreeWatch> watch_;

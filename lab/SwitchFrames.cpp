@@ -20,8 +20,9 @@ std::string verdict(MessageCounterData const& before, MessageCounterData const& 
     return after.value(rx, type, subType) != before.value(rx, type, subType);
   };
   if (counts(success, SubType::none)) return "accepted";
-  for (auto const& [subType, name] : Vesk::EnumNames<SubType>::names) {
-    if (counts(failure, subType)) return name;
+  for (size_t i = 0; i < MessageCounterData::kSubTypes; ++i) {
+    SubType const reason{static_cast<uint8_t>(i)};
+    if (counts(failure, reason)) return Macsec::reasonName(reason);
   }
   return "ignored";
 }

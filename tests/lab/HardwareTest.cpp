@@ -49,9 +49,14 @@ class HardwareTest : public testing::Test {
   SwitchWorld world_;
   Vesk::WorldScope scope_;
   Lumo::IntfId const intf_ = Lumo::IntfId("Ethernet1");
-  Vesk::Ptr<Vesk::Dir> slices_ = Vesk::makeActive<Vesk::Dir>("slices");
+  struct Nowhere final : Codec::FrameSink {
+    void send(Lumo::IntfId, std::span<uint8_t const>) override {}
+  } nowhere_;
+  Macsecd::Host host_{"switch", nowhere_, {.emulateHardware = false}};
+  Vesk::Ptr<Vesk::Dir> slices_ = host_.slices();
   Vesk::Ptr<Macsec::Status> status_ = Macsec::statusFactory("status");
-  Hardware hardware_{slices_, {intf_}};
+  Macsecd::NonceWatch nonces_;
+  Hardware hardware_{host_, {intf_}, "A", nonces_};
   Vesk::Ptr<Macsec::CpStatus> cpStatus_;
 };
 
