@@ -25,15 +25,24 @@ constexpr sock_filter unless(uint16_t compare, uint32_t value, uint8_t skip) {
   return {static_cast<uint16_t>(BPF_JMP | compare | BPF_K), 0, skip, value};
 }
 
+/// Skips `skip` instructions if the value is this.
+constexpr sock_filter skipIf(uint32_t value, uint8_t skip) {
+  return {BPF_JMP | BPF_JEQ | BPF_K, skip, 0, value};
+}
+
 constexpr uint32_t kEtherType = 12;
 constexpr uint32_t kPacketType = 15;
 constexpr uint32_t kVlanBits = 0xfff;
 
-std::array<sock_filter, 11> const kProgram = {{
+// The value of a tag is told only where there is one: a kernel may still hold that of a tag which
+// it has taken away.
+std::array<sock_filter, 13> const kProgram = {{
     load(BPF_H, kEtherType),
-    unless(BPF_JEQ, Macsec::MacsecConstants::eapolEthType, 8),
+    unless(BPF_JEQ, Macsec::MacsecConstants::eapolEthType, 10),
     load(BPF_B, kPacketType),
-    unless(BPF_JEQ, Macsec::EapolType::eapMka, 6),
+    unless(BPF_JEQ, Macsec::EapolType::eapMka, 8),
+    load(BPF_W, ancillary(SKF_AD_VLAN_TAG_PRESENT)),
+    skipIf(0, 3),
     load(BPF_W, ancillary(SKF_AD_VLAN_TAG)),
     {BPF_ALU | BPF_AND | BPF_K, 0, 0, kVlanBits},
     unless(BPF_JEQ, 0, 3),

@@ -38,8 +38,11 @@ constexpr uint32_t kVlanBits = 0xfff;
 constexpr uint32_t kMatches = UINT32_MAX;
 
 // Matches what is to be dropped: frames of a VLAN, and of other types. A tag that bears a priority
-// alone is none of a VLAN.
-constexpr std::array<sock_filter, 8> kProgram = {{
+// alone is none of a VLAN. Its value is asked for only where there is a tag: a kernel may still
+// hold that of one which it has taken away, or written into the frame behind its first type.
+constexpr std::array<sock_filter, 10> kProgram = {{
+    loadAncillary(SKF_AD_VLAN_TAG_PRESENT),
+    skipIf(0, 3),
     loadAncillary(SKF_AD_VLAN_TAG),
     {BPF_ALU | BPF_AND | BPF_K, 0, 0, kVlanBits},
     {BPF_JMP | BPF_JEQ | BPF_K, 0, 3, 0},
