@@ -12,9 +12,7 @@ using Macsec::Status;
 struct ActorFollower::ActorStatusReactor final
     : Vesk::Reactor<MkaActorStatus const, ActorFollower, ActorStatusReactor> {
   ActorStatusReactor(ActorFollower& follower, Vesk::Ptr<MkaActorStatus const> status, Port& port)
-      : Reactor(follower, std::move(status)),
-        port_(port),
-        keys_(notifier()->ckn(), notifier().ptr()) {
+      : Reactor(follower, std::move(status)), port_(port), keys_(notifier()->ckn(), notifier()) {
     onIck();
     onKek();
     port_.actors.push_back(&keys_);

@@ -32,6 +32,13 @@ bool ActorKeys::isNamed(std::span<uint8_t const> onWire) const {
   return std::ranges::equal(onWire, octets()) || std::ranges::equal(onWire, characters());
 }
 
+bool ActorKeys::isHeard(Vesk::String8 const& peer) const {
+  if (!status_) return false;
+  if (status_->livePeer(peer)) return true;
+  auto const potential = status_->potentialPeer(peer);
+  return potential && potential->baseInfo().sci() != Macsec::Sci();
+}
+
 void ActorKeys::ickIs(Vesk::String8 const& encoded) {
   withClearKey(WardcodeLib::doDecodeKey(encoded), [this](auto key) { setIck(key); });
 }

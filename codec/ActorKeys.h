@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 #include "codec/MemberTexts.h"
 #include "model/MkaActorStatus.h"
@@ -18,9 +19,10 @@ namespace Codec {
 /// when this goes.
 class ActorKeys {
  public:
-  /// `status` is the actor in the tree, which lives longer; null for one that stands in none.
-  explicit ActorKeys(Vesk::String8 const& ckn, Macsec::MkaActorStatus const* status = nullptr)
-      : ckn_(ckn), octets_(ckn.view()), status_(status) {}
+  /// `status` is the actor's own; who only reads captures has none.
+  explicit ActorKeys(Vesk::String8 const& ckn,
+                     Vesk::Ptr<Macsec::MkaActorStatus const> status = nullptr)
+      : ckn_(ckn), status_(std::move(status)), octets_(ckn.view()) {}
 
   /// The name as the actor's owner spells it.
   Vesk::String8 const& ckn() const { return ckn_; }
@@ -29,7 +31,11 @@ class ActorKeys {
   std::span<uint8_t const> octets() const { return octets_.octets(); }
   /// The name as characters, or its octets if it has more than 32 of them.
   std::span<uint8_t const> characters() const;
-  Macsec::MkaActorStatus const* status() const { return status_; }
+  /// Null for one that stands in no tree.
+  Macsec::MkaActorStatus const* status() const { return status_.ptr(); }
+  /// Whether an MKPDU of this peer itself has come in: of a potential peer that only others list
+  /// nobody knows the SCI.
+  bool isHeard(Vesk::String8 const& peer) const;
   /// True for the name in any form that a frame may have it.
   bool isNamed(std::span<uint8_t const> onWire) const;
 
@@ -55,8 +61,8 @@ class ActorKeys {
   static constexpr size_t kMaxWrapped = 40;
 
   Vesk::String8 ckn_;
+  Vesk::Ptr<Macsec::MkaActorStatus const> status_;
   Macsec::CknOctets octets_;
-  Macsec::MkaActorStatus const* status_;
   Macsec::AesCmac ick_;
   Macsec::KeyWrap kek_{{}};
   MemberTexts members_;

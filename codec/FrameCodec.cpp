@@ -139,6 +139,8 @@ void FrameCodec::handleTxMessage(Macsec::MkaMessageInfo const& message) {
     return;
   }
   countSuccess(port, Direction::tx);
+  countLeftOut(port, SubType::livePeerListErr, writer.livePeersLeftOut());
+  countLeftOut(port, SubType::potentialPeerListErr, writer.potentialPeersLeftOut());
   sink_.send(intfId, writer.frame());
 }
 
@@ -182,6 +184,13 @@ void FrameCodec::refuse(Port const& port, Refusal const& refusal) {
              std::string_view(refusal.what));
   countFailure(port, Direction::rx, refusal);
   tell(port.intfId, refusal.subType);
+}
+
+// The frame goes out and counts as sent; that it doesn't name all peers counts beside it.
+void FrameCodec::countLeftOut(Port const& port, SubType list, size_t peers) {
+  if (peers == 0) return;
+  VESK_TRACE(3, ": MKPDU on ", port.intfId, " has no room for ", peers, " more peers: ", list);
+  counters_->inc(port.intfId, Direction::tx, Type::failure, list);
 }
 
 void FrameCodec::countSuccess(Port const& port, Direction direction) {

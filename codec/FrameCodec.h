@@ -70,6 +70,7 @@ class FrameCodec {
   Port& countedPortIs(Lumo::IntfId intfId);
   Refusal checkSender(Port const& port, FrameReader const& reader) const;
   void refuse(Port const& port, Refusal const& refusal);
+  void countLeftOut(Port const& port, SubType list, size_t peers);
   void countSuccess(Port const& port, Direction direction);
   void countFailure(Port const& port, Direction direction, Refusal const& refusal);
 

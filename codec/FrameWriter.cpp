@@ -15,6 +15,7 @@
 #include "model/Overlay.h"
 #include "platform/SecretOctets.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Assert.h"
 
 namespace Codec {
 
@@ -23,9 +24,13 @@ namespace {
 using Constants = Macsec::MacsecConstants;
 using Types = Macsec::ParameterSetTypes;
 using Clear = Macsec::SecretOctets<32>;
-using Wrapped = Macsec::SecretOctets<40>;
+constexpr size_t kMaxWrapped = 40;
+using Wrapped = Macsec::SecretOctets<kMaxWrapped>;
 
-constexpr char kNoRoom[] = "finds no room left in the frame";
+/// What the sets behind the peer lists and the ICV take at most. The lists leave it free.
+constexpr size_t kBehindPeers = sizeof(SakUse::Set) + sizeof(DistSak::Set) + kMaxWrapped +
+                                sizeof(DistCak::Set) + kMaxWrapped + Macsec::CknOctets::kMaxSize +
+                                sizeof(Icv::Set) + Icv::kSize;
 
 /// The stored key under the key encrypting key. False if it doesn't decode, or is of no length that
 /// can be wrapped.
@@ -76,9 +81,12 @@ std::span<uint8_t const> FrameWriter::name() const {
   return port_.dialect.nameOnWire == NameOnWire::octets ? actor_->octets() : actor_->characters();
 }
 
-// A set of a head and a body, with the zeros that end it on a multiple of 4.
+// A set of a head and a body, with the zeros that end it on a multiple of 4. There is room for
+// each: the peer lists alone have no bound, and `roomForPeers` gives them one.
 uint8_t* FrameWriter::appendSet(size_t head, size_t bodyLength) {
-  return buffer_.append(head + aligned(bodyLength)).data();
+  auto const octets = buffer_.append(head + aligned(bodyLength));
+  VESK_ASSERT(!octets.empty());
+  return octets.data();
 }
 
 Refusal FrameWriter::writeBasic(Macsec::BasicInfo const& info) {
@@ -95,31 +103,49 @@ Refusal FrameWriter::writeBasic(Macsec::BasicInfo const& info) {
   return {};
 }
 
-Refusal FrameWriter::writePeers(uint8_t type, Macsec::MkaMessageInfo::LivePeerMap const& peers) {
-  if (peers.empty()) return {};
-  size_t const bodyLength = peers.members() * sizeof(PeerList::Set);
-  uint8_t* octets = appendSet(sizeof(Macsec::PeerListSet), bodyLength);
-  if (!octets) return refusal(failureOf(type), kNoRoom);
+// Records that a list may have here.
+size_t FrameWriter::roomForPeers() const {
+  size_t const taken = buffer_.size() + sizeof(Macsec::PeerListSet) + kBehindPeers;
+  if (taken > FrameBuffer::kMaxFrame) return 0;
+  return (FrameBuffer::kMaxFrame - taken) / sizeof(PeerList::Set);
+}
+
+Refusal FrameWriter::writePeers(uint8_t type, PeerMap const& peers) {
+  size_t const sent = std::min(peers.members(), roomForPeers());
+  size_t const leftOut = peers.members() - sent;
+  (type == Types::livePeerParameterSetType ? livePeersLeftOut_ : potentialPeersLeftOut_) = leftOut;
+  if (sent == 0) return {};
+  size_t const bodyLength = sent * sizeof(PeerList::Set);
+  uint8_t* const octets = appendSet(sizeof(Macsec::PeerListSet), bodyLength);
   auto& head = *Macsec::overlayOn<Macsec::PeerListSet>(octets);
   head.parameterSetTypeIs(type);
   head.parameterSetBodyLengthIs(static_cast<uint16_t>(bodyLength));
-  octets += sizeof head;
+  if (putPeers({octets + sizeof head, bodyLength}, peers, leftOut > 0)) return {};
+  return refusal(failureOf(type), "has a peer without a member identifier");
+}
+
+// As many as there is room for. Of a list that is cut those go first that were heard.
+bool FrameWriter::putPeers(std::span<uint8_t> records, PeerMap const& peers, bool areCut) {
   FieldValues values(actor_->members());
-  for (auto const& entry : peers) {
-    ListedPeer const peer(entry.fwkKey(), entry.value());
-    auto& record = *Macsec::overlayOn<PeerList::Set>(octets);
-    PeerList::fields(ToFrame<PeerList::Set, PeerList::Info>{record, peer, values});
-    octets += sizeof record;
-  }
-  if (!values.fits()) return refusal(failureOf(type), "has a peer without a member identifier");
-  return {};
+  auto put = [&](bool heard) {
+    for (auto const& entry : peers) {
+      if (records.empty()) return;
+      if (areCut && actor_->isHeard(entry.fwkKey()) != heard) continue;
+      ListedPeer const peer(entry.fwkKey(), entry.value());
+      auto& record = *Macsec::overlayOn<PeerList::Set>(records.data());
+      PeerList::fields(ToFrame<PeerList::Set, PeerList::Info>{record, peer, values});
+      records = records.subspan(sizeof record);
+    }
+  };
+  put(true);
+  put(false);
+  return values.fits();
 }
 
 Refusal FrameWriter::writeSakUse(Macsec::SakUseInfo const& info) {
   if (info == Macsec::SakUseInfo()) return {};
   constexpr auto kFailure = SubType::sakUseSetErr;
   uint8_t* const octets = appendSet(sizeof(SakUse::Set), 0);
-  if (!octets) return refusal(kFailure, kNoRoom);
   auto& set = *Macsec::overlayOn<SakUse::Set>(octets);
   set.parameterSetTypeIs(Types::sakUseParameterSetType);
   set.parameterSetBodyLengthIs(Constants::sakUseParameterSetBodyLen);
@@ -146,7 +172,6 @@ Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
   }
   size_t const bodyLength = hasKey ? sizeof(DistSak::Set) - 4 + key.size() : 0;
   uint8_t* const octets = appendSet(4, bodyLength);
-  if (!octets) return refusal(kFailure, kNoRoom);
   auto& set = *Macsec::overlayOn<DistSak::Set>(octets);
   set.parameterSetTypeIs(Types::distSakParameterSetType);
   set.parameterSetBodyLengthIs(static_cast<uint16_t>(bodyLength));
@@ -159,16 +184,14 @@ Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
 
 Refusal FrameWriter::writeDistCak(Macsec::CakDistInfo const& info) {
   if (info == Macsec::CakDistInfo()) return {};
-  constexpr auto kFailure = SubType::distCakSetErr;
   Wrapped key;
   if (!wrapStored(actor_->kek(), info.cak(), key)) {
-    return refusal(kFailure, "has a CAK that can't be wrapped");
+    return refusal(SubType::distCakSetErr, "has a CAK that can't be wrapped");
   }
   Macsec::CknOctets const name(info.ckn().view());
   auto const ckn = name.octets();
   size_t const bodyLength = key.size() + ckn.size();
   uint8_t* const octets = appendSet(sizeof(DistCak::Set), bodyLength);
-  if (!octets) return refusal(kFailure, kNoRoom);
   auto& set = *Macsec::overlayOn<DistCak::Set>(octets);
   set.parameterSetTypeIs(Types::distCakParameterSetType);
   set.parameterSetBodyLengthIs(static_cast<uint16_t>(bodyLength));
@@ -180,10 +203,9 @@ Refusal FrameWriter::writeDistCak(Macsec::CakDistInfo const& info) {
 Refusal FrameWriter::writeIcv() {
   auto const form = port_.dialect.icvIndicator;
   size_t const head = form == IcvIndicator::leftOut ? 0 : sizeof(Icv::Set);
-  auto const octets = buffer_.append(head + Icv::kSize);
-  if (octets.empty()) return refusal(SubType::icvIndicatorErr, kNoRoom);
+  uint8_t* const octets = appendSet(head, Icv::kSize);
   if (head > 0) {
-    auto& set = *Macsec::overlayOn<Icv::Set>(octets.data());
+    auto& set = *Macsec::overlayOn<Icv::Set>(octets);
     set.parameterSetTypeIs(Types::icvIndicatorParameterSetType);
     set.parameterSetBodyLengthIs(Icv::bodyLength(form));
   }
