@@ -3,14 +3,16 @@
 #include <fmt/format.h>
 #include <yaml-cpp/yaml.h>
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
+#include <functional>
 #include <map>
-#include <system_error>
+#include <utility>
+#include <variant>
 
+#include "host/InputFile.h"
+#include "host/KeyMask.h"
 #include "host/YamlReader.h"
+#include "host/YamlText.h"
 
 namespace Macsecd {
 
@@ -23,18 +25,14 @@ constexpr uint32_t maxReplayWindow = (1u << 30) - 1;
 
 /// A key as it stands in the file, before the suite that it has to fit is known.
 struct KeyPlace {
-  YAML::Node cak;
+  YAML::Mark cak;
   YAML::Mark ckn;
+  bool isHidden = true;
 };
 
 class ConfigReader {
  public:
-  ConfigReader(std::string const& file, int linesBefore, ConfigResult& result)
-      : yaml_(file, linesBefore, result.mistakes), config_(result.config) {}
-  /// The parser owns the texts of keys as plain strings, which nobody reads again.
-  ~ConfigReader() {
-    for (auto const& node : keys_) wipe(const_cast<std::string&>(node.Scalar()));
-  }
+  ConfigReader(YamlReader& yaml, SwitchConfig& config) : yaml_(yaml), config_(config) {}
 
   void readRoot(YAML::Node const& root);
 
@@ -47,7 +45,7 @@ class ConfigReader {
   void readDialect(YAML::Node const& node, Codec::Dialect& dialect);
   void readDevice(YAML::Node const& node, std::string& device);
   void readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak);
-  void checkKeyFits(KeyPlace const& place, Suite suite);
+  void checkKeyFits(std::optional<KeyConfig> const& key, KeyPlace const& place, Suite suite);
   void checkNamesDiffer(ProfileConfig const& profile, KeyPlace const& fallback);
   void checkProfilesExist();
 
@@ -69,26 +67,27 @@ class ConfigReader {
   }
 
   template <class Choice>
-  Entry choice(std::string const& word, Choice& target, std::map<std::string, Choice> choices) {
+  Entry choice(std::string const& word, Choice& target,
+               std::map<std::string, Choice, std::less<>> choices) {
     return {word, false, [this, word, &target, choices](YAML::Node const& value) {
               auto const text = yaml_.text(value, word);
               if (!text) return;
-              auto const chosen = choices.find(*text);
+              auto const chosen = choices.find(text->view());
               if (chosen != choices.end()) {
                 target = chosen->second;
                 return;
               }
               std::vector<std::string> words;
               for (auto const& [name, meaning] : choices) words.push_back(name);
-              yaml_.mistake(value.Mark(), fmt::format("{} has no {}", word, quotedWord(*text)),
+              yaml_.mistake(value.Mark(),
+                            fmt::format("{} has no {}", word, quotedWord(text->view())),
                             fmt::format("write one of {}", fmt::join(words, ", ")));
             }};
   }
 
-  YamlReader yaml_;
+  YamlReader& yaml_;
   SwitchConfig& config_;
   std::map<std::string, YAML::Mark> profilePlace_;
-  std::vector<YAML::Node> keys_;  ///< wiped at the end: an alias may name one of them again
 };
 
 void ConfigReader::readRoot(YAML::Node const& root) {
@@ -100,14 +99,14 @@ void ConfigReader::readRoot(YAML::Node const& root) {
                {"profiles", false,
                 [this](Node const& node) {
                   yaml_.names(node, "profile",
-                              [this](std::string const& name, Node const& at, Node const& value) {
-                                readProfile(name, at, value);
+                              [this](auto const& name, Node const& at, Node const& value) {
+                                readProfile(std::string(name.view()), at, value);
                               });
                 }},
                {"interfaces", false, [this](Node const& node) {
                   yaml_.names(node, "interface",
-                              [this](std::string const& name, Node const& at, Node const& value) {
-                                readInterface(name, at, value);
+                              [this](auto const& name, Node const& at, Node const& value) {
+                                readInterface(std::string(name.view()), at, value);
                               });
                 }}});
   checkProfilesExist();
@@ -129,8 +128,8 @@ void ConfigReader::readProfile(std::string const& name, YAML::Node const& nameNo
        flag("include-sci", profile.includeSci),
        flag("dot1x", profile.dot1x),
        {"group-cak", false, [&](auto& value) { readGroupCak(value, profile.groupCak); }}});
-  checkKeyFits(key, profile.cipherSuite);
-  checkKeyFits(fallback, profile.cipherSuite);
+  checkKeyFits(profile.key, key, profile.cipherSuite);
+  checkKeyFits(profile.fallbackKey, fallback, profile.cipherSuite);
   checkNamesDiffer(profile, fallback);
   config_.profiles.push_back(std::move(profile));
 }
@@ -142,7 +141,7 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
   yaml_.words(node, nameNode.Mark(), fmt::format("interface {}", quotedWord(name)),
               {{"profile", true,
                 [&](YAML::Node const& value) {
-                  store(yaml_.text(value, "profile"), intf.profile);
+                  if (auto const text = yaml_.text(value, "profile")) intf.profile = text->view();
                   profilePlace_[name] = value.Mark();
                 }},
                number("port-number", intf.portNumber, 1, UINT16_MAX),
@@ -173,22 +172,23 @@ void ConfigReader::readDialect(YAML::Node const& node, Codec::Dialect& dialect) 
 // The kernel's own rule for names of devices.
 void ConfigReader::readDevice(YAML::Node const& node, std::string& device) {
   constexpr size_t kLongest = 15;
-  auto const text = yaml_.text(node, "device");
-  if (!text) return;
-  bool const isName = !text->empty() && text->size() <= kLongest && *text != "." && *text != ".." &&
-                      text->find_first_of("/: \t\n") == std::string::npos;
+  auto const read = yaml_.text(node, "device");
+  if (!read) return;
+  std::string_view const text = read->view();
+  bool const isName = !text.empty() && text.size() <= kLongest && text != "." && text != ".." &&
+                      text.find_first_of("/: \t\n") == std::string::npos;
   if (!isName) {
-    yaml_.mistake(node.Mark(), fmt::format("{} is no name of a device", quotedWord(*text)),
+    yaml_.mistake(node.Mark(), fmt::format("{} is no name of a device", quotedWord(text)),
                   "write 1 to 15 octets without a slash, a colon or white space");
   }
   for (InterfaceConfig const& other : config_.interfaces) {
-    if (other.device != *text) continue;
+    if (other.device != text) continue;
     yaml_.mistake(node.Mark(),
-                  fmt::format("the device {} is already that of interface {}", quotedWord(*text),
+                  fmt::format("the device {} is already that of interface {}", quotedWord(text),
                               quotedWord(other.name)),
                   "give each interface a device of its own");
   }
-  device = *text;
+  device = text;
 }
 
 void ConfigReader::readKey(YAML::Node const& node, std::string const& word,
@@ -198,15 +198,12 @@ void ConfigReader::readKey(YAML::Node const& node, std::string const& word,
     store(yaml_.text(value, "ckn"), key->ckn);
     place.ckn = value.Mark();
     if (key->ckn.empty()) return;
-    if (auto fault = faultOfKeyName(key->ckn)) yaml_.mistake(value, *fault);
+    if (auto fault = faultOfKeyName(key->ckn.view())) yaml_.mistake(value.Mark(), *fault);
   };
   auto readText = [&](YAML::Node const& value) {
-    auto text = yaml_.text(value, "cak");
-    if (!text) return;
-    key->cak = Vesk::String8::secret(*text);
-    place.cak.reset(value);
-    keys_.push_back(value);
-    wipe(*text);
+    store(yaml_.text(value, "cak"), key->cak);
+    place.cak = value.Mark();
+    place.isHidden = key->cak.empty() || yaml_.isHidden(value);
   };
   yaml_.words(node, node.Mark(), fmt::format("'{}'", word),
               {{"ckn", true, readName}, {"cak", true, readText}});
@@ -215,11 +212,11 @@ void ConfigReader::readKey(YAML::Node const& node, std::string const& word,
 void ConfigReader::readSuite(YAML::Node const& node, ProfileConfig& profile) {
   auto word = yaml_.text(node, "cipher-suite");
   if (!word) return;
-  if (auto suite = suiteOf(*word)) {
+  if (auto suite = suiteOf(word->view())) {
     profile.cipherSuite = *suite;
   } else {
-    yaml_.mistake(node.Mark(), fmt::format("unknown cipher-suite {}", quotedWord(*word)),
-                  remedyForUnknown(*word, suiteWords()));
+    yaml_.mistake(node.Mark(), fmt::format("unknown cipher-suite {}", quotedWord(word->view())),
+                  remedyForUnknown(word->view(), suiteWords()));
   }
 }
 
@@ -229,15 +226,22 @@ void ConfigReader::readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak
       {flag("enabled", groupCak.enabled), number("lifetime", groupCak.lifetime, 1, maxLifetime)});
 }
 
-void ConfigReader::checkKeyFits(KeyPlace const& place, Suite suite) {
-  if (!place.cak.IsScalar()) return;
-  auto fault = faultOfKey(place.cak.Scalar(), static_cast<unsigned>(suite));
-  if (fault) yaml_.mistake(place.cak, *fault);
+void ConfigReader::checkKeyFits(std::optional<KeyConfig> const& key, KeyPlace const& place,
+                                Suite suite) {
+  if (!key || key->cak.empty()) return;
+  auto const fault = faultOfKey(key->cak.view(), static_cast<unsigned>(suite));
+  if (fault) {
+    yaml_.mistake(place.cak, *fault);
+  } else if (!place.isHidden) {
+    yaml_.mistake(place.cak, "the key is written with escapes",
+                  "write its digits one behind the other");
+  }
 }
 
 void ConfigReader::checkNamesDiffer(ProfileConfig const& profile, KeyPlace const& fallback) {
   if (!profile.key || !profile.fallbackKey || profile.key->ckn.empty()) return;
-  if (keyNameOctets(profile.key->ckn) != keyNameOctets(profile.fallbackKey->ckn)) return;
+  if (keyNameOctets(profile.key->ckn.view()) != keyNameOctets(profile.fallbackKey->ckn.view()))
+    return;
   yaml_.mistake(fallback.ckn, "the fallback key has the name of the primary key",
                 "keys of one interface need different names");
 }
@@ -253,56 +257,53 @@ void ConfigReader::checkProfilesExist() {
   }
 }
 
-/// The parser's own words, without what it may quote from the file.
-std::string describe(YAML::Exception const& error) {
-  return error.msg.substr(0, error.msg.find(':'));
+void readText(std::string_view text, std::string const& file, int linesBefore,
+              ConfigResult& result) {
+  KeyMask const mask(text);
+  YamlReader yaml(file, linesBefore, mask, result.mistakes);
+  try {
+    ConfigReader(yaml, result.config).readRoot(readYaml(mask.masked()));
+  } catch (YamlFault const& found) {
+    yaml.mistake(found.at, found.fault);
+  } catch (TooManyMistakes const&) {
+  }
 }
 
-void readDocuments(std::string const& text, std::string const& file, int linesBefore,
-                   ConfigResult& result) {
-  auto documents = YAML::LoadAll(text);
-  if (documents.empty()) return;
-  ConfigReader(file, linesBefore, result).readRoot(documents[0]);
-  if (documents.size() > 1) {
-    YamlReader(file, linesBefore, result.mistakes)
-        .mistake(documents[1].Mark(), "a second document begins here",
-                 "a configuration is one document: remove the line '---' before it");
-  }
+/// The place of an octet of the text.
+Mistake at(std::string_view text, size_t octet, std::string const& file, int linesBefore) {
+  auto const before = text.substr(0, octet);
+  auto const line = std::ranges::count(before, '\n');
+  auto const column = octet - (before.rfind('\n') + 1);
+  return {file, static_cast<int>(line) + 1 + linesBefore, static_cast<int>(column) + 1, {}, {}};
 }
 
 }  // namespace
 
 ConfigResult parseConfig(std::string_view text, std::string const& file, int linesBefore) {
   ConfigResult result;
-  std::string copy(text);
-  try {
-    readDocuments(copy, file, linesBefore, result);
-  } catch (YAML::Exception const& error) {
-    YamlReader(file, linesBefore, result.mistakes)
-        .mistake(error.mark, "this isn't YAML: " + describe(error),
-                 "check indentation, colons and quotes here and just before");
+  size_t const control = KeyMask::controlCharacter(text);
+  if (control < text.size()) {
+    result.mistakes.push_back(at(text, control, file, linesBefore));
+    result.mistakes.back().what = "a control character stands here";
+    result.mistakes.back().remedy = "remove it; a configuration is plain text in UTF-8";
+    return result;
   }
-  wipe(copy);
+  readText(text, file, linesBefore, result);
   sortByPlace(result.mistakes);
   return result;
 }
 
-ConfigResult readConfigFile(std::string const& path) {
-  auto unreadable = [&](int error) {
-    auto reason = std::generic_category().message(error);
-    return ConfigResult{
-        {},
-        {{path, 1, 1, "the file can't be read: " + reason, "check its name and its permissions"}}};
+ConfigResult readConfigFile(std::string const& path, Keys keys) {
+  auto refused = [&](Fault const& fault) {
+    return ConfigResult{{}, {{path, 1, 1, fault.what, fault.remedy}}};
   };
-  if (std::filesystem::is_directory(path)) return unreadable(EISDIR);
-  std::ifstream in(path, std::ios::binary | std::ios::ate);
-  if (!in) return unreadable(errno);
-  auto size = in.tellg();
-  std::string text(static_cast<size_t>(size), '\0');
-  in.seekg(0);
-  if (!in.read(text.data(), size)) return unreadable(EIO);
-  auto result = parseConfig(text, path);
-  wipe(text);
+  InputFile file(path);
+  if (file.fault()) return refused(*file.fault());
+  auto const text = file.read(maxTextSize);
+  if (auto const* const fault = std::get_if<Fault>(&text)) return refused(*fault);
+  auto result = parseConfig(std::get<Vesk::String8>(text).view(), path);
+  auto const unsafe = keys == Keys::real ? file.faultOfKeeping() : std::nullopt;
+  if (unsafe) result.mistakes.insert(result.mistakes.begin(), refused(*unsafe).mistakes[0]);
   return result;
 }
 

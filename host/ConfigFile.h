@@ -24,7 +24,7 @@ std::vector<std::string> const& suiteWords();
 
 /// A pre-shared key.
 struct KeyConfig {
-  std::string ckn;    ///< its name, as written
+  Vesk::String8 ckn;  ///< its name, as written
   Vesk::String8 cak;  ///< hexadecimal digits in clear, wiped with the last copy
   friend bool operator==(KeyConfig const&, KeyConfig const&) = default;
 };
@@ -88,11 +88,15 @@ struct ConfigResult {
 };
 
 /// Reads the text of a configuration (docs/configuration.md). `file` and `linesBefore`, the number
-/// of lines that stand before the text in that file, name the places of mistakes. The copies of the
-/// keys that the YAML parser makes are wiped as far as they can be reached; the text is the
-/// caller's to wipe.
+/// of lines that stand before the text in that file, name the places of mistakes. No key stays in
+/// memory but those of the result; the text is the caller's to wipe.
 ConfigResult parseConfig(std::string_view text, std::string const& file, int linesBefore = 0);
-/// Reads a file, whose text is wiped afterwards. A file that can't be read is one mistake at 1:1.
-ConfigResult readConfigFile(std::string const& path);
+
+/// Whether the keys of a file are real, so that nobody else may read or change it, or an example's.
+enum class Keys : uint8_t { real, example };
+
+/// Reads a file, whose text is wiped afterwards. A file that can't be read, or with real keys in
+/// reach of others, is one mistake at 1:1.
+ConfigResult readConfigFile(std::string const& path, Keys keys = Keys::real);
 
 }  // namespace Macsecd

@@ -23,7 +23,7 @@ Vesk::String8 lowerCase(Vesk::String8 const& digits) {
 }
 
 Cak encoded(std::optional<KeyConfig> const& key) {
-  return key ? Cak(key->ckn, WardcodeLib::doEncodeKey(lowerCase(key->cak))) : Cak();
+  return key ? Cak(key->ckn.view(), WardcodeLib::doEncodeKey(lowerCase(key->cak))) : Cak();
 }
 
 // One name may be spelled in several ways: it is what goes on the wire that counts.

@@ -1,12 +1,14 @@
 #include "host/HostKey.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <variant>
 
+#include "host/InputFile.h"
 #include "platform/SecretOctets.h"
 #include "platform/WardcodeLib.h"
 #include "runtime/World.h"
@@ -54,23 +56,24 @@ std::optional<std::string> makeFile(std::string const& path) {
   return std::nullopt;
 }
 
-std::optional<std::string> readFile(std::string const& path, File const& file) {
-  struct stat status;
-  if (fstat(file.descriptor(), &status) != 0) {
-    return failed(path, "can't be looked at", "check its disk");
+std::string refused(std::string const& path, Fault const& fault) {
+  return path + ": " + fault.what + "; " + fault.remedy;
+}
+
+std::optional<std::string> readFile(std::string const& path, InputFile& file) {
+  if (auto const fault = file.faultOfOwner()) return refused(path, *fault);
+  if (file.othersMay() != 0) {
+    return path + ": others than its owner can reach it; chmod 600 " + path +
+           ", and take it for known";
   }
-  if (!S_ISREG(status.st_mode)) return path + ": is no plain file; name another one";
-  if ((status.st_mode & 077) != 0) {
-    return path + ": others than its owner can reach it; chmod 600, and take it for known";
+  auto const content = file.read(WardcodeLib::kHostKeySize);
+  auto const* const text = std::get_if<Vesk::String8>(&content);
+  if (!text || text->size() != WardcodeLib::kHostKeySize) {
+    return path + ": isn't 32 octets long; restore it, or delete it and configure the keys anew";
   }
   Key key;
   key.sizeIs(WardcodeLib::kHostKeySize);
-  bool const isWhole =
-      status.st_size == static_cast<off_t>(key.size()) &&
-      read(file.descriptor(), key.octets().data(), key.size()) == static_cast<ssize_t>(key.size());
-  if (!isWhole) {
-    return path + ": isn't 32 octets long; restore it, or delete it and configure the keys anew";
-  }
+  std::ranges::copy(text->view(), key.octets().begin());
   use(key);
   return std::nullopt;
 }
@@ -78,10 +81,10 @@ std::optional<std::string> readFile(std::string const& path, File const& file) {
 }  // namespace
 
 std::optional<std::string> useHostKeyFile(std::string const& path) {
-  File const file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (file.isOpen()) return readFile(path, file);
-  if (errno == ENOENT) return makeFile(path);
-  return failed(path, "can't be read", "run as its owner");
+  InputFile file(path);
+  if (file.isMissing()) return makeFile(path);
+  if (file.fault()) return refused(path, *file.fault());
+  return readFile(path, file);
 }
 
 }  // namespace Macsecd

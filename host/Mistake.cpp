@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <numeric>
 #include <tuple>
 
@@ -11,15 +12,8 @@ namespace Macsecd {
 
 namespace {
 
-/// Shorter than any key, longer than any word of the language that is hexadecimal by chance.
-constexpr size_t suspiciousLength = 12;
-
 bool isHex(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
-
-bool mayBeKey(std::string_view word) {
-  auto digits = static_cast<size_t>(std::count_if(word.begin(), word.end(), isHex));
-  return digits >= suspiciousLength && digits * 4 >= word.size() * 3;
-}
+bool isAlnum(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
 
 /// Optimal string alignment distance, three rows at a time.
 size_t distance(std::string_view a, std::string_view b) {
@@ -58,6 +52,12 @@ void sortByPlace(std::vector<Mistake>& mistakes) {
   mistakes.erase(std::unique(mistakes.begin(), mistakes.end()), mistakes.end());
 }
 
+bool mayBeKey(std::string_view word) {
+  auto const digits = std::ranges::count_if(word, isHex);
+  return digits >= static_cast<ptrdiff_t>(shortestKeyWord) &&
+         digits * 4 >= std::ranges::count_if(word, isAlnum) * 3;
+}
+
 std::string quotedWord(std::string_view word) {
   if (mayBeKey(word)) return fmt::format("a word of {} characters", word.size());
   std::string shown(word.substr(0, 40));
@@ -81,10 +81,13 @@ std::string nearestWord(std::string_view word, std::vector<std::string> const& k
 }
 
 std::string remedyForUnknown(std::string_view word, std::vector<std::string> const& known) {
-  std::string nearest = nearestWord(word, known);
+  std::vector<std::string> shown;
+  std::ranges::remove_copy_if(known, std::back_inserter(shown), mayBeKey);
+  std::string nearest = nearestWord(word, shown);
   if (!nearest.empty()) return fmt::format("write '{}'", nearest);
   if (known.empty()) return "remove it";
-  return fmt::format("use one of: {}", fmt::join(known, ", "));
+  if (shown.empty()) return "use one of those that are there";
+  return fmt::format("use one of: {}", fmt::join(shown, ", "));
 }
 
 }  // namespace Macsecd

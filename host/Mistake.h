@@ -25,6 +25,13 @@ std::string textOf(std::vector<Mistake> const& mistakes);
 /// Sorts by file, line and column; mistakes of one place keep their order, and equal ones go.
 void sortByPlace(std::vector<Mistake>& mistakes);
 
+/// Fewest hexadecimal digits that could be a key, or much of one: more than any word of the
+/// language has that is hexadecimal by chance.
+inline constexpr size_t shortestKeyWord = 12;
+/// Whether a word, or several with something between them, could be a key: enough hexadecimal
+/// digits and little else.
+bool mayBeKey(std::string_view word);
+
 /// The word in single quotes as a message may show it. A long word made of hexadecimal digits could
 /// be a key in the wrong place, so of such a word only its length is told.
 std::string quotedWord(std::string_view word);

@@ -13,11 +13,17 @@ void YamlReader::mistake(YAML::Mark const& at, std::string what, std::string rem
   int line = std::max(at.line, 0) + 1;
   int column = std::max(at.column, 0) + 1;
   mistakes_.push_back({file_, line + linesBefore_, column, std::move(what), std::move(remedy)});
+  if (mistakes_.size() < maxMistakes) return;
+  mistakes_.back().what = "there are too many mistakes";
+  mistakes_.back().remedy = "correct those before; see that this is the right file";
+  throw TooManyMistakes();
 }
 
-void YamlReader::mistake(YAML::Node const& at, Fault const& fault) {
-  mistake(at.Mark(), fault.what, fault.remedy);
+void YamlReader::mistake(YAML::Mark const& at, Fault const& fault) {
+  mistake(at, fault.what, fault.remedy);
 }
+
+bool YamlReader::isHidden(YAML::Node const& scalar) const { return mask_.hides(scalar.Scalar()); }
 
 bool YamlReader::isMap(YAML::Node const& node, std::string const& what) {
   if (node.IsMap()) return true;
@@ -28,8 +34,8 @@ bool YamlReader::isMap(YAML::Node const& node, std::string const& what) {
   return false;
 }
 
-std::optional<std::string> YamlReader::keyText(YAML::Node const& key, std::string const& what) {
-  if (key.IsScalar() && !key.Scalar().empty()) return key.Scalar();
+std::optional<Vesk::String8> YamlReader::keyText(YAML::Node const& key, std::string const& what) {
+  if (key.IsScalar() && !key.Scalar().empty()) return mask_.clear(key.Scalar());
   mistake(key.Mark(), fmt::format("an entry of {} has no name", what), "give it a name");
   return std::nullopt;
 }
@@ -39,17 +45,18 @@ void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string 
   if (!isMap(map, what) && !map.IsNull()) return;
   std::vector<std::string> known;
   for (auto const& entry : entries) known.push_back(entry.word);
-  std::map<std::string, int> lineOf;
+  std::map<Vesk::String8, int> lineOf;
   for (auto const& pair : map) {
     auto word = keyText(pair.first, what);
     if (!word) continue;
     auto entry = std::find_if(entries.begin(), entries.end(),
-                              [&](Entry const& e) { return e.word == *word; });
+                              [&](Entry const& e) { return e.word == word->view(); });
     if (entry == entries.end()) {
-      mistake(pair.first.Mark(), fmt::format("unknown word {} in {}", quotedWord(*word), what),
-              remedyForUnknown(*word, known));
+      mistake(pair.first.Mark(),
+              fmt::format("unknown word {} in {}", quotedWord(word->view()), what),
+              remedyForUnknown(word->view(), known));
     } else if (auto [first, isNew] = lineOf.emplace(*word, pair.first.Mark().line); !isNew) {
-      mistake(pair.first.Mark(), fmt::format("'{}' stands twice in {}", *word, what),
+      mistake(pair.first.Mark(), fmt::format("'{}' stands twice in {}", entry->word, what),
               fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
     } else {
       wordMark_ = pair.first.Mark();
@@ -57,7 +64,7 @@ void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string 
     }
   }
   for (auto const& entry : entries) {
-    if (!entry.required || lineOf.count(entry.word)) continue;
+    if (!entry.required || lineOf.count(Vesk::String8(entry.word))) continue;
     mistake(at, fmt::format("{} has no '{}'", what, entry.word),
             fmt::format("add '{}: ...'", entry.word));
   }
@@ -65,9 +72,9 @@ void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string 
 
 void YamlReader::names(
     YAML::Node const& map, std::string const& kind,
-    std::function<void(std::string const&, YAML::Node const&, YAML::Node const&)> const& read) {
+    std::function<void(Vesk::String8 const&, YAML::Node const&, YAML::Node const&)> const& read) {
   if (!isMap(map, fmt::format("'{}s'", kind))) return;
-  std::map<std::string, int> lineOf;
+  std::map<Vesk::String8, int> lineOf;
   for (auto const& pair : map) {
     auto name = keyText(pair.first, fmt::format("'{}s'", kind));
     if (!name) continue;
@@ -75,14 +82,14 @@ void YamlReader::names(
     if (isNew) {
       read(*name, pair.first, pair.second);
     } else {
-      mistake(pair.first.Mark(), fmt::format("{} {} stands twice", kind, quotedWord(*name)),
+      mistake(pair.first.Mark(), fmt::format("{} {} stands twice", kind, quotedWord(name->view())),
               fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
     }
   }
 }
 
-std::optional<std::string> YamlReader::text(YAML::Node const& node, std::string const& word) {
-  if (node.IsScalar() && !node.Scalar().empty()) return node.Scalar();
+std::optional<Vesk::String8> YamlReader::text(YAML::Node const& node, std::string const& word) {
+  if (node.IsScalar() && !node.Scalar().empty()) return mask_.clear(node.Scalar());
   if (node.IsScalar() || node.IsNull()) {
     mistake(wordMark_, fmt::format("'{}' has no value", word), "give it one");
   } else {
@@ -93,28 +100,29 @@ std::optional<std::string> YamlReader::text(YAML::Node const& node, std::string 
 }
 
 std::optional<bool> YamlReader::boolean(YAML::Node const& node, std::string const& word) {
-  static std::map<std::string, bool> const meanings{
+  static std::map<std::string_view, bool> const meanings{
       {"true", true}, {"yes", true}, {"on", true}, {"false", false}, {"no", false}, {"off", false}};
   auto value = text(node, word);
   if (!value) return std::nullopt;
-  if (auto found = meanings.find(*value); found != meanings.end()) return found->second;
+  if (auto found = meanings.find(value->view()); found != meanings.end()) return found->second;
   mistake(node.Mark(), fmt::format("'{}' is neither true nor false", word), "write true or false");
   return std::nullopt;
 }
 
 std::optional<uint32_t> YamlReader::number(YAML::Node const& node, std::string const& word,
                                            uint32_t min, uint32_t max) {
-  auto value = text(node, word);
+  auto const value = text(node, word);
   if (!value) return std::nullopt;
-  bool digits = std::all_of(value->begin() + ((*value)[0] == '-' && value->size() > 1 ? 1 : 0),
-                            value->end(), [](char c) { return c >= '0' && c <= '9'; });
+  std::string_view const text = value->view();
+  bool const digits = std::all_of(text.begin() + (text[0] == '-' && text.size() > 1 ? 1 : 0),
+                                  text.end(), [](char c) { return c >= '0' && c <= '9'; });
   auto remedy = fmt::format("write a whole number from {} to {}", min, max);
   if (!digits) {
     mistake(node.Mark(), fmt::format("'{}' is no whole number", word), remedy);
     return std::nullopt;
   }
   uint32_t number = 0;
-  auto [end, error] = std::from_chars(value->data(), value->data() + value->size(), number);
+  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error == std::errc() && number >= min && number <= max) return number;
   mistake(node.Mark(), fmt::format("'{}' is out of range", word), remedy);
   return std::nullopt;

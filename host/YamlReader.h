@@ -9,8 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "host/KeyMask.h"
 #include "host/KeyText.h"
 #include "host/Mistake.h"
+#include "runtime/String8.h"
 
 namespace YAML {
 class Node;
@@ -25,12 +27,17 @@ struct Entry {
   std::function<void(YAML::Node const& value)> read;
 };
 
-/// Walks YAML nodes and collects all mistakes on the way, with their places. It visits mappings
-/// pair by pair, since looking a key up would hide its duplicates.
+/// Thrown with the last mistake that is told, which says so.
+struct TooManyMistakes {};
+inline constexpr size_t maxMistakes = 100;
+
+/// Walks the YAML nodes of a masked text and collects all mistakes on the way, with their places.
+/// It visits mappings pair by pair, since looking a key up would hide its duplicates. What it reads
+/// is clear again, and wiped with its last copy.
 class YamlReader {
  public:
-  YamlReader(std::string file, int linesBefore, std::vector<Mistake>& mistakes)
-      : file_(std::move(file)), linesBefore_(linesBefore), mistakes_(mistakes) {}
+  YamlReader(std::string file, int linesBefore, KeyMask const& mask, std::vector<Mistake>& mistakes)
+      : file_(std::move(file)), linesBefore_(linesBefore), mask_(mask), mistakes_(mistakes) {}
 
   /// A mapping of fixed words. `what` names it in messages ("profile 'core'"), `at` is the place of
   /// missing entries. An empty value is an empty mapping.
@@ -38,24 +45,27 @@ class YamlReader {
              std::vector<Entry> const& entries);
   /// A mapping whose keys are names of the operator's choice ("profile", "interface").
   void names(YAML::Node const& map, std::string const& kind,
-             std::function<void(std::string const& name, YAML::Node const& nameNode,
+             std::function<void(Vesk::String8 const& name, YAML::Node const& nameNode,
                                 YAML::Node const& value)> const& read);
 
   /// Scalars. Nothing, and a mistake, when the value is none of its type.
-  std::optional<std::string> text(YAML::Node const& node, std::string const& word);
+  std::optional<Vesk::String8> text(YAML::Node const& node, std::string const& word);
   std::optional<bool> boolean(YAML::Node const& node, std::string const& word);
   std::optional<uint32_t> number(YAML::Node const& node, std::string const& word, uint32_t min,
                                  uint32_t max);
+  /// Whether the text of a scalar was masked, so that the library has no copy of it.
+  bool isHidden(YAML::Node const& scalar) const;
 
   void mistake(YAML::Mark const& at, std::string what, std::string remedy);
-  void mistake(YAML::Node const& at, Fault const& fault);
+  void mistake(YAML::Mark const& at, Fault const& fault);
 
  private:
   bool isMap(YAML::Node const& node, std::string const& what);
-  std::optional<std::string> keyText(YAML::Node const& key, std::string const& what);
+  std::optional<Vesk::String8> keyText(YAML::Node const& key, std::string const& what);
 
-  std::string file_;
-  int linesBefore_;
+  std::string const file_;
+  int const linesBefore_;
+  KeyMask const& mask_;
   std::vector<Mistake>& mistakes_;
   YAML::Mark wordMark_;  ///< of the word whose value is being read: an empty value has no place
 };

@@ -44,8 +44,8 @@ void Known::add(std::string const& switchName, Macsecd::SwitchConfig const& conf
   auto& names = profiles_[switchName];
   for (auto const& profile : config.profiles) {
     names.insert(profile.name);
-    if (profile.key) keyNames.insert(profile.key->ckn);
-    if (profile.fallbackKey) keyNames.insert(profile.fallbackKey->ckn);
+    if (profile.key) keyNames.insert(std::string(profile.key->ckn.view()));
+    if (profile.fallbackKey) keyNames.insert(std::string(profile.fallbackKey->ckn.view()));
   }
 }
 

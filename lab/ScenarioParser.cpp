@@ -3,13 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
-#include <system_error>
+#include <variant>
 
+#include "host/InputFile.h"
 #include "lab/ActionParser.h"
 #include "lab/ExpectationParser.h"
 #include "lab/SwitchParser.h"
@@ -270,15 +267,14 @@ ScenarioResult parseScenario(std::string_view text, std::string const& file) {
 }
 
 ScenarioResult readScenario(std::string const& path) {
-  std::ifstream in;
-  if (!std::filesystem::is_directory(path)) in.open(path, std::ios::binary);
-  if (!in.is_open()) {
-    auto reason = std::generic_category().message(errno ? errno : EISDIR);
-    return {{}, {{path, 1, 1, "the file can't be read: " + reason, "check its name"}}};
-  }
-  std::ostringstream text;
-  text << in.rdbuf();
-  return parseScenario(text.str(), path);
+  auto refused = [&](Macsecd::Fault const& fault) {
+    return ScenarioResult{{}, {{path, 1, 1, fault.what, fault.remedy}}};
+  };
+  Macsecd::InputFile file(path);
+  if (file.fault()) return refused(*file.fault());
+  auto const text = file.read(Macsecd::maxTextSize);
+  if (auto const* const fault = std::get_if<Macsecd::Fault>(&text)) return refused(*fault);
+  return parseScenario(std::get<Vesk::String8>(text).view(), path);
 }
 
 }  // namespace Lab

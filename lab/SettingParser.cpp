@@ -17,15 +17,16 @@ KeyChange parseNewKey(bool fallback, Words& words, Known& known) {
   words.need("to");
   int column = words.column();
   Macsecd::KeyConfig key;
-  key.ckn = words.any("the name of the key");
-  check(Macsecd::faultOfKeyName(key.ckn), column);
+  std::string const name = words.any("the name of the key");
+  check(Macsecd::faultOfKeyName(name), column);
+  key.ckn = name;
   column = words.column();
   auto text = words.any("the key");
   key.cak = Vesk::String8::secret(text);
   auto fault = Macsecd::faultOfKey(text);
   Macsecd::wipe(text);
   check(fault, column);
-  known.keyNames.insert(key.ckn);
+  known.keyNames.insert(name);
   change.key = std::move(key);
   return change;
 }

@@ -95,7 +95,8 @@ class SwitchParser {
 
   void parseFile(Words& words) {
     auto name = words.any("the name of a file");
-    take(Macsecd::readConfigFile((std::filesystem::path(file_).parent_path() / name).string()));
+    auto const path = std::filesystem::path(file_).parent_path() / name;
+    take(Macsecd::readConfigFile(path.string(), Macsecd::Keys::example));
   }
 
   void take(Macsecd::ConfigResult result) {

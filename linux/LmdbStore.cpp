@@ -72,6 +72,7 @@ bool isDamaged(char const* path) {
 
 LmdbStore::LmdbStore(std::string path, size_t firstMapSize)
     : path_(std::move(path)), mapSize_(firstMapSize) {
+  checkKinds();
   setAsideIfDamaged();
   open();
   checkLayout();
@@ -81,12 +82,19 @@ void LmdbStore::fail(std::string const& what, int error) const {
   throw std::runtime_error(fmt::format("{}: {}: {}", path_, what, mdb_strerror(error)));
 }
 
-void LmdbStore::setAsideIfDamaged() {
+// Another kind of file would be waited for: the library opens both and asks nothing.
+void LmdbStore::checkKinds() const {
   struct stat file;
-  if (lstat(path_.c_str(), &file) != 0) return;
-  if (!S_ISREG(file.st_mode) || file.st_uid != geteuid()) {
-    fail("is no file of this user; remove it, or name another path", EACCES);
+  for (std::string const& path : {path_, path_ + "-lock"}) {
+    if (lstat(path.c_str(), &file) != 0) continue;
+    if (S_ISREG(file.st_mode) && file.st_uid == geteuid()) continue;
+    throw std::runtime_error(
+        path + ": is no regular file of this user; remove it, or name another " + "path");
   }
+}
+
+void LmdbStore::setAsideIfDamaged() {
+  if (access(path_.c_str(), F_OK) != 0) return;
   if (!isDamaged(path_.c_str())) return;
   std::string const aside = path_ + ".damaged";
   if (std::rename(path_.c_str(), aside.c_str()) != 0) {

@@ -36,6 +36,7 @@ class LmdbStore final : public Macsecd::StateStore {
     void operator()(MDB_env* env) const { mdb_env_close(env); }
   };
 
+  void checkKinds() const;
   void setAsideIfDamaged();
   void open();
   void checkLayout();

@@ -87,7 +87,7 @@ TEST(ConfigFile, EveryEntryOfAFullFileIsRead) {
 }
 
 TEST(ConfigFile, TheShippedExampleIsGood) {
-  auto result = readConfigFile(EXAMPLES "/switch.yaml");
+  auto result = readConfigFile(EXAMPLES "/switch.yaml", Keys::example);
   EXPECT_TRUE(result.good()) << textOf(result.mistakes);
   EXPECT_THAT(result.config.profiles, SizeIs(3));
   EXPECT_THAT(result.config.interfaces, SizeIs(4));
@@ -210,6 +210,19 @@ TEST(ConfigFile, AnAliasMayNameOneKeyTwice) {
   EXPECT_EQ(result.config.profiles[0].fallbackKey->cak.view(), key128);
 }
 
+TEST(ConfigFile, AKeyThatIsWrittenWithEscapesIsAMistake) {
+  std::string escaped;
+  for (char const c : key128) escaped += "\\x3" + std::string(1, "0123456789"[c % 10]);
+  EXPECT_THAT(complaints(profile("key: {ckn: a, cak: \"" + escaped + "\"}")),
+              ElementsAre("f:3:24: the key is written with escapes; write its digits one behind "
+                          "the other"));
+}
+
+TEST(ConfigFile, ANameOfAProfileThatCouldBeAKeyIsNotSuggested) {
+  auto const all = complaints("profiles: {" + key128 + ": }\ninterfaces: {e: {profile: x}}\n");
+  EXPECT_THAT(all, ElementsAre(Not(HasSubstr(key128))));
+}
+
 TEST(ConfigFile, AllMistakesComeAtOnceInTheOrderOfTheirPlaces) {
   auto all = complaints(
       "fips: 7\ncolour: red\nprofiles:\n  p:\n    key: {ckn: a, cak: 0}\n"
@@ -319,7 +332,7 @@ TEST(ConfigFile, AFileThatCannotBeReadIsAMistake) {
   ASSERT_THAT(missing.mistakes, SizeIs(1));
   EXPECT_THAT(missing.mistakes[0].text(), HasSubstr("/nowhere/at/all.yaml:1:1: the file can't be "
                                                     "read: No such file or directory; "));
-  EXPECT_THAT(readConfigFile("/").mistakes, SizeIs(1));
+  EXPECT_THAT(readConfigFile("/").mistakes[0].text(), HasSubstr("it is a directory; name a"));
 }
 
 TEST(Mistake, ANearWordIsSuggestedAndAFarOneIsNot) {

@@ -58,8 +58,8 @@ TEST_F(HostKey, AFileThatOthersCanReachIsRefused) {
   fileIs(std::string(32, 'k'), 0640);
   auto const error = useHostKeyFile(path_);
   ASSERT_TRUE(error);
-  EXPECT_EQ(*error,
-            path_ + ": others than its owner can reach it; chmod 600, and take it for known");
+  EXPECT_EQ(*error, path_ + ": others than its owner can reach it; chmod 600 " + path_ +
+                        ", and take it for known");
 }
 
 TEST_F(HostKey, AFileOfAnotherLengthIsRefused) {
@@ -81,7 +81,22 @@ TEST_F(HostKey, AFolderThatIsNotThereIsNamedWithTheRemedy) {
 TEST_F(HostKey, WhatIsNoPlainFileIsRefused) {
   auto const error = useHostKeyFile(folder_);
   ASSERT_TRUE(error);
-  EXPECT_THAT(*error, HasSubstr("is no plain file"));
+  EXPECT_THAT(*error, HasSubstr("it is a directory; name a regular file"));
+}
+
+TEST_F(HostKey, APipeIsRefusedAndNotWaitedFor) {
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  EXPECT_EQ(useHostKeyFile(path_),
+            path_ + ": the file can't be read: it is a pipe; name a regular file");
+}
+
+TEST_F(HostKey, AFileOfAnotherUserIsRefused) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  fileIs(std::string(32, 'k'), 0600);
+  ASSERT_EQ(chown(path_.c_str(), 65534, 65534), 0);
+  auto const error = useHostKeyFile(path_);
+  ASSERT_TRUE(error);
+  EXPECT_THAT(*error, HasSubstr("belongs to the user 65534; chown 0 " + path_));
 }
 
 }  // namespace

@@ -88,6 +88,7 @@ TEST_F(Reload, ReadsAFileAndReturnsItsMistakes) {
   auto const path = std::filesystem::temp_directory_path() /
                     ("reload-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
   std::ofstream(path) << replaced(kFile, "profile: one", "profile: three");
+  std::filesystem::permissions(path, std::filesystem::perms(0600));
   Vesk::attributeLogEnabled = true;
   auto const mistakes = s.host.reload(path.string());
   ASSERT_EQ(mistakes.size(), 1u);

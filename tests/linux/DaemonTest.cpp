@@ -25,7 +25,10 @@ struct File {
     write(text);
   }
   ~File() { std::filesystem::remove(path); }
-  void write(std::string const& text) const { std::ofstream(path) << text; }
+  void write(std::string const& text) const {
+    std::ofstream(path) << text;
+    std::filesystem::permissions(path, std::filesystem::perms(0600));
+  }
   std::string const path;
 };
 

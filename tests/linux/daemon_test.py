@@ -25,10 +25,11 @@ class Program(unittest.TestCase):
         self.folder = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, self.folder)
 
-    def write(self, text, name="macsecd.yaml"):
+    def write(self, text, name="macsecd.yaml", mode=0o600):
         path = os.path.join(self.folder, name)
         with open(path, "w", encoding="utf-8") as file:
             file.write(text)
+        os.chmod(path, mode)
         return path
 
     def run_it(self, *arguments):
@@ -55,6 +56,60 @@ class Check(Program):
         done = self.run_it("--check", "--config", os.path.join(self.folder, "none"))
         self.assertEqual(done.returncode, 1)
         self.assertIn("none:1:1:", done.stderr)
+
+
+    def test_never_waits_for_a_pipe_a_socket_or_a_device(self):
+        pipe = os.path.join(self.folder, "pipe")
+        os.mkfifo(pipe)
+        with socket.socket(socket.AF_UNIX) as listener:
+            listener.bind(os.path.join(self.folder, "socket"))
+            for path, kind in ((pipe, "a pipe"), (listener.getsockname(), "a socket"),
+                               ("/dev/zero", "a device"), (self.folder, "a directory")):
+                done = self.run_it("--check", "--config", path)
+                self.assertEqual(done.returncode, 1)
+                self.assertEqual(done.stderr, f"{path}:1:1: the file can't be read: it is {kind}; "
+                                              "name a regular file\n")
+
+    def test_reads_what_comes_from_its_input_or_another_program(self):
+        done = subprocess.run([MACSECD, "--check", "--config", "/dev/stdin"], input=GOOD, text=True,
+                              capture_output=True, check=False, timeout=30)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        with open(self.write(GOOD, mode=0o644), encoding="utf-8") as file:
+            done = subprocess.run([MACSECD, "--check", "--config", "/dev/stdin"], stdin=file,
+                                  capture_output=True, check=False, timeout=30)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        done = subprocess.run(["bash", "-c", f"{MACSECD} --check --config <(echo shutdwon: true)"],
+                              text=True, capture_output=True, check=False, timeout=30)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("write 'shutdown'", done.stderr)
+
+    def test_ends_at_a_text_that_is_too_long_or_has_no_end(self):
+        done = self.run_it("--check", "--config", self.write("{profiles: {}},\n"))
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(":1:15: this isn't YAML: more text behind the end", done.stderr)
+        done = self.run_it("--check", "--config", self.write("#" * (1 << 20) + "\n"))
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("the file has more than 1048576 octets", done.stderr)
+
+    def test_ends_with_1_when_others_can_read_or_change_the_keys(self):
+        for mode, who in ((0o644, "everybody can read it"), (0o620, "its group can change it"),
+                          (0o602, "everybody can change it"), (0o666, "everybody can change it")):
+            path = self.write(GOOD, mode=mode)
+            done = self.run_it("--check", "--config", path)
+            self.assertEqual(done.returncode, 1)
+            self.assertEqual(done.stderr, f"{path}:1:1: the file holds keys, and {who}; chmod 600 "
+                                          f"{path}, and take its keys for known\n")
+        for mode in (0o600, 0o400, 0o640):
+            done = self.run_it("--check", "--config", self.write(GOOD, mode=mode))
+            self.assertEqual(done.stderr, "")
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can give files away")
+    def test_ends_with_1_when_the_file_is_another_user_s(self):
+        path = self.write(GOOD)
+        os.chown(path, 65534, 65534)
+        done = self.run_it("--check", "--config", path)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("belongs to the user 65534; chown 0 " + path, done.stderr)
 
 
 class Arguments(Program):
@@ -156,6 +211,25 @@ class Running(Program):
         self.start(GOOD + "shutdwon: true\n")
         self.assertEqual(self.daemon.wait(timeout=20), 1)
         self.assertIn("write 'shutdown'", self.logged())
+
+    def test_takes_nothing_of_a_file_that_others_can_read(self):
+        self.start_notifying()
+        os.chmod(self.write(GOOD + "delay-protection: true\n"), 0o644)
+        self.daemon.send_signal(signal.SIGHUP)
+        self.hear()
+        self.assertEqual(self.hear(), "READY=1")
+        self.assertEqual(self.logged().count("MACSECD_CONFIG_TAKEN"), 1)
+        self.assertIn("everybody can read it; chmod 600 " + self.config, self.logged())
+
+    def test_never_waits_for_a_pipe_in_the_place_of_its_own_files(self):
+        for name in ("state", "state.key", "state-lock"):
+            folder = os.path.join(self.folder, "of-" + name)
+            os.mkdir(folder)
+            os.mkfifo(os.path.join(folder, name), 0o600)
+            done = self.run_it("--config", self.write(GOOD), "--counters", "", "--control", "",
+                               "--emulate-hardware", "--state", os.path.join(folder, "state"))
+            self.assertEqual(done.returncode, 3, name)
+            self.assertIn(f"critical: MACSECD_CANNOT_RUN: {folder}/{name}: ", done.stderr)
 
     def test_ends_with_3_and_a_remedy_when_it_cannot_listen(self):
         done = self.run_it("--config", self.write(GOOD), "--counters", "", "--emulate-hardware",

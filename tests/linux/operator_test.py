@@ -43,6 +43,7 @@ class Operator(unittest.TestCase):
         config = self.path("macsecd.yaml")
         with open(config, "w", encoding="utf-8") as file:
             file.write(CONFIGURATION)
+        os.chmod(config, 0o600)
         return [MACSECD, "--config", config, "--counters", "", "--emulate-hardware", "--control",
                 self.socket, "--state", "", "--trace", self.trace, *options]
 

@@ -111,6 +111,7 @@ class Example(unittest.TestCase):
         path = os.path.join(folder, "macsecd.yaml")
         with open(path, "w", encoding="utf-8") as file:
             file.write(text)
+        os.chmod(path, 0o600)
         return path
 
     def check(self, change):

@@ -111,6 +111,7 @@ class Machine:
         path = f"{self.folder}/new.yaml"
         with open(path, "w", encoding="utf-8") as file:
             file.write(text)
+        os.chmod(path, 0o600)
         os.replace(path, f"{self.folder}/macsecd.yaml")
 
     def start(self, program=None):
