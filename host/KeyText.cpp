@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 
 #include "platform/CknOctets.h"
 #include "platform/Hex.h"
@@ -16,6 +18,10 @@ bool allHex(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return Macsec::hexDigitValue(c) >= 0; });
 }
 
+bool allZero(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return c == '0'; });
+}
+
 /// What holds for keys of every length.
 std::optional<Fault> faultOfDigits(std::string_view cak) {
   if (!allHex(cak)) {
@@ -25,6 +31,10 @@ std::optional<Fault> faultOfDigits(std::string_view cak) {
   if (cak.size() % 2 != 0) {
     return Fault{fmt::format("the key has an odd number of digits, {}", cak.size()),
                  "two digits make an octet: add the one that is missing"};
+  }
+  if (!cak.empty() && allZero(cak)) {
+    return Fault{"the key is all zeros, which anybody would try first",
+                 "make one with 'openssl rand -hex 16', or 32 for a 256-bit suite"};
   }
   return std::nullopt;
 }
@@ -62,8 +72,18 @@ std::optional<Fault> faultOfKey(std::string_view cak, unsigned bits) {
       fmt::format("give {} hexadecimal digits, or another cipher-suite", keyDigits(bits))};
 }
 
+bool deriveAlike(std::string_view ckn, std::string_view otherCkn) {
+  return std::ranges::equal(Macsec::CknOctets(ckn).identifier(),
+                            Macsec::CknOctets(otherCkn).identifier());
+}
+
 void wipe(std::string& text) {
   Macsec::wipe({reinterpret_cast<uint8_t*>(text.data()), text.size()});
+}
+
+[[gnu::noinline]] void wipeStack() {
+  std::array<uint8_t, 64 * 1024> below;
+  Macsec::wipe(below);
 }
 
 }  // namespace Macsecd

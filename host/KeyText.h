@@ -30,7 +30,15 @@ std::optional<Fault> faultOfKey(std::string_view cak);
 /// The same, and the length has to be that of the suite of `bits`.
 std::optional<Fault> faultOfKey(std::string_view cak, unsigned bits);
 
+/// Whether two key names give one and the same keys with the same CAK: their first 16 octets agree,
+/// with zeros behind a shorter name (IEEE 802.1X-2010 9.3.3).
+bool deriveAlike(std::string_view ckn, std::string_view otherCkn);
+
 /// Overwrites a text that held a key, so that it doesn't stay in memory.
 void wipe(std::string& text);
+/// Overwrites what functions that have returned left below the caller's frame: a copy of a text
+/// goes through registers, and those are stored on the stack, among others when a function of a
+/// shared library is called for the first time.
+void wipeStack();
 
 }  // namespace Macsecd

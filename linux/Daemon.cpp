@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "host/HostKey.h"
+#include "host/KeyText.h"
 #include "linux/Privileges.h"
 #include "linux/ServiceManager.h"
 #include "linux/SharedCounters.h"
@@ -137,6 +138,7 @@ std::vector<Macsecd::Mistake> Daemon::readConfig() {
   } else {
     Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.mistakes.size());
   }
+  Macsecd::wipeStack();
   return read.mistakes;
 }
 
@@ -179,9 +181,10 @@ void Daemon::connect() {
   loop_.beforeWaitIs([this] { endTurn(); });
 }
 
-// All that a turn has changed is one transaction of the store.
+// All that a turn has changed is one transaction of the store, and no key outlives it on the stack.
 void Daemon::endTurn() {
   commit();
+  Macsecd::wipeStack();
   loop_.timeIs(nextTime());
   world_.turnEnds();
 }

@@ -1,16 +1,14 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 
-#include <cinttypes>
 #include <cstring>
-#include <fstream>
 
 #include "linux/EapKeyFeed.h"
 #include "platform/WardcodeLib.h"
+#include "tests/support/MemorySearch.h"
 #include "tests/support/TestWorld.h"
 
 namespace Linux {
@@ -34,40 +32,8 @@ size_t copiesIn(std::string_view octets) {
   return copies;
 }
 
-/// What this process can write to, as addresses. What has no name and is larger than a test needs
-/// is a sanitizer's own.
-std::vector<std::pair<uint64_t, uint64_t>> writableMemory() {
-  std::vector<std::pair<uint64_t, uint64_t>> found;
-  std::ifstream maps("/proc/self/maps");
-  for (std::string line; std::getline(maps, line);) {
-    uint64_t start = 0;
-    uint64_t end = 0;
-    char mode[5] = "";
-    if (sscanf(line.c_str(), "%" SCNx64 "-%" SCNx64 " %4s", &start, &end, mode) != 3) continue;
-    if (std::string_view(mode).starts_with("rw") && end - start <= 1u << 28) {
-      found.emplace_back(start, end);
-    }
-  }
-  return found;
-}
-
-/// How many times sixteen digits of the key in a row lie in what this process can write to. The
-/// kernel reads it, since a sanitizer keeps a program from reading what isn't the program's own.
-size_t copiesInMemory() {
-  constexpr size_t kPart = 1 << 20;
-  constexpr size_t kOverlap = 15;
-  std::vector<char> part(kPart + kOverlap);
-  Descriptor const memory(open("/proc/self/mem", O_RDONLY | O_CLOEXEC));
-  size_t copies = 0;
-  for (auto const& [start, end] : writableMemory()) {
-    for (uint64_t at = start; at < end; at += kPart) {
-      size_t const size = std::min<uint64_t>(part.size(), end - at);
-      ssize_t const got = pread(memory.fd(), part.data(), size, static_cast<off_t>(at));
-      if (got > 0) copies += copiesIn({part.data(), static_cast<size_t>(got)});
-    }
-  }
-  return copies;
-}
+/// How many times sixteen digits of the key in a row lie in what this process can write to.
+size_t copiesInMemory() { return Support::searchMemory(15, copiesIn); }
 
 /// Another process sends the key, the lines in two pieces each, and waits for the answers.
 [[noreturn]] void publish(std::string const& path) {

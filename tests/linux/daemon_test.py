@@ -142,13 +142,13 @@ class Running(Program):
             self.daemon.kill()
             self.daemon.wait()
 
-    def start_notifying(self, **environment):
+    def start_notifying(self, text=GOOD, **environment):
         path = os.path.join(self.folder, "notify")
         self.manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
         self.addCleanup(self.manager.close)
         self.manager.bind(path)
         self.manager.settimeout(20)
-        self.start(NOTIFY_SOCKET=path, **environment)
+        self.start(text, NOTIFY_SOCKET=path, **environment)
         self.assertEqual(self.hear_state(), "READY=1")
 
     def hear_state(self):
@@ -196,6 +196,36 @@ class Running(Program):
         self.assertEqual(self.logged().count("error: MACSECD_CONFIG_MISTAKE"), 2)
         self.assertIn("MACSECD_CONFIG_REFUSED", self.logged())
         self.assertEqual(self.end(signal.SIGTERM), 0)
+
+    def memory(self):
+        """All that the daemon can write to."""
+        with open(f"/proc/{self.daemon.pid}/maps", encoding="utf-8") as file:
+            parts = [line.split()[0] for line in file if line.split()[1].startswith("rw")]
+        with open(f"/proc/{self.daemon.pid}/mem", "rb", buffering=0) as file:
+            for part in parts:
+                start, end = (int(address, 16) for address in part.split("-"))
+                if end - start > 1 << 28:
+                    continue  # a sanitizer's own
+                file.seek(start)
+                try:
+                    yield file.read(end - start)
+                except OSError:
+                    continue
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can read another process")
+    def test_has_no_key_in_clear_in_its_memory(self):
+        key = os.urandom(16)
+        text = GOOD.replace("0123456789abcdef0123456789abcdef", key.hex())
+        self.start_notifying(text)
+        for more in ("", "delay-protection: true\n", "shutdwon: true\n", "}", "}\n---\n"):
+            self.write(text + more)
+            self.daemon.send_signal(signal.SIGHUP)
+            self.hear()
+            self.assertEqual(self.hear(), "READY=1")
+            for part in self.memory():
+                for form in (key[:8], key[8:], key.hex()[:16].encode(), key.hex()[16:].encode()):
+                    self.assertFalse(form in part, f"{form} at {part.find(form)} of {len(part)}")
+        self.assertTrue(any(b"macsecd.yaml" in part for part in self.memory()))
 
     def test_keeps_no_privileges_but_those_of_networking_and_leaves_no_core(self):
         self.start_notifying()
