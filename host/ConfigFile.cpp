@@ -4,6 +4,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
+#include <cctype>
 #include <functional>
 #include <map>
 #include <utility>
@@ -30,6 +31,14 @@ struct KeyPlace {
   bool isHidden = true;
 };
 
+/// The same digits, in whatever case.
+bool isSameText(Vesk::String8 const& a, Vesk::String8 const& b) {
+  return !a.empty() && std::ranges::equal(a.view(), b.view(), [](char one, char other) {
+    return std::tolower(static_cast<unsigned char>(one)) ==
+           std::tolower(static_cast<unsigned char>(other));
+  });
+}
+
 class ConfigReader {
  public:
   ConfigReader(YamlReader& yaml, SwitchConfig& config) : yaml_(yaml), config_(config) {}
@@ -46,7 +55,7 @@ class ConfigReader {
   void readDevice(YAML::Node const& node, std::string& device);
   void readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak);
   void checkKeyFits(std::optional<KeyConfig> const& key, KeyPlace const& place, Suite suite);
-  void checkNamesDiffer(ProfileConfig const& profile, KeyPlace const& fallback);
+  void checkKeysDiffer(ProfileConfig const& profile, KeyPlace const& fallback);
   void checkProfilesExist();
 
   /// Stores a scalar where it belongs, when it is one.
@@ -130,7 +139,7 @@ void ConfigReader::readProfile(std::string const& name, YAML::Node const& nameNo
        {"group-cak", false, [&](auto& value) { readGroupCak(value, profile.groupCak); }}});
   checkKeyFits(profile.key, key, profile.cipherSuite);
   checkKeyFits(profile.fallbackKey, fallback, profile.cipherSuite);
-  checkNamesDiffer(profile, fallback);
+  checkKeysDiffer(profile, fallback);
   config_.profiles.push_back(std::move(profile));
 }
 
@@ -238,12 +247,21 @@ void ConfigReader::checkKeyFits(std::optional<KeyConfig> const& key, KeyPlace co
   }
 }
 
-void ConfigReader::checkNamesDiffer(ProfileConfig const& profile, KeyPlace const& fallback) {
+// Of a text that isn't a key at all nothing is compared: that is told already.
+void ConfigReader::checkKeysDiffer(ProfileConfig const& profile, KeyPlace const& fallback) {
   if (!profile.key || !profile.fallbackKey || profile.key->ckn.empty()) return;
-  if (keyNameOctets(profile.key->ckn.view()) != keyNameOctets(profile.fallbackKey->ckn.view()))
-    return;
-  yaml_.mistake(fallback.ckn, "the fallback key has the name of the primary key",
-                "keys of one interface need different names");
+  KeyConfig const& one = *profile.key;
+  KeyConfig const& other = *profile.fallbackKey;
+  if (keyNameOctets(one.ckn.view()) == keyNameOctets(other.ckn.view())) {
+    yaml_.mistake(fallback.ckn, "the fallback key has the name of the primary key",
+                  "keys of one interface need different names");
+  } else if (isSameText(one.cak, other.cak) && deriveAlike(one.ckn.view(), other.ckn.view())) {
+    yaml_.mistake(
+        fallback.cak,
+        "the fallback key is the primary key: the same cak, and names that agree in their "
+        "first 16 octets",
+        "give it a cak of its own");
+  }
 }
 
 void ConfigReader::checkProfilesExist() {

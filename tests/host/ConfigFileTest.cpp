@@ -3,11 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <fstream>
 
 namespace Macsecd {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -161,6 +164,43 @@ TEST(ConfigFile, PrimaryAndFallbackKeyNeedDifferentNamesOnTheWire) {
                           "keys of one interface need different names"));
   EXPECT_THAT(keys("ab", "AB"), SizeIs(1)) << "the same octet";
   EXPECT_THAT(keys("xy", "7879"), SizeIs(1)) << "the same octets";
+}
+
+TEST(ConfigFile, AKeyOfZerosIsAMistake) {
+  for (char const* const suite : {"gcm-aes-xpn-128", "gcm-aes-xpn-256"}) {
+    size_t const digits = std::string(suite).ends_with("128") ? 32 : 64;
+    EXPECT_THAT(complaints(profile("key: {ckn: a, cak: '" + std::string(digits, '0') +
+                                   "'}\ncipher-suite: " + suite)),
+                ElementsAre("f:3:24: the key is all zeros, which anybody would try first; make one "
+                            "with 'openssl rand -hex 16', or 32 for a 256-bit suite"));
+    EXPECT_THAT(complaints(profile("key: {ckn: a, cak: '" + std::string(digits - 1, '0') +
+                                   "1'}\ncipher-suite: " + suite)),
+                IsEmpty());
+  }
+}
+
+TEST(ConfigFile, OneKeyUnderTwoNamesThatDeriveAlikeIsAMistake) {
+  auto keys = [](std::string const& one, std::string const& other, std::string const& cak) {
+    return complaints(profile("key: {ckn: " + one + ", cak: " + key128 +
+                              "}\nfallback-key: {ckn: " + other + ", cak: " + cak + "}"));
+  };
+  std::string const sixteen = "abababababababababababababababab";
+  std::string upper = key128;
+  std::ranges::transform(upper, upper.begin(), ::toupper);
+  for (auto const& [one, other] : {std::pair{sixteen + "01", sixteen + "02"},
+                                   {sixteen, sixteen + "02"},
+                                   {"ab", "ab00"},
+                                   {"'61'", "'610000'"},
+                                   {"a", "'6100'"},
+                                   {"sixteen letters and one", "sixteen letters and two"}}) {
+    EXPECT_THAT(keys(one, other, upper),
+                ElementsAre(AllOf(HasSubstr("f:4:"), HasSubstr("the same cak, and names that agree "
+                                                               "in their first 16 octets; give"))))
+        << one << " " << other;
+    EXPECT_THAT(keys(one, other, std::string(32, 'e')), IsEmpty()) << "another key";
+  }
+  EXPECT_THAT(keys("ab", "00ab", key128), IsEmpty());
+  EXPECT_THAT(keys("ab01", "ab02", key128), IsEmpty()) << "other keys come of it";
 }
 
 TEST(ConfigFile, AValueOfTheWrongTypeIsRefused) {
