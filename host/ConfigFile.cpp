@@ -7,6 +7,8 @@
 #include <cctype>
 #include <functional>
 #include <map>
+#include <set>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -267,8 +269,9 @@ void ConfigReader::checkKeysDiffer(ProfileConfig const& profile, KeyPlace const&
 void ConfigReader::checkProfilesExist() {
   std::vector<std::string> known;
   for (auto const& profile : config_.profiles) known.push_back(profile.name);
+  std::set<std::string_view> const names(known.begin(), known.end());
   for (auto const& intf : config_.interfaces) {
-    if (intf.profile.empty() || config_.profile(intf.profile)) continue;
+    if (intf.profile.empty() || names.contains(intf.profile)) continue;
     yaml_.mistake(
         profilePlace_[intf.name], fmt::format("there is no profile {}", quotedWord(intf.profile)),
         known.empty() ? "add it under 'profiles'" : remedyForUnknown(intf.profile, known));
@@ -284,6 +287,7 @@ void readText(std::string_view text, std::string const& file, int linesBefore,
   } catch (YamlFault const& found) {
     yaml.mistake(found.at, found.fault);
   } catch (TooManyMistakes const&) {
+    // The last of them says so.
   }
 }
 
