@@ -53,6 +53,8 @@ class Control {
   std::string answer(std::string_view request, bool mayChange, uint64_t connection = 0);
   /// The connection is told nothing any more.
   void connectionEnded(uint64_t connection) { subscriptions_.end(connection); }
+  /// Whether the connection has subscribed to something.
+  bool isToBeTold(uint64_t connection) const { return subscriptions_.has(connection); }
 
  private:
   Host& host_;

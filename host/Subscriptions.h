@@ -31,6 +31,10 @@ class Subscriptions final : private HostTap {
   void capture(uint64_t connection, Lumo::IntfId intfId);
   /// The connection wants nothing any more.
   void end(uint64_t connection);
+  /// Whether the connection wants anything.
+  bool has(uint64_t connection) const {
+    return watching_.contains(connection) || capturing_.contains(connection);
+  }
 
  private:
   void framePassed(Lumo::IntfId intfId, FrameWay way, std::span<uint8_t const> frame) override;

@@ -47,7 +47,8 @@ ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reloa
                                             line.size());
              return control_.answer(request, mayChange(peer), peer.connection) + "\n";
            },
-           lineOf, [this](SocketPeer const& peer) { control_.connectionEnded(peer.connection); }},
+           lineOf, [this](SocketPeer const& peer) { control_.connectionEnded(peer.connection); },
+           [this](SocketPeer const& peer) { return control_.isToBeTold(peer.connection); }},
           {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
 
 std::optional<std::string> ControlSocket::listenAt(std::string const& path) {

@@ -159,7 +159,7 @@ bool Daemon::listen() {
   if (!options_.eapKeySocket.empty()) error = eapKeys_.listenAt(options_.eapKeySocket);
   if (!error && !options_.controlSocket.empty()) error = control_.listenAt(options_.controlSocket);
   if (!error && !options_.metrics.empty()) {
-    metrics_.emplace(host_, loopDelay_, control_.counts());
+    metrics_.emplace(host_, loopDelay_, control_.counts(), eapKeys_.socketCounts());
     error = metricsServer_.listenAt(options_.metrics);
   }
   if (error) Vesk::log(MACSECD_CANNOT_RUN, *error);

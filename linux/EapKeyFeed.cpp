@@ -64,8 +64,13 @@ std::string EapKeyFeed::refuse(Fault const& fault) {
 
 EapKeyFeed::Counts EapKeyFeed::counts() const {
   LineServer::Counts const& server = server_.counts();
-  return {published_,          withdrawn_,        refusedLines_ + server.brokenLines,
-          server.refusedUsers, server.turnedAway, server.slowReaders};
+  return {.published = published_,
+          .withdrawn = withdrawn_,
+          .refusedLines = refusedLines_ + server.brokenLines,
+          .refusedUsers = server.refusedUsers,
+          .turnedAway = server.turnedAway,
+          .madeRoom = server.madeRoom,
+          .slowReaders = server.slowReaders};
 }
 
 }  // namespace Linux

@@ -15,7 +15,7 @@ namespace Linux {
 struct EapKeyFeedOptions {
   /// Whose processes may publish.
   std::vector<uid_t> users = {0, geteuid()};
-  /// Connections at one time; further ones are turned away.
+  /// Connections at one time; for a further one an idle one makes room.
   size_t maxClients = 16;
 };
 
@@ -35,6 +35,7 @@ class EapKeyFeed {
     uint64_t refusedLines = 0;
     uint64_t refusedUsers = 0;  ///< connections of somebody who may not publish
     uint64_t turnedAway = 0;    ///< connections beyond the most
+    uint64_t madeRoom = 0;      ///< connections ended so that another could be had
     uint64_t slowReaders = 0;   ///< connections ended because nobody read the answers
     friend bool operator==(Counts const&, Counts const&) = default;
   };
@@ -51,6 +52,8 @@ class EapKeyFeed {
   void run() { server_.run(); }
 
   Counts counts() const;
+  /// Those of the socket alone.
+  LineServer::Counts const& socketCounts() const { return server_.counts(); }
   size_t clients() const { return server_.clients(); }
 
  private:

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 #include <sys/epoll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -41,6 +43,8 @@ std::optional<SocketPeer> peerOf(Descriptor const& socket) {
   }
   return found;
 }
+
+bool isOwner(SocketPeer const& peer) { return peer.user == 0 || peer.user == geteuid(); }
 
 }  // namespace
 
@@ -105,7 +109,7 @@ void LineServer::greet(Descriptor socket) {
     return;
   }
   int const fd = socket.fd();
-  if (clients_.size() >= options_.maxClients || !watch(fd)) {
+  if (!hasPlaceFor(*peer) || !watch(fd)) {
     ++counts_.turnedAway;
     VESK_TRACE(3, ": Turning away a connection of user ", peer->user, ", ", clients_.size(),
                " open");
@@ -114,7 +118,45 @@ void LineServer::greet(Descriptor socket) {
   }
   VESK_TRACE(3, ": Connection of user ", peer->user);
   peer->connection = ++connections_;
-  clients_[fd] = std::make_unique<Client>(std::move(socket), *std::move(peer));
+  auto& client = clients_[fd] = std::make_unique<Client>(std::move(socket), *std::move(peer));
+  client->lastUsed = ++uses_;
+}
+
+Place LineServer::placeOf(Client const& client) const {
+  int waiting = 0;
+  bool const isAsking = ioctl(client.socket.fd(), FIONREAD, &waiting) == 0 && waiting > 0;
+  bool const isTold = handlers_.isToBeTold && handlers_.isToBeTold(client.peer);
+  return {.user = client.peer.user,
+          .isOwner = isOwner(client.peer),
+          .isIdle = client.unread.empty() && !isAsking && !isTold,
+          .lastUsed = client.lastUsed};
+}
+
+/// Whether there is a place, if need be because another connection gives one up.
+bool LineServer::hasPlaceFor(SocketPeer const& peer) {
+  if (clients_.size() < options_.maxClients) return true;
+  std::vector<Place> places;
+  std::vector<int> holders;
+  for (auto const& [fd, client] : clients_) {
+    places.push_back(placeOf(*client));
+    holders.push_back(fd);
+  }
+  auto const given = placeGivenUp(places, {.user = peer.user, .isOwner = isOwner(peer)});
+  if (!given) return false;
+  ++counts_.madeRoom;
+  Client const& former = *clients_[holders[*given]];
+  VESK_TRACE(3, ": A connection of user ", former.peer.user, " makes room for user ", peer.user);
+  // Behind half an answer it would be read as the other half.
+  if (former.unread.empty()) {
+    turnAway(former.socket, Fault{"another connection needed the place", "connect again"});
+  }
+  end(holders[*given]);
+  return true;
+}
+
+void LineServer::end(int fd) {
+  auto const ended = clients_.extract(fd);
+  if (handlers_.ended) handlers_.ended(ended.mapped()->peer);
 }
 
 void LineServer::turnAway(Descriptor const& socket, Fault const& fault) {
@@ -134,8 +176,7 @@ void LineServer::serve(int fd, uint32_t events) {
     return;
   }
   VESK_TRACE(3, ": End of a connection of user ", client.peer.user);
-  if (handlers_.ended) handlers_.ended(client.peer);
-  clients_.erase(found);
+  end(fd);
 }
 
 /// False when the connection has to end.
@@ -158,6 +199,7 @@ bool LineServer::readFrom(Client& client) {
 bool LineServer::takeLines(Client& client) {
   bool goesOn = true;
   client.lines.takeLines([&](std::span<uint8_t> line) {
+    client.lastUsed = ++uses_;
     return goesOn = answer(client, handlers_.take(client.peer, line));
   });
   if (!goesOn || !client.lines.isFull()) return goesOn;

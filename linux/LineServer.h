@@ -14,6 +14,7 @@
 #include "host/KeyText.h"
 #include "linux/Descriptor.h"
 #include "linux/LineBuffer.h"
+#include "linux/Places.h"
 #include "linux/UnixListener.h"
 
 namespace Linux {
@@ -33,7 +34,8 @@ struct SocketPeer {
 class LineServer {
  public:
   struct Options {
-    /// Connections at one time; further ones are turned away.
+    /// Connections at one time; for a further one another makes room (linux/Places.h), or it is
+    /// turned away.
     size_t maxClients = 16;
     /// What a user may not do who isn't admitted, in words.
     std::string purpose = "use this socket";
@@ -50,10 +52,13 @@ class LineServer {
     std::function<std::string(Macsecd::Fault const&)> refuse;
     /// A connection that was admitted has ended.
     std::function<void(SocketPeer const&)> ended = nullptr;
+    /// Whether a connection waits to be told something, so that it isn't idle though nobody asks.
+    std::function<bool(SocketPeer const&)> isToBeTold = nullptr;
   };
   struct Counts {
     uint64_t refusedUsers = 0;  ///< connections of somebody who isn't admitted
     uint64_t turnedAway = 0;    ///< connections beyond the most
+    uint64_t madeRoom = 0;      ///< connections ended so that another could be had
     uint64_t slowReaders = 0;   ///< connections ended because nobody read the answers
     uint64_t brokenLines = 0;   ///< too long, or ended by the end of the connection
     friend bool operator==(Counts const&, Counts const&) = default;
@@ -86,11 +91,15 @@ class LineServer {
     SocketPeer const peer;
     LineBuffer lines;
     std::string unread;
+    uint64_t lastUsed = 0;  // when it last came up, counted in connections and lines
     bool isEnding = false;  // is shut down, and goes when the kernel says so
   };
 
   void acceptAll();
   void greet(Descriptor socket);
+  bool hasPlaceFor(SocketPeer const& peer);
+  Place placeOf(Client const& client) const;
+  void end(int fd);
   void turnAway(Descriptor const& socket, Macsecd::Fault const& fault);
   bool watch(int fd);
   void serve(int fd, uint32_t events);
@@ -107,6 +116,7 @@ class LineServer {
   std::optional<UnixListener> listener_;
   std::map<int, std::unique_ptr<Client>> clients_;
   uint64_t connections_ = 0;  // so far
+  uint64_t uses_ = 0;         // connections and lines, so far
   Counts counts_;
 };
 

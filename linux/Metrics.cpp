@@ -181,13 +181,11 @@ MetricFamily cures(Macsecd::Host const& host) {
   return family;
 }
 
-MetricFamily refusals(LineServer::Counts const& counts) {
-  MetricFamily family{"macsecd_control_refusals_total",
-                      "Connections and lines that the control socket refused",
-                      MetricType::Counter,
-                      {}};
+MetricFamily refusals(char const* name, char const* help, LineServer::Counts const& counts) {
+  MetricFamily family{name, help, MetricType::Counter, {}};
   std::pair<char const*, uint64_t> const reasons[] = {{"user", counts.refusedUsers},
                                                       {"too-many", counts.turnedAway},
+                                                      {"made-room", counts.madeRoom},
                                                       {"slow-reader", counts.slowReaders},
                                                       {"broken-line", counts.brokenLines}};
   for (auto const& [reason, count] : reasons) {
@@ -198,15 +196,20 @@ MetricFamily refusals(LineServer::Counts const& counts) {
 
 }  // namespace
 
-Metrics::Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control)
-    : host_(host), delay_(delay), control_(control), history_(host) {}
+Metrics::Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control,
+                 LineServer::Counts const& eapKeys)
+    : host_(host), delay_(delay), control_(control), eapKeys_(eapKeys), history_(host) {}
 
 std::vector<MetricFamily> Metrics::Collect() const {
   std::vector<MetricFamily> families = PortFamilies(host_, history_).families();
   families.push_back(delays(delay_));
   families.push_back(freezes(delay_));
   families.push_back(cures(host_));
-  families.push_back(refusals(control_));
+  families.push_back(refusals("macsecd_control_refusals_total",
+                              "Connections and lines that the control socket refused", control_));
+  families.push_back(refusals("macsecd_eap_keys_refusals_total",
+                              "Connections and lines that the feed of 802.1X keys refused",
+                              eapKeys_));
   return families;
 }
 

@@ -14,9 +14,10 @@ namespace Linux {
 /// doesn't hold; the rest is read when it is asked for.
 class Metrics final : public prometheus::Collectable {
  public:
-  /// In the world of the host. All have to outlive this; `control` counts what the control socket
-  /// refused.
-  Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control);
+  /// In the world of the host. All have to outlive this; `control` and `eapKeys` count what the
+  /// control socket and the feed of 802.1X keys refused.
+  Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control,
+          LineServer::Counts const& eapKeys);
 
   std::vector<prometheus::MetricFamily> Collect() const override;
   /// All of it in the text format 0.0.4.
@@ -26,6 +27,7 @@ class Metrics final : public prometheus::Collectable {
   Macsecd::Host& host_;
   LoopDelay const& delay_;
   LineServer::Counts const& control_;
+  LineServer::Counts const& eapKeys_;
   Macsecd::PortHistory history_;
 };
 

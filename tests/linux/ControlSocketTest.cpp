@@ -1,10 +1,12 @@
 #include "linux/ControlSocket.h"
 
+#include <grp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -137,6 +139,76 @@ TEST_F(ControlSocketTest, TellsEventsToAConnectionThatStaysOpen) {
   shutdown(watching.fd(), SHUT_RDWR);
   socket.run();
   EXPECT_FALSE(Vesk::attributeLogEnabled);
+}
+
+/// Connections that are open and say nothing.
+std::vector<Descriptor> silentOnes(size_t count, std::string const& path, ControlSocket& socket) {
+  std::vector<Descriptor> all;
+  for (size_t i = 0; i < count; ++i) {
+    all.push_back(connectedTo(path));
+    socket.run();
+  }
+  return all;
+}
+
+TEST_F(ControlSocketTest, AnswersThoughSilentConnectionsHoldEveryPlace) {
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  auto const silent = silentOnes(32, path, socket);
+  EXPECT_TRUE(nlohmann::json::parse(asked(R"({"version":1,"command":"status"})"))["ok"]);
+  EXPECT_EQ(socket.counts(), LineServer::Counts{.madeRoom = 1});
+  EXPECT_THAT(readAll(silent[0]), HasSubstr("another connection needed the place"));
+}
+
+TEST_F(ControlSocketTest, WhoWatchesKeepsItsPlaceBeforeWhoIsSilent) {
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  Descriptor const watching = connectedTo(path);
+  std::string const request = "{\"version\":1,\"command\":\"watch\"}\n";
+  ASSERT_GT(write(watching.fd(), request.data(), request.size()), 0);
+  for (int i = 0; i < 2; ++i) socket.run();
+  auto const silent = silentOnes(40, path, socket);
+  EXPECT_EQ(socket.counts().madeRoom, 9u);
+  EXPECT_EQ(readAll(watching), "{\"version\":1,\"ok\":true,\"result\":null}\n");
+  EXPECT_THAT(readAll(silent[0]), HasSubstr("another connection needed the place"));
+}
+
+/// Makes root another user, of a group that may look, for as long as this lives.
+class OtherUser {
+ public:
+  explicit OtherUser(uid_t user) {
+    EXPECT_EQ(setegid(getgrnam(kGroup)->gr_gid), 0);
+    EXPECT_EQ(seteuid(user), 0);
+  }
+  ~OtherUser() {
+    EXPECT_EQ(seteuid(0), 0);
+    EXPECT_EQ(setegid(0), 0);
+  }
+  static constexpr char const* kGroup = "nogroup";
+};
+
+TEST(ControlSocketPlaces, OneUserWhoWatchesWithEveryPlaceShutsNobodyOut) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can connect as several users";
+  Macsecd::Switch a{1};
+  ControlSocket socket(a.host, nullptr, {.group = OtherUser::kGroup});
+  std::string const path = "/tmp/control-places-" + std::to_string(getpid());
+  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  auto const watchAs = [&](uid_t user) {
+    std::optional<OtherUser> other(user);
+    Descriptor fd = connectedTo(path);
+    other.reset();
+    std::string const request = "{\"version\":1,\"command\":\"watch\"}\n";
+    EXPECT_GT(write(fd.fd(), request.data(), request.size()), 0);
+    for (int i = 0; i < 2; ++i) socket.run();
+    return fd;
+  };
+  std::vector<Descriptor> greedy;
+  for (int i = 0; i < 33; ++i) greedy.push_back(watchAs(60001));
+  EXPECT_EQ(socket.counts(), LineServer::Counts{.turnedAway = 1});
+  EXPECT_THAT(readAll(greedy.back()), HasSubstr("too many connections"));
+  Descriptor const modest = watchAs(60002);
+  Descriptor const root = watchAs(0);
+  EXPECT_THAT(readAll(modest), HasSubstr("\"ok\":true"));
+  EXPECT_THAT(readAll(root), HasSubstr("\"ok\":true"));
+  EXPECT_EQ(socket.counts(), (LineServer::Counts{.turnedAway = 1, .madeRoom = 2}));
 }
 
 TEST_F(ControlSocketTest, EndsAConnectionThatDoesNotReadWhatItIsTold) {

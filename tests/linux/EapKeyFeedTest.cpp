@@ -212,20 +212,30 @@ TEST_F(EapKeyFeedTest, AConnectionThatEndsWithinALineIsToldSo) {
   EXPECT_EQ(keys_->key(kIntf), nullptr);
 }
 
-TEST_F(EapKeyFeedTest, SilentClientsHoldNobodyUpAndThoseBeyondTheMostAreTurnedAway) {
+TEST_F(EapKeyFeedTest, SilentClientsHoldNobodyUpAndTheOneSilentForLongestMakesRoom) {
   std::vector<std::unique_ptr<Client>> silent;
-  for (int i = 0; i < 15; ++i) silent.push_back(std::make_unique<Client>(path_));
-  Client talker(path_);
-  EXPECT_EQ(asked(feed_, talker, keyLine()), kOk);
+  for (int i = 0; i < 16; ++i) silent.push_back(std::make_unique<Client>(path_));
+  settle(feed_);
+  EXPECT_EQ(asked(feed_, *silent[0], keyLine()), kOk);
   Client late(path_);
+  EXPECT_EQ(asked(feed_, late, keyLine()), kOk);
+  EXPECT_THAT(silent[1]->answers(), HasSubstr("another connection needed the place"));
+  EXPECT_TRUE(silent[1]->ended);
+  EXPECT_EQ(silent[0]->answers(), "");
+  EXPECT_FALSE(silent[0]->ended);
+  EXPECT_EQ(feed_.counts(), (EapKeyFeed::Counts{.published = 2, .madeRoom = 1}));
+}
+
+TEST_F(EapKeyFeedTest, ALineThatHasComeIsTakenThoughItsConnectionIsTheOldest) {
+  std::vector<std::unique_ptr<Client>> clients;
+  for (int i = 0; i < 16; ++i) clients.push_back(std::make_unique<Client>(path_));
   settle(feed_);
-  EXPECT_THAT(late.answers(), HasSubstr("too many connections"));
-  EXPECT_TRUE(late.ended);
-  silent.pop_back();
+  Client late(path_);
+  clients[0]->send(keyLine());
   settle(feed_);
-  Client next(path_);
-  EXPECT_EQ(asked(feed_, next, keyLine()), kOk);
-  EXPECT_EQ(feed_.counts(), (EapKeyFeed::Counts{.published = 2, .turnedAway = 1}));
+  EXPECT_EQ(clients[0]->answers(), kOk);
+  EXPECT_NE(keys_->key(kIntf), nullptr);
+  EXPECT_EQ(feed_.counts().madeRoom, 1u);
 }
 
 TEST_F(EapKeyFeedTest, WhoDoesNotReadTheAnswersIsDropped) {

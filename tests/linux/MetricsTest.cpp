@@ -15,7 +15,7 @@ class MetricsTest : public ::testing::Test {
   MetricsTest() {
     {
       Vesk::WorldScope const scope(a.world);
-      metrics.emplace(a.host, delay, control);
+      metrics.emplace(a.host, delay, control, eapKeys);
     }
     for (Macsecd::Switch* one : {&a, &b}) {
       Vesk::WorldScope const scope(one->world);
@@ -42,7 +42,7 @@ class MetricsTest : public ::testing::Test {
 
   Macsecd::Switch b{2}, a{1};
   LoopDelay delay;
-  LineServer::Counts control;
+  LineServer::Counts control, eapKeys;
   std::optional<Metrics> metrics;
 };
 
@@ -116,13 +116,17 @@ TEST_F(MetricsTest, TellTheDelayOfTheLoop) {
             "macsecd_loop_frozen_total 1\n");
 }
 
-TEST_F(MetricsTest, TellWhatTheControlSocketRefused) {
-  control = {.refusedUsers = 1, .turnedAway = 2, .slowReaders = 3, .brokenLines = 4};
+TEST_F(MetricsTest, TellWhatTheSocketsRefused) {
+  control = {.refusedUsers = 1, .turnedAway = 2, .madeRoom = 5, .slowReaders = 3, .brokenLines = 4};
+  eapKeys = {.madeRoom = 6};
   EXPECT_EQ(linesOf("macsecd_control_"),
             "macsecd_control_refusals_total{reason=\"user\"} 1\n"
             "macsecd_control_refusals_total{reason=\"too-many\"} 2\n"
+            "macsecd_control_refusals_total{reason=\"made-room\"} 5\n"
             "macsecd_control_refusals_total{reason=\"slow-reader\"} 3\n"
             "macsecd_control_refusals_total{reason=\"broken-line\"} 4\n");
+  EXPECT_THAT(linesOf("macsecd_eap_keys_"),
+              HasSubstr("macsecd_eap_keys_refusals_total{reason=\"made-room\"} 6\n"));
 }
 
 TEST_F(MetricsTest, KeepToTheTextFormat) {
