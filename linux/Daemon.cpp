@@ -76,9 +76,7 @@ Vesk::LogHandle const MACSECD_LEFT("MACSECD_LEFT", LogSeverity::notice,
 
 Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options, Macsecd::StateStore* store) {
   Macsecd::HostOptions host{.emulateHardware = options.emulateHardware, .store = store};
-  if (options.counters.empty()) return host;
-  host.counters = Vesk::make<Macsec::Brine::MessageCounters>(
-      "counters", std::make_shared<SharedCounters>(options.counters));
+  if (!options.counters.empty()) host.counters = messageCountersIn(options.counters);
   return host;
 }
 

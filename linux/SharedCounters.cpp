@@ -10,6 +10,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "runtime/Log.h"
 #include "runtime/Trace.h"
 
 namespace Linux {
@@ -17,6 +18,14 @@ namespace Linux {
 namespace {
 
 Vesk::TraceHandle traceHandle("Macsec");
+
+Vesk::LogHandle const MACSECD_COUNTERS_NOT_SHARED(
+    "MACSECD_COUNTERS_NOT_SHARED", Vesk::LogSeverity::warning,
+    "Frames are counted in the process's own memory, from 0 on: %s; free /dev/shm%s or name "
+    "another place with --counters, and restart",
+    "The shared memory for the counters of frames can't be had. These counters end with the "
+    "process.",
+    "Do what the message says.", 0.0, 1.0);
 
 [[noreturn]] void fail(std::string const& what) {
   throw std::system_error(errno, std::generic_category(), "message counters in " + what);
@@ -79,16 +88,17 @@ SharedCounters::SharedCounters(std::string name, SharedCountersOptions options)
 
 void SharedCounters::open() {
   memory_ = Descriptor(shm_open(name_.c_str(), O_RDWR | O_CREAT, 0600));
+  if (!memory_.isOpen() && errno == EINVAL) fail(name_ + ", which is a folder or no name");
   if (!memory_.isOpen()) fail(name_);
-  if (statusOf(memory_, name_).st_uid != geteuid()) {
-    refuse(std::errc::operation_not_permitted,
-           name_ + " belong to another user; remove /dev/shm" + name_ + " or choose another name");
+  struct stat const status = statusOf(memory_, name_);
+  if (!S_ISREG(status.st_mode)) refuse(std::errc::invalid_argument, name_ + " aren't in a file");
+  if (status.st_uid != geteuid()) {
+    refuse(std::errc::operation_not_permitted, name_ + " belong to another user");
   }
   if (!options_.counts) return;
   if (flock(memory_.fd(), LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK) fail(name_);
-    refuse(std::errc::device_or_resource_busy,
-           name_ + " are those of another process; stop it or choose another name");
+    refuse(std::errc::device_or_resource_busy, name_ + " are those of another process");
   }
   if (fchmod(memory_.fd(), options_.mode) != 0) fail(name_);
 }
@@ -127,6 +137,16 @@ void SharedCounters::corruptionFileIs(std::string_view text, std::span<uint8_t c
 }
 
 void SharedCounters::remove(std::string const& name) { shm_unlink(name.c_str()); }
+
+Vesk::Ptr<Macsec::Brine::MessageCounters> messageCountersIn(std::string const& name) {
+  using Macsec::Brine::MessageCounters;
+  try {
+    return Vesk::make<MessageCounters>("counters", std::make_shared<SharedCounters>(name));
+  } catch (std::system_error const& error) {
+    Vesk::log(MACSECD_COUNTERS_NOT_SHARED, error.what(), name);
+    return MessageCounters::inProcess("counters");
+  }
+}
 
 SharedCounterView::SharedCounterView(std::string const& name) {
   Descriptor const memory(shm_open(name.c_str(), O_RDONLY, 0));

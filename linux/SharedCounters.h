@@ -10,6 +10,7 @@
 #include "linux/Descriptor.h"
 #include "platform/CounterMemory.h"
 #include "platform/MessageCounterReader.h"
+#include "platform/MessageCounters.h"
 
 namespace Linux {
 
@@ -67,6 +68,10 @@ class SharedCounters final : public Macsec::Brine::CounterMemory {
   Descriptor memory_;
   Mapping mapping_;
 };
+
+/// A table in shared memory of this name. Where that can't be had, one in the memory of this
+/// process, and the log says why.
+Vesk::Ptr<Macsec::Brine::MessageCounters> messageCountersIn(std::string const& name);
 
 /// A look at the table of another process. It sees what is counted on, but not a table that takes
 /// the place of this one: a new look does.

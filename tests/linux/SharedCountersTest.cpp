@@ -118,9 +118,52 @@ TEST_F(SharedTable, HasOneProcessThatCounts) {
     FAIL() << "two processes count";
   } catch (std::system_error const& error) {
     EXPECT_EQ(error.code(), std::errc::device_or_resource_busy);
-    EXPECT_THAT(error.what(), HasSubstr("are those of another process; stop it"));
+    EXPECT_THAT(error.what(), HasSubstr("are those of another process"));
   }
   EXPECT_NO_THROW(start({.counts = false}, {.counts = false}));
+}
+
+/// What is at a name in place of counters.
+struct Obstacle {
+  std::function<void(std::filesystem::path const&)> make;
+  char const* told;
+};
+
+TEST_F(SharedTable, ThatCannotBeHadIsToldOnceAndTheProcessCountsInItsOwnMemory) {
+  std::filesystem::path const path = "/dev/shm" + std::string(name.c_str());
+  Obstacle const obstacles[] = {
+      {[](auto const& at) { std::filesystem::create_directory(at); }, "which is a folder or no name"},
+      {[](auto const& at) { std::filesystem::create_symlink("/etc/passwd", at); }, "symbolic link"},
+      {[](auto const& at) { mkfifo(at.c_str(), 0600); }, "aren't in a file"},
+  };
+  for (auto const& [make, told] : obstacles) {
+    make(path);
+    world.logs.clear();
+    {
+      auto const counters = messageCountersIn(name);
+      count(counters, 3);
+      EXPECT_EQ(counted(counters), 3u);
+    }
+    ASSERT_EQ(world.logs.size(), 1u) << told;
+    EXPECT_THAT(world.logs[0].text, HasSubstr(told));
+    EXPECT_THAT(world.logs[0].text, HasSubstr("free " + path.string() + " or name another"));
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::symlink_status(path)));
+    std::filesystem::remove(path);
+  }
+  auto const counters = messageCountersIn(name);
+  count(counters, 2);
+  EXPECT_EQ(status().st_uid, geteuid()) << "the next process has them in shared memory again";
+}
+
+TEST_F(SharedTable, OfAnotherUserIsLeftToHim) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can make a file of another user";
+  std::string const path = "/dev/shm" + std::string(name.c_str());
+  std::ofstream(path) << "his";
+  ASSERT_EQ(chown(path.c_str(), 60001, 60001), 0);
+  auto const counters = messageCountersIn(name);
+  count(counters, 3);
+  EXPECT_EQ(counted(counters), 3u);
+  EXPECT_EQ(fileText(path), "his");
 }
 
 TEST_F(SharedTable, OfAnotherSizeGivesWayAndWhoHasItKeepsIt) {
