@@ -27,6 +27,15 @@ Vesk::LogHandle const MACSECD_COUNTERS_NOT_SHARED(
     "process.",
     "Do what the message says.", 0.0, 1.0);
 
+Vesk::LogHandle const MACSECD_COUNTERS_CUT_SHORT(
+    "MACSECD_COUNTERS_CUT_SHORT", Vesk::LogSeverity::error,
+    "The counters of frames start anew: /dev/shm%s was cut short, or its file system is full",
+    "Octets of the shared memory for the counters of frames weren't there any more.",
+    "See that nothing but macsecd writes to that file, and that /dev/shm has room.", 0.0, 1.0);
+
+// More often than this isn't a mishap.
+constexpr unsigned kMostLosses = 3;
+
 [[noreturn]] void fail(std::string const& what) {
   throw std::system_error(errno, std::generic_category(), "message counters in " + what);
 }
@@ -75,9 +84,11 @@ Mapping::Mapping(Descriptor const& file, size_t octets, int protection) {
   void* const memory = mmap(nullptr, octets, protection, MAP_SHARED, file.fd(), 0);
   if (memory == MAP_FAILED) fail("a mapping of " + std::to_string(octets) + " octets");
   words_ = {static_cast<uint64_t*>(memory), octets / sizeof(uint64_t)};
+  range_ = std::make_unique<MappedRange>(words_);
 }
 
 Mapping::~Mapping() {
+  range_.reset();
   if (!words_.empty()) munmap(words_.data(), words_.size_bytes());
 }
 
@@ -119,12 +130,23 @@ void SharedCounters::create(size_t octets) {
 }
 
 std::span<uint64_t> SharedCounters::attach(size_t least, size_t most) {
+  if (losses_ >= kMostLosses) return own_.attach(least, most);
   if (!mapping_.words().empty() && mapping_.words().size() >= least) return mapping_.words();
   size_t const octets = most * sizeof(uint64_t);
   if (size() != octets && (options_.counts || size() == 0)) create(octets);
   if (size() < least * sizeof(uint64_t)) refuse(std::errc::not_enough_memory, name_);
   mapping_ = Mapping(memory_, size(), PROT_READ | PROT_WRITE);
   return mapping_.words();
+}
+
+void SharedCounters::detach() {
+  if (!mapping_.isWhole()) {
+    Vesk::log(MACSECD_COUNTERS_CUT_SHORT, name_);
+    if (++losses_ == kMostLosses) {
+      Vesk::log(MACSECD_COUNTERS_NOT_SHARED, "this happened too often", name_);
+    }
+  }
+  mapping_ = {};
 }
 
 void SharedCounters::corruptionFileIs(std::string_view text, std::span<uint8_t const> octets) {

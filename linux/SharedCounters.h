@@ -3,33 +3,41 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <utility>
 
 #include "linux/Descriptor.h"
+#include "linux/MappedRange.h"
 #include "platform/CounterMemory.h"
 #include "platform/MessageCounterReader.h"
 #include "platform/MessageCounters.h"
 
 namespace Linux {
 
-/// Memory that is mapped until the end of its scope.
+/// Memory that is mapped until the end of its scope. A file that is shortened under it ends no
+/// process (linux/MappedRange.h).
 class Mapping {
  public:
   Mapping() = default;
   /// Throws `std::system_error`. `protection` as in mmap(2).
   Mapping(Descriptor const& file, size_t octets, int protection);
-  Mapping(Mapping&& o) noexcept : words_(std::exchange(o.words_, {})) {}
+  Mapping(Mapping&& o) noexcept
+      : words_(std::exchange(o.words_, {})), range_(std::move(o.range_)) {}
   Mapping& operator=(Mapping&& o) noexcept {
     std::swap(words_, o.words_);
+    std::swap(range_, o.range_);
     return *this;
   }
   ~Mapping();
   std::span<uint64_t> words() const { return words_; }
+  /// Whether the file held all that was accessed.
+  bool isWhole() const { return !range_ || range_->isWhole(); }
 
  private:
   std::span<uint64_t> words_;
+  std::unique_ptr<MappedRange> range_;
 };
 
 struct SharedCountersOptions {
@@ -50,9 +58,11 @@ class SharedCounters final : public Macsec::Brine::CounterMemory {
   explicit SharedCounters(std::string name, SharedCountersOptions options = {});
 
   /// Maps all that the table may ever need; the system gives memory for what is written. Memory of
-  /// another size gives way to a new one.
+  /// another size gives way to a new one. After some losses (`isWhole`) it is memory of this
+  /// process.
   std::span<uint64_t> attach(size_t least, size_t most) override;
-  void detach() override { mapping_ = {}; }
+  void detach() override;
+  bool isWhole() const override { return mapping_.isWhole(); }
   void corruptionFileIs(std::string_view text, std::span<uint8_t const> octets) override;
 
   /// Takes the memory away from under its name; who has it goes on.
@@ -67,6 +77,8 @@ class SharedCounters final : public Macsec::Brine::CounterMemory {
   SharedCountersOptions const options_;
   Descriptor memory_;
   Mapping mapping_;
+  unsigned losses_ = 0;
+  Macsec::Brine::ProcessCounterMemory own_;
 };
 
 /// A table in shared memory of this name. Where that can't be had, one in the memory of this
@@ -74,7 +86,7 @@ class SharedCounters final : public Macsec::Brine::CounterMemory {
 Vesk::Ptr<Macsec::Brine::MessageCounters> messageCountersIn(std::string const& name);
 
 /// A look at the table of another process. It sees what is counted on, but not a table that takes
-/// the place of this one: a new look does.
+/// the place of this one: a new look does. One that is cut short under it is damaged.
 class SharedCounterView {
  public:
   /// Throws `std::system_error` if there is no such memory or it may not be read.

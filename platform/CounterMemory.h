@@ -19,6 +19,9 @@ class CounterMemory {
   virtual std::span<uint64_t> attach(size_t least, size_t most) = 0;
   /// The words given aren't valid any more. They keep their values until the next `attach()`.
   virtual void detach() = 0;
+  /// Whether the words given are still there. Where some have gone, each octet reads as 0xff, and
+  /// what is written is seen by nobody else; `attach()` gives others.
+  virtual bool isWhole() const { return true; }
   /// Keeps, for diagnosis, what was found damaged and the octets of the table as they were. A
   /// failure to do so is traced.
   virtual void corruptionFileIs(std::string_view text, std::span<uint8_t const> octets) = 0;

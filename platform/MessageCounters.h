@@ -87,6 +87,7 @@ class MessageCounters : public Vesk::PtrInterface {
   using Writer = CounterRecordWriter<>;
 
   bool isAttached();
+  void letGoOfLost();
   void takeUp();
   void takeUpHeader();
   void keepDamage();

@@ -24,7 +24,8 @@ constexpr size_t kNowhere = SIZE_MAX;
 
 // A system that has no memory to give now may have some at the next use.
 bool MessageCounters::isAttached() {
-  if (!words_.empty()) return true;
+  if (!words_.empty() && memory_->isWhole()) return true;
+  if (!words_.empty()) letGoOfLost();
   try {
     takeUp();
   } catch (std::exception const& failure) {
@@ -34,6 +35,13 @@ bool MessageCounters::isAttached() {
                ", nothing is counted: ", std::string_view(failure.what()));
   }
   return !words_.empty();
+}
+
+// Whoever has cut the memory short has cut off what was counted.
+void MessageCounters::letGoOfLost() {
+  VESK_TRACE(1, ": ", name_, ": the memory was cut short, and is taken up again");
+  words_ = {};
+  memory_->detach();
 }
 
 void MessageCounters::takeUp() {

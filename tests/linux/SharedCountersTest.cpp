@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -60,6 +61,19 @@ class SharedTable : public ::testing::Test {
     ASSERT_EQ(pread(file.fd(), &octet, 1, static_cast<off_t>(at)), 1);
     octet ^= 0xff;
     ASSERT_EQ(pwrite(file.fd(), &octet, 1, static_cast<off_t>(at)), 1);
+  }
+  /// Leaves so many octets of the table, as a mistake of another process does.
+  void cutShort(off_t octets) const {
+    pid_t const other = fork();
+    if (other == 0) _exit(truncate(("/dev/shm" + std::string(name.c_str())).c_str(), octets));
+    int status = -1;
+    ASSERT_EQ(waitpid(other, &status, 0), other);
+    ASSERT_EQ(status, 0);
+  }
+  std::vector<std::string> logged() const {
+    std::vector<std::string> names;
+    for (auto const& log : world.logs) names.push_back(log.name);
+    return names;
   }
   std::string fileText(std::string const& path) const {
     std::ifstream in(path, std::ios::binary);
@@ -132,7 +146,8 @@ struct Obstacle {
 TEST_F(SharedTable, ThatCannotBeHadIsToldOnceAndTheProcessCountsInItsOwnMemory) {
   std::filesystem::path const path = "/dev/shm" + std::string(name.c_str());
   Obstacle const obstacles[] = {
-      {[](auto const& at) { std::filesystem::create_directory(at); }, "which is a folder or no name"},
+      {[](auto const& at) { std::filesystem::create_directory(at); },
+       "which is a folder or no name"},
       {[](auto const& at) { std::filesystem::create_symlink("/etc/passwd", at); }, "symbolic link"},
       {[](auto const& at) { mkfifo(at.c_str(), 0600); }, "aren't in a file"},
   };
@@ -180,6 +195,45 @@ TEST_F(SharedTable, ThatIsNotThereIsSaidToWhoeverLooks) {
   EXPECT_THROW(SharedCounterView{name}, std::system_error);
   SharedCounters const opened(name);
   EXPECT_THROW(SharedCounterView{name}, std::system_error);
+}
+
+TEST_F(SharedTable, ThatAnotherProcessCutsShortStartsAnewAndIsToldAndTheProcessGoesOn) {
+  auto const counters = start();
+  count(counters, 3);
+  cutShort(0);
+  count(counters, 2);
+  EXPECT_EQ(counted(counters), 1u) << "what was counted where nothing is, is lost";
+  EXPECT_THAT(logged(), ElementsAre("MACSECD_COUNTERS_CUT_SHORT"));
+  EXPECT_THAT(SharedCounterView(name).reader().interfaces(), ElementsAre("Ethernet1"));
+  cutShort(5000);
+  count(counters, 1);
+  EXPECT_EQ(counted(counters), 2u) << "what is left goes on";
+}
+
+TEST_F(SharedTable, ThatIsCutShortIsDamagedForWhoeverReadsIt) {
+  auto const counters = start();
+  count(counters, 3);
+  SharedCounterView const view(name);
+  cutShort(0);
+  EXPECT_THROW(view.reader().interfaces(), Pollux::CorruptionDetectedException);
+  EXPECT_THROW(view.reader().interface("Ethernet1"), Pollux::CorruptionDetectedException);
+  EXPECT_THROW(counted(counters), Pollux::CorruptionDetectedException);
+  EXPECT_EQ(counted(counters), 0u);
+}
+
+TEST_F(SharedTable, ThatIsCutShortAgainAndAgainIsGivenUp) {
+  auto const counters = start();
+  count(counters, 3);
+  for (int i = 0; i < 3; ++i) {
+    cutShort(0);
+    count(counters, 2);
+  }
+  EXPECT_THAT(logged(), ElementsAre("MACSECD_COUNTERS_CUT_SHORT", "MACSECD_COUNTERS_CUT_SHORT",
+                                    "MACSECD_COUNTERS_CUT_SHORT", "MACSECD_COUNTERS_NOT_SHARED"));
+  cutShort(0);
+  count(counters, 4);
+  EXPECT_EQ(counted(counters), 5u);
+  EXPECT_EQ(logged().size(), 4u);
 }
 
 TEST_F(SharedTable, LeavesACorruptionFileOfItsOwnerAlone) {
