@@ -7,6 +7,7 @@
 
 #include "host/HostKey.h"
 #include "host/KeyText.h"
+#include "linux/NamespaceGuard.h"
 #include "linux/Privileges.h"
 #include "linux/ServiceManager.h"
 #include "linux/SharedCounters.h"
@@ -271,6 +272,8 @@ DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& d
   ProcessWorld world{Syslog()};
   Vesk::WorldScope const scope(world);
   try {
+    std::optional<NamespaceGuard> guard;
+    if (!options.emulateHardware) guard.emplace();
     if (auto const error = lockMemory()) Vesk::log(MACSECD_MEMORY_NOT_LOCKED, *error);
     auto const store = storeAt(options.stateFile);
     dropPrivileges();

@@ -71,7 +71,7 @@ bool isDamaged(char const* path) {
 }  // namespace
 
 LmdbStore::LmdbStore(std::string path, size_t firstMapSize)
-    : path_(std::move(path)), mapSize_(firstMapSize) {
+    : path_(std::move(path)), lock_(path_ + ".lock"), mapSize_(firstMapSize) {
   checkKinds();
   setAsideIfDamaged();
   open();

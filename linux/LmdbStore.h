@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/StateStore.h"
+#include "linux/FileLock.h"
 
 namespace Linux {
 
@@ -18,11 +19,12 @@ class LmdbStore final : public Macsecd::StateStore {
   /// Another one means that the values can't be read as those of today.
   static constexpr char const* kLayout = "1";
 
-  /// Opens or creates `path`, and `path`-lock beside it, both 0600; the folder has to be there. A
+  /// Opens or creates `path`, and beside it `path`-lock, which is the library's, and `path`.lock,
+  /// which lets one process at a time have the store, all 0600; the folder has to be there. A
   /// file that is damaged is moved to `path`.damaged, and what another layout holds is dropped;
   /// `notices` tells of both. Throws `std::runtime_error` with path and remedy if the file belongs
-  /// to somebody else or can't be made. Forks a child that tries whether the file can be read, so
-  /// it is to be called while the process has one thread and may fork.
+  /// to somebody else, is another process's or can't be made. Forks a child that tries whether the
+  /// file can be read, so it is to be called while the process has one thread and may fork.
   explicit LmdbStore(std::string path, size_t firstMapSize = size_t{16} << 20);
 
   Macsecd::StateValues readAll() override;
@@ -45,6 +47,7 @@ class LmdbStore final : public Macsecd::StateStore {
   [[noreturn]] void fail(std::string const& what, int error) const;
 
   std::string const path_;
+  FileLock const lock_;
   size_t mapSize_;
   std::unique_ptr<MDB_env, CloseEnvironment> env_;
   MDB_dbi values_ = 0;

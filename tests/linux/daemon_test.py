@@ -143,7 +143,7 @@ class Running(Program):
             self.daemon.wait()
 
     def start_notifying(self, text=GOOD, **environment):
-        path = os.path.join(self.folder, "notify")
+        path = os.path.join(tempfile.mkdtemp(dir=self.folder), "notify")
         self.manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
         self.addCleanup(self.manager.close)
         self.manager.bind(path)
@@ -267,6 +267,20 @@ class Running(Program):
         self.assertEqual(done.returncode, 3)
         self.assertIn("critical: MACSECD_CANNOT_RUN: ", done.stderr)
         self.assertIn("make its folder", done.stderr)
+
+    def test_ends_with_3_and_names_the_process_that_has_the_state(self):
+        self.start_notifying()
+        other = ("--config", self.config, "--counters", "", "--emulate-hardware", "--control", "",
+                 "--state", self.folder + "/run/state")
+        done = self.run_it(*other)
+        self.assertEqual(done.returncode, 3)
+        self.assertIn(f"run/state.lock: is held by process {self.daemon.pid} ({MACSECD} ",
+                      done.stderr)
+        self.daemon.kill()
+        self.daemon.wait()
+        self.start_notifying()
+        self.assertEqual(self.end(signal.SIGUSR1), 0)
+        self.start_notifying()
 
 
 if __name__ == "__main__":

@@ -1,0 +1,85 @@
+#include "linux/FileLock.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+
+#include "linux/ProcessName.h"
+#include "tests/linux/OtherProcess.h"
+
+namespace Linux {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class FileLocks : public ::testing::Test {
+ protected:
+  ~FileLocks() override { std::filesystem::remove_all(path); }
+  std::string error() const {
+    try {
+      FileLock const lock(path);
+    } catch (std::runtime_error const& error) {
+      return error.what();
+    }
+    return "";
+  }
+  std::string const path = ::testing::TempDir() + "/lock-" + std::to_string(getpid());
+};
+
+TEST_F(FileLocks, AreRefusedWithTheNameOfTheProcessThatHasThem) {
+  std::optional<FileLock> held;
+  OtherProcess other([&] { held.emplace(path); });
+  ASSERT_TRUE(other.hasActed());
+  EXPECT_THAT(error(),
+              AllOf(StartsWith(path + ": is held by process " + std::to_string(other.pid()) + " ("),
+                    HasSubstr("linux_test"), EndsWith("; end it, or name another path")));
+}
+
+TEST_F(FileLocks, EndWithAProcessThatIsKilled) {
+  std::optional<FileLock> held;
+  OtherProcess other([&] { held.emplace(path); });
+  ASSERT_TRUE(other.hasActed());
+  other.kill();
+  EXPECT_EQ(error(), "");
+}
+
+TEST_F(FileLocks, AreNotThoseOfAChildThatLivesLonger) {
+  std::optional<FileLock> held(path);
+  OtherProcess const child([] {});
+  held.reset();
+  OtherProcess const next([&] { held.emplace(path); });
+  EXPECT_TRUE(next.hasActed());
+}
+
+TEST_F(FileLocks, AreMadeOnNoLinkAndNoFolder) {
+  std::filesystem::create_directory(path);
+  EXPECT_THAT(error(), HasSubstr(path + ": can't be opened: Is a directory; "));
+  std::filesystem::remove(path);
+  std::filesystem::create_symlink("/etc/passwd", path);
+  EXPECT_THAT(error(), HasSubstr(path + ": can't be opened: "));
+}
+
+TEST(ProcessNames, HoldNothingThatEndsALineOfTheLog) {
+  std::string program = "sleep\nMACSECD \x1b[2J", seconds = "1000";
+  char* const arguments[] = {program.data(), seconds.data(), nullptr};
+  pid_t other = -1;
+  ASSERT_EQ(posix_spawn(&other, "/bin/sleep", nullptr, nullptr, arguments, nullptr), 0);
+  EXPECT_EQ(processName(other), "process " + std::to_string(other) + " (sleep?MACSECD??[2J 1000)");
+  kill(other, SIGKILL);
+  waitpid(other, nullptr, 0);
+}
+
+TEST(ProcessNames, DoWithoutWhatCannotBeRead) {
+  EXPECT_EQ(processName(0), "a process that isn't seen from here");
+  EXPECT_EQ(processName(1 << 30), "process 1073741824");
+}
+
+}  // namespace
+}  // namespace Linux
