@@ -12,6 +12,7 @@
 #include "linux/ServiceManager.h"
 #include "linux/SharedCounters.h"
 #include "linux/Syslog.h"
+#include "platform/Fips.h"
 
 namespace Linux {
 
@@ -79,6 +80,20 @@ Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options, Macsecd::StateS
   Macsecd::HostOptions host{.emulateHardware = options.emulateHardware, .store = store};
   if (!options.counters.empty()) host.counters = messageCountersIn(options.counters);
   return host;
+}
+
+// Before the first key is made or read: those of the host and of the configuration are made under
+// the same rule as all others. Mistakes in the configuration are told when it is taken over.
+bool cryptographyIsReady(std::string const& configFile) {
+  if (auto const missing = Macsec::missingAlgorithm()) {
+    Vesk::log(MACSECD_CANNOT_RUN, "OpenSSL's providers have no " + *missing +
+                                      "; see that openssl.cnf turns the default provider on");
+    return false;
+  }
+  auto const read = Macsecd::readConfigFile(configFile);
+  if (!read.good() || !read.config.fips || read.config.shutdown) return true;
+  Vesk::world().randCleanup();
+  return Vesk::world().fipsModeSet(1) == 1;
 }
 
 // The keys in the store are readable under the key beside it, and with it they go.
@@ -275,6 +290,7 @@ DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& d
     std::optional<NamespaceGuard> guard;
     if (!options.emulateHardware) guard.emplace();
     if (auto const error = lockMemory()) Vesk::log(MACSECD_MEMORY_NOT_LOCKED, *error);
+    if (!cryptographyIsReady(options.configFile)) return DaemonEnd::cannotRun;
     auto const store = storeAt(options.stateFile);
     dropPrivileges();
     return Daemon(options, store.get(), driverFactory).run();

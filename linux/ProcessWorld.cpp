@@ -1,15 +1,12 @@
 #include "linux/ProcessWorld.h"
 
-#include <sys/random.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <iostream>
-#include <system_error>
 
 #include "platform/Fips.h"
+#include "platform/RandomOctets.h"
 
 namespace Linux {
 
@@ -40,14 +37,8 @@ int ProcessWorld::rand() {
   return (bytes[0] & 0x7f) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
 }
 
-void ProcessWorld::randomBytes(std::span<uint8_t> out) {
-  while (!out.empty()) {
-    ssize_t const got = getrandom(out.data(), out.size(), 0);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) throw std::system_error(errno, std::generic_category(), "random bytes");
-    out = out.subspan(static_cast<size_t>(got));
-  }
-}
+// Any of it may become part of a key, and FIPS mode is about the generator of those.
+void ProcessWorld::randomBytes(std::span<uint8_t> out) { Macsec::randomOctets(out); }
 
 void ProcessWorld::exit(int status) {
   std::cout.flush();

@@ -8,7 +8,7 @@
 
 namespace Linux {
 
-/// The world of a real process with one switch: the kernel's clock and random source.
+/// The world of a real process with one switch: the kernel's clock and OpenSSL's random source.
 class ProcessWorld final : public Vesk::World {
  public:
   using Syslog = std::function<void(Vesk::LogMessage const&)>;
@@ -24,7 +24,8 @@ class ProcessWorld final : public Vesk::World {
   /// and a flood of frames doesn't ask the kernel for it again and again.
   void turnEnds();
   int rand() override;
-  /// Throws `std::system_error` if the kernel gives none.
+  /// From the generator of OpenSSL's provider for what is private. Throws `std::runtime_error` if
+  /// it gives none.
   void randomBytes(std::span<uint8_t> out) override;
   void syslog(Vesk::LogMessage const& message) override { syslog_(message); }
   void trace(Vesk::TraceRecord const& record) override {

@@ -26,6 +26,20 @@ Vesk::LogHandle const FIPS_PROVIDER_MISSING(
     "version -m' names, run 'openssl fipsinstall', and start the process again.",
     0.0, 0.0);
 
+Vesk::LogHandle const FIPS_ALGORITHM_MISSING(
+    "FIPS_ALGORITHM_MISSING", Vesk::LogSeverity::error,
+    "FIPS mode can't be set: OpenSSL's provider \"fips\" has no %s. Install another validated FIPS "
+    "module of OpenSSL 3, or take FIPS mode out of the configuration",
+    "The FIPS provider of the crypto library lacks an algorithm that key agreement needs.",
+    "See with 'openssl list -providers -verbose' what the provider is, install one that has the "
+    "algorithm, and start the process again.",
+    0.0, 0.0);
+
+constexpr char const* kCiphers[] = {"AES-128-CBC", "AES-256-CBC", "AES-128-WRAP", "AES-256-WRAP",
+                                    "AES-256-GCM"};
+constexpr char const* kMac = "CMAC";
+constexpr char const* kGenerator = "CTR-DRBG";
+
 constexpr char const* kProviders[] = {"fips", "base"};
 
 std::string takeError() {
@@ -50,14 +64,56 @@ bool validatedOnlyIs(bool on) {
   return false;
 }
 
+bool hasCipher(char const* name) {
+  EVP_CIPHER* const found = EVP_CIPHER_fetch(nullptr, name, nullptr);
+  EVP_CIPHER_free(found);
+  return found != nullptr;
+}
+
+bool hasMac() {
+  EVP_MAC* const found = EVP_MAC_fetch(nullptr, kMac, nullptr);
+  EVP_MAC_free(found);
+  return found != nullptr;
+}
+
+bool hasGenerator() {
+  EVP_RAND* const found = EVP_RAND_fetch(nullptr, kGenerator, nullptr);
+  EVP_RAND_free(found);
+  return found != nullptr;
+}
+
+// Where an algorithm is missing, all that OpenSSL says is that it can't be fetched.
+bool hasEverything() {
+  auto const missing = missingAlgorithm();
+  if (!missing) return true;
+  VESK_TRACE(1, ": The validated algorithms lack ", *missing);
+  Vesk::log(FIPS_ALGORITHM_MISSING, *missing);
+  return false;
+}
+
 }  // namespace
+
+std::optional<std::string> missingAlgorithm() {
+  ERR_set_mark();
+  std::optional<std::string> missing;
+  for (char const* const name : kCiphers) {
+    if (!missing && !hasCipher(name)) missing = name;
+  }
+  if (!missing && !hasMac()) missing = kMac;
+  if (!missing && !hasGenerator()) missing = kGenerator;
+  ERR_pop_to_mark();
+  return missing;
+}
 
 int FIPS_mode_set(int on) {
   if (!on) return validatedOnlyIs(false);
   for (char const* const name : kProviders) {
     if (!load(name)) return 0;
   }
-  return validatedOnlyIs(true);
+  if (!validatedOnlyIs(true)) return 0;
+  if (hasEverything()) return 1;
+  validatedOnlyIs(false);
+  return 0;
 }
 
 // The generators of a thread end with what OpenSSL keeps for that thread.

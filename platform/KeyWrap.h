@@ -9,8 +9,8 @@ struct evp_cipher_ctx_st;
 
 namespace Macsec {
 
-/// AES key wrap (RFC 3394) under one key encrypting key, which is set once and wiped on
-/// destruction.
+/// AES key wrap (RFC 3394), by the cryptographic provider, under one key encrypting key, which is
+/// set once and wiped on destruction.
 class KeyWrap {
  public:
   /// Octets that wrapping adds.

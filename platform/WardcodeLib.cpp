@@ -1,13 +1,13 @@
 #include "platform/WardcodeLib.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "platform/Hex.h"
 #include "platform/SecretOctets.h"
 #include "platform/WardcodeCipher.h"
-#include "runtime/Assert.h"
 #include "runtime/World.h"
 
 namespace WardcodeLib {
@@ -86,8 +86,11 @@ Vesk::String8 doEncodeKey(Vesk::String8 key) {
   auto const host = hostKey();
   std::vector<uint8_t> sealed(kNonceSize + key.size() + kTagSize);
   Vesk::world().randomBytes(std::span(sealed).first<kNonceSize>());
-  bool const done = seal(host, key.view(), sealed);
-  VESK_ASSERT_NAMED(done, "OpenSSL's default provider offers AES-256-GCM");
+  if (!seal(host, key.view(), sealed)) {
+    throw std::runtime_error(
+        "OpenSSL's providers have no AES-256-GCM to store keys with; see that "
+        "openssl.cnf turns the default or the FIPS provider on");
+  }
   return Vesk::String8::filled(kPrefix.size() + 2 * sealed.size(), [&](char* text) {
     Macsec::hexEncode(sealed, std::copy(kPrefix.begin(), kPrefix.end(), text));
   });

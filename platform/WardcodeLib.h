@@ -22,7 +22,8 @@ void hostKeyIs(std::span<uint8_t const, kHostKeySize> key);
 /// Wipes the host key, as at a clean stop.
 void hostKeyDel();
 
-/// The stored form of a key's text. No key is the empty text in both forms.
+/// The stored form of a key's text. No key is the empty text in both forms. Throws
+/// `std::runtime_error` if OpenSSL's providers lack the cipher.
 Vesk::String8 doEncodeKey(Vesk::String8 key);
 /// The key's text, wiped when its last copy goes. A text that `doEncodeKey` didn't give under this
 /// host key gives no key, and is reported.

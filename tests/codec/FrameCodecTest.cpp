@@ -111,11 +111,10 @@ TEST(FrameCodec, AllocatesNothingForAFrameThatItRefuses) {
   bench.actorIs();
   Bytes const good = bench.fullFrame();
   bench.receive(good);
-  for (size_t at :
-       {size_t{0}, size_t{18}, size_t{21}, size_t{50}, size_t{85}, size_t{190}, good.size() - 1}) {
+  for (size_t at : {size_t{0}, size_t{18}, size_t{21}, size_t{50}, size_t{85}, good.size() - 1}) {
     Bytes frame = good;
     frame[at] ^= 0x21;
-    if (at == 85 || at == 190) resign(frame);
+    if (at == 85) resign(frame);
     bench.receive(frame);
     uint64_t const before = Macsec::allocations();
     bench.receive(frame);

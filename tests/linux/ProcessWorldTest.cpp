@@ -1,13 +1,18 @@
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <openssl/rand.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <stdexcept>
+#include <string_view>
 #include <vector>
 
 #include "linux/ProcessWorld.h"
 #include "model/Factories.h"
+#include "tests/platform/SwitchableProvider.h"
 
 namespace Linux {
 namespace {
@@ -49,6 +54,47 @@ TEST(ProcessWorld, RandomBytesFillWhateverIsAskedFor) {
   EXPECT_NE(a, b);
   EXPECT_TRUE(std::any_of(a.end() - 64, a.end(), [](uint8_t byte) { return byte != 0; }));
   for (int i = 0; i < 100; ++i) EXPECT_GE(world.rand(), 0);
+}
+
+std::string providerOfRandomness() {
+  EVP_RAND* const rand = EVP_RAND_CTX_get0_rand(RAND_get0_private(nullptr));
+  return OSSL_PROVIDER_get0_name(EVP_RAND_get0_provider(rand));
+}
+
+TEST(ProcessWorldDeathTest, RandomBytesComeFromTheFipsProviderOnceItIsSet) {
+  auto const run = [] {
+    Macsec::SwitchableProvider::install(Macsec::SwitchableProvider::Mood::offersAll);
+    ProcessWorld world([](auto const&) {});
+    std::vector<uint8_t> octets(32);
+    world.randomBytes(octets);
+    EXPECT_EQ(providerOfRandomness(), "default");
+    world.randCleanup();
+    EXPECT_EQ(world.fipsModeSet(1), 1);
+    world.randomBytes(octets);
+    EXPECT_EQ(providerOfRandomness(), "fips");
+    std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+  };
+  EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(ProcessWorldDeathTest, RandomBytesWithoutAGeneratorAreAnErrorThatSaysSo) {
+  auto const run = [] {
+    using Macsec::SwitchableProvider;
+    SwitchableProvider::install(SwitchableProvider::Mood::offersNothing);
+    EVP_default_properties_enable_fips(nullptr, 1);
+    ProcessWorld world([](auto const&) {});
+    std::vector<uint8_t> octets(32);
+    try {
+      world.randomBytes(octets);
+    } catch (std::runtime_error const& error) {
+      std::string_view const text = error.what();
+      bool const isClear = text.starts_with("OpenSSL gives no random octets: error:") &&
+                           text.ends_with("; see its providers in openssl.cnf");
+      std::_Exit(isClear ? 0 : 2);
+    }
+    std::_Exit(1);
+  };
+  EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(ProcessWorld, MessagesGoToTheSinkThatTheHostGave) {

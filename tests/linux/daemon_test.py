@@ -282,6 +282,12 @@ class Running(Program):
         self.assertEqual(self.end(signal.SIGUSR1), 0)
         self.start_notifying()
 
+    def test_ends_with_3_before_it_makes_a_key_when_fips_mode_cannot_be_had(self):
+        self.start("fips: true\n" + GOOD, OPENSSL_MODULES="/nowhere")
+        self.assertEqual(self.daemon.wait(timeout=20), 3)
+        self.assertEqual(self.logged().count("FIPS_PROVIDER_MISSING"), 1)
+        self.assertFalse(os.path.exists(self.folder + "/run/state.key"))
+
 
 if __name__ == "__main__":
     unittest.main()

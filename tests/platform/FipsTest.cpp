@@ -1,14 +1,17 @@
 #include "platform/Fips.h"
 
 #include <gtest/gtest.h>
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
 #include <array>
 #include <cstdlib>
 #include <functional>
+#include <stdexcept>
 
 #include "platform/AesCmac.h"
+#include "platform/KeyDerivation.h"
 #include "platform/KeyWrap.h"
 #include "platform/WardcodeLib.h"
 #include "tests/platform/SwitchableProvider.h"
@@ -61,6 +64,11 @@ class FipsModeDeathTest : public ::testing::Test {
     KeyWrap kek(key);
     return kek.wrap(key, wrapped) && kek.unwrap(wrapped, opened) && opened == key;
   }
+  static Vesk::String8 derivedKek() {
+    Vesk::String8 kek;
+    deriveKek(bytesOf("0123456789abcdef0123456789abcdef"), bytesOf("c0de"), 128, kek);
+    return kek;
+  }
   static bool storesKeys() {
     return WardcodeLib::doDecodeKey(WardcodeLib::doEncodeKey("0011")) == "0011";
   }
@@ -86,17 +94,36 @@ TEST_F(FipsModeDeathTest, WhatTheFipsProviderLacksIsFoundNowhereElse) {
   inProcess([&] {
     SwitchableProvider::install(Mood::offersNothing);
     EXPECT_TRUE(authenticates() && wraps() && storesKeys());
-    EXPECT_EQ(FIPS_mode_set(1), 1);
+    EXPECT_EQ(EVP_default_properties_enable_fips(nullptr, 1), 1);
     EXPECT_EQ(providerOfCipher(), "none");
+    EXPECT_EQ(missingAlgorithm(), "AES-128-CBC");
     EXPECT_FALSE(authenticates());
     EXPECT_FALSE(wraps());
+    EXPECT_EQ(derivedKek(), "");
+    EXPECT_THROW(storesKeys(), std::runtime_error);
   });
+}
+
+TEST_F(FipsModeDeathTest, AProviderWithoutAnAlgorithmThatIsNeededChangesNothingAndTheLogNamesIt) {
+  for (std::string const name :
+       {"AES-256-CBC", "AES-128-WRAP", "AES-256-WRAP", "AES-256-GCM", "CMAC", "CTR-DRBG"}) {
+    inProcess([&] {
+      SwitchableProvider::install(Mood::offersAll, name);
+      EXPECT_EQ(FIPS_mode_set(1), 0);
+      EXPECT_EQ(EVP_default_properties_is_fips_enabled(nullptr), 0);
+      EXPECT_TRUE(authenticates() && wraps() && storesKeys());
+      ASSERT_EQ(world.logs.size(), 1u);
+      EXPECT_EQ(world.logs[0].name, "FIPS_ALGORITHM_MISSING");
+      EXPECT_EQ(world.logs[0].arguments[0], name);
+      EXPECT_EQ(ERR_peek_error(), 0u);
+    });
+  }
 }
 
 TEST_F(FipsModeDeathTest, OffFindsEveryAlgorithmAgain) {
   inProcess([&] {
     SwitchableProvider::install(Mood::offersNothing);
-    EXPECT_EQ(FIPS_mode_set(1), 1);
+    EXPECT_EQ(EVP_default_properties_enable_fips(nullptr, 1), 1);
     EXPECT_EQ(FIPS_mode_set(0), 1);
     EXPECT_EQ(providerOfCipher(), "default");
     EXPECT_TRUE(authenticates() && wraps() && storesKeys());

@@ -1,9 +1,15 @@
 #include "platform/KeyDerivation.h"
 
 #include <gtest/gtest.h>
+#include <openssl/core_names.h>
+#include <openssl/kdf.h>
+#include <openssl/params.h>
 
+#include <array>
 #include <string>
+#include <vector>
 
+#include "platform/AesCmac.h"
 #include "tests/platform/CountingWorld.h"
 #include "tests/platform/OctetText.h"
 
@@ -86,6 +92,61 @@ TEST(KeyDerivation, CakAndCknFromAnEapKey) {
   std::string const key256 = countedUp(0x40, 0x60);
   EXPECT_EQ(derived(deriveCak, key256, kAddresses, 256),
             "143c2e992a3a661de6d86ff254ca3e38000d54aebc99f3129c46fc6731e6e5de");
+}
+
+/// The provider's own key derivation in counter mode, whose counter has 32 bits, without a length
+/// of its own behind the context.
+std::string kbkdf(std::vector<uint8_t> key, std::string label, std::vector<uint8_t> context,
+                  size_t size) {
+  EVP_KDF* const kdf = EVP_KDF_fetch(nullptr, "KBKDF", nullptr);
+  EVP_KDF_CTX* const derivation = EVP_KDF_CTX_new(kdf);
+  std::string mac = "CMAC", cipher = key.size() == 16 ? "AES-128-CBC" : "AES-256-CBC";
+  int hasLength = 0;
+  OSSL_PARAM const params[] = {
+      OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_MAC, mac.data(), 0),
+      OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_CIPHER, cipher.data(), 0),
+      OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_KEY, key.data(), key.size()),
+      OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_SALT, label.data(), label.size()),
+      OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_INFO, context.data(), context.size()),
+      OSSL_PARAM_construct_int(OSSL_KDF_PARAM_KBKDF_USE_L, &hasLength),
+      OSSL_PARAM_construct_end()};
+  std::vector<uint8_t> out(size);
+  EXPECT_EQ(EVP_KDF_derive(derivation, out.data(), out.size(), params), 1);
+  EVP_KDF_CTX_free(derivation);
+  EVP_KDF_free(kdf);
+  return hexString(out).charPtr();
+}
+
+/// The function of 6.2.1 by the text of the standard, with a counter of so many octets.
+std::string byTheStandard(std::vector<uint8_t> const& key, std::string_view label,
+                          std::vector<uint8_t> const& context, size_t size, size_t counterSize) {
+  AesCmac cmac(key);
+  std::vector<uint8_t> out;
+  for (uint8_t round = 1; out.size() < size; ++round) {
+    std::vector<uint8_t> input(counterSize - 1);
+    input.push_back(round);
+    input.insert(input.end(), label.begin(), label.end());
+    input.push_back(0);
+    input.insert(input.end(), context.begin(), context.end());
+    std::array<uint8_t, AesCmac::kSize> block{};
+    EXPECT_TRUE(cmac.compute(input, block));
+    out.insert(out.end(), block.begin(), block.end());
+  }
+  return hexString(out).charPtr();
+}
+
+TEST(KeyDerivation, IsThatOfTheProviderButForTheSizeOfTheCounter) {
+  for (char const* const cak : {kCak128, kCak256}) {
+    auto const key = octetsOf(cak);
+    auto context = octetsOf("6162636465666768696a6b6c6d6e6f70");
+    size_t const size = key.size();
+    context.push_back(static_cast<uint8_t>(8 * size >> 8));
+    context.push_back(static_cast<uint8_t>(8 * size));
+    EXPECT_EQ(byTheStandard(key, "IEEE8021 KEK", context, size, 4),
+              kbkdf(key, "IEEE8021 KEK", context, size));
+    EXPECT_EQ(byTheStandard(key, "IEEE8021 KEK", context, size, 1),
+              derived(deriveKek, cak, kCkn, static_cast<int>(8 * size)));
+  }
 }
 
 TEST(KeyDerivation, TextsOfEitherCaseGiveTheSameLowerCaseResult) {

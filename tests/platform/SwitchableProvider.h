@@ -5,19 +5,23 @@
 #include <openssl/provider.h>
 
 #include <map>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace Macsec {
 
 /// A provider named "fips" that a test can switch: it fails to load, or it has the algorithms of
-/// the default provider as validated ones, or none at all. What it does lasts as long as the
-/// process.
+/// the default provider as validated ones, all but one, or none at all. What it does lasts as long
+/// as the process.
 class SwitchableProvider {
  public:
   enum class Mood { fails, offersAll, offersNothing };
 
-  static void install(Mood mood) {
+  /// `lacking` is one of the names of an algorithm that it hasn't got whatever its mood.
+  static void install(Mood mood, std::string_view lacking = {}) {
     mood_ = mood;
+    lacking_ = lacking;
     backing_ = OSSL_PROVIDER_load(nullptr, "default");
     OSSL_PROVIDER_add_builtin(nullptr, "fips", init);
   }
@@ -38,6 +42,7 @@ class SwitchableProvider {
     if (own.empty()) {
       auto const* all = OSSL_PROVIDER_query_operation(backing_, operation, noCache);
       for (; mood_ == Mood::offersAll && all && all->algorithm_names; ++all) {
+        if (hasName(all->algorithm_names, lacking_)) continue;
         own.push_back({all->algorithm_names, "provider=fips,fips=yes", all->implementation,
                        all->algorithm_description});
       }
@@ -47,7 +52,14 @@ class SwitchableProvider {
     return own.data();
   }
 
+  /// `names` are separated by colons.
+  static bool hasName(std::string_view names, std::string_view name) {
+    return !name.empty() && (":" + std::string(names) + ":").find(":" + std::string(name) + ":") !=
+                                std::string::npos;
+  }
+
   static inline Mood mood_;
+  static inline std::string lacking_;
   static inline OSSL_PROVIDER* backing_ = nullptr;
   static inline std::map<int, std::vector<OSSL_ALGORITHM>> algorithms_;
 };
