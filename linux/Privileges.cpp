@@ -22,11 +22,15 @@ void checked(int result, char const* what) {
   if (result != 0) throw std::system_error(errno, std::generic_category(), what);
 }
 
-// What the process itself may do, of the two that it needs: no more than it has.
-void keepOnlyNetworking() {
+void readOwn() {
   if (capng_get_caps_process() != 0) {
     throw std::system_error(errno, std::generic_category(), "reading the capabilities");
   }
+}
+
+// What the process itself may do, of the two that it needs: no more than it has.
+void keepOnlyNetworking() {
+  readOwn();
   bool isPermitted[std::size(kKept)];
   for (size_t i = 0; i < std::size(kKept); ++i) {
     isPermitted[i] = capng_have_capability(CAPNG_PERMITTED, kKept[i]) != 0;
@@ -41,15 +45,23 @@ void keepOnlyNetworking() {
   }
 }
 
-// What any program could come by that it starts. Without the capability to do so it has no way to
-// start one with more either, by the flag that is set after.
-void limitSuccessors() {
-  prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
+// The bounding set takes CAP_SETPCAP to change, and the library complains to the log of the machine
+// when it tries without. A service manager that gave none has limited the set itself.
+void limitBounds() {
+  readOwn();
+  if (capng_have_capability(CAPNG_EFFECTIVE, CAP_SETPCAP) == 0) return;
   capng_clear(CAPNG_SELECT_BOUNDS);
   for (unsigned const capability : kKept) {
     capng_update(CAPNG_ADD, CAPNG_BOUNDING_SET, capability);
   }
   capng_apply(CAPNG_SELECT_BOUNDS);
+}
+
+// What any program could come by that it starts. Without the capability to do so it has no way to
+// start one with more either, by the flag that is set after.
+void limitSuccessors() {
+  prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
+  limitBounds();
   checked(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "giving up new privileges");
 }
 

@@ -1,5 +1,6 @@
 #include "linux/SystemCalls.h"
 
+#include <sched.h>
 #include <seccomp.h>
 
 #include <cerrno>
@@ -47,6 +48,15 @@ constexpr int kRefused[] = {
 #endif
 };
 
+// The flags of new namespaces that clone takes.
+constexpr scmp_datum_t kNamespaces[] = {CLONE_NEWNS,  CLONE_NEWCGROUP, CLONE_NEWUTS, CLONE_NEWIPC,
+                                        CLONE_NEWPID, CLONE_NEWNET,    CLONE_NEWUSER};
+#if defined(__s390__)
+constexpr unsigned kCloneFlagsAt = 1;
+#else
+constexpr unsigned kCloneFlagsAt = 0;
+#endif
+
 struct Release {
   void operator()(void* filter) const { seccomp_release(filter); }
 };
@@ -54,6 +64,16 @@ struct Release {
 void checked(int result) {
   if (result != 0)
     throw std::system_error(-result, std::generic_category(), "filter of system calls");
+}
+
+// The flags of clone3 lie in memory, where no filter looks: it counts as a call that the kernel
+// doesn't have, and the library takes clone instead.
+void refuseNamespaces(void* filter, uint32_t refusal) {
+  for (scmp_datum_t const flag : kNamespaces) {
+    scmp_arg_cmp const isSet{kCloneFlagsAt, SCMP_CMP_MASKED_EQ, flag, flag};
+    checked(seccomp_rule_add_array(filter, refusal, SCMP_SYS(clone), 1, &isSet));
+  }
+  checked(seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0));
 }
 
 }  // namespace
@@ -66,6 +86,7 @@ void refuseSystemCalls() {
   checked(seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, refusal));
   checked(seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_NNP, 0));
   for (int const number : kRefused) checked(seccomp_rule_add(filter.get(), refusal, number, 0));
+  refuseNamespaces(filter.get(), refusal);
   checked(seccomp_load(filter.get()));
 }
 
