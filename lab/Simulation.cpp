@@ -19,7 +19,10 @@ PortName portOf(Switch const& owner, Lumo::IntfId intfId) {
 }  // namespace
 
 Simulation::Simulation(Scenario const& scenario, uint32_t seed)
-    : scenario_(scenario), formerLog_(std::exchange(Vesk::attributeLogEnabled, true)) {
+    : scenario_(scenario),
+      formerLog_(std::exchange(Vesk::attributeLogEnabled, true)),
+      unreadableKeys_([this] { return statusAtWork(); }) {
+  WardcodeLib::decodeFailuresDel();
   audienceIs(sakHistory_);
   std::array<uint8_t, WardcodeLib::kHostKeySize> hostKey;
   Random(seed, Stream::hostKey, 0).fill(hostKey);
@@ -61,6 +64,13 @@ void Simulation::makeSwitches(uint32_t seed) {
         std::make_unique<Switch>(spec, scenario_, clock_, seed, index, nonces_, outlets));
     starts_.emplace(spec.start, switches_.back().get());
   }
+}
+
+Vesk::Ptr<Macsec::Status const> Simulation::statusAtWork() const {
+  for (auto const& one : switches_) {
+    if (&one->world() == &Vesk::world()) return one->status();
+  }
+  return nullptr;
 }
 
 Switch& Simulation::switchOf(std::string const& name) const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/NonceWatch.h"
+#include "host/UnreadableKeys.h"
 #include "lab/Clock.h"
 #include "lab/Happening.h"
 #include "lab/SakHistory.h"
@@ -70,6 +71,7 @@ class Simulation {
   };
 
   void makeSwitches(uint32_t seed);
+  Vesk::Ptr<Macsec::Status const> statusAtWork() const;
   double nextTime() const;
   double instantFrom(double next) const;
   void settle();
@@ -121,6 +123,7 @@ class Simulation {
   std::vector<std::vector<Recorded>> recorded_;  // by wire
   std::map<PortName, WireEnd> ends_;
   std::vector<std::unique_ptr<Switch>> switches_;
+  Macsecd::UnreadableKeyTeller const unreadableKeys_;
   std::multimap<double, Switch*> starts_;
   std::priority_queue<InFlight> inFlight_;
   uint64_t departures_ = 0;

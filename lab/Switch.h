@@ -37,6 +37,8 @@ class Switch final : public Codec::FrameSink {
   SwitchSpec const& spec() const { return spec_; }
   std::string const& name() const { return spec_.name; }
   Macsecd::Host const& host() const { return *host_; }
+  /// Null while no process runs.
+  Vesk::Ptr<Macsec::Status const> status() const { return host_ ? host_->status() : nullptr; }
   SwitchWorld& world() { return world_; }
   std::vector<Lumo::IntfId> const& interfaces() const { return interfaces_; }
   bool isUp(Lumo::IntfId intfId) const {

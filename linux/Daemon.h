@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/Host.h"
+#include "host/UnreadableKeys.h"
 #include "linux/ControlSocket.h"
 #include "linux/EapKeyFeed.h"
 #include "linux/EapolSockets.h"
@@ -92,6 +93,7 @@ class Daemon final : private PortFollower {
   EventLoop loop_;
   EapolSockets sockets_;
   Macsecd::Host host_;
+  Macsecd::UnreadableKeyTeller const unreadableKeys_;
   std::unique_ptr<HardwareDriver> const driver_;
   std::map<std::string, uint16_t> portNumbers_;  ///< of the interfaces in the configuration
   EapKeyFeed eapKeys_;

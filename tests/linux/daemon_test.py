@@ -288,6 +288,16 @@ class Running(Program):
         self.assertEqual(self.logged().count("FIPS_PROVIDER_MISSING"), 1)
         self.assertFalse(os.path.exists(self.folder + "/run/state.key"))
 
+    def test_tells_once_that_keys_of_its_state_cannot_be_read(self):
+        self.start_notifying()
+        self.assertEqual(self.end(signal.SIGUSR1), 0)
+        os.remove(self.folder + "/run/state.key")
+        self.start_notifying()
+        self.assertEqual(self.end(signal.SIGTERM), 0)
+        self.assertEqual(self.logged().count("MACSECD_KEY_UNREADABLE: key c0de0001 of absent0: "),
+                         1)
+        self.assertEqual(self.logged().count("MACSECD_KEY_UNREADABLE"), 1)
+
 
 if __name__ == "__main__":
     unittest.main()

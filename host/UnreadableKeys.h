@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "model/Status.h"
+
+namespace Macsecd {
+
+/// The stored keys of a tree that can't be read, by name and interface: "key c0de0001 of
+/// Ethernet1".
+std::string unreadableKeys(Macsec::Status const& status);
+
+/// As long as it lives, a stored key that can't be read is told in the log of the switch that has
+/// come across it: where it is as far as the tree knows, and what to do. Once for each process: it
+/// is met again with each use. There is one of these at a time.
+class UnreadableKeyTeller {
+ public:
+  /// The tree of the switch that is at work; null if none is.
+  using StatusAtWork = std::function<Vesk::Ptr<Macsec::Status const>()>;
+
+  explicit UnreadableKeyTeller(StatusAtWork status);
+  ~UnreadableKeyTeller();
+  UnreadableKeyTeller(UnreadableKeyTeller const&) = delete;
+  UnreadableKeyTeller& operator=(UnreadableKeyTeller const&) = delete;
+
+ private:
+  void tell(std::string_view what) const;
+
+  StatusAtWork const status_;
+};
+
+}  // namespace Macsecd
