@@ -289,7 +289,10 @@ DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& d
   Vesk::WorldScope const scope(world);
   try {
     std::optional<NamespaceGuard> guard;
-    if (!options.emulateHardware) guard.emplace();
+    if (!options.emulateHardware) {
+      if (auto const missing = missingPrivileges()) throw std::runtime_error(*missing);
+      guard.emplace();
+    }
     if (auto const error = lockMemory()) Vesk::log(MACSECD_MEMORY_NOT_LOCKED, *error);
     if (!cryptographyIsReady(options.configFile)) return DaemonEnd::cannotRun;
     auto const store = storeAt(options.stateFile);

@@ -17,6 +17,7 @@ namespace Linux {
 namespace {
 
 constexpr unsigned kKept[] = {CAP_NET_ADMIN, CAP_NET_RAW};
+constexpr char const* kKeptNames[] = {"CAP_NET_ADMIN", "CAP_NET_RAW"};
 
 void checked(int result, char const* what) {
   if (result != 0) throw std::system_error(errno, std::generic_category(), what);
@@ -66,6 +67,18 @@ void limitSuccessors() {
 }
 
 }  // namespace
+
+std::optional<std::string> missingPrivileges() {
+  readOwn();
+  std::string missing;
+  for (size_t i = 0; i < std::size(kKept); ++i) {
+    if (capng_have_capability(CAPNG_EFFECTIVE, kKept[i]) != 0) continue;
+    missing += (missing.empty() ? "" : " and ") + std::string(kKeptNames[i]);
+  }
+  if (missing.empty()) return std::nullopt;
+  return "this process lacks " + missing +
+         ", without which no interface can be secured; run it as root, or as the service";
+}
 
 void dropPrivileges() {
   rlimit const none{0, 0};

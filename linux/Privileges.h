@@ -5,6 +5,9 @@
 
 namespace Linux {
 
+/// What the process lacks of CAP_NET_ADMIN and CAP_NET_RAW, and what to do about it.
+std::optional<std::string> missingPrivileges();
+
 /// Gives up for good what a process that agrees on keys doesn't need: every capability but
 /// CAP_NET_ADMIN and CAP_NET_RAW, the way to new ones, core dumps, that others trace it,
 /// and system calls that it never makes (linux/SystemCalls.h). Nothing that it doesn't have is

@@ -299,5 +299,31 @@ class Running(Program):
         self.assertEqual(self.logged().count("MACSECD_KEY_UNREADABLE"), 1)
 
 
+class Unprivileged(Program):
+    """With the kernel's own hardware: it ends before it asks the kernel for anything."""
+
+    def run_without(self, *capabilities):
+        # Root has what the bounding set leaves; anybody else has nothing anyway.
+        limit = ["setpriv", "--bounding-set", ",".join("-" + name for name in capabilities)]
+        return subprocess.run(
+            [*(limit if os.geteuid() == 0 else []), MACSECD, "--config", self.write(GOOD),
+             "--counters", "", "--control", "", "--state", ""],
+            capture_output=True, text=True, check=False, timeout=30)
+
+    def test_ends_with_3_and_says_what_it_lacks(self):
+        done = self.run_without("all")
+        self.assertEqual(done.returncode, 3)
+        self.assertIn("critical: MACSECD_CANNOT_RUN: this process lacks CAP_NET_ADMIN and "
+                      "CAP_NET_RAW, ", done.stderr)
+        self.assertIn("run it as root", done.stderr)
+
+    @unittest.skipIf(os.geteuid() != 0, "only root can lack one of the two")
+    def test_ends_with_3_if_it_lacks_one_of_the_two(self):
+        for name in ("net_admin", "net_raw"):
+            done = self.run_without(name)
+            self.assertEqual(done.returncode, 3)
+            self.assertIn(f"lacks CAP_{name.upper()}, without", done.stderr)
+
+
 if __name__ == "__main__":
     unittest.main()
