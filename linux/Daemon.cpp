@@ -13,6 +13,7 @@
 #include "linux/SharedCounters.h"
 #include "linux/Syslog.h"
 #include "platform/Fips.h"
+#include "platform/WardcodeLib.h"
 
 namespace Linux {
 
@@ -91,6 +92,7 @@ bool cryptographyIsReady(std::string const& configFile) {
     return false;
   }
   auto const read = Macsecd::readConfigFile(configFile);
+  WardcodeLib::hostKeyDel();  // made to read the file with, before the mode is known
   if (!read.good() || !read.config.fips || read.config.shutdown) return true;
   Vesk::world().randCleanup();
   return Vesk::world().fipsModeSet(1) == 1;
