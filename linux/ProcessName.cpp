@@ -15,7 +15,7 @@ std::string commandLineOf(pid_t pid) {
   std::ifstream file(fmt::format("/proc/{}/cmdline", pid), std::ios::binary);
   std::string line;
   for (std::istreambuf_iterator<char> at(file), end; at != end && line.size() < kMostOfLine; ++at) {
-    line += *at == '\0' ? ' ' : *at > ' ' && *at <= '~' ? *at : '?';
+    line += *at == '\0' ? ' ' : *at >= ' ' && *at <= '~' ? *at : '?';
   }
   while (line.ends_with(' ')) line.pop_back();
   return line;

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
 
 #include <filesystem>
 #include <optional>
@@ -67,11 +66,20 @@ TEST_F(FileLocks, AreMadeOnNoLinkAndNoFolder) {
 }
 
 TEST(ProcessNames, HoldNothingThatEndsALineOfTheLog) {
-  std::string program = "sleep\nMACSECD \x1b[2J", seconds = "1000";
-  char* const arguments[] = {program.data(), seconds.data(), nullptr};
-  pid_t other = -1;
-  ASSERT_EQ(posix_spawn(&other, "/bin/sleep", nullptr, nullptr, arguments, nullptr), 0);
-  EXPECT_EQ(processName(other), "process " + std::to_string(other) + " (sleep?MACSECD??[2J 1000)");
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  pid_t const other = fork();
+  if (other == 0) {
+    dup2(ends[1], STDOUT_FILENO);
+    execl("/bin/sh", "sh\nMACSECD \x1b[2J", "-c", "echo; kill -STOP $$", nullptr);
+    _exit(1);
+  }
+  close(ends[1]);
+  char runs;
+  EXPECT_EQ(read(ends[0], &runs, 1), 1);
+  close(ends[0]);
+  EXPECT_EQ(processName(other),
+            "process " + std::to_string(other) + " (sh?MACSECD ?[2J -c echo; kill -STOP $$)");
   kill(other, SIGKILL);
   waitpid(other, nullptr, 0);
 }
