@@ -8,42 +8,15 @@ import socket
 import subprocess
 import threading
 
-import scenario
-from machines import BIN, inside, run, until
+from hub import EAPOL, MACSEC, MKA, Cable  # the player looks for the cable here
+from machines import BIN, until
 
 RATE, SECONDS = 50000, 10
 MOST_GROWTH = 1024  # KiB
 ENOUGH = 0.9  # of the flood, that a daemon has to take in if no MKPDU is to be lost
 KINDS = ("eapolErr", "basicParamSetErr", "unrecognizedCkn", "icvValidationErr")
-ALL, EAPOL, MACSEC = 0x0003, 0x888E, 0x88E5
 CKN = bytes.fromhex("c0de0001")
-MKA = 18  # where an MKPDU begins in its frame
-
-
 FLOOD = threading.Lock()
-
-
-class Cable(scenario.Cable):
-    """The wire is a hub with a third port: it learns no addresses, since some are false."""
-
-    def lay(self, link="eth0"):
-        self.wire, self.enemy = (f"{self.a.name}-{name}" for name in ("wire", "enemy"))
-        run(f"ip netns add {self.wire} && ip netns add {self.enemy}")
-        run(f"ip -n {self.wire} link add bridge up type bridge group_fwd_mask 8 mcast_snooping 0")
-        for number, space in enumerate((self.a.name, self.b.name, self.enemy)):
-            mac = f"02:00:00:00:00:{number + 1:02x}"
-            run(f"ip link add port{number} netns {self.wire} type veth peer name eth0 "
-                f"address {mac} netns {space}")
-            run(f"ip -n {self.wire} link set port{number} master bridge up")
-            run(f"ip -n {self.wire} link set port{number} type bridge_slave learning off")
-            run(f"ip -n {space} link set eth0 up")
-        self.tap = inside(self.enemy, self.open_tap)
-
-    @staticmethod
-    def open_tap():
-        tap = socket.socket(socket.AF_PACKET, socket.SOCK_RAW, socket.htons(ALL))
-        tap.bind(("eth0", ALL))
-        return tap
 
 
 def heard(tap, kind, count):
@@ -82,16 +55,9 @@ def attacks(mkpdus, dice):
 
 def flood(cable, frames):
     text = "\n".join(frame.hex() for frame in frames)
-    done = subprocess.run([f"{BIN}/kernel_flood", cable.enemy, "eth0", str(RATE), str(SECONDS)],
+    done = subprocess.run([f"{BIN}/kernel_flood", cable.stranger, "eth0", str(RATE), str(SECONDS)],
                           input=text, text=True, check=True, stdout=subprocess.PIPE)
     return json.loads(done.stdout)
-
-
-def counted(machine):
-    """Frames that came in and failed, by kind."""
-    frames = machine.ask("counters")[0]["counters"]
-    return {entry["frames"].split()[-1]: entry["total"] for entry in frames
-            if entry["frames"].startswith("rx failure")}
 
 
 def session(machine):
@@ -104,7 +70,7 @@ def sends_every_kind(cable, frames):
     for frame in frames:
         cable.tap.send(frame)
     for machine in cable.machines:
-        until(lambda m=machine: set(KINDS) <= set(counted(m)), f"{machine.name} counts every kind")
+        until(lambda m=machine: set(KINDS) <= set(m.refused()), f"{machine.name} counts every kind")
 
 
 def replays_data(cable):
@@ -121,7 +87,7 @@ def sessions(cable):
 
 
 def refused(machine):
-    return sum(counted(machine).values())
+    return sum(machine.refused().values())
 
 
 def floods(cable, frames):

@@ -192,6 +192,12 @@ class Machine:
                 return {cause["cause"]: cause["what"] for cause in port["causes"]}
         return {}
 
+    def refused(self):
+        """MKPDUs that came in and failed, by kind."""
+        frames = self.ask("counters")[0]["counters"]
+        return {entry["frames"].split()[-1]: entry["total"] for entry in frames
+                if entry["frames"].startswith("rx failure")}
+
     def is_open(self, interface="eth0"):
         return self.port(interface).get("state") == "open"
 

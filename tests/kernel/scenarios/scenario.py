@@ -75,7 +75,7 @@ class Flow:
         self.lost = self.late = self.sent = None
 
     def __enter__(self):
-        a, b = self.cable.machines
+        a, b = self.cable.machines[:2]
         self.program = subprocess.Popen(
             [f"{BIN}/kernel_flow", str(self.rate), a.name, a.address(), b.name, b.address()],
             stdout=subprocess.PIPE, text=True)
