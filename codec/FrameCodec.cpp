@@ -163,7 +163,7 @@ Refusal FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame)
   countSuccess(port, Direction::rx);
   auto const message = pamManager_->rxMessageInfo();
   PeerLimit limit(reader.actor().status());
-  reader.fill(*message, limit);
+  reader.fill(*message, limit, !guardIsOn_ || guard_.areKeysForUs(reader));
   message->countInc(1);
   return {};
 }

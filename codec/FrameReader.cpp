@@ -83,7 +83,7 @@ Refusal FrameReader::takeSet(SetView const& set) {
   }
 }
 
-void FrameReader::fill(Macsec::MkaMessageInfo& message, PeerLimit& limit) {
+void FrameReader::fill(Macsec::MkaMessageInfo& message, PeerLimit& limit, bool keysAreForUs) {
   message.intfIdIs(port_.intfId);
   auto const info = message.mkaInfoIs();
   info->baseInfoIs(basicInfo());
@@ -95,8 +95,8 @@ void FrameReader::fill(Macsec::MkaMessageInfo& message, PeerLimit& limit) {
   eachPeer(potentialPeers_,
            [&](ListedPeer const& p) { message.potentialPeerIs(p.msgId(), p.msgNum()); });
   info->sakUseInfoIs(sakUseInfo());
-  info->sakDistInfoIs(sakDistInfo());
-  info->cakDistInfoIs(cakDistInfo());
+  info->sakDistInfoIs(keysAreForUs ? sakDistInfo() : Macsec::SakDistInfo());
+  info->cakDistInfoIs(keysAreForUs ? cakDistInfo() : Macsec::CakDistInfo());
   info->icvIndicatorInfoIs(Macsec::IcvIndicatorInfo(hasIcvIndicator_ ? Icv::kSize : 0));
 }
 

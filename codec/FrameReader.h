@@ -39,13 +39,20 @@ class FrameReader {
   size_t distributionAt() const {
     return distSak_.octets.empty() ? distCak_.octet : distSak_.octet;
   }
-  /// Calls `see(member, messageNumber)` for each peer that it lists, live ones first.
+  /// Calls `see(member, messageNumber)` for each live peer that it lists, and for each potential
+  /// one.
   template <class See>
-  void eachListed(See see) const;
+  void eachLive(See see) const {
+    eachIn(livePeers_, see);
+  }
+  template <class See>
+  void eachPotential(See see) const {
+    eachIn(potentialPeers_, see);
+  }
 
   /// Fills the message with a frame that has passed. Its `count` stays. Live peers of the sender
-  /// for whom the limit has no room are left out.
-  void fill(Macsec::MkaMessageInfo& message, PeerLimit& limit);
+  /// for whom the limit has no room are left out, and the keys unless they are for this end.
+  void fill(Macsec::MkaMessageInfo& message, PeerLimit& limit, bool keysAreForUs);
 
  private:
   Refusal checkActor();
@@ -60,6 +67,8 @@ class FrameReader {
   Vesk::String8 nameText(Octets name) const;
   template <class Put>
   void eachPeer(Octets list, Put put) const;
+  template <class See>
+  static void eachIn(Octets list, See see);
 
   Port const& port_;
   FrameLayout layout_;
@@ -78,12 +87,10 @@ class FrameReader {
 };
 
 template <class See>
-void FrameReader::eachListed(See see) const {
-  for (Octets list : {livePeers_, potentialPeers_}) {
-    for (; !list.empty(); list = list.subspan(sizeof(PeerList::Set))) {
-      auto const& record = *Macsec::overlayOn<PeerList::Set>(list.data());
-      see(record.memberIdentifier(), record.messageNumber().value());
-    }
+void FrameReader::eachIn(Octets list, See see) {
+  for (; !list.empty(); list = list.subspan(sizeof(PeerList::Set))) {
+    auto const& record = *Macsec::overlayOn<PeerList::Set>(list.data());
+    see(record.memberIdentifier(), record.messageNumber().value());
   }
 }
 

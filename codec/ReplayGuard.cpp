@@ -6,9 +6,9 @@ namespace Codec {
 
 namespace {
 
-// The number is one that this end has sent, and one of the last.
-bool isRecent(uint32_t listed, uint32_t lastSent, uint8_t threshold) {
-  return listed <= lastSent && int64_t{listed} >= int64_t{lastSent} - threshold;
+std::optional<Macsec::MemberIdentifier> ownIdentifier(FrameReader const& reader) {
+  auto const* const actor = reader.actor().status();
+  return actor ? Macsec::MemberIdentifier::parsed(actor->msgId().view()) : std::nullopt;
 }
 
 }  // namespace
@@ -25,13 +25,27 @@ Refusal ReplayGuard::check(Port const& port, FrameReader const& reader) const {
   return {};
 }
 
-bool ReplayGuard::hasHeardUsLately(FrameReader const& reader) const {
-  auto const* const actor = reader.actor().status();
-  auto const own = actor ? Macsec::MemberIdentifier::parsed(actor->msgId().view()) : std::nullopt;
-  if (!own) return false;
+// The number is one that this end has sent, and one of the last.
+bool ReplayGuard::isRecent(Macsec::MkaActorStatus const& actor, uint32_t listed) const {
+  return listed <= actor.msgNum() &&
+         int64_t{listed} >= int64_t{actor.msgNum()} - status_->mkpduThreshold();
+}
+
+bool ReplayGuard::areKeysForUs(FrameReader const& reader) const {
+  auto const own = ownIdentifier(reader);
   bool isListed = false;
-  reader.eachListed([&](Macsec::MemberIdentifier const& member, uint32_t number) {
-    isListed |= member == *own && isRecent(number, actor->msgNum(), status_->mkpduThreshold());
+  reader.eachLive([&](Macsec::MemberIdentifier const& member, uint32_t number) {
+    isListed |= own && member == *own && isRecent(*reader.actor().status(), number);
+  });
+  return isListed;
+}
+
+bool ReplayGuard::hasHeardUsLately(FrameReader const& reader) const {
+  if (areKeysForUs(reader)) return true;
+  auto const own = ownIdentifier(reader);
+  bool isListed = false;
+  reader.eachPotential([&](Macsec::MemberIdentifier const& member, uint32_t number) {
+    isListed |= own && member == *own && isRecent(*reader.actor().status(), number);
   });
   return isListed;
 }

@@ -41,6 +41,12 @@ void Explainer::keys() {
 }
 
 void Explainer::noteSpentKey() {
+  if (host_.transmitHold(intfId_) == TransmitHold::Reason::otherPeer) {
+    note(CauseKind::otherPeer,
+         fmt::format("the peer has another SCI than {}, with which this port began",
+                     sciText(cp_->peerSsci().sci())),
+         fmt::format("wait: the port begins anew within {:g} seconds", 3 * lifeTime()));
+  }
   if (host_.transmitHold(intfId_) != TransmitHold::Reason::spentKey) return;
   note(CauseKind::spentKey,
        fmt::format("nothing may be sent with key {} any more: a packet number could be used twice",

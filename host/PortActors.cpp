@@ -18,4 +18,11 @@ Vesk::Ptr<Macsec::MkaActorStatus> principalOf(Macsec::MkaPortStatus const& port)
   return nullptr;
 }
 
+// Who the peer is stands there a moment after it is listed.
+bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& actor, Macsec::Ssci const& peerSsci) {
+  if (actor.livePeer().members() != 1 || peerSsci == Macsec::Ssci()) return false;
+  Macsec::Sci const& sci = actor.livePeer().begin()->baseInfo().sci();
+  return sci != Macsec::Sci() && sci != peerSsci.sci();
+}
+
 }  // namespace Macsecd

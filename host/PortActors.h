@@ -9,4 +9,7 @@ bool hasLivePeer(Macsec::MkaPortStatus const& port);
 /// The actor whose key is in use; null if there is none.
 Vesk::Ptr<Macsec::MkaActorStatus> principalOf(Macsec::MkaPortStatus const& port);
 
+/// Whether the actor has one live peer, of another SCI than the one that these SSCIs are for.
+bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& actor, Macsec::Ssci const& peerSsci);
+
 }  // namespace Macsecd

@@ -42,6 +42,7 @@ struct PortChanges::ActorStatusReactor final
   Vesk::String8 fwkKey() const { return notifier()->ckn(); }
   void onPrincipal() override { changed(); }
   void onDistSak() override { changed(); }
+  void onSuccess() override { changed(); }
   void onLivePeer(Vesk::String8 const&) override { changed(); }
   void onLivePeerImmediate() override { changed(); }
   void changed() { owner().changed_(intfId); }

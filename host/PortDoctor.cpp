@@ -27,12 +27,6 @@ Vesk::LogHandle const MACSECD_STOOD_STILL(
     "Give the process more of the processor, and see whether the machine swaps or was suspended.",
     0.0, 1.0);
 
-/// Whether the actor in use has one live peer, of another SCI than this.
-bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& principal, Macsec::Sci const& sci) {
-  if (principal.livePeer().members() != 1) return false;
-  return principal.livePeer().begin()->baseInfo().sci() != sci;
-}
-
 }  // namespace
 
 struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
@@ -101,8 +95,7 @@ char const* PortDoctor::troubleOf(Lumo::IntfId intfId) const {
     return "it may not send with its key, and its key server gives no other one";
   }
   auto const cpStatus = status_->cpStatus(intfId);
-  if (!cpStatus || cpStatus->peerSsci() == Macsec::Ssci()) return nullptr;
-  if (!hasOnlyAnotherPeer(*principal, cpStatus->peerSsci().sci())) return nullptr;
+  if (!cpStatus || !hasOnlyAnotherPeer(*principal, cpStatus->peerSsci())) return nullptr;
   return "its peer has another SCI than the one that it receives from";
 }
 

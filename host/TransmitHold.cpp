@@ -19,6 +19,14 @@ Vesk::LogHandle const MACSECD_TOO_MANY_MEMBERS(
     "the same nonces. Nothing is sent until one of them has gone and a new key is there.",
     "Take all but two members off the link.", 0.0, 0.0);
 
+Vesk::LogHandle const MACSECD_OTHER_PEER(
+    "MACSECD_OTHER_PEER", Vesk::LogSeverity::warning,
+    "Interface %s is closed: its peer has another SCI than before",
+    "The SSCIs of the two ends follow from their SCIs. Nothing is sent until the port has begun "
+    "anew "
+    "with the new one.",
+    "None; it takes up to half a minute.", 0.0, 0.0);
+
 Vesk::LogHandle const MACSECD_KEY_SPENT(
     "MACSECD_KEY_SPENT", Vesk::LogSeverity::warning,
     "Interface %s is closed: nothing may be sent with key %s any more",
@@ -65,6 +73,7 @@ TransmitHold::Reason TransmitHold::reasonNow(Lumo::IntfId intfId) const {
   auto const port = ports_.status()->portStatus(intfId);
   auto const principal = port ? principalOf(*port) : nullptr;
   if (principal && principal->livePeer().members() > 1) return Reason::tooManyMembers;
+  if (principal && hasOnlyAnotherPeer(*principal, cp->peerSsci())) return Reason::otherPeer;
   auto const sak = SakId::of(cp->txSak());
   return sak && history_.isSpent(intfId, *sak) ? Reason::spentKey : Reason::none;
 }
@@ -101,6 +110,8 @@ void TransmitHold::reasonIs(Lumo::IntfId intfId, Reason reason) {
   held_[intfId] = reason;
   if (reason == Reason::tooManyMembers) {
     Vesk::log(MACSECD_TOO_MANY_MEMBERS, intfId);
+  } else if (reason == Reason::otherPeer) {
+    Vesk::log(MACSECD_OTHER_PEER, intfId);
   } else {
     Vesk::log(MACSECD_KEY_SPENT, intfId, sakText(ports_.status()->cpStatus(intfId)->txSak()));
     timer_->timeMinIs(Vesk::now());

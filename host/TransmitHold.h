@@ -17,6 +17,9 @@ namespace Macsecd {
 ///   members of a link have the SSCIs 1 and 2; a third one has the same as another, and with it the
 ///   same nonces under the one SAK. The keys that are sent with meanwhile are spent, and, if this
 ///   switch is the key server, all others too, which it made for three;
+/// - as long as the only live peer has another SCI than the one for which this end has its SSCI:
+/// the
+///   peer, which comes back under a new address, may have this very SSCI now;
 /// - as long as the transmit key that is asked for is spent (`KeyHistory`).
 ///
 /// It ends with a key that isn't spent. If this switch is the key server, it makes one as soon as
@@ -25,7 +28,7 @@ namespace Macsecd {
 class TransmitHold {
  public:
   using Input = Interface::IntfForwardingModelInputDir;
-  enum class Reason : uint8_t { none, tooManyMembers, spentKey };
+  enum class Reason : uint8_t { none, tooManyMembers, otherPeer, spentKey };
 
   /// The state machine that decides on new SAKs for the key in use; null if there is none.
   using KeyServerOf = std::function<Vesk::Ptr<Macsec::MkaKeyServerSm>(Lumo::IntfId)>;

@@ -218,7 +218,7 @@ TEST(FrameWriter, ListsPeersThatWereHeardBeforeThoseThatOthersOnlyList) {
   CodecBench bench;
   auto const actor = bench.actorIs();
   bench.fillBasic();
-  for (int at = 0; at < 300; ++at) {
+  for (int at = 0; at < 200; ++at) {
     bench.tx().potentialPeerIs(member(at), 1);
     Macsec::BasicInfo heard;
     if (at % 10 == 0) heard.sciIs(bench.sci);
@@ -226,7 +226,7 @@ TEST(FrameWriter, ListsPeersThatWereHeardBeforeThoseThatOthersOnlyList) {
   }
   bench.receive(bench.sentFrame());
   ASSERT_GT(bench.rx().potentialPeer().members(), 30u);
-  for (int at = 0; at < 300; at += 10) {
+  for (int at = 0; at < 200; at += 10) {
     EXPECT_NE(bench.rx().potentialPeer(member(at)), nullptr) << at;
   }
 }

@@ -124,6 +124,14 @@ TEST_F(TheReplayGuard, TakesAKeyFromWhoListsThisEndWithOneOfItsLastNumbers) {
   }
 }
 
+TEST_F(TheReplayGuard, LeavesOutAKeyThatIsForTheLivePeersOfItsSenderWhileThisEndIsNone) {
+  EXPECT_EQ(verdict(keyFor(1, 20, false)), SubType::none);
+  EXPECT_EQ(bench.rx().mkaInfo()->sakDistInfo(), Macsec::SakDistInfo());
+  EXPECT_TRUE(bench.rx().potentialPeer(kMemberA));
+  EXPECT_EQ(verdict(keyFor(2, 20, true)), SubType::none);
+  EXPECT_NE(bench.rx().mkaInfo()->sakDistInfo(), Macsec::SakDistInfo());
+}
+
 TEST_F(TheReplayGuard, RefusesAKeyFromWhoListsThisEndWithANumberOfLongAgoOrNoneYetSent) {
   EXPECT_EQ(verdict(keyFor(1, 17)), Reason::livenessErr);
   EXPECT_EQ(verdict(keyFor(2, 21)), Reason::livenessErr);
