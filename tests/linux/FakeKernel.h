@@ -5,13 +5,14 @@
 #include <map>
 #include <system_error>
 
+#include "host/NonceWatch.h"
 #include "linux/MacsecKernel.h"
 
 namespace Linux::Test {
 
 /// The MACsec of a kernel, as Linux 6.1 was measured to answer: it keeps what it is given and
 /// refuses what the kernel refuses. Keys are kept in `keys`, and every change that was asked for in
-/// `asked`, in order.
+/// `asked`, in order. No nonce may be repeated, whatever becomes of the devices: `nonces` tells.
 class FakeKernel final : public MacsecKernel {
  public:
   struct Device {
@@ -28,6 +29,7 @@ class FakeKernel final : public MacsecKernel {
     return {};
   }
   KernelAnswer secYs(std::vector<SecY>& out) override {
+    noteSent();
     ++dumps;
     out.clear();
     for (Device const& device : devices) out.push_back(device.secY);
@@ -89,6 +91,7 @@ class FakeKernel final : public MacsecKernel {
       size_t const size = d.secY.cipher == kGcmAesXpn256 ? 32 : 16;
       if (sa.packetNumber == 0 || place.an > 3 || sa.key.size() != size) return EINVAL;
       if (find(sas, place.an)) return EBUSY;
+      if (!place.rxSci) nonces.begins(senderOf(sa.keyId, sa.ssci), sa.packetNumber);
       sas.push_back({place.an, true, sa.packetNumber, sa.ssci, sa.keyId});
       keys[sa.keyId].assign(sa.key.begin(), sa.key.end());
       return 0;
@@ -134,6 +137,7 @@ class FakeKernel final : public MacsecKernel {
 
   std::vector<Device> devices;
   std::map<KeyId, std::vector<uint8_t>> keys;
+  Macsecd::NonceWatch nonces;
   std::vector<std::string> asked;
   /// Requests by their text that are refused, whatever the reason, with this error.
   std::map<std::string, int> refused;
@@ -141,11 +145,23 @@ class FakeKernel final : public MacsecKernel {
   int dumps = 0;
 
  private:
+  static Macsecd::NonceWatch::Sender senderOf(KeyId const& keyId, uint32_t ssci) {
+    return {"the device", std::string(keyId.begin(), keyId.end()), ssci};
+  }
+  // How far each transmit SA has come.
+  void noteSent() {
+    for (Device const& device : devices) {
+      for (HeldSa const& sa : device.secY.txSas) {
+        nonces.reaches(senderOf(sa.keyId, sa.ssci), sa.packetNumber);
+      }
+    }
+  }
   static KernelAnswer answer(int error) {
     return error ? KernelAnswer{error, std::generic_category().message(error)} : KernelAnswer();
   }
   template <class Do>
   KernelAnswer ask(std::string const& text, Do act) {
+    noteSent();
     asked.push_back(text);
     if (auto const found = refused.find(text); found != refused.end()) return answer(found->second);
     return answer(act());

@@ -21,6 +21,8 @@ class KernelBench : public ::testing::Test {
     WardcodeLib::hostKeyIs(host);
   }
 
+  ~KernelBench() override { EXPECT_THAT(kernel.nonces.repeats(), ::testing::IsEmpty()); }
+
   static Macsec::Sak sak(uint8_t an, uint32_t keyNum, size_t digits = 32) {
     Macsec::Sak sak{Macsec::AssociationNumber(an)};
     sak.keyMsgIdIs("a1a2a3a4a5a6a7a8a9aaabac");
