@@ -213,10 +213,16 @@ class Machine:
 
     def macsec(self, device=DEVICE):
         """What the kernel says of a MACsec device; packet numbers are cut to 32 bits."""
-        for found in json.loads(self.ip("-s -j macsec show") or "[]"):
+        for found in until(self.devices, "ip lists the MACsec devices undisturbed"):
             if found.get("ifname") == device:
                 return found
         return {}
+
+    def devices(self):
+        """All MACsec devices, and an empty one; None if they changed while they were listed, which
+        `ip` says in a line before the list."""
+        text = self.ip("-s -j macsec show")
+        return None if text.startswith("Dump was interrupted") else [{}] + json.loads(text or "[]")
 
     def transmit_key(self, device=DEVICE):
         """The identifier of the key that the kernel transmits with; None without one."""
