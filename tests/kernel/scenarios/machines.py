@@ -186,15 +186,15 @@ class Machine:
         return names[0] if names and port["state"] == "open" else None
 
     def causes(self, interface="eth0"):
-        """Why the port isn't secured: words and texts by word."""
+        """Why the port isn't secured, the first cause first: texts by word."""
         for port in self.ask("explain") or []:
             if port["interface"] == interface:
                 return {cause["cause"]: cause["what"] for cause in port["causes"]}
         return {}
 
     def refused(self):
-        """MKPDUs that came in and failed, by kind."""
-        frames = self.ask("counters")[0]["counters"]
+        """MKPDUs that came in and failed, by kind, as `macsecctl counters` tells them."""
+        frames = json.loads(self.ctl("--json counters"))["result"][0]["counters"]
         return {entry["frames"].split()[-1]: entry["total"] for entry in frames
                 if entry["frames"].startswith("rx failure")}
 
