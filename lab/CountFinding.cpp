@@ -15,7 +15,7 @@ using Macsec::Brine::MessageCounterData;
 std::string kindOf(HasCounted const& expected) {
   std::string kind = Vesk::stringValue(expected.direction);
   kind += std::string(" ") + Vesk::stringValue(expected.type);
-  if (expected.defect) kind += std::string(" ") + Vesk::stringValue(*expected.defect);
+  if (expected.defect) kind += std::string(" ") + Macsec::reasonName(*expected.defect);
   if (expected.sinceClear) kind += " since clear";
   return kind;
 }

@@ -7,13 +7,13 @@ namespace {
 
 std::vector<std::string> wordsOf(std::vector<Defect> const& defects) {
   std::vector<std::string> words;
-  for (Defect const defect : defects) words.push_back(Vesk::stringValue(defect));
+  for (Defect const defect : defects) words.push_back(Macsec::reasonName(defect));
   return words;
 }
 
 std::optional<Defect> takeFrom(std::vector<Defect> const& defects, Words& words) {
   for (Defect const defect : defects) {
-    if (words.take(Vesk::stringValue(defect))) return defect;
+    if (words.take(Macsec::reasonName(defect))) return defect;
   }
   return std::nullopt;
 }
@@ -39,6 +39,8 @@ HasCounted parseCounts(PortName const& port, Words& words) {
   counted.type = words.take("success") ? success : failure;
   auto all = defects();
   all.insert(all.begin(), Defect::invalid);
+  namespace Reason = Macsec::MessageCounterReason;
+  all.insert(all.end(), {Reason::replayErr, Reason::livenessErr, Reason::tooManyPeersErr});
   if (counted.type == failure) {
     if (!words.take("failure")) words.unknown("type of counter", {"success", "failure"});
     counted.defect = takeFrom(all, words);
