@@ -57,7 +57,15 @@ TransmitHold::TransmitHold(Vesk::Ptr<Macsec::Status const> status, KeyHistory& h
       keyServerOf_(std::move(keyServerOf)),
       timer_(Vesk::make<Timer>(*this, std::move(wheel))),
       ports_(std::move(status), [this](Lumo::IntfId intfId) { look(intfId); }) {
+  takeUp();
   ports_.begin();
+}
+
+// What state machines before these held back is held back until it is looked at.
+void TransmitHold::takeUp() {
+  for (auto const& entry : input_->forwardingModelInput()) held_[entry.fwkKey()] = Reason::spentKey;
+  for (auto const& [intfId, reason] : std::map(held_)) look(intfId);
+  if (!held_.empty()) timer_->timeMinIs(Vesk::now());
 }
 
 TransmitHold::~TransmitHold() { Vesk::retire(timer_); }

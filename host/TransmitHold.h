@@ -48,6 +48,7 @@ class TransmitHold {
  private:
   struct Timer;
 
+  void takeUp();
   Reason reasonNow(Lumo::IntfId intfId) const;
   void spendKeys(Lumo::IntfId intfId);
   void reasonIs(Lumo::IntfId intfId, Reason reason);

@@ -127,5 +127,16 @@ TEST_F(TheTransmitHold, HoldsOverARestartWhatWasHeldBefore) {
   EXPECT_TRUE(isHeld(a));
 }
 
+TEST_F(TheTransmitHold, HoldsNothingBackAfterARestartThatIsOverByThen) {
+  {
+    Vesk::WorldScope const scope(a.world);
+    a.host.transmitHoldInputDir()->forwardingModelInputIs(
+        kIntf, Interface::intfForwardingModelUnauthorized());
+    a.host.restart();
+  }
+  EXPECT_FALSE(isHeld(a));
+  EXPECT_TRUE(a.host.isOpen(kIntf));
+}
+
 }  // namespace
 }  // namespace Macsecd
