@@ -3,9 +3,10 @@ once more on the primary key, when it has been put right."""
 
 from hub import Cable  # the player looks for the cable  # pylint: disable=unused-import
 from machines import until
-from replay import begin, end, replays_all, replays_under_traffic, takes_no_old_frame
+from replay import LIFE_TIME, begin, end, replays_all, replays_under_traffic, takes_no_old_frame
 
 PRIMARY, FALLBACK = "c0de0001", "c0defa11"
+ACTIVATION = 30  # seconds, for which the primary key is waited for again if the peer was gone
 
 
 def on(cable, ckn):
@@ -19,7 +20,7 @@ def scene(cable):
     b.profile["key"] = {**right, "cak": right["cak"].replace("1", "2")}
     recorder = begin(cable)
     on(cable, FALLBACK)
-    data = replays_all(cable, recorder)
+    data = replays_all(cable, recorder, LIFE_TIME + ACTIVATION)
     b.profile["key"] = right
     b.reload()
     on(cable, PRIMARY)
