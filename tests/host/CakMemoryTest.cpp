@@ -111,6 +111,9 @@ TEST_F(CakMemory, NoKeyStaysInClearAfterAFileWithMistakes) {
   int key = 10;
   for (Form const& form : kForms) {
     if (!form.isText) continue;
+#ifdef __SANITIZE_ADDRESS__
+    if (&form != &kForms[1]) continue;  // each search takes seconds there
+#endif
     for (std::string const text :
          {"profiles: {one: {key: {ckn: a, cak: %}}}\nshutdwon: true\n",
           "profiles: {one: {key: {ckn: a, cak: \"%0\"}}}\n",
