@@ -25,8 +25,7 @@ Vesk::LogHandle const MACSECD_MKPDU_REPLAYED(
     "MACSECD_MKPDU_REPLAYED", Vesk::LogSeverity::warning,
     "MKPDUs come in on interface %s that have been heard before, or after later ones",
     "Somebody sends recorded MKPDUs again, or the network duplicates frames or changes their "
-    "order. "
-    "They are dropped and counted (replayErr).",
+    "order. They are dropped and counted (replayErr).",
     "Find out who else is on the link, and whether there is a loop.", kLogInterval, 0.0,
     kByInterface);
 
@@ -35,8 +34,7 @@ Vesk::LogHandle const MACSECD_KEY_WITHOUT_PROOF(
     "MKPDUs come in on interface %s that distribute a key and don't show that their sender hears "
     "this end",
     "Somebody sends recorded MKPDUs again, or the frames of this end don't arrive at the other "
-    "one. "
-    "They are dropped and counted (livenessErr).",
+    "one. They are dropped and counted (livenessErr).",
     "Find out who else is on the link, and see whether frames arrive at the other end.",
     kLogInterval, 0.0, kByInterface);
 

@@ -33,13 +33,12 @@ struct SakId {
 /// process that dies, and the store is written to once in hundreds of millions of frames.
 ///
 /// Bounded, and yet no key starts over:
-/// - Of one key server the `kMostKeys` newest keys are known one by one. Key numbers of a key
-/// server
-///   rise, so every older one is known to be spent without being known by itself.
-/// - The `kMostServers` key servers met last are known. A key of one before them can't come back:
-///   the replay guard takes a key only from a sender that lists this end's present member
-///   identifier among its last few messages, and that many sessions, of some seconds each at least,
-///   have been made since such a message can have been recorded.
+///  - Of one key server the `kMostKeys` newest keys are known one by one. Its key numbers rise, so
+///    every older one is known to be spent without being known by itself.
+///  - The `kMostServers` key servers met last are known. A key of one before them can't come back:
+///    the replay guard takes a key only from a sender that lists this end's present member
+///    identifier among its last few messages, and that many sessions, of some seconds each at
+///    least, have been made since such a message can have been recorded.
 class KeyHistory {
  public:
   static constexpr uint64_t kReserved = uint64_t{1} << 28;
@@ -64,8 +63,6 @@ class KeyHistory {
   /// Nothing is ever sent with this key again.
   void spend(Lumo::IntfId intfId, SakId const& sak);
   bool isSpent(Lumo::IntfId intfId, SakId const& sak) const;
-  /// Whether anything is known of this key.
-  bool knows(Lumo::IntfId intfId, SakId const& sak) const { return find(intfId, sak) != nullptr; }
 
   /// The lowest packet number that may be received from this channel: 1 for a new key.
   uint64_t firstToReceive(Lumo::IntfId intfId, SakId const& sak, uint64_t sci) const;

@@ -41,10 +41,11 @@ std::optional<Fault> faultOfDigits(std::string_view cak) {
 
 }  // namespace
 
-std::string keyNameOctets(std::string_view ckn) {
-  if (!Macsec::CknOctets::standsForOctets(ckn)) return std::string(ckn);
+Vesk::String8 keyNameOctets(std::string_view ckn) {
+  if (!Macsec::CknOctets::standsForOctets(ckn)) return Vesk::String8::secret(ckn);
   Macsec::CknOctets const name(ckn);
-  return std::string(name.octets().begin(), name.octets().end());
+  return Vesk::String8::secretFilled(
+      name.octets().size(), [&](char* octets) { std::ranges::copy(name.octets(), octets); });
 }
 
 std::optional<Fault> faultOfKeyName(std::string_view ckn) {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/CknOctets.h"
+#include "runtime/String8.h"
 
 namespace Macsecd {
 
@@ -18,8 +19,9 @@ struct Fault {
 };
 
 /// The octets of a key name (CKN) on the wire: an even number of hexadecimal digits, at most 64,
-/// stands for its octets; any other text goes as its characters.
-std::string keyNameOctets(std::string_view ckn);
+/// stands for its octets; any other text goes as its characters. Wiped, since an operator may have
+/// written the key where its name belongs.
+Vesk::String8 keyNameOctets(std::string_view ckn);
 /// Why this text can't be a key name; nothing when it can.
 std::optional<Fault> faultOfKeyName(std::string_view ckn);
 

@@ -15,25 +15,23 @@ Vesk::LogHandle const MACSECD_TOO_MANY_MEMBERS(
     "MACSECD_TOO_MANY_MEMBERS", Vesk::LogSeverity::error,
     "Interface %s is closed: there are more than two members on the link",
     "With extended packet numbers a third member has the SSCI of another one, and would encrypt "
-    "with "
-    "the same nonces. Nothing is sent until one of them has gone and a new key is there.",
-    "Take all but two members off the link.", 0.0, 0.0);
+    "with the same nonces. Nothing is sent until one of them has gone and a new key is there. An "
+    "end that has begun anew counts twice for some seconds.",
+    "If it lasts longer than ten seconds, take all but two members off the link.", 0.0, 0.0);
 
 Vesk::LogHandle const MACSECD_OTHER_PEER(
     "MACSECD_OTHER_PEER", Vesk::LogSeverity::warning,
     "Interface %s is closed: its peer has another SCI than before",
     "The SSCIs of the two ends follow from their SCIs. Nothing is sent until the port has begun "
-    "anew "
-    "with the new one.",
+    "anew with the new one.",
     "None; it takes up to half a minute.", 0.0, 0.0);
 
 Vesk::LogHandle const MACSECD_KEY_SPENT(
     "MACSECD_KEY_SPENT", Vesk::LogSeverity::warning,
     "Interface %s is closed: nothing may be sent with key %s any more",
     "It was there while more than two members were on the link, or under another SSCI, or its "
-    "packet "
-    "numbers are used up, or how far they went isn't known. Nothing is sent until a new key is "
-    "there.",
+    "packet numbers are used up, or how far they went isn't known. Nothing is sent until a new "
+    "key is there.",
     "None; if no new key comes within a minute, see what 'macsecctl explain' says at both ends.",
     0.0, 0.0);
 

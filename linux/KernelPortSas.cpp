@@ -189,8 +189,8 @@ bool KernelPort::installTransmit(Sak const& sak, KeyId const& keyId) {
 // anything.
 std::optional<uint64_t> KernelPort::firstPacketNumber(Sak const& sak, KeyId const& keyId,
                                                       uint32_t ssci) const {
-  if (reserved_ && reserved_->first == keyId) return reserved_->second;
   auto const first = history_.firstToSend(intfId_, sakIdOf(keyId), ssci);
+  if (first && reserved_ && reserved_->first == keyId) return reserved_->second;
   if (first != 1) return first;
   for (auto const* context : {&cpStatus_->latestSakContext(), &cpStatus_->oldSakContext()}) {
     if (context->txInstalled() && isSameKey(context->sak(), sak)) return {};

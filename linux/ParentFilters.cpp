@@ -20,8 +20,7 @@ Vesk::LogHandle const MACSEC_PARENT_NOT_CLOSED(
     "MACSEC_PARENT_NOT_CLOSED", Vesk::LogSeverity::error,
     "Clear frames aren't kept from interface %s: %s",
     "The filter that lets MACsec and EAPOL through alone couldn't be set. Frames without "
-    "protection "
-    "reach this machine beside the secured ones. It is tried again in a while.",
+    "protection reach this machine beside the secured ones. It is tried again in a while.",
     "Do what the message says. The kernel needs its modules 'sch_ingress', 'cls_bpf' and "
     "'act_gact', and the process CAP_NET_ADMIN.",
     0.0, 0.0);

@@ -106,6 +106,20 @@ TEST_F(ADriverWithAHistory, DoesNotGoFurtherAheadWhenTheKernelRefusesTheKeyForAW
   EXPECT_EQ(firstSent(), 1u);
 }
 
+TEST_F(ADriverWithAHistory, NeverSendsWithAKeyThatWasSpentBeforeTheKernelTookIt) {
+  portIs();
+  start(options());
+  cp->rxSakIs(sak(1, 1));
+  kernel.refused["add tx 1"] = ENOMEM;
+  cp->txSakIs(sak(1, 1));
+  history.spend(kIntf, *Macsecd::SakId::of(cp->txSak()));
+  kernel.refused.clear();
+  for (int i = 0; i < 20; ++i) runAt(driver->nextTime());
+  EXPECT_TRUE(device().secY.txSas.empty());
+  EXPECT_THAT(spent, ::testing::Each(1));
+  EXPECT_FALSE(spent.empty());
+}
+
 TEST_F(ADriverWithAHistory, SendsNothingWhileItsTransmitKeyIsHeldBack) {
   securedWithHistory();
   driver->transmitHeldIs(kIntf, true);
