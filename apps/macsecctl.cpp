@@ -4,6 +4,7 @@
 
 #include "host/Control.h"
 #include "host/ControlText.h"
+#include "host/JsonText.h"
 #include "linux/ControlClient.h"
 #include "linux/ControlFollow.h"
 #include "linux/TraceText.h"
@@ -55,7 +56,7 @@ Json requestOf(char const* command) {
 
 /// 0 when done, 1 when the switch refused, 3 when it can't be asked.
 int ask(Json const& request, ControlView view, Options const& options) {
-  auto const answer = Linux::askAt(options.socket, request.dump());
+  auto const answer = Linux::askAt(options.socket, Macsecd::jsonText(request));
   if (auto const* fault = std::get_if<Macsecd::Fault>(&answer)) {
     std::cerr << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
     return 3;

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <ctime>
+#include <string>
 #include <vector>
 
+#include "host/ConfigTree.h"
+#include "model/Factories.h"
 #include "platform/AesCmac.h"
 #include "runtime/Trace.h"
 
@@ -65,6 +68,20 @@ double disabledTrace() {
     });
   };
   return (loop(true) - loop(false)) / kTimes;
+}
+
+double unchangedReload(unsigned interfaces) {
+  Macsecd::SwitchConfig config;
+  for (unsigned i = 0; i < interfaces; ++i) {
+    Macsecd::ProfileConfig profile;
+    profile.name = "p" + std::to_string(i);
+    profile.key = Macsecd::KeyConfig{"6162", Vesk::String8("00112233445566778899aabbccddeeff")};
+    config.profiles.push_back(profile);
+    config.interfaces.push_back({"Ethernet" + std::to_string(i), profile.name});
+  }
+  auto const tree = Macsec::configFactory("bench");
+  Macsecd::writeConfig(config, *tree);
+  return best(3, [&] { Macsecd::writeConfig(config, *tree); }) / interfaces;
 }
 
 }  // namespace Bench

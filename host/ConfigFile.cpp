@@ -16,6 +16,7 @@
 #include "host/KeyMask.h"
 #include "host/YamlReader.h"
 #include "host/YamlText.h"
+#include "platform/Fips.h"
 
 namespace Macsecd {
 
@@ -25,6 +26,9 @@ namespace {
 constexpr uint32_t maxLifetime = UINT32_MAX / 60;
 /// Widest window of the extended packet numbering suites.
 constexpr uint32_t maxReplayWindow = (1u << 30) - 1;
+
+/// Longest name of a network device in the kernel, in octets.
+constexpr size_t kLongestDeviceName = 15;
 
 /// A key as it stands in the file, before the suite that it has to fit is known.
 struct KeyPlace {
@@ -41,11 +45,25 @@ bool isSameText(Vesk::String8 const& a, Vesk::String8 const& b) {
   });
 }
 
+bool isControl(char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; }
+
+/// What is wrong with a word for a suite.
+Fault faultOfSuite(std::string_view word) {
+  for (std::string_view const bits : {"128", "256"}) {
+    if (word != fmt::format("gcm-aes-{}", bits)) continue;
+    return {fmt::format("gcm-aes-{} counts its packets with 32 bits, and isn't offered", bits),
+            fmt::format("write 'gcm-aes-xpn-{}', which counts with 64 bits, at both ends", bits)};
+  }
+  return {fmt::format("unknown cipher-suite {}", quotedWord(word)),
+          remedyForUnknown(word, suiteWords())};
+}
+
 class ConfigReader {
  public:
   ConfigReader(YamlReader& yaml, SwitchConfig& config) : yaml_(yaml), config_(config) {}
 
   void readRoot(YAML::Node const& root);
+  void checkMachine();
 
  private:
   void readProfile(std::string const& name, YAML::Node const& nameNode, YAML::Node const& node);
@@ -99,13 +117,18 @@ class ConfigReader {
   YamlReader& yaml_;
   SwitchConfig& config_;
   std::map<std::string, YAML::Mark> profilePlace_;
+  YAML::Mark fipsAt_;
 };
 
 void ConfigReader::readRoot(YAML::Node const& root) {
   using Node = YAML::Node;
   yaml_.words(root, root.Mark(), "the configuration",
               {flag("shutdown", config_.shutdown),
-               flag("fips", config_.fips),
+               {"fips", false,
+                [this](Node const& node) {
+                  store(yaml_.boolean(node, "fips"), config_.fips);
+                  fipsAt_ = node.Mark();
+                }},
                flag("delay-protection", config_.delayProtection),
                {"profiles", false,
                 [this](Node const& node) {
@@ -121,6 +144,16 @@ void ConfigReader::readRoot(YAML::Node const& root) {
                               });
                 }}});
   checkProfilesExist();
+}
+
+// What the machine has to have for this configuration.
+void ConfigReader::checkMachine() {
+  if (!config_.fips || config_.shutdown) return;
+  if (auto const missing = Macsec::missingForFips()) {
+    yaml_.mistake(fipsAt_, fmt::format("OpenSSL can't run in FIPS mode here: {}", *missing),
+                  "install a validated FIPS module and run 'openssl fipsinstall', or take 'fips' "
+                  "out");
+  }
 }
 
 void ConfigReader::readProfile(std::string const& name, YAML::Node const& nameNode,
@@ -149,6 +182,13 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                                  YAML::Node const& node) {
   InterfaceConfig intf;
   intf.name = name;
+  if (name.size() > kLongestDeviceName) {
+    yaml_.mistake(nameNode.Mark(),
+                  fmt::format("{} has {} octets, more than any network interface", quotedWord(name),
+                              name.size()),
+                  fmt::format("write its name as the machine shows it, at most {} octets",
+                              kLongestDeviceName));
+  }
   yaml_.words(node, nameNode.Mark(), fmt::format("interface {}", quotedWord(name)),
               {{"profile", true,
                 [&](YAML::Node const& value) {
@@ -171,7 +211,7 @@ void ConfigReader::readDialect(YAML::Node const& node, Codec::Dialect& dialect) 
   using Codec::IcvIndicator;
   using Codec::NameOnWire;
   yaml_.words(
-      node, node.Mark(), "a dialect",
+      node, yaml_.placeOf(node), "a dialect",
       {choice<NameOnWire>("name-on-wire", dialect.nameOnWire,
                           {{"octets", NameOnWire::octets}, {"characters", NameOnWire::characters}}),
        choice<IcvIndicator>("icv-indicator", dialect.icvIndicator,
@@ -182,15 +222,16 @@ void ConfigReader::readDialect(YAML::Node const& node, Codec::Dialect& dialect) 
 
 // The kernel's own rule for names of devices.
 void ConfigReader::readDevice(YAML::Node const& node, std::string& device) {
-  constexpr size_t kLongest = 15;
   auto const read = yaml_.text(node, "device");
   if (!read) return;
   std::string_view const text = read->view();
-  bool const isName = !text.empty() && text.size() <= kLongest && text != "." && text != ".." &&
-                      text.find_first_of("/: \t\n") == std::string::npos;
+  bool const isName = !text.empty() && text.size() <= kLongestDeviceName && text != "." &&
+                      text != ".." && text.find_first_of("/:% ") == std::string::npos &&
+                      std::ranges::none_of(text, [](char c) { return isControl(c); });
   if (!isName) {
     yaml_.mistake(node.Mark(), fmt::format("{} is no name of a device", quotedWord(text)),
-                  "write 1 to 15 octets without a slash, a colon or white space");
+                  "write 1 to 15 octets without slash, colon, percent sign, white space or control "
+                  "characters");
   }
   for (InterfaceConfig const& other : config_.interfaces) {
     if (other.device != text) continue;
@@ -216,7 +257,7 @@ void ConfigReader::readKey(YAML::Node const& node, std::string const& word,
     place.cak = value.Mark();
     place.isHidden = key->cak.empty() || yaml_.isHidden(value);
   };
-  yaml_.words(node, node.Mark(), fmt::format("'{}'", word),
+  yaml_.words(node, yaml_.placeOf(node), fmt::format("'{}'", word),
               {{"ckn", true, readName}, {"cak", true, readText}});
 }
 
@@ -226,14 +267,13 @@ void ConfigReader::readSuite(YAML::Node const& node, ProfileConfig& profile) {
   if (auto suite = suiteOf(word->view())) {
     profile.cipherSuite = *suite;
   } else {
-    yaml_.mistake(node.Mark(), fmt::format("unknown cipher-suite {}", quotedWord(word->view())),
-                  remedyForUnknown(word->view(), suiteWords()));
+    yaml_.mistake(node.Mark(), faultOfSuite(word->view()));
   }
 }
 
 void ConfigReader::readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak) {
   yaml_.words(
-      node, node.Mark(), "'group-cak'",
+      node, yaml_.placeOf(node), "'group-cak'",
       {flag("enabled", groupCak.enabled), number("lifetime", groupCak.lifetime, 1, maxLifetime)});
 }
 
@@ -278,12 +318,23 @@ void ConfigReader::checkProfilesExist() {
   }
 }
 
-void readText(std::string_view text, std::string const& file, int linesBefore,
+/// What a text has to be: that of a file decides on this machine, and says something.
+enum class Source : uint8_t { file, text };
+
+void readText(std::string_view text, std::string const& file, int linesBefore, Source source,
               ConfigResult& result) {
   KeyMask const mask(text);
   YamlReader yaml(file, linesBefore, mask, result.mistakes);
   try {
-    ConfigReader(yaml, result.config).readRoot(readYaml(mask.masked()));
+    auto const root = readYaml(mask.masked());
+    ConfigReader reader(yaml, result.config);
+    reader.readRoot(root);
+    if (source == Source::text) return;
+    if (root.IsNull()) {
+      yaml.mistake(YAML::Mark(), "the file says nothing",
+                   "write 'interfaces: {}' if no interface is to be secured");
+    }
+    reader.checkMachine();
   } catch (YamlFault const& found) {
     yaml.mistake(found.at, found.fault);
   } catch (TooManyMistakes const&) {
@@ -299,9 +350,7 @@ Mistake at(std::string_view text, size_t octet, std::string const& file, int lin
   return {file, static_cast<int>(line) + 1 + linesBefore, static_cast<int>(column) + 1, {}, {}};
 }
 
-}  // namespace
-
-ConfigResult parseConfig(std::string_view text, std::string const& file, int linesBefore) {
+ConfigResult parse(std::string_view text, std::string const& file, int linesBefore, Source source) {
   ConfigResult result;
   size_t const control = KeyMask::controlCharacter(text);
   if (control < text.size()) {
@@ -310,9 +359,15 @@ ConfigResult parseConfig(std::string_view text, std::string const& file, int lin
     result.mistakes.back().remedy = "remove it; a configuration is plain text in UTF-8";
     return result;
   }
-  readText(text, file, linesBefore, result);
+  readText(text, file, linesBefore, source, result);
   sortByPlace(result.mistakes);
   return result;
+}
+
+}  // namespace
+
+ConfigResult parseConfig(std::string_view text, std::string const& file, int linesBefore) {
+  return parse(text, file, linesBefore, Source::text);
 }
 
 ConfigResult readConfigFile(std::string const& path, Keys keys) {
@@ -323,7 +378,8 @@ ConfigResult readConfigFile(std::string const& path, Keys keys) {
   if (file.fault()) return refused(*file.fault());
   auto const text = file.read(maxTextSize);
   if (auto const* const fault = std::get_if<Fault>(&text)) return refused(*fault);
-  auto result = parseConfig(std::get<Vesk::String8>(text).view(), path);
+  auto const source = keys == Keys::real ? Source::file : Source::text;
+  auto result = parse(std::get<Vesk::String8>(text).view(), path, 0, source);
   auto const unsafe = keys == Keys::real ? file.faultOfKeeping() : std::nullopt;
   if (unsafe) result.mistakes.insert(result.mistakes.begin(), refused(*unsafe).mistakes[0]);
   return result;

@@ -6,6 +6,7 @@
 
 #include "host/ControlJson.h"
 #include "host/ControlRequest.h"
+#include "host/JsonText.h"
 #include "host/KeyText.h"
 #include "host/Rekey.h"
 #include "platform/Corruption.h"
@@ -181,7 +182,7 @@ std::string Control::answer(std::string_view request, bool mayChange, uint64_t c
     Asker const asker{mayChange, connection};
     return Answering(host_, ways_, subscriptions_, asker, request).result();
   };
-  return answerOf(result).dump(-1, ' ', false, Json::error_handler_t::replace);
+  return jsonText(answerOf(result));
 }
 
 }  // namespace Macsecd

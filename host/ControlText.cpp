@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "host/ControlJson.h"
+#include "host/JsonText.h"
 #include "host/TextTable.h"
 
 namespace Macsecd {
@@ -14,7 +15,7 @@ using Rows = std::vector<std::vector<std::string>>;
 std::string text(Json const& value) {
   if (value.is_null()) return "";
   if (value.is_string()) return value.get<std::string>();
-  return value.is_number_float() ? fmt::format("{:.1f}", value.get<double>()) : value.dump();
+  return value.is_number_float() ? fmt::format("{:.1f}", value.get<double>()) : jsonText(value);
 }
 
 Json const* principalOf(Json const& port) {

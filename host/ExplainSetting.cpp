@@ -22,10 +22,9 @@ bool Explainer::configuration() {
     return false;
   }
   auto const& mode = host_.status()->fipsStatus();
-  if (host_.running() && mode.fipsModeSuccess() &&
-      mode.fipsRestrictions() == config.fipsRestrictions()) {
-    return true;
-  }
+  bool const isAsConfigured = mode.fipsRestrictions() == config.fipsRestrictions() &&
+                              (mode.fipsModeSuccess() || !config.fipsRestrictions());
+  if (host_.running() && isAsConfigured) return true;
   note(CauseKind::fips,
        fmt::format("the process doesn't run in the configured FIPS mode ({})",
                    config.fipsRestrictions() ? "on" : "off"),

@@ -133,6 +133,7 @@ void Host::configIs(SwitchConfig const& config) {
   closingAre(config);
   for (InterfaceConfig const& interface : config.interfaces) portNumberIs(interface);
   writeConfig(config, *config_);
+  dropConfiguredKeys(*config_, *status_);
 }
 
 bool Host::reload(ConfigResult const& read) {
@@ -181,14 +182,17 @@ void Host::portNumberIs(InterfaceConfig const& config) {
 }
 
 void Host::handleShutdown() {
-  if (!config_->shutdown()) dropStalePorts(*status_);
   status_->macsecEnabledIs(!config_->shutdown());
+  if (config_->shutdown()) dropPorts(*status_);
 }
 
 void Host::start() {
   if (running()) return;
   status_->fipsStatusIs(Macsec::FipsStatus());
   dropStaleInterfaces(*config_, *status_);
+  dropStalePorts(*status_);
+  dropMovedPorts(*ethIntfStatusDir_, *status_);
+  dropConfiguredKeys(*config_, *status_);
   handleShutdown();
   machines_ = std::make_unique<Machines>(*this);
   applyDialects();

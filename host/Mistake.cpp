@@ -15,6 +15,12 @@ namespace {
 bool isHex(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
 bool isAlnum(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
 
+/// At least so many hexadecimal digits, and little else.
+bool isKeyLike(std::string_view word, ptrdiff_t fewestDigits) {
+  auto const digits = std::ranges::count_if(word, isHex);
+  return digits >= fewestDigits && digits * 4 >= std::ranges::count_if(word, isAlnum) * 3;
+}
+
 /// Optimal string alignment distance, three rows at a time.
 size_t distance(std::string_view a, std::string_view b) {
   std::vector<size_t> before(b.size() + 1), last(b.size() + 1), row(b.size() + 1);
@@ -53,13 +59,28 @@ void sortByPlace(std::vector<Mistake>& mistakes) {
 }
 
 bool mayBeKey(std::string_view word) {
-  auto const digits = std::ranges::count_if(word, isHex);
-  return digits >= static_cast<ptrdiff_t>(shortestKeyWord) &&
-         digits * 4 >= std::ranges::count_if(word, isAlnum) * 3;
+  return isKeyLike(word, static_cast<ptrdiff_t>(shortestKeyWord));
+}
+
+// Network cards are called "enx" and their address; no key begins like that.
+bool mayBeShown(std::string_view word) {
+  constexpr ptrdiff_t kHiddenDigits = 8;
+  if (word.starts_with("enx") && word.size() == 15) return true;
+  if (isKeyLike(word, kHiddenDigits)) return false;
+  ptrdiff_t run = 0;
+  for (char const c : word) {
+    if (isHex(c)) {
+      ++run;
+    } else if (isAlnum(c)) {
+      run = 0;
+    }
+    if (run == kHiddenDigits) return false;
+  }
+  return true;
 }
 
 std::string quotedWord(std::string_view word) {
-  if (mayBeKey(word)) return fmt::format("a word of {} characters", word.size());
+  if (!mayBeShown(word)) return fmt::format("a word of {} characters", word.size());
   std::string shown(word.substr(0, 40));
   std::replace_if(
       shown.begin(), shown.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
@@ -82,7 +103,7 @@ std::string nearestWord(std::string_view word, std::vector<std::string> const& k
 
 std::string remedyForUnknown(std::string_view word, std::vector<std::string> const& known) {
   std::vector<std::string> shown;
-  std::ranges::remove_copy_if(known, std::back_inserter(shown), mayBeKey);
+  std::ranges::copy_if(known, std::back_inserter(shown), mayBeShown);
   std::string nearest = nearestWord(word, shown);
   if (!nearest.empty()) return fmt::format("write '{}'", nearest);
   if (known.empty()) return "remove it";

@@ -32,8 +32,11 @@ inline constexpr size_t shortestKeyWord = 12;
 /// digits and little else.
 bool mayBeKey(std::string_view word);
 
-/// The word in single quotes as a message may show it. A long word made of hexadecimal digits could
-/// be a key in the wrong place, so of such a word only its length is told.
+/// Whether a message may show a word: not one with as much of a key in it as eight hexadecimal
+/// digits, with or without something between them.
+bool mayBeShown(std::string_view word);
+
+/// The word in single quotes as a message may show it; of one that it may not, the length alone.
 std::string quotedWord(std::string_view word);
 
 /// The word of `known` that is nearest to `word` (insertions, deletions, replacements and swaps of

@@ -13,14 +13,73 @@ void dropPort(Macsec::Status& status, Lumo::IntfId intfId) {
   status.cpStatusDel(intfId);
 }
 
+Vesk::Ptr<Macsec::Profile> profileOf(Macsec::Config const& config, Lumo::IntfId intfId) {
+  auto const intfConfig = config.intfConfig(intfId);
+  return intfConfig ? config.profile(intfConfig->profileName()) : nullptr;
+}
+
+bool hasDerivedKey(Macsec::IntfStatus const& intfStatus) {
+  return intfStatus.key() != Macsec::Cak() &&
+         intfStatus.dot1xType() != Macsec::IntfStatus::dot1xTypeDefault;
+}
+
+bool fallbackHasPeer(Macsec::Status const& status, Macsec::Profile const& profile,
+                     Lumo::IntfId intfId) {
+  auto const port = status.portStatus(intfId);
+  auto const actor = port ? port->actorStatus(profile.defaultKey().ckn()) : nullptr;
+  return actor && actor->defaultActor() && !actor->livePeer().empty();
+}
+
+bool isInUseWithoutKey(Macsec::Status const& status, Macsec::Profile const& profile,
+                       Lumo::IntfId intfId) {
+  auto const cp = status.cpStatus(intfId);
+  return profile.defaultKey() == Macsec::Cak() && cp && cp->controlledPortEnabled();
+}
+
+void beginAnew(Macsec::Profile& profile, Macsec::Status& status, Lumo::IntfId intfId) {
+  status.intfStatusDel(intfId);
+  dropPort(status, intfId);
+  profile.intfDel(intfId);
+  profile.intfIs(intfId, true);
+}
+
 bool isStale(Macsec::IntfStatus const& intfStatus, Macsec::Config const& config) {
-  auto const intfConfig = config.intfConfig(intfStatus.intfId());
-  auto const profile = intfConfig ? config.profile(intfConfig->profileName()) : nullptr;
+  auto const profile = profileOf(config, intfStatus.intfId());
   return profile && intfStatus.macsecParams() !=
                         Macsec::MacsecParams(profile->cipherSuite(), profile->includeSci());
 }
 
 }  // namespace
+
+void dropPorts(Macsec::Status& status) {
+  status.portStatusDelAll();
+  status.cpStatusDelAll();
+}
+
+void dropMovedPorts(Interface::EthIntfStatusDir const& dir, Macsec::Status& status) {
+  for (auto i = status.portStatus().iterator(); i; ++i) {
+    Lumo::IntfId const intfId = i->intfId();
+    auto const interface = dir.intfStatus(intfId);
+    if (!interface) continue;
+    if (i->mySci() == Macsec::Sci(interface->ethAddr(), interface->portNumber())) continue;
+    VESK_TRACE(3, ": Taking away the port of a former SCI on ", intfId);
+    dropPort(status, intfId);
+  }
+}
+
+void dropConfiguredKeys(Macsec::Config& config, Macsec::Status& status) {
+  for (auto i = status.intfStatus().iterator(); i; ++i) {
+    auto const profile = profileOf(config, i->intfId());
+    if (!profile || !profile->dot1xEnabled() || hasDerivedKey(*i)) continue;
+    if (i->key() != Macsec::Cak() && fallbackHasPeer(status, *profile, i->intfId())) {
+      VESK_TRACE(3, ": Taking away the configured key of ", i->intfId());
+      i->keyIs(Macsec::Cak());
+    } else if (i->key() != Macsec::Cak() || isInUseWithoutKey(status, *profile, i->intfId())) {
+      VESK_TRACE(3, ": Beginning anew without the configured key on ", i->intfId());
+      beginAnew(*profile, status, i->intfId());
+    }
+  }
+}
 
 void dropStalePorts(Macsec::Status& status) {
   for (auto i = status.cpStatus().iterator(); i; ++i) {

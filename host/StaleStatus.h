@@ -2,12 +2,24 @@
 
 #include "model/Config.h"
 #include "model/Status.h"
+#include "platform/EthIntfStatus.h"
 
 namespace Macsecd {
 
-/// Takes away the ports whose parameters aren't those of their interface any more: a port that
-/// waits without state machines stays as it was when the configuration changes. To be done before
-/// the engine is enabled, which takes up the ports that it finds.
+/// Takes away all ports: with MACsec off nothing of them is in force.
+void dropPorts(Macsec::Status& status);
+
+/// Takes away the ports whose interface has another SCI now (another address or port number) than
+/// that under which a former process left them.
+void dropMovedPorts(Interface::EthIntfStatusDir const& dir, Macsec::Status& status);
+
+/// Takes away the pre-shared keys of the interfaces whose profile now takes its key from 802.1X:
+/// what the configuration doesn't say isn't in force. The fallback key goes on if it has a peer;
+/// otherwise the port begins anew, so that no SAK of the former key stays in use.
+void dropConfiguredKeys(Macsec::Config& config, Macsec::Status& status);
+
+/// Takes away the ports whose parameters aren't those of their interface. To be done before the
+/// engine is enabled, which takes up the ports that it finds.
 void dropStalePorts(Macsec::Status& status);
 
 /// Takes away what the tree holds of interfaces whose profile now asks for other parameters than

@@ -1,6 +1,7 @@
 #include "host/Subscriptions.h"
 
 #include "host/EventJson.h"
+#include "host/JsonText.h"
 
 namespace Macsecd {
 
@@ -24,7 +25,7 @@ void Subscriptions::end(uint64_t connection) {
 }
 
 void Subscriptions::happened(PortEvent const& event) {
-  std::string const line = jsonOf(event).dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string const line = jsonText(jsonOf(event));
   for (auto const& [connection, intfId] : watching_) {
     if (!intfId || intfId->stringValue().view() == event.interface) tell_(connection, line);
   }
@@ -34,7 +35,7 @@ void Subscriptions::framePassed(Lumo::IntfId intfId, FrameWay way, std::span<uin
   std::string line;
   for (auto const& [connection, wanted] : capturing_) {
     if (wanted != intfId) continue;
-    if (line.empty()) line = frameJson(intfId, way, frame).dump();
+    if (line.empty()) line = jsonText(frameJson(intfId, way, frame));
     tell_(connection, line);
   }
 }

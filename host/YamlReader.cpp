@@ -23,6 +23,10 @@ void YamlReader::mistake(YAML::Mark const& at, Fault const& fault) {
   mistake(at, fault.what, fault.remedy);
 }
 
+YAML::Mark YamlReader::placeOf(YAML::Node const& value) const {
+  return value.IsNull() ? wordMark_ : value.Mark();
+}
+
 bool YamlReader::isHidden(YAML::Node const& scalar) const { return mask_.hides(scalar.Scalar()); }
 
 bool YamlReader::isMap(YAML::Node const& node, std::string const& what) {
@@ -70,6 +74,16 @@ void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string 
   }
 }
 
+void YamlReader::checkName(std::string const& kind, Vesk::String8 const& name,
+                           YAML::Mark const& at) {
+  if (!mayBeShown(name.view())) {
+    mistake(at, fmt::format("the name of this {} looks like a key, or a part of one", kind),
+            "choose a name with fewer than eight hexadecimal digits in a row");
+  } else if (KeyMask::controlCharacter(name.view()) < name.size()) {
+    mistake(at, fmt::format("the name of this {} has a control character", kind), "remove it");
+  }
+}
+
 void YamlReader::names(
     YAML::Node const& map, std::string const& kind,
     std::function<void(Vesk::String8 const&, YAML::Node const&, YAML::Node const&)> const& read) {
@@ -78,6 +92,7 @@ void YamlReader::names(
   for (auto const& pair : map) {
     auto name = keyText(pair.first, fmt::format("'{}s'", kind));
     if (!name) continue;
+    checkName(kind, *name, pair.first.Mark());
     auto [first, isNew] = lineOf.emplace(*name, pair.first.Mark().line);
     if (isNew) {
       read(*name, pair.first, pair.second);

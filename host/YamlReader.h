@@ -53,6 +53,8 @@ class YamlReader {
   std::optional<bool> boolean(YAML::Node const& node, std::string const& word);
   std::optional<uint32_t> number(YAML::Node const& node, std::string const& word, uint32_t min,
                                  uint32_t max);
+  /// Where a value stands; of an empty one, where its word stands.
+  YAML::Mark placeOf(YAML::Node const& value) const;
   /// Whether the text of a scalar was masked, so that the library has no copy of it.
   bool isHidden(YAML::Node const& scalar) const;
 
@@ -60,6 +62,7 @@ class YamlReader {
   void mistake(YAML::Mark const& at, Fault const& fault);
 
  private:
+  void checkName(std::string const& kind, Vesk::String8 const& name, YAML::Mark const& at);
   bool isMap(YAML::Node const& node, std::string const& what);
   std::optional<Vesk::String8> keyText(YAML::Node const& key, std::string const& what);
 

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "host/JsonText.h"
 #include "lab/Clock.h"
 
 namespace Lab {
@@ -110,7 +111,7 @@ void Events::happened(Happening const& happening) {
   json["switch"] = happening.switchName;
   std::visit([&](auto const& what) { put(json, what); }, happening.what);
   // Names that are no UTF-8 are shown as far as they are.
-  out_ << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+  out_ << Macsecd::jsonText(json) << '\n';
 }
 
 }  // namespace Lab

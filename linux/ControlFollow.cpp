@@ -8,6 +8,7 @@
 #include "host/Control.h"
 #include "host/ControlText.h"
 #include "host/EventText.h"
+#include "host/JsonText.h"
 #include "host/Pcap.h"
 #include "linux/ControlClient.h"
 #include "linux/WallClock.h"
@@ -22,7 +23,7 @@ constexpr int kNoAnswer = 3;
 std::string requestOf(char const* command, ControlFollow const& follow) {
   nlohmann::ordered_json request = {{"version", Macsecd::Control::kVersion}, {"command", command}};
   if (!follow.interface.empty()) request["interface"] = follow.interface;
-  return request.dump();
+  return Macsecd::jsonText(request);
 }
 
 /// Follows to the end: `take` gets each line behind the answer, and returns whether it was good.
@@ -81,7 +82,8 @@ int captureFrames(ControlFollow const& follow, std::string const& file, std::ost
         << "room\n";
   }
   nlohmann::ordered_json const told = {{"file", file}, {"frames", frames}};
-  out << (follow.json ? told.dump() : fmt::format("{} frames in {}", frames, file)) << '\n';
+  out << (follow.json ? Macsecd::jsonText(told) : fmt::format("{} frames in {}", frames, file))
+      << '\n';
   return status;
 }
 

@@ -4,7 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+
+#include "host/JsonText.h"
 
 namespace Linux {
 
@@ -25,7 +26,7 @@ std::string lineOf(Macsecd::Fault const& fault) {
                                        {"ok", false},
                                        {"error", fault.what},
                                        {"remedy", fault.remedy}};
-  return json.dump() + "\n";
+  return Macsecd::jsonText(json) + "\n";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "host/JsonText.h"
 #include "linux/TraceFile.h"
 #include "linux/WallClock.h"
 
@@ -25,7 +26,7 @@ int showTrace(std::string const& path, bool json, std::ostream& out, std::ostrea
                                            {"handle", one.handle},
                                            {"place", one.place},
                                            {"text", one.text}};
-    out << object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    out << Macsecd::jsonText(object) << '\n';
   }
   return 0;
 }

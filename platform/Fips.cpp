@@ -1,10 +1,12 @@
 #include "platform/Fips.h"
 
+#include <openssl/conf.h>
 #include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/provider.h>
 
+#include <memory>
 #include <string>
 
 #include "runtime/Log.h"
@@ -64,22 +66,34 @@ bool validatedOnlyIs(bool on) {
   return false;
 }
 
-bool hasCipher(char const* name) {
-  EVP_CIPHER* const found = EVP_CIPHER_fetch(nullptr, name, nullptr);
+bool hasCipher(OSSL_LIB_CTX* context, char const* name, char const* properties) {
+  EVP_CIPHER* const found = EVP_CIPHER_fetch(context, name, properties);
   EVP_CIPHER_free(found);
   return found != nullptr;
 }
 
-bool hasMac() {
-  EVP_MAC* const found = EVP_MAC_fetch(nullptr, kMac, nullptr);
+bool hasMac(OSSL_LIB_CTX* context, char const* properties) {
+  EVP_MAC* const found = EVP_MAC_fetch(context, kMac, properties);
   EVP_MAC_free(found);
   return found != nullptr;
 }
 
-bool hasGenerator() {
-  EVP_RAND* const found = EVP_RAND_fetch(nullptr, kGenerator, nullptr);
+bool hasGenerator(OSSL_LIB_CTX* context, char const* properties) {
+  EVP_RAND* const found = EVP_RAND_fetch(context, kGenerator, properties);
   EVP_RAND_free(found);
   return found != nullptr;
+}
+
+std::optional<std::string> missingOf(OSSL_LIB_CTX* context, char const* properties) {
+  ERR_set_mark();
+  std::optional<std::string> missing;
+  for (char const* const name : kCiphers) {
+    if (!missing && !hasCipher(context, name, properties)) missing = name;
+  }
+  if (!missing && !hasMac(context, properties)) missing = kMac;
+  if (!missing && !hasGenerator(context, properties)) missing = kGenerator;
+  ERR_pop_to_mark();
+  return missing;
 }
 
 // Where an algorithm is missing, all that OpenSSL says is that it can't be fetched.
@@ -93,16 +107,24 @@ bool hasEverything() {
 
 }  // namespace
 
-std::optional<std::string> missingAlgorithm() {
+std::optional<std::string> missingAlgorithm() { return missingOf(nullptr, nullptr); }
+
+std::optional<std::string> missingForFips() {
+  std::unique_ptr<OSSL_LIB_CTX, void (*)(OSSL_LIB_CTX*)> const context(OSSL_LIB_CTX_new(),
+                                                                       OSSL_LIB_CTX_free);
+  std::unique_ptr<char, void (*)(char*)> const file(CONF_get1_default_config_file(),
+                                                    [](char* text) { OPENSSL_free(text); });
   ERR_set_mark();
+  static_cast<void>(OSSL_LIB_CTX_load_config(context.get(), file.get()));
   std::optional<std::string> missing;
-  for (char const* const name : kCiphers) {
-    if (!missing && !hasCipher(name)) missing = name;
+  for (char const* const name : kProviders) {
+    if (missing || OSSL_PROVIDER_try_load(context.get(), name, 1)) continue;
+    missing = "the provider \"" + std::string(name) + "\" can't be loaded";
   }
-  if (!missing && !hasMac()) missing = kMac;
-  if (!missing && !hasGenerator()) missing = kGenerator;
   ERR_pop_to_mark();
-  return missing;
+  if (missing) return missing;
+  auto const algorithm = missingOf(context.get(), "fips=yes");
+  return algorithm ? std::optional("its provider has no " + *algorithm) : std::nullopt;
 }
 
 int FIPS_mode_set(int on) {

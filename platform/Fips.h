@@ -22,4 +22,8 @@ void RAND_cleanup();
 /// The first algorithm that key agreement needs and OpenSSL's providers, as they are, don't have.
 std::optional<std::string> missingAlgorithm();
 
+/// What FIPS mode would lack in a process of this machine: a provider or an algorithm. Changes
+/// nothing of this process.
+std::optional<std::string> missingForFips();
+
 }  // namespace Macsec

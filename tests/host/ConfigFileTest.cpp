@@ -105,8 +105,10 @@ TEST(ConfigFile, AnUnknownWordIsAnsweredWithTheNearestOne) {
               ElementsAre(HasSubstr("unknown word 'colour' in profile 'p'; use one of: key, ")));
   EXPECT_THAT(complaints(profile("group-cak: {lifetme: 5}")),
               ElementsAre("f:3:17: unknown word 'lifetme' in 'group-cak'; write 'lifetime'"));
-  EXPECT_THAT(complaints(profile("cipher-suite: gcm-aes-128")),
-              ElementsAre("f:3:19: unknown cipher-suite 'gcm-aes-128'; write 'gcm-aes-xpn-128'"));
+  EXPECT_THAT(
+      complaints(profile("cipher-suite: gcm-aes-128")),
+      ElementsAre("f:3:19: gcm-aes-128 counts its packets with 32 bits, and isn't offered; write "
+                  "'gcm-aes-xpn-128', which counts with 64 bits, at both ends"));
 }
 
 TEST(ConfigFile, AMissingEntryIsToldAtThePlaceOfItsOwner) {
@@ -260,7 +262,7 @@ TEST(ConfigFile, AKeyThatIsWrittenWithEscapesIsAMistake) {
 
 TEST(ConfigFile, ANameOfAProfileThatCouldBeAKeyIsNotSuggested) {
   auto const all = complaints("profiles: {" + key128 + ": }\ninterfaces: {e: {profile: x}}\n");
-  EXPECT_THAT(all, ElementsAre(Not(HasSubstr(key128))));
+  EXPECT_THAT(all, ::testing::Each(Not(HasSubstr(key128))));
 }
 
 TEST(ConfigFile, AllMistakesComeAtOnceInTheOrderOfTheirPlaces) {
@@ -331,33 +333,6 @@ TEST(ConfigFile, AnInterfaceHasWhatIsSaidOfItsDeviceAndItsPort) {
   EXPECT_EQ(other.replayWindow, 64u);
   EXPECT_EQ(other.policy, SecurePolicy::shouldSecure);
   EXPECT_EQ(other.onPeerLoss, OnPeerLoss::close);
-}
-
-TEST(ConfigFile, ANameThatNoDeviceCanHaveIsAMistake) {
-  for (char const* name : {"sixteen-octets-x", "a/b", "'a b'", "..", "a:b"}) {
-    auto const mistakes =
-        parseConfig(std::string("profiles: {p: {dot1x: true}}\ninterfaces: {e1: {profile: p, "
-                                "device: ") +
-                        name + "}}\n",
-                    "f")
-            .mistakes;
-    ASSERT_THAT(mistakes, SizeIs(1)) << name;
-    EXPECT_THAT(mistakes[0].text(), HasSubstr("is no name of a device")) << name;
-  }
-}
-
-TEST(ConfigFile, TwoInterfacesWithOneDeviceAreAMistake) {
-  auto const mistakes = parseConfig(
-                            "profiles: {p: {dot1x: true}}\n"
-                            "interfaces:\n"
-                            "  e1: {profile: p, device: uplink}\n"
-                            "  e2: {profile: p, device: uplink}\n",
-                            "f")
-                            .mistakes;
-  ASSERT_THAT(mistakes, SizeIs(1));
-  EXPECT_EQ(mistakes[0].text(),
-            "f:4:28: the device 'uplink' is already that of interface 'e1'; give each interface a "
-            "device of its own");
 }
 
 TEST(ConfigFile, PlacesCountTheLinesBeforeTheText) {

@@ -77,17 +77,17 @@ TEST_F(InputFileTest, SocketsDevicesAndFoldersAreRefusedByName) {
 }
 
 TEST_F(InputFileTest, APipeThatTheProcessWasGivenIsReadToItsEndOnce) {
-  GivenPipe const given("fips: true\n");
+  GivenPipe const given("shutdown: true\n");
   auto const result = readConfigFile(given.path());
   ASSERT_TRUE(result.good()) << textOf(result.mistakes);
-  EXPECT_TRUE(result.config.fips);
+  EXPECT_TRUE(result.config.shutdown);
   EXPECT_THAT(whatOf(given.path()),
               HasSubstr("nothing came through the pipe, which can be read only once; name a"))
       << "an empty configuration would take all ports away";
 }
 
 TEST_F(InputFileTest, AFileUpToAMebioctetIsReadAndNoLongerOne) {
-  std::string text = "fips: true\n";
+  std::string text = "shutdown: true\n";
   text.resize(maxTextSize, '\n');
   fileIs(text);
   EXPECT_EQ(whatOf(path_), "");
@@ -98,9 +98,9 @@ TEST_F(InputFileTest, AFileUpToAMebioctetIsReadAndNoLongerOne) {
   EXPECT_THAT(whatOf(path_), HasSubstr("more than 1048576 octets")) << "a terabyte of holes";
 }
 
-TEST_F(InputFileTest, AnEmptyFileIsAnEmptyText) {
+TEST_F(InputFileTest, AnEmptyFileWouldTakeAllPortsAwayAndIsAMistake) {
   fileIs("");
-  EXPECT_EQ(whatOf(path_), "");
+  EXPECT_THAT(whatOf(path_), HasSubstr(":1:1: the file says nothing; write 'interfaces: {}'"));
 }
 
 }  // namespace

@@ -23,7 +23,8 @@ SwitchConfig shutConfig() {
 
 Macsec::MacsecParams const kLong(Macsec::CipherSuite::gcmAesXpn256, false);
 
-/// A switch whose port waits: its link has gone, MACsec is off, and the suite has changed since.
+/// A switch whose port waited for its link when MACsec was switched off, and whose suite has
+/// changed since.
 struct WaitingPort : ::testing::Test {
   WaitingPort() {
     s.bringUp();
@@ -40,13 +41,10 @@ struct WaitingPort : ::testing::Test {
   Switch s{1};
 };
 
-TEST_F(WaitingPort, StandsWithItsFormerParametersUntilMacsecIsOn) {
-  ASSERT_TRUE(s.host.status()->cpStatus(kIntf));
-  EXPECT_NE(s.host.status()->cpStatus(kIntf)->macsecParams(), kLong);
-  EXPECT_EQ(s.intfStatus()->macsecParams(), kLong);
-  s.host.configIs(longConfig());
+TEST_F(WaitingPort, GoesWhenMacsecIsSwitchedOff) {
   EXPECT_FALSE(s.host.status()->cpStatus(kIntf));
   EXPECT_FALSE(s.host.status()->portStatus(kIntf));
+  EXPECT_EQ(s.intfStatus()->macsecParams(), kLong);
 }
 
 TEST_F(WaitingPort, ComesBackWithTheNewSuiteWhenTheLinkRisesAfterMacsec) {
@@ -75,14 +73,41 @@ TEST_F(WaitingPort, ComesBackWithTheNewSuiteAfterARestartWithTheLinkUp) {
   expectNewPort();
 }
 
-TEST_F(WaitingPort, OfTheSameParametersIsLeftAsItIs) {
-  s.host.configIs(configWith(kCak));
-  s.host.linkIs(kIntf, true);
-  s.host.linkIs(kIntf, false);
-  auto const port = s.host.status()->cpStatus(kIntf);
+TEST(StaleStatus, ARestartWithMacsecOffTakesAwayWhatAReloadTakesAway) {
+  Switch s(1);
+  s.bringUp();
+  s.host.die();
   s.host.configIs(shutConfig());
-  s.host.configIs(configWith(kCak));
-  EXPECT_EQ(s.host.status()->cpStatus(kIntf), port);
+  s.host.start();
+  EXPECT_FALSE(s.host.status()->cpStatus(kIntf));
+  EXPECT_FALSE(s.host.status()->portStatus(kIntf));
+  EXPECT_FALSE(s.host.status()->macsecEnabled());
+}
+
+TEST(StaleStatus, ARestartUnderAnotherSciMakesThePortAnew) {
+  Switch s(1);
+  s.bringUp();
+  auto const member = s.actor()->msgId();
+  s.host.die();
+  s.host.interfaceDel(kIntf);
+  s.host.interfaceIs(kIntf, Lumo::EthAddr({2, 0, 0, 0, 0, 1}), 7);
+  s.host.linkIs(kIntf, true);
+  s.host.start();
+  EXPECT_EQ(s.host.status()->portStatus(kIntf)->mySci().portNum(), 7);
+  EXPECT_NE(s.actor()->msgId(), member);
+}
+
+TEST(StaleStatus, AConfiguredKeyGoesOverARestartToAFileThatTakesItFrom8021X) {
+  Switch s(1);
+  s.bringUp();
+  ASSERT_NE(s.intfStatus()->key(), Macsec::Cak());
+  SwitchConfig config = configWith(kCak);
+  config.profiles[0].dot1x = true;
+  s.host.die();
+  s.host.configIs(config);
+  s.host.start();
+  EXPECT_EQ(s.intfStatus()->key(), Macsec::Cak());
+  EXPECT_FALSE(s.actor());
 }
 
 // The file that a new process reads may ask for other parameters than the tree that it finds.

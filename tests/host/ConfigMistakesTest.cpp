@@ -1,0 +1,132 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "host/ConfigFile.h"
+#include "platform/Fips.h"
+
+namespace Macsecd {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+
+/// The lines of what an operator would see.
+std::vector<std::string> complaints(std::string const& text) {
+  std::vector<std::string> lines;
+  for (auto const& mistake : parseConfig(text, "f").mistakes) lines.push_back(mistake.text());
+  return lines;
+}
+
+/// A profile p with the given lines, which stand from line 3 on in column 5.
+std::string profile(std::string const& lines) {
+  std::string text = "profiles:\n  p:\n";
+  for (size_t at = 0; at < lines.size();) {
+    size_t end = std::min(lines.find('\n', at), lines.size());
+    text += "    " + lines.substr(at, end - at) + "\n";
+    at = end + 1;
+  }
+  return text;
+}
+
+TEST(ConfigMistakes, ANameThatNoDeviceCanHaveIsAMistake) {
+  for (char const* name :
+       {"sixteen-octets-x", "a/b", "'a b'", "..", "a:b", "'sec%d'", R"("a\x01b")", R"("a\0b")"}) {
+    auto const mistakes =
+        parseConfig(std::string("profiles: {p: {dot1x: true}}\ninterfaces: {e1: {profile: p, "
+                                "device: ") +
+                        name + "}}\n",
+                    "f")
+            .mistakes;
+    ASSERT_THAT(mistakes, SizeIs(1)) << name;
+    EXPECT_THAT(mistakes[0].text(), HasSubstr("is no name of a device")) << name;
+  }
+}
+
+TEST(ConfigMistakes, ANameThatNoInterfaceCanHaveIsAMistake) {
+  EXPECT_THAT(complaints("profiles: {p: {}}\ninterfaces: {sixteen-octets-x: {profile: p}}"),
+              ElementsAre("f:2:14: 'sixteen-octets-x' has 16 octets, more than any network "
+                          "interface; write its name as the machine shows it, at most 15 octets"));
+  EXPECT_THAT(complaints("profiles: {\"p\\x01\": {}}\n"),
+              ElementsAre("f:1:12: the name of this profile has a control character; remove it"));
+}
+
+TEST(ConfigMistakes, TwoInterfacesWithOneDeviceAreAMistake) {
+  auto const mistakes = parseConfig(
+                            "profiles: {p: {dot1x: true}}\n"
+                            "interfaces:\n"
+                            "  e1: {profile: p, device: uplink}\n"
+                            "  e2: {profile: p, device: uplink}\n",
+                            "f")
+                            .mistakes;
+  ASSERT_THAT(mistakes, SizeIs(1));
+  EXPECT_EQ(mistakes[0].text(),
+            "f:4:28: the device 'uplink' is already that of interface 'e1'; give each interface a "
+            "device of its own");
+}
+
+TEST(ConfigMistakes, AMistakeAtAnEmptyWordIsToldOnItsOwnLine) {
+  EXPECT_THAT(complaints(profile("key:\nrekey-period: 5")),
+              ElementsAre("f:3:5: 'key' has no 'ckn'; add 'ckn: ...'",
+                          "f:3:5: 'key' has no 'cak'; add 'cak: ...'"));
+}
+
+TEST(ConfigMistakes, NoMistakeShowsMuchOfAKeyInTheWrongPlace) {
+  std::string const octets = "0f:1e:2d:3c:4b:5a:69:78:87:96:a5:b4:c3:d2:e1:f0";
+  std::string digits = octets;
+  std::erase(digits, ':');
+  for (std::string const& part :
+       std::vector<std::string>{octets, octets.substr(0, 38), octets.substr(0, 23), digits,
+                                digits.substr(0, 8), "0x0f, 0x1e, 0x2d, 0x3c, 0x4b, 0x5a"}) {
+    std::string const key = "'" + part + "'";
+    for (std::string const& text : std::vector<std::string>{
+             profile("cipher-suite: " + key), profile("rekey-period: " + key),
+             "profiles: {" + key + ": {kee: 1}}", "profiles: {" + key + ": {}}", key + ": 1",
+             "profiles: {p: {}}\ninterfaces: {e: {profile: " + key + "}}",
+             "profiles: {p: {}}\ninterfaces: {" + key + ": {profile: q}}"}) {
+      auto const lines = complaints(text);
+      EXPECT_FALSE(lines.empty()) << text;
+      for (std::string const& line : lines) EXPECT_THAT(line, Not(HasSubstr(part.substr(0, 8))));
+    }
+  }
+}
+
+TEST(ConfigMistakes, ANetworkCardThatIsCalledByItsAddressIsNoKey) {
+  EXPECT_THAT(complaints("profiles: {p: {}}\ninterfaces: {enx0123456789ab: {profile: q}}"),
+              ElementsAre(HasSubstr("there is no profile 'q'; write 'p'")));
+}
+
+TEST(ConfigMistakes, AFileThatSaysNothingIsAMistake) {
+  auto const path = ::testing::TempDir() + "/says-nothing-" + std::to_string(getpid());
+  for (char const* const text : {"", "# nothing\n", "%YAML 1.2\n", "---\n", "%YAML 1.2\n---\n"}) {
+    std::ofstream(path) << text;
+    std::filesystem::permissions(path, std::filesystem::perms(0600));
+    EXPECT_FALSE(readConfigFile(path).good()) << text;
+  }
+  std::filesystem::remove(path);
+}
+
+TEST(ConfigMistakes, FipsModeThatTheMachineCannotRunInIsAMistakeOfAFile) {
+  auto const path = ::testing::TempDir() + "/fips-" + std::to_string(getpid());
+  std::ofstream(path) << "interfaces: {}\nfips: true\n";
+  std::filesystem::permissions(path, std::filesystem::perms(0600));
+  auto const mistakes = readConfigFile(path).mistakes;
+  if (Macsec::missingForFips()) {
+    ASSERT_EQ(mistakes.size(), 1u);
+    EXPECT_THAT(mistakes[0].text(), HasSubstr(":2:7: OpenSSL can't run in FIPS mode here: "));
+  } else {
+    EXPECT_THAT(mistakes, IsEmpty());
+  }
+  std::ofstream(path) << "interfaces: {}\nfips: true\nshutdown: true\n";
+  EXPECT_TRUE(readConfigFile(path).good());
+  std::filesystem::remove(path);
+}
+
+}  // namespace
+}  // namespace Macsecd
