@@ -40,6 +40,7 @@ Json jsonOf(KeySummary const& key) {
 Json jsonOf(PortSummary const& port) {
   Json json = {{"interface", port.interface},
                {"profile", orNull(port.profile)},
+               {"link", port.link},
                {"state", port.state},
                {"cipher-suite", orNull(port.cipherSuite)},
                {"sci", orNull(port.sci)},

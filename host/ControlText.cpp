@@ -103,8 +103,8 @@ std::string peers(Json const& ports) {
 
 std::string portText(Json const& port) {
   std::string out = text(port.at("interface")) + "\n";
-  for (char const* const member : {"state", "profile", "cipher-suite", "sci", "ssci", "sak", "an",
-                                   "device", "tx-packet-number", "rx-packet-number"}) {
+  for (char const* const member : {"state", "link", "profile", "cipher-suite", "sci", "ssci", "sak",
+                                   "an", "device", "tx-packet-number", "rx-packet-number"}) {
     std::string const value = text(port.at(member));
     out += fmt::format("  {:<18}{}\n", member, value.empty() ? "-" : value);
   }

@@ -16,6 +16,7 @@ bool Explanation::has(CauseKind kind) const {
 Explainer::Explainer(Host const& host, Lumo::IntfId intfId)
     : host_(host),
       intfId_(intfId),
+      passage_(passageOf(host, intfId)),
       evidence_(host.frameEvidence(intfId)),
       ethIntf_(host.ethIntfStatusDir()->intfStatus(intfId)),
       intfStatus_(host.status()->intfStatus(intfId)),
@@ -26,7 +27,7 @@ Explainer::Explainer(Host const& host, Lumo::IntfId intfId)
 
 Explanation Explainer::explanation() {
   out_.intfId = intfId_;
-  out_.secured = host_.isOpen(intfId_);
+  out_.secured = passage_ == Passage::open;
   if (host_.transmitHold(intfId_) == TransmitHold::Reason::tooManyMembers) noteTooManyMembers();
   if (configuration() && key() && link() && hardware() && frames() && members() && principal()) {
     keys();

@@ -57,13 +57,14 @@ void Explainer::noteSpentKey() {
 
 void Explainer::noteInstallation() {
   SakContext const& latest = cp_->latestSakContext();
-  if (latest == SakContext()) return;
   bool const waitsForRx = latest.rxEnabled() && !latest.rxInstalled();
   bool const waitsForTx = latest.txEnabled() && !latest.txInstalled();
-  if (!waitsForRx && !waitsForTx) return;
+  bool const receivesNot = waitsForRx || passage_ == Passage::noReceiveSa;
+  if (!receivesNot && !waitsForTx && passage_ != Passage::noTransmitSa) return;
+  Sak const& sak = latest == SakContext() ? cp_->txSak() : latest.sak();
   note(CauseKind::sakNotInstalled,
-       fmt::format("the hardware hasn't installed key {} for {}", sakText(latest.sak()),
-                   waitsForRx ? "receive" : "transmit"),
+       fmt::format("the hardware hasn't installed key {} for {}", sakText(sak),
+                   receivesNot ? "receive" : "transmit"),
        "see the driver's messages in the log");
 }
 

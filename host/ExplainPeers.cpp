@@ -29,6 +29,7 @@ bool hasLivePeer(MkaActorStatus const& actor) { return !actor.livePeer().empty()
 // Frames are looked at for what is wrong with them only while no peer is live: the fallback key's
 // peer may be there, and the primary key's frames be refused.
 bool Explainer::frames() {
+  notePeersLost();
   noteRefusedFrames();
   if (anyActor(*port_, hasLivePeer)) return true;
   noteReplayedFrames();
@@ -45,6 +46,12 @@ bool Explainer::frames() {
          "see whether this switch's frames arrive there: its receive side, and its key");
   }
   return false;
+}
+
+void Explainer::notePeersLost() {
+  if (passage_ != Passage::peersLost) return;
+  note(CauseKind::peersLost, "all peers are lost, and 'on-peer-loss: close' closes the port then",
+       "check the other end; the port opens with the first peer that is heard again");
 }
 
 void Explainer::noteRefusedFrames() {

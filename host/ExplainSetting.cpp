@@ -75,12 +75,33 @@ bool Explainer::hardware() {
   if (!fault.empty()) {
     note(CauseKind::hardwareRefuses, fault, "remove what it names; it is tried again");
   }
-  if (port_ && cp_) return true;
+  if (port_ && cp_) {
+    noteDevice();
+    return true;
+  }
   if (fault.empty()) {
     note(CauseKind::unknownToHardware, "the hardware doesn't offer MACsec on the interface",
          "choose an interface that has it, or load what drives it");
   }
   return false;
+}
+
+// Key agreement goes on without the device; traffic doesn't. A device that is dormant because the
+// port is closed is no cause.
+void Explainer::noteDevice() {
+  HardwareReport const report = host_.hardwareReport(intfId_);
+  std::string const name = report.device.empty() ? "" : " " + report.device;
+  if (report.deviceState == DeviceState::absent && host_.hardwareFault(intfId_).empty()) {
+    note(CauseKind::deviceGone, "the MACsec device of the interface isn't there",
+         "wait: it is made anew within seconds; if not, see the messages in the log");
+  } else if (report.deviceState == DeviceState::down) {
+    note(CauseKind::deviceDown, fmt::format("the MACsec device{} is set down", name),
+         fmt::format("bring it up: 'ip link set{} up'", name.empty() ? " DEVICE" : name));
+  } else if (passage_ == Passage::deviceDormant) {
+    note(CauseKind::deviceDormant,
+         fmt::format("the MACsec device{} is dormant, although traffic may pass", name),
+         "wait: it is set right within seconds; if not, find out what sets it dormant");
+  }
 }
 
 }  // namespace Macsecd

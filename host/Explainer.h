@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/Explain.h"
+#include "host/Passage.h"
 
 namespace Macsecd {
 
@@ -22,7 +23,9 @@ class Explainer {
   bool principal();
   void keys();
 
+  void noteDevice();
   void noteDerivedKey(Macsec::Profile const& profile);
+  void notePeersLost();
   void noteRefusedFrames();
   void noteReplayedFrames();
   void noteTooManyMembers();
@@ -38,6 +41,7 @@ class Explainer {
 
   Host const& host_;
   Lumo::IntfId const intfId_;
+  Passage const passage_;
   FrameEvidence const evidence_;
   Vesk::Ptr<Interface::EthIntfStatus> ethIntf_;
   Vesk::Ptr<Macsec::IntfStatus> intfStatus_;

@@ -1,6 +1,7 @@
 #include "host/Host.h"
 
 #include "host/ConfigTree.h"
+#include "host/Passage.h"
 #include "host/StaleStatus.h"
 #include "host/StatusCopy.h"
 #include "model/Factories.h"
@@ -277,11 +278,7 @@ TransmitHold::Reason Host::transmitHold(Lumo::IntfId intfId) const {
   return running() ? machines_->transmitHold.reason(intfId) : TransmitHold::Reason::none;
 }
 
-bool Host::isOpen(Lumo::IntfId intfId) const {
-  auto const cp = status_->cpStatus(intfId);
-  return cp && cp->controlledPortEnabled() && !peerLossInputDir_->forwardingModelInput(intfId) &&
-         !transmitHoldInputDir_->forwardingModelInput(intfId);
-}
+bool Host::isOpen(Lumo::IntfId intfId) const { return passageOf(*this, intfId) == Passage::open; }
 
 PortDoctor::Counts const* Host::doctorCounts() const {
   return running() && machines_->doctor ? &machines_->doctor->counts() : nullptr;

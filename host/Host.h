@@ -130,8 +130,7 @@ class Host {
   void keyIsSpent(Lumo::IntfId intfId, SakId const& sak);
   /// Why nothing is sent on an interface although a key is there.
   TransmitHold::Reason transmitHold(Lumo::IntfId intfId) const;
-  /// Whether traffic may pass: the engine has opened the port, and nothing of the host's keeps it
-  /// closed.
+  /// Whether traffic may pass, as `passageOf` has it.
   bool isOpen(Lumo::IntfId intfId) const;
 
   /// What the doctor has done; null without one, or while the switch doesn't run.
@@ -147,7 +146,9 @@ class Host {
   using HardwareReports = std::function<HardwareReport(Lumo::IntfId)>;
   void hardwareReportsFrom(HardwareReports reports) { hardwareReports_ = std::move(reports); }
   HardwareReport hardwareReport(Lumo::IntfId intfId) const;
-  /// Who hears of frames and of faults of the hardware, from now on or no longer.
+  /// The device or the SAs of this interface stand otherwise than reported before.
+  void hardwareReportChanged(Lumo::IntfId intfId) const { taps_.hardwareReportChanged(intfId); }
+  /// Who hears of frames and of the hardware, from now on or no longer.
   void tapIs(HostTap& tap) { taps_.tapIs(tap); }
   void tapDel(HostTap& tap) { taps_.tapDel(tap); }
 

@@ -20,6 +20,8 @@ class HostTap {
   virtual void framePassed(Lumo::IntfId intfId, FrameWay way, std::span<uint8_t const> frame) = 0;
   /// What keeps the hardware from doing as asked has changed; empty when nothing does any more.
   virtual void hardwareFaultChanged(Lumo::IntfId intfId, std::string const& fault) = 0;
+  /// The device or the SAs of an interface stand otherwise (`Host::hardwareReport`).
+  virtual void hardwareReportChanged(Lumo::IntfId intfId) = 0;
 
  protected:
   HostTap() = default;
@@ -43,6 +45,9 @@ class HostTaps final : public Codec::FrameSink {
   }
   void hardwareFaultChanged(Lumo::IntfId intfId, std::string const& fault) const {
     for (HostTap* tap : taps_) tap->hardwareFaultChanged(intfId, fault);
+  }
+  void hardwareReportChanged(Lumo::IntfId intfId) const {
+    for (HostTap* tap : taps_) tap->hardwareReportChanged(intfId);
   }
 
  private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/Passage.h"
 #include "host/PortText.h"
 #include "runtime/World.h"
 
@@ -54,7 +55,7 @@ void addPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) {
 
 void addControlledPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) {
   auto const cp = host.status()->cpStatus(intfId);
-  out.state = cp ? host.isOpen(intfId) ? "open" : "closed" : "absent";
+  out.state = stateOf(passageOf(host, intfId));
   if (!cp) return;
   out.cipherSuite = Vesk::stringValue(cp->cipher());
   out.ssci = cp->mySsci().ssci().charPtr();
@@ -77,11 +78,18 @@ std::vector<Lumo::IntfId> interfacesOf(Host const& host) {
   return found;
 }
 
+char const* linkOf(Host const& host, Lumo::IntfId intfId) {
+  auto const intf = host.ethIntfStatusDir()->intfStatus(intfId);
+  if (!intf) return "absent";
+  return intf->linkStatus() == Interface::linkUp ? "up" : "down";
+}
+
 PortSummary summaryOf(Host const& host, Lumo::IntfId intfId) {
   PortSummary out;
   out.interface = intfId.stringValue().charPtr();
   auto const intfConfig = host.config()->intfConfig(intfId);
   if (intfConfig) out.profile = intfConfig->profileName().charPtr();
+  out.link = linkOf(host, intfId);
   addControlledPort(host, intfId, out);
   addPort(host, intfId, out);
   out.keyAge = host.keyAge(intfId);

@@ -33,6 +33,7 @@ struct KeySummary {
 struct PortSummary {
   std::string interface;
   std::string profile;
+  std::string link;   ///< "up", "down", or "absent" when there is no such interface
   std::string state;  ///< "open", "closed", or "absent" when there is no port
   std::string cipherSuite;
   std::string sci;
@@ -49,6 +50,8 @@ struct PortSummary {
 
 /// The interfaces that the configuration names, in the order of their names.
 std::vector<Lumo::IntfId> interfacesOf(Host const& host);
+/// `PortSummary::link`.
+char const* linkOf(Host const& host, Lumo::IntfId intfId);
 PortSummary summaryOf(Host const& host, Lumo::IntfId intfId);
 
 }  // namespace Macsecd

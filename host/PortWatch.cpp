@@ -20,7 +20,8 @@ constexpr std::string_view kTold[] = {
     "electedSelf", "key",
     "keyServer",   "livePeer",
     "portStatus",  "principal",
-    "txSak",
+    "rxSaStatus",  "txSak",
+    "txSaStatus",
 };
 
 Lumo::IntfId memberOf(AttributeWrite const& write) {
@@ -40,14 +41,9 @@ Lumo::IntfId interfaceOf(AttributeWrite const& write) {
     return portOf(actor->parent());
   if (auto* cp = dynamic_cast<Macsec::CpStatus const*>(entity)) return cp->intfId();
   if (auto* intf = dynamic_cast<Macsec::IntfStatus const*>(entity)) return intf->intfId();
+  if (auto* sas = dynamic_cast<Macsec::MacSecIntfStatus const*>(entity)) return sas->intfId();
   if (dynamic_cast<Macsec::Status const*>(entity)) return memberOf(write);
   return portOf(entity);
-}
-
-std::string linkText(Host const& host, Lumo::IntfId intfId) {
-  auto const intf = host.ethIntfStatusDir()->intfStatus(intfId);
-  if (!intf) return "absent";
-  return intf->linkStatus() == Interface::linkUp ? "up" : "down";
 }
 
 bool hasUnknownPeer(PortSummary const& port) {
@@ -78,7 +74,7 @@ PortWatch::~PortWatch() {
 PortWatch::Told PortWatch::now(Lumo::IntfId intfId) const {
   PortSummary port = summaryOf(host_, intfId);
   bool const waits = hasUnknownPeer(port);
-  return {std::move(port), linkText(host_, intfId), waits};
+  return {std::move(port), linkOf(host_, intfId), waits};
 }
 
 void PortWatch::attributeWritten(AttributeWrite const& write) {
@@ -119,7 +115,7 @@ void PortWatch::look(Lumo::IntfId intfId) {
 
 void PortWatch::lookAtLink(Lumo::IntfId intfId) {
   Told& told = told_[intfId];
-  std::string const link = linkText(host_, intfId);
+  std::string const link = linkOf(host_, intfId);
   if (std::exchange(told.link, link) == link) return;
   tell_({PortEventKind::link, intfId.stringValue().charPtr(), Vesk::now(), link});
 }

@@ -37,6 +37,7 @@ class PortWatch final : private Vesk::AttributeFollower, private HostTap {
   void attributeWritten(Vesk::AttributeWrite const& write) override;
   void framePassed(Lumo::IntfId, FrameWay, std::span<uint8_t const>) override {}
   void hardwareFaultChanged(Lumo::IntfId intfId, std::string const& fault) override;
+  void hardwareReportChanged(Lumo::IntfId intfId) override { look(intfId); }
 
   void peerWritten(Vesk::Entity const* actor);
   void look(Lumo::IntfId intfId);

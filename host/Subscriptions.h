@@ -39,6 +39,7 @@ class Subscriptions final : private HostTap {
  private:
   void framePassed(Lumo::IntfId intfId, FrameWay way, std::span<uint8_t const> frame) override;
   void hardwareFaultChanged(Lumo::IntfId, std::string const&) override {}
+  void hardwareReportChanged(Lumo::IntfId) override {}
   void happened(PortEvent const& event);
 
   Host& host_;

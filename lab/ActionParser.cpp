@@ -9,9 +9,11 @@ namespace Lab {
 
 namespace {
 
-LinkChange parseLink(Words& words, Known const& known) {
+// "up on A Ethernet1".
+template <class Change>
+Change parseUpOrDown(std::string_view what, Words& words, Known const& known) {
   bool up = words.take("up");
-  if (!up && !words.take("down")) words.unknown("state of a link", {"up", "down"});
+  if (!up && !words.take("down")) words.unknown(what, {"up", "down"});
   words.need("on");
   return {words.port(known), up};
 }
@@ -54,7 +56,8 @@ Mark parseMark(Words& words, double at, Known& known) {
 
 decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
   if (auto kind = takeFault(words)) return parseFault(*kind, words, known);
-  if (words.take("link")) return parseLink(words, known);
+  if (words.take("link")) return parseUpOrDown<LinkChange>("state of a link", words, known);
+  if (words.take("device")) return parseUpOrDown<DeviceChange>("state of a device", words, known);
   if (words.take("set")) return parseSet(words, known);
   if (words.take("remove")) return parseRemove(words, known);
   if (words.take("publish")) return parsePublish(words, known);
@@ -73,6 +76,7 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
   if (words.take("mark")) return parseMark(words, at, known);
   words.unknown("action", {"expect",
                            "link",
+                           "device",
                            "lose",
                            "duplicate",
                            "reorder",

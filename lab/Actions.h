@@ -21,6 +21,12 @@ struct LinkChange {
   bool up;
 };
 
+/// Somebody sets the MACsec device on an interface down, or up again.
+struct DeviceChange {
+  PortName port;
+  bool up;
+};
+
 /// Which frames a fault hits: the next `frames`, or each with a chance of `percent`.
 struct Share {
   std::optional<uint32_t> frames;
@@ -161,10 +167,10 @@ struct Action {
   int line = 0;
   double at = 0;
   std::string text;  ///< as it was written, without keys
-  std::variant<LinkChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange, SuiteChange,
-               ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange, FipsChange,
-               FipsProviderChange, CountersCleared, Reload, Restart, HardwareChange, PacketNumber,
-               SendFrame, Replay, InterfaceChange, Mark>
+  std::variant<LinkChange, DeviceChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange,
+               SuiteChange, ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange,
+               FipsChange, FipsProviderChange, CountersCleared, Reload, Restart, HardwareChange,
+               PacketNumber, SendFrame, Replay, InterfaceChange, Mark>
       what;
 };
 

@@ -53,7 +53,8 @@ std::string Findings::switchOf(Macsec::Sci const& sci) const {
 }
 
 Finding Findings::of(PortIs const& expected) const {
-  return of(expected, PortView(statusOf(expected.port.switchName), intfOf(expected.port)).state());
+  Switch const& owner = simulation_.switchOf(expected.port.switchName);
+  return of(expected, stateOf(owner.host(), intfOf(expected.port)));
 }
 
 Finding Findings::of(PortIs const& expected, std::string const& state) {

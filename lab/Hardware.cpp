@@ -83,9 +83,11 @@ Hardware::Hardware(Macsecd::Host& host, std::vector<Lumo::IntfId> const& interfa
   holdReactor_ = Vesk::make<HoldReactor>(*this, host.transmitHoldInputDir());
   holdReactor_->hasNotificationActiveIs(true);
   host.slices()->entityPtrIs(slice_);
+  host.hardwareReportsFrom([this](Lumo::IntfId intfId) { return report(intfId); });
 }
 
 Hardware::~Hardware() {
+  host_.hardwareReportsFrom(nullptr);
   followNothing();
   Vesk::retire(holdReactor_);
   for (auto& [intfId, reactor] : copyReactors_) Vesk::retire(reactor);
@@ -109,7 +111,24 @@ void Hardware::interfaceDel(Lumo::IntfId intfId) {
   sliceReactors_.erase(intfId);
   std::erase_if(answers_, [&](Answer const& answer) { return answer.intfId == intfId; });
   packetNumbers_.erase(intfId);
+  downDevices_.erase(intfId);
   slice_->statusDel(intfId);
+}
+
+void Hardware::deviceIs(Lumo::IntfId intfId, bool up) {
+  if (up) {
+    downDevices_.erase(intfId);
+  } else {
+    downDevices_.insert(intfId);
+  }
+  host_.hardwareReportChanged(intfId);
+}
+
+Macsecd::HardwareReport Hardware::report(Lumo::IntfId intfId) const {
+  Macsecd::HardwareReport report;
+  if (!sliceReactors_.contains(intfId)) report.deviceState = Macsecd::DeviceState::absent;
+  if (isDeviceDown(intfId)) report.deviceState = Macsecd::DeviceState::down;
+  return report;
 }
 
 void Hardware::followNothing() {

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "hardware/HwEmulator.h"
@@ -44,6 +45,9 @@ class Hardware {
   /// The interface is there; or it has gone, with all that was installed on it.
   void interfaceIs(Lumo::IntfId intfId);
   void interfaceDel(Lumo::IntfId intfId);
+  /// Somebody sets the device down through which the traffic of the interface goes, or up again.
+  void deviceIs(Lumo::IntfId intfId, bool up);
+  bool isDeviceDown(Lumo::IntfId intfId) const { return downDevices_.contains(intfId); }
 
   Vesk::Ptr<Macsec::MacSecStatus> const& slice() const { return slice_; }
   /// When the next answer is due; infinity when none is.
@@ -64,6 +68,7 @@ class Hardware {
     std::optional<Macsec::AssociationNumber> rx;  ///< none for the transmit SA
   };
 
+  Macsecd::HardwareReport report(Lumo::IntfId intfId) const;
   bool isInstalled(Lumo::IntfId intfId, std::optional<Macsec::AssociationNumber> rx) const;
   void copied(Lumo::IntfId intfId, std::optional<Macsec::AssociationNumber> rx);
   void give(Answer const& answer);
@@ -92,6 +97,7 @@ class Hardware {
   bool takingUp_ = false;
   std::deque<Answer> answers_;
   std::map<Lumo::IntfId, uint32_t> packetNumbers_;
+  std::set<Lumo::IntfId> downDevices_;
 };
 
 }  // namespace Lab

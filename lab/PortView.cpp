@@ -1,17 +1,12 @@
 #include "lab/PortView.h"
 
+#include "host/Passage.h"
 #include "platform/WardcodeLib.h"
 
 namespace Lab {
 
 using Macsec::MkaActorStatus;
 using Macsec::Sak;
-
-char const* PortView::state() const {
-  auto const cpStatus = status_.cpStatus(intfId_);
-  if (!cpStatus) return "absent";
-  return cpStatus->controlledPortEnabled() ? "open" : "closed";
-}
 
 Vesk::Ptr<MkaActorStatus> PortView::actor(std::string const& ckn) const {
   auto const portStatus = status_.portStatus(intfId_);
@@ -30,6 +25,10 @@ Vesk::Ptr<MkaActorStatus> PortView::principal() const {
 Sak PortView::txSak() const {
   auto const cpStatus = status_.cpStatus(intfId_);
   return cpStatus ? cpStatus->txSak() : Sak();
+}
+
+char const* stateOf(Macsecd::Host const& host, Lumo::IntfId intfId) {
+  return Macsecd::stateOf(passageOf(host, intfId));
 }
 
 bool sameSak(Sak const& a, Sak const& b) {

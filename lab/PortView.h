@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "host/Host.h"
 #include "host/PortText.h"
-#include "model/Status.h"
 
 namespace Lab {
 
@@ -15,8 +15,6 @@ class PortView {
  public:
   PortView(Macsec::Status const& status, Lumo::IntfId intfId) : status_(status), intfId_(intfId) {}
 
-  /// "open", "closed" or "absent".
-  char const* state() const;
   /// The actor of that key, or null.
   Vesk::Ptr<Macsec::MkaActorStatus> actor(std::string const& ckn) const;
   /// The principal actor, or null.
@@ -32,6 +30,9 @@ class PortView {
   Macsec::Status const& status_;
   Lumo::IntfId intfId_;
 };
+
+/// Whether traffic may pass: "open", "closed", or "absent" when there is no port.
+char const* stateOf(Macsecd::Host const& host, Lumo::IntfId intfId);
 
 using Macsecd::sakText;
 using Macsecd::sciText;

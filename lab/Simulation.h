@@ -88,6 +88,7 @@ class Simulation {
 
   void act(Action const& action);
   void carryOut(LinkChange const& change);
+  void carryOut(DeviceChange const& change);
   void carryOut(WireFault const& fault);
   void carryOut(KeyChange const& change);
   void carryOut(PriorityChange const& change);

@@ -14,6 +14,10 @@ void Simulation::carryOut(LinkChange const& change) {
   switchOf(change.port.switchName).linkIs(Lumo::IntfId(change.port.interface.c_str()), change.up);
 }
 
+void Simulation::carryOut(DeviceChange const& change) {
+  switchOf(change.port.switchName).deviceIs(Lumo::IntfId(change.port.interface.c_str()), change.up);
+}
+
 void Simulation::carryOut(InterfaceChange const& change) {
   Switch& owner = switchOf(change.port.switchName);
   Lumo::IntfId const intfId(change.port.interface.c_str());

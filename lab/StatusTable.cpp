@@ -37,7 +37,7 @@ Row rowOf(Simulation const& simulation, Switch const& owner, Lumo::IntfId intfId
   PortView const port(*owner.host().status(), intfId);
   Row row(header.size());
   row[0] = owner.name() + " " + intfId.stringValue().charPtr();
-  row[1] = port.state();
+  row[1] = stateOf(owner.host(), intfId);
   if (auto const actor = port.principal()) {
     row[2] = actor->ckn().charPtr();
     if (actor->keyServer() != Macsec::Sci()) row[3] = nameOf(simulation, actor->keyServer());

@@ -147,6 +147,11 @@ void Switch::linkIs(Lumo::IntfId intfId, bool up) {
   if (started_) inWorld([&] { host_->linkIs(intfId, up); });
 }
 
+void Switch::deviceIs(Lumo::IntfId intfId, bool up) {
+  inWorld([&] { hardware_->deviceIs(intfId, up); });
+  watch_->lookAtPorts();
+}
+
 void Switch::interfaceDel(Lumo::IntfId intfId) {
   deleted_.insert(intfId);
   if (!started_) return;

@@ -56,6 +56,8 @@ class Switch final : public Codec::FrameSink {
   MemoryStore const& store() const { return store_; }
   Hardware const& hardware() const { return *hardware_; }
   void linkIs(Lumo::IntfId intfId, bool up);
+  /// Somebody sets the MACsec device on the interface down, or up again.
+  void deviceIs(Lumo::IntfId intfId, bool up);
   /// The interface goes, with its hardware; or it is made, with this address and its link up.
   void interfaceDel(Lumo::IntfId intfId);
   void interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& mac);

@@ -50,17 +50,19 @@ void TreeWatch::written(Vesk::AttributeWrite const& write) {
     lookAtPorts();
     lookAtPrincipals();
     for (Lumo::IntfId const intfId : interfaces_) lookAtAsked(intfId);
-  } else if (entity == host_.forwardingModelInputDir().ptr()) {
+  } else if (dynamic_cast<Interface::IntfForwardingModelInputDir const*>(entity)) {
     lookAtForwarding();
+    lookAtPorts();
   } else if (dynamic_cast<Macsec::SaStatus const*>(entity) ||
              dynamic_cast<Macsec::MacSecIntfStatus const*>(entity)) {
     for (Lumo::IntfId const intfId : interfaces_) lookAtInstalled(intfId);
+    lookAtPorts();
   }
 }
 
 void TreeWatch::lookAtPorts() {
   for (Lumo::IntfId const intfId : interfaces_) {
-    char const* const state = PortView(*host_.status(), intfId).state();
+    char const* const state = stateOf(host_, intfId);
     if (told_[intfId].state == state) continue;
     told_[intfId].state = state;
     tell_(PortChanged{textOf(intfId), state});

@@ -29,6 +29,8 @@ class TreeWatch {
         tell_(std::move(tell)) {}
 
   void written(Vesk::AttributeWrite const& write);
+  /// The same of whether traffic may pass, where no tree has it: the devices of the hardware.
+  void lookAtPorts();
 
  private:
   using Actor = std::pair<Lumo::IntfId, std::string>;
@@ -45,7 +47,6 @@ class TreeWatch {
     std::pair<std::vector<std::string>, std::vector<std::string>> peers;
   };
 
-  void lookAtPorts();
   void lookAtAsked(Lumo::IntfId intfId);
   void lookAtInstalled(Lumo::IntfId intfId);
   void lookAtForwarding();

@@ -128,7 +128,7 @@ Daemon::Daemon(DaemonOptions options, Macsecd::StateStore* store,
       control_(host_, [this] { return reload(); },
                {.trace = [this](auto const& wish) { tracing_.wishIs(wish); }}),
       metricsServer_([this] { return metrics_->text(); }),
-      links_([this](LinkChange const& change) { ports_.changed(change); }),
+      links_([this](LinkChange const& change) { linkChanged(change); }),
       ports_(links_, *this) {}
 
 Daemon::~Daemon() = default;
@@ -269,6 +269,11 @@ void Daemon::leave() {
 uint16_t Daemon::portNumberOf(Lumo::IntfId intfId) const {
   auto const found = portNumbers_.find(std::string(intfId.stringValue().view()));
   return found == portNumbers_.end() ? Macsecd::InterfaceConfig().portNumber : found->second;
+}
+
+void Daemon::linkChanged(LinkChange const& change) {
+  ports_.changed(change);
+  if (driver_) driver_->linkChanged(change);
 }
 
 // Whoever has a part in a port is there before the tree has it.

@@ -82,6 +82,7 @@ class Daemon final : private PortFollower {
   double nextTime() const;
   uint16_t portNumberOf(Lumo::IntfId intfId) const;
 
+  void linkChanged(LinkChange const& change);
   void portIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
   void portLinkIs(Lumo::IntfId intfId, bool up) override;
   void portDel(Lumo::IntfId intfId) override;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/ConfigFile.h"
+#include "linux/LinkTable.h"
 #include "runtime/EthAddr.h"
 #include "runtime/IntfId.h"
 
@@ -18,6 +19,8 @@ class HardwareDriver {
   /// of these changes.
   virtual void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) = 0;
   virtual void interfaceDel(Lumo::IntfId intfId) = 0;
+  /// What has changed of the machine's network devices, its own among them.
+  virtual void linkChanged(LinkChange const& change) = 0;
   /// All interfaces that were there at the start have been told.
   virtual void interfacesAreKnown() = 0;
 

@@ -200,6 +200,12 @@ void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
   faultIs(intfId, "");
 }
 
+void KernelDriver::deviceChanged(int index, bool isThere) {
+  for (auto const& [intfId, port] : ports_) {
+    if (port->held() && port->held()->index == index) return port->deviceChanged(isThere);
+  }
+}
+
 void KernelDriver::tellPort(KernelPort& port) {
   if (!status_) return;
   auto const& tree = status_->notifier();

@@ -42,6 +42,9 @@ class KernelDriver final {
   void interfaceIs(Lumo::IntfId intfId, int index);
   void interfaceDel(Lumo::IntfId intfId);
 
+  /// The network device of this index stands otherwise than before, or has gone.
+  void deviceChanged(int index, bool isThere);
+
   /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
   double nextTime() const;
   void run();

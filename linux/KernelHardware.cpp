@@ -7,7 +7,14 @@
 
 namespace Linux {
 
+using Macsecd::DeviceState;
+
 namespace {
+
+DeviceState deviceStateOf(Link const& link) {
+  if (!link.isSetUp) return DeviceState::down;
+  return link.isDormant ? DeviceState::dormant : DeviceState::up;
+}
 
 Vesk::Ptr<Macsec::MacSecStatus> sliceOf(Macsecd::Host& host) {
   auto const slice = Macsec::macSecStatusFactory("kernel");
@@ -45,7 +52,8 @@ KernelHardware::KernelHardware(Macsecd::Host& host)
            .faultIs = [this](auto intfId,
                              std::string const& fault) { faultIs(intfId, &Faults::driver, fault); },
            .history = &host.keyHistory(),
-           .keyIsSpent = [&host](auto intfId, auto const& sak) { host.keyIsSpent(intfId, sak); }}) {
+           .keyIsSpent = [&host](auto intfId, auto const& sak) { host.keyIsSpent(intfId, sak); },
+           .changed = [&host](auto intfId) { host.hardwareReportChanged(intfId); }}) {
   forwarding_.emplace(
       PortForwarding::Directories{host.forwardingModelInputDir(), host.peerLossInputDir(),
                                   host.transmitHoldInputDir()},
@@ -93,6 +101,22 @@ void KernelHardware::interfaceDel(Lumo::IntfId intfId) {
   faults_.erase(intfId);
 }
 
+void KernelHardware::linkChanged(LinkChange const& change) {
+  Link const& link = change.link;
+  if (change.what == LinkChange::What::gone) {
+    devices_.erase(link.index);
+  } else {
+    devices_[link.index] = deviceStateOf(link);
+  }
+  driver_.deviceChanged(link.index, change.what != LinkChange::What::gone);
+}
+
+// A device that the kernel hasn't told of yet comes up dormant.
+DeviceState KernelHardware::stateOf(int device) const {
+  auto const found = devices_.find(device);
+  return found == devices_.end() ? DeviceState::dormant : found->second;
+}
+
 void KernelHardware::interfacesAreKnown() { filters_.removeOthers(); }
 
 double KernelHardware::nextTime() const {
@@ -132,9 +156,13 @@ void KernelHardware::removeAll() {
 Macsecd::HardwareReport KernelHardware::report(Lumo::IntfId intfId) const {
   KernelPort const* const port = driver_.port(intfId);
   SecY const* const secY = port ? port->held() : nullptr;
-  if (!secY) return {};
   Macsecd::HardwareReport report;
+  report.devicesMade = port ? port->devicesMade() : 0;
+  report.deviceState = secY ? stateOf(secY->index) : DeviceState::absent;
+  if (!secY) return report;
   report.device = port->deviceName();
+  report.sends = sends(*secY);
+  report.receives = receives(*secY);
   report.txPacketNumber = driver_.packetNumber(intfId);
   report.rxPacketNumber = nextReceived(*secY, host_.status()->cpStatus(intfId).ptr());
   for (HeldRxSc const& sc : secY->rxScs) report.framesNotValid += sc.counters.notValid;

@@ -25,6 +25,7 @@ class KernelHardware final : public HardwareDriver {
   void configIs(Macsecd::SwitchConfig const& config) override;
   void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
   void interfaceDel(Lumo::IntfId intfId) override;
+  void linkChanged(LinkChange const& change) override;
   void interfacesAreKnown() override;
   double nextTime() const override;
   void run() override;
@@ -39,6 +40,7 @@ class KernelHardware final : public HardwareDriver {
   };
 
   Macsecd::HardwareReport report(Lumo::IntfId intfId) const;
+  Macsecd::DeviceState stateOf(int device) const;
   void filter(Lumo::IntfId intfId, int index);
   void lookAway();
   void faultIs(Lumo::IntfId intfId, std::string Faults::*whose, std::string const& fault);
@@ -50,7 +52,8 @@ class KernelHardware final : public HardwareDriver {
   KernelDriver driver_;
   std::optional<PortForwarding> forwarding_;
   Vesk::Ptr<HoldReactor> hold_;
-  std::map<Lumo::IntfId, int> indices_;  // of the interfaces that are there
+  std::map<Lumo::IntfId, int> indices_;          // of the interfaces that are there
+  std::map<int, Macsecd::DeviceState> devices_;  // all network devices, by their index
   std::set<Lumo::IntfId> mustBeSecure_;
   std::map<Lumo::IntfId, Faults> faults_;
 };

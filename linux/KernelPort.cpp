@@ -70,6 +70,7 @@ void KernelPort::work() {
   }
   working_ = false;
   showProblems();
+  tellIfChanged();
   if (!isDone) return tryAgainLater();
   retryDelay_ = 0;
   retryTime_ = std::numeric_limits<double>::infinity();
@@ -185,6 +186,7 @@ bool KernelPort::make() {
   wanted.settings.window = replayWindow_;
   if (!did(kernel_.secYAdd(wanted), "make the device")) return false;
   ++counts_.devicesMade;
+  ++devicesMade_;
   shown_.reset();
   upWanted_ = true;
   known_ = false;
@@ -218,6 +220,24 @@ void KernelPort::showAuthorized() {
   if (did(kernel_.authorizedIs(held_->index, authorized_), "set the state of the device")) {
     shown_ = authorized_;
   }
+}
+
+void KernelPort::tellIfChanged() {
+  std::tuple<int, bool, bool> now = {0, false, false};
+  if (held_) now = {held_->index, sends(*held_), receives(*held_)};
+  if (std::exchange(toldOf_, now) != now && options_.changed) options_.changed(intfId_);
+}
+
+// The kernel forgets what it was told when a device goes down, and makes it dormant again.
+void KernelPort::deviceChanged(bool isThere) {
+  shown_.reset();
+  if (isThere) {
+    showAuthorized();
+    if (options_.changed) options_.changed(intfId_);
+    return;
+  }
+  known_ = false;
+  work();
 }
 
 void KernelPort::transmitHeldIs(bool held) {

@@ -4,6 +4,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <tuple>
 
 #include "host/KeyHistory.h"
 #include "linux/SaKey.h"
@@ -32,6 +33,9 @@ struct KernelDriverOptions {
   /// Runs when nothing may be sent with a key any more that is asked for; nothing does if it is
   /// empty.
   std::function<void(Lumo::IntfId, Macsecd::SakId const&)> keyIsSpent = {};
+  /// Runs when the device of an interface, or what the kernel holds for it, may stand otherwise;
+  /// nothing does if it is empty.
+  std::function<void(Lumo::IntfId)> changed = {};
 };
 
 /// What the driver has done so far, over all interfaces.
@@ -72,6 +76,10 @@ class KernelPort {
   void lowestIs(Macsec::AssociationNumber an);
   /// What the kernel holds now, as the poll of all devices read it.
   void polled(std::vector<SecY> const& all);
+  /// The device stands otherwise than before; or it isn't there any more, whoever took it away.
+  void deviceChanged(bool isThere);
+  /// How often the device was made.
+  uint32_t devicesMade() const { return devicesMade_; }
   /// Whether traffic may pass; shown on a device that came up dormant.
   void authorizedIs(bool authorized);
   /// Whether nothing is to be sent, whatever key is asked for.
@@ -120,6 +128,7 @@ class KernelPort {
   void showAuthorized();
   void take(SecY const* secY);
   void lookForNotValid(SecY const& now);
+  void tellIfChanged();
 
   void reportNothing();
   void reportReceive();
@@ -146,6 +155,9 @@ class KernelPort {
   SciNumber mySci_ = 0;
   bool known_ = false;  // held_ is what the kernel holds
   std::optional<SecY> held_;
+  uint32_t devicesMade_ = 0;
+  // What was told of it: the index of the device, and whether it sends and receives.
+  std::tuple<int, bool, bool> toldOf_ = {0, false, false};
   bool upWanted_ = false;
   bool authorized_ = true;
   std::optional<bool> shown_;  // what the kernel was told of `authorized_`

@@ -37,7 +37,10 @@ std::optional<LinkMessage> thereOf(nlmsghdr const& message, ifinfomsg const& inf
   auto const name = nameOf(attributes[IFLA_IFNAME]);
   auto const addr = addrOf(attributes[IFLA_ADDRESS]);
   if (!name || !addr) return std::nullopt;
-  return LinkMessage{true, {info.ifi_index, *name, *addr, isUp(info)}};
+  auto* const state = attributes[IFLA_OPERSTATE];
+  bool const isDormant = state && nla_len(state) == 1 && nla_get_u8(state) == IF_OPER_DORMANT;
+  bool const isSetUp = (info.ifi_flags & IFF_UP) != 0;
+  return LinkMessage{true, {info.ifi_index, *name, *addr, isUp(info), isSetUp, isDormant}};
 }
 
 }  // namespace

@@ -43,6 +43,13 @@ void LinkTable::change(Link& known, Link const& link) {
   auto const formerAddr = std::exchange(known.addr, link.addr);
   if (formerAddr != known.addr) told_({What::address, known, {}});
   upIs(known, link.up);
+  stateIs(known, link);
+}
+
+void LinkTable::stateIs(Link& known, Link const& link) {
+  bool const wasSetUp = std::exchange(known.isSetUp, link.isSetUp);
+  bool const wasDormant = std::exchange(known.isDormant, link.isDormant);
+  if (wasSetUp != known.isSetUp || wasDormant != known.isDormant) told_({What::state, known, {}});
 }
 
 void LinkTable::upIs(Link& known, bool up) {

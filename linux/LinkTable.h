@@ -15,13 +15,15 @@ struct Link {
   int index = 0;  ///< its number in the kernel: another one is another interface
   std::string name;
   Lumo::EthAddr addr;
-  bool up = false;  ///< switched on, and with a carrier
+  bool up = false;         ///< set up, and with a carrier
+  bool isSetUp = false;    ///< whatever the carrier
+  bool isDormant = false;  ///< shows that it passes no traffic yet (RFC 2863, ifOperStatus)
   friend bool operator==(Link const&, Link const&) = default;
 };
 
 /// One difference between what was known of an interface and what is.
 struct LinkChange {
-  enum class What : uint8_t { came, gone, renamed, address, up, down };
+  enum class What : uint8_t { came, gone, renamed, address, up, down, state };
 
   What what;
   Link link;               ///< as it is now; as it was last if it has gone
@@ -33,7 +35,8 @@ struct LinkChange {
 /// as often as it likes, and tells the differences.
 ///
 /// An interface comes down and is up after that; one that goes is down before that, and so is one
-/// that changes its name or address. No two of them have one name at any moment.
+/// that changes its name or address. A change of `isSetUp` or `isDormant` is told as that of the
+/// state, after the others. No two interfaces have one name at any moment.
 class LinkTable {
  public:
   using Told = std::function<void(LinkChange const&)>;
@@ -57,6 +60,7 @@ class LinkTable {
   void come(Link const& link);
   void change(Link& known, Link const& link);
   void upIs(Link& known, bool up);
+  void stateIs(Link& known, Link const& link);
   void giveWay(Link const& link);
 
   Told const told_;

@@ -106,6 +106,11 @@ struct SecY {
   SecYCounters counters = {};
 };
 
+/// Whether the kernel protects what is sent through the device, or drops it.
+bool sends(SecY const& secY);
+/// Whether it takes in protected frames of anybody.
+bool receives(SecY const& secY);
+
 /// Where an SA lives: on the transmit channel of a device, or on one of its receive channels.
 struct SaPlace {
   int index = 0;

@@ -43,6 +43,8 @@ void Ports::changed(LinkChange const& change) {
     case What::up:
     case What::down:
       return follower_.portLinkIs(intfIdOf(link.name), change.what == What::up);
+    case What::state:
+      return;
   }
 }
 

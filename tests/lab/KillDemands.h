@@ -68,7 +68,11 @@ class KillDemands final : public Audience {
 
   static Lumo::IntfId intf() { return Lumo::IntfId("Ethernet1"); }
   static PortView viewOf(Switch const& one) { return {*one.host().status(), intf()}; }
-  static bool isOpen(Switch const& one) { return viewOf(one).state() == std::string("open"); }
+  // What the tree says, which the next process begins with.
+  static bool isOpen(Switch const& one) {
+    auto const cpStatus = one.host().status()->cpStatus(intf());
+    return cpStatus && cpStatus->controlledPortEnabled();
+  }
   static KeyName keyOf(Macsec::SaStatus const& sa) { return {sa.keyId().charPtr(), sa.keyNum()}; }
   void fail(std::string what) { failures_.push_back(std::move(what)); }
 

@@ -47,6 +47,7 @@ class Driver final : public HardwareDriver {
   void configIs(Macsecd::SwitchConfig const&) override { record_.calls.push_back("config"); }
   void interfaceIs(Lumo::IntfId, int, Lumo::EthAddr const&) override {}
   void interfaceDel(Lumo::IntfId) override {}
+  void linkChanged(LinkChange const&) override {}
   // The start may take long: only then is there something to run.
   void interfacesAreKnown() override { next_ = Vesk::now() + kPeriod; }
   double nextTime() const override { return next_; }

@@ -12,7 +12,8 @@ inline Link link(int index, std::string const& name, uint8_t addr, bool up) {
 
 /// "eth0(3) came", "wan(3) renamed from eth0".
 inline std::string textOf(LinkChange const& change) {
-  static constexpr char const* words[] = {"came", "gone", "renamed", "address", "up", "down"};
+  static constexpr char const* words[] = {"came", "gone", "renamed", "address",
+                                          "up",   "down", "state"};
   std::string text = change.link.name + "(" + std::to_string(change.link.index) + ") " +
                      words[static_cast<size_t>(change.what)];
   if (!change.formerName.empty()) text += " from " + change.formerName;
