@@ -2,6 +2,7 @@
 
 #include "host/ConfigTree.h"
 #include "host/Passage.h"
+#include "host/PortJournal.h"
 #include "host/StaleStatus.h"
 #include "host/StatusCopy.h"
 #include "model/Factories.h"
@@ -62,6 +63,7 @@ struct Host::Machines {
     if (host.options_.portDoctor) {
       doctor.emplace(host.config_, host.status_, host.timerWheel_, transmitHold);
     }
+    if (host.options_.portJournal) journal.emplace(host);
   }
 
   Vesk::Ptr<Macsec::HwStatusSm> hwStatusSm;
@@ -74,6 +76,7 @@ struct Host::Machines {
   TransmitHold transmitHold;
   KeyAges keyAges;
   std::optional<PortDoctor> doctor;
+  std::optional<PortJournal> journal;
 };
 
 Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)

@@ -28,9 +28,29 @@ Names namesOf(std::string_view message) {
       {"MKA_SAK_CREATED", {"KEY_ID_END", "KEY_NUMBER", "INTERFACE"}},
       {"MKA_SAK_ACTIVATED", {"KEY_ID_END", "KEY_NUMBER", "INTERFACE"}},
       {"MACSECD_NO_SOCKET", {"INTERFACE", "REASON"}},
+      {"MACSECD_KEY_SPENT", {"INTERFACE", "SAK"}},
+      {"MACSECD_PORT_BOUND_ANEW", {"INTERFACE", "REASON"}},
+      {"MACSEC_KERNEL_MISSING", {"INTERFACE", "REASON"}},
+      {"MACSEC_KERNEL_REFUSED", {"REQUEST", "INTERFACE", "DEVICE", "REASON"}},
+      {"MACSEC_KEY_REFUSED", {"INTERFACE", "DEVICE", "REQUEST", "REASON"}},
+      {"MACSEC_PARENT_NOT_CLOSED", {"INTERFACE", "REASON"}},
+      {"MACSECD_PORT_OPEN", {"INTERFACE", "SAK"}},
+      {"MACSECD_PORT_CLOSED", {"INTERFACE", "CAUSE", "REASON"}},
+      {"MACSECD_DEVICE_MADE", {"INTERFACE", "DEVICE"}},
+      {"MACSECD_DEVICE_MADE_ANEW", {"INTERFACE", "DEVICE"}},
+      {"MACSECD_DEVICE_GONE", {"INTERFACE", "DEVICE"}},
   };
   auto const found = names.find(message);
   return found == names.end() ? Names() : found->second;
+}
+
+// Which argument is the name of an interface, by the word before it; beyond all if none is.
+size_t interfaceAmong(std::string_view format) {
+  size_t const at = format.find("nterface %s");
+  if (at == std::string_view::npos) return SIZE_MAX;
+  size_t before = 0;
+  for (size_t i = 0; (i = format.find("%s", i)) < at; ++i) ++before;
+  return before;
 }
 
 char const* wordOf(Vesk::LogSeverity severity) {
@@ -76,8 +96,11 @@ std::vector<std::string> journalFieldsOf(Vesk::LogMessage const& message) {
       std::string("MACSEC_EVENT=") + message.handle.name(),
   };
   Names const names = namesOf(message.handle.name());
+  size_t const interface = interfaceAmong(message.handle.format());
   for (size_t i = 0; i < message.arguments.size(); ++i) {
-    std::string const name = i < names.size() ? names[i] : "ARGUMENT_" + std::to_string(i + 1);
+    std::string const name = i < names.size() ? names[i]
+                             : i == interface ? "INTERFACE"
+                                              : "ARGUMENT_" + std::to_string(i + 1);
     fields.push_back("MACSEC_" + name + "=" + message.arguments[i]);
   }
   return fields;

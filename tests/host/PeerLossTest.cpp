@@ -43,10 +43,10 @@ TEST_F(PeerLossOfAPort, ClosesIfThatIsWantedAndOpensWithThePeer) {
   alone(30);
   EXPECT_TRUE(isClosedForLoss());
   EXPECT_TRUE(isOpen()) << "the engine isn't concerned";
-  EXPECT_EQ(a.world.logged("MACSECD_CLOSED_WITHOUT_PEERS"), 1u);
+  EXPECT_EQ(a.world.logged("MACSECD_PORT_CLOSED"), 1u);
   talk(a, b, 40);
   EXPECT_FALSE(isClosedForLoss());
-  EXPECT_EQ(a.world.logged("MACSECD_OPEN_WITH_PEERS"), 1u);
+  EXPECT_EQ(a.world.logged("MACSECD_PORT_OPEN"), 2u);
 }
 
 TEST_F(PeerLossOfAPort, ChangesNothingIfThatIsWanted) {

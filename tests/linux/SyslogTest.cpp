@@ -36,6 +36,16 @@ TEST(Syslog, NamesWhatAMessageTellsOfInTheJournal) {
                           "MACSEC_INTERFACE=eth0"));
 }
 
+TEST(Syslog, NamesTheInterfaceOfEachMessageThatTellsOfOne) {
+  Vesk::LogHandle const members("MEMBERS", Vesk::LogSeverity::notice,
+                                "More than %s members on interface %s: %s", "", "", 0.0, 1.0);
+  std::vector<std::string> const arguments = {"2", "eth0", "x"};
+  EXPECT_THAT(
+      journalFieldsOf({members, arguments, "", 0, 2}),
+      ElementsAre("MESSAGE=", "PRIORITY=5", "SYSLOG_IDENTIFIER=macsecd", "MACSEC_EVENT=MEMBERS",
+                  "MACSEC_ARGUMENT_1=2", "MACSEC_INTERFACE=eth0", "MACSEC_ARGUMENT_3=x"));
+}
+
 TEST(Syslog, NumbersArgumentsWithoutAName) {
   std::vector<std::string> const arguments = {"x", "y"};
   EXPECT_THAT(
