@@ -24,7 +24,8 @@ void addPlayOptions(CLI::App& app, Lab::PlayOptions& options) {
 
 void addDecodeOptions(CLI::App& app, DecodeOptions& options) {
   app.add_option("file", options.file, "A capture")->type_name("FILE.pcap")->required();
-  app.add_option("--key", options.keys, "A key to check and open frames with; once for each")
+  app.add_option("--key", options.keys,
+                 "A key to check and open frames with; may be given several times")
       ->type_name("CKN:CAK")
       ->take_all()
       ->expected(1);

@@ -37,16 +37,16 @@ struct Command {
 
 constexpr Command kCommands[] = {
     {"status", "status", ControlView::status, Command::mayName, "A line for each port"},
-    {"show", "status", ControlView::ports, Command::mustName, "Everything of a port"},
-    {"peers", "status", ControlView::peers, Command::mayName, "The other ends"},
-    {"keys", "status", ControlView::keys, Command::mayName, "The keys, by their names"},
+    {"show", "status", ControlView::ports, Command::mustName, "All that is known of each port"},
+    {"peers", "status", ControlView::peers, Command::mayName, "A line for each peer"},
+    {"keys", "status", ControlView::keys, Command::mayName, "A line for each key, by its name"},
     {"explain", "explain", ControlView::explain, Command::mayName,
      "Why a port isn't secured, and what to do about it"},
     {"counters", "counters", ControlView::counters, Command::mayName, "Frames by kind"},
     {"clear-counters", "clear-counters", ControlView::done, Command::none,
-     "Count from here on; the totals stay"},
+     "Count from zero again; the totals stay"},
     {"rekey", "rekey", ControlView::rekey, Command::mustName,
-     "Have the key server, which this switch has to be, make a new SAK"},
+     "Make a new SAK; this switch has to be the key server"},
     {"reload", "reload", ControlView::reload, Command::none, "Read the configuration again"},
 };
 
@@ -95,37 +95,38 @@ void addCommands(CLI::App& app, Options& options) {
   for (Command const& command : kCommands) {
     CLI::App& sub = *app.add_subcommand(command.name, command.help);
     if (command.interface == Command::none) continue;
-    auto* const interface = sub.add_option("interface", options.interface, "One alone");
+    auto* const interface = sub.add_option("interface", options.interface, "Only this interface");
     if (command.interface == Command::mustName) interface->required();
   }
   app.get_subcommand("counters")
-      ->add_flag("--since-clear", options.sinceClear, "Only what came since the last clearing");
+      ->add_flag("--since-clear", options.sinceClear,
+                 "Only what was counted since the counters were cleared");
 }
 
 void addFollowing(CLI::App& app, Options& options) {
-  CLI::App& watch = *app.add_subcommand("watch", "Events of the ports as they come");
-  watch.add_option("interface", options.interface, "One alone");
+  CLI::App& watch = *app.add_subcommand("watch", "Show the events of the ports as they come");
+  watch.add_option("interface", options.interface, "Only this interface");
   CLI::App& capture = *app.add_subcommand("capture", "Write the MKPDUs of a port to a pcap file");
   capture.add_option("interface", options.interface, "The port")->required();
   capture.add_option("file", options.file, "The pcap file")->required();
   for (CLI::App* const sub : {&watch, &capture}) {
     sub->add_option("--seconds", options.seconds, "End after this time")
         ->check(CLI::PositiveNumber);
-    sub->add_option("--count", options.count, "End after so many")->check(CLI::PositiveNumber);
+    sub->add_option("--count", options.count, "End after this number")->check(CLI::PositiveNumber);
   }
 }
 
 void addTracing(CLI::App& app, Options& options) {
-  CLI::App& trace = *app.add_subcommand("trace", "What goes on inside, statement by statement");
+  CLI::App& trace = *app.add_subcommand("trace", "Trace what the state machines decide");
   trace.require_subcommand(1);
   CLI::App& on = *trace.add_subcommand("on", "Trace from now on");
   on.add_option("--level", options.level, "Levels 0 to this one")
       ->check(CLI::Range(0, 9))
       ->capture_default_str();
-  on.add_option("handles", options.handles, "Only what bears these names");
-  trace.add_subcommand("off", "Trace no longer; what was traced stays");
-  CLI::App& dump = *trace.add_subcommand("dump", "What was traced, the oldest first");
-  dump.add_option("--file", options.traceFile, "Where it was traced to")->capture_default_str();
+  on.add_option("handles", options.handles, "Only traces of these names");
+  trace.add_subcommand("off", "Stop tracing; what was traced stays");
+  CLI::App& dump = *trace.add_subcommand("dump", "Show what was traced, the oldest first");
+  dump.add_option("--file", options.traceFile, "The trace file")->capture_default_str();
 }
 
 /// The status of the program.
@@ -143,9 +144,10 @@ int runAny(CLI::App const& app, Options const& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app("Looks at a running macsecd and tells it what to do");
+  CLI::App app("Shows what a running macsecd does, and controls it");
   Options options;
-  app.add_option("--socket", options.socket, "Where it listens")->capture_default_str();
+  app.add_option("--socket", options.socket, "The control socket of macsecd")
+      ->capture_default_str();
   app.add_flag("--json", options.json, "Show the answer as it came");
   app.require_subcommand(1);
   app.fallthrough();

@@ -14,7 +14,7 @@ constexpr char const* kExitStatuses =
     "leaves the ports as they are, for a restart.\n\n"
     "Exit status:\n"
     "  0  it was stopped; with --check: the configuration has no mistake\n"
-    "  1  the configuration has mistakes; they are told on the standard error or in the journal\n"
+    "  1  the configuration has mistakes; they are written to the standard error or the journal\n"
     "  2  the arguments are wrong\n"
     "  3  the machine refuses what it needs\n";
 
@@ -37,11 +37,11 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--eap-keys", daemon.eapKeySocket, "Take keys from 802.1X programs at this socket")
       ->type_name("PATH");
   app.add_option("--counters", daemon.counters,
-                 "Count frames in shared memory of this name; in none if it is empty")
+                 "Count frames in shared memory of this name; not in shared memory if empty")
       ->type_name("NAME")
       ->capture_default_str();
   app.add_option("--control", daemon.controlSocket,
-                 "Answer macsecctl at this socket; at none if empty")
+                 "Answer macsecctl at this socket; no socket if empty")
       ->type_name("PATH")
       ->capture_default_str();
   app.add_option("--state", daemon.stateFile,
@@ -52,7 +52,7 @@ void addOptions(CLI::App& app, Arguments& arguments) {
       ->type_name("FILE")
       ->capture_default_str();
   app.add_option("--metrics", daemon.metrics,
-                 "Let Prometheus read at this loopback address, as 127.0.0.1:9464")
+                 "Serve metrics to Prometheus at this loopback address, such as 127.0.0.1:9464")
       ->type_name("ADDRESS:PORT");
   app.add_flag("--emulate-hardware", daemon.emulateHardware)->group("");
   app.footer(kExitStatuses);

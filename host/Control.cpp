@@ -48,7 +48,7 @@ class Answering {
 
   Json run(Command const& command) {
     if (!command.changes || asker_.mayChange) return (this->*command.run)();
-    throw Fault{fmt::format("you may not {}", command.name), "do it as root"};
+    throw Fault{fmt::format("you have no permission to {}", command.name), "run it as root"};
   }
 
   /// The one that is asked for, or all that are configured.
@@ -60,7 +60,7 @@ class Answering {
   Lumo::IntfId interface() const { return interface(interfacesOf(host_)); }
   Lumo::IntfId interface(std::vector<Lumo::IntfId> const& all) const {
     auto const name = request_.text("interface");
-    if (!name) throw Fault{"no interface is named", "say \"interface\": its name"};
+    if (!name) throw Fault{"no interface is named", "add \"interface\" with its name"};
     std::vector<std::string> names;
     for (Lumo::IntfId const intfId : all) {
       if (intfId.stringValue().view() == *name) return intfId;
@@ -123,7 +123,7 @@ class Answering {
   }
   void requireTelling() const {
     if (subscriptions_.canTell()) return;
-    throw Fault{"nothing can be told later on here", "ask at the control socket"};
+    throw Fault{"no events can be sent here", "ask at the control socket"};
   }
   Json trace() {
     constexpr unsigned kMost = Glimmer::TraceFile::kLevels - 1;

@@ -10,7 +10,7 @@ namespace Macsecd {
 using Json = nlohmann::ordered_json;
 
 ControlRequest::ControlRequest(std::string_view text) : json_(Json::parse(text, nullptr, false)) {
-  if (!json_.is_object()) throw Fault{"this is no JSON object", "send one on one line"};
+  if (!json_.is_object()) throw Fault{"the request isn't a JSON object", "send one on one line"};
   Json const* const version = find("version");
   if (version && *version == Control::kVersion) return;
   throw Fault{"the request is of another version",
@@ -26,7 +26,7 @@ std::optional<std::string> ControlRequest::text(char const* member) const {
   Json const* const found = find(member);
   if (!found) return std::nullopt;
   if (found->is_string()) return found->get<std::string>();
-  throw Fault{fmt::format("'{}' is no text", member), "put it into double quotes"};
+  throw Fault{fmt::format("'{}' isn't a string", member), "put it into double quotes"};
 }
 
 std::vector<std::string> ControlRequest::texts(char const* member) const {
@@ -38,7 +38,7 @@ std::vector<std::string> ControlRequest::texts(char const* member) const {
     if (isGood) texts.push_back((*found)[i].get<std::string>());
   }
   if (isGood) return texts;
-  throw Fault{fmt::format("'{}' is no list of texts", member), "write [\"one\", \"another\"]"};
+  throw Fault{fmt::format("'{}' isn't a list of strings", member), "write [\"one\", \"another\"]"};
 }
 
 bool ControlRequest::flag(char const* member) const {
@@ -52,7 +52,7 @@ std::optional<unsigned> ControlRequest::number(char const* member, unsigned most
   Json const* const found = find(member);
   if (!found) return std::nullopt;
   if (found->is_number_unsigned() && *found <= most) return found->get<unsigned>();
-  throw Fault{fmt::format("'{}' is no number that it may have", member),
+  throw Fault{fmt::format("'{}' is out of range", member),
               fmt::format("write one from 0 to {}", most)};
 }
 

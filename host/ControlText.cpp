@@ -201,7 +201,7 @@ ControlReading readingOf(ControlView view, std::string_view answer) {
     if (json.at("ok").get<bool>()) return resultText(view, json.at("result"));
     return {fmt::format("{}; {}\n", text(json.at("error")), text(json.at("remedy"))), false};
   } catch (Json::exception const&) {
-    return {"the answer isn't understood; use the macsecctl of the macsecd that runs\n", false};
+    return {"the answer can't be read; use macsecctl and macsecd of the same version\n", false};
   }
 }
 

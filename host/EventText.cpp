@@ -41,7 +41,7 @@ std::string peerWords(Json const& json, char const* what) {
 
 std::string faultWords(Json const& json) {
   std::string const fault = text(json, "fault");
-  return fault.empty() ? "the hardware does as asked" : "the hardware refuses: " + fault;
+  return fault.empty() ? "the hardware refuses nothing any more" : "the hardware refuses: " + fault;
 }
 
 std::string wordsOf(Json const& json) {

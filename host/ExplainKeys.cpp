@@ -26,11 +26,12 @@ void Explainer::noteSuite() {
 void Explainer::keys() {
   noteSuite();
   if (host_.transmitHold(intfId_) == TransmitHold::Reason::tooManyMembers) return;
-  if (!out_.secured && principal_->distSak() == Sak(Macsec::AssociationNumber(0))) {
+  if (!out_.secured && isNone(principal_->distSak())) {
     note(CauseKind::noSak,
          principal_->electedSelf() ? "this switch is key server and makes the first key"
                                    : "the key server hasn't given a key yet",
-         fmt::format("wait {:g} seconds; if it stays so, see the other end", lifeTime()));
+         fmt::format("wait {:g} seconds; if it stays so, run 'macsecctl explain' at the other end",
+                     lifeTime()));
     return;
   }
   noteSpentKey();
@@ -49,10 +50,12 @@ void Explainer::noteSpentKey() {
   }
   if (host_.transmitHold(intfId_) != TransmitHold::Reason::spentKey) return;
   note(CauseKind::spentKey,
-       fmt::format("nothing may be sent with key {} any more: a packet number could be used twice",
-                   sakText(cp_->txSak())),
-       fmt::format("wait for a new key; if none comes within {:g} seconds, see the key server",
-                   4 * lifeTime()));
+       fmt::format("nothing may be sent with {} any more: a packet number could be used twice",
+                   keyText(cp_->txSak())),
+       fmt::format(
+           "wait for a new key; if none comes within {:g} seconds, run 'macsecctl explain' at the "
+           "key server",
+           4 * lifeTime()));
 }
 
 void Explainer::noteInstallation() {
@@ -63,14 +66,14 @@ void Explainer::noteInstallation() {
   if (!receivesNot && !waitsForTx && passage_ != Passage::noTransmitSa) return;
   Sak const& sak = latest == SakContext() ? cp_->txSak() : latest.sak();
   note(CauseKind::sakNotInstalled,
-       fmt::format("the hardware hasn't installed key {} for {}", sakText(sak),
+       fmt::format("the hardware hasn't installed {} for {}", keyText(sak),
                    receivesNot ? "receive" : "transmit"),
        "see the driver's messages in the log");
 }
 
 // The key server sends with a key when all peers receive with it.
 void Explainer::noteDeafPeers() {
-  if (!principal_->electedSelf()) return;
+  if (!principal_->electedSelf() || isNone(principal_->distSak())) return;
   for (Macsec::MkaPeer const& peer : principal_->livePeer()) {
     Macsec::SakUseInfo const& use = peer.sakUseInfo();
     bool receives = false;
@@ -79,19 +82,19 @@ void Explainer::noteDeafPeers() {
     }
     if (receives) continue;
     note(CauseKind::peerNotReceiving,
-         fmt::format("{} doesn't receive with key {} yet",
-                     peer.baseInfo().sci().addr().stringValue().view(),
-                     sakText(principal_->distSak())),
-         "see there: the same 'cipher-suite', and its hardware");
+         fmt::format("{} doesn't receive with {} yet", sciText(peer.baseInfo().sci()),
+                     keyText(principal_->distSak())),
+         "check that the other end has the same 'cipher-suite', and what its own log says of its "
+         "hardware");
   }
 }
 
 // All is right so far: the key server sends first.
 void Explainer::noteWaiting() {
   note(CauseKind::waitingToSend,
-       fmt::format("key {} is there, and the key server doesn't send with it yet",
-                   sakText(principal_->distSak())),
-       fmt::format("wait {:g} seconds; if it stays so, see the key server and its hardware",
+       fmt::format("{} is there, and the key server doesn't send with it yet",
+                   keyText(principal_->distSak())),
+       fmt::format("wait {:g} seconds; if it stays so, run 'macsecctl explain' at the key server",
                    lifeTime()));
 }
 
@@ -99,11 +102,10 @@ void Explainer::noteNotValidFrames() {
   HardwareReport const report = host_.hardwareReport(intfId_);
   if (Vesk::now() - report.notValidTime > lifeTime()) return;
   note(CauseKind::framesNotValid,
-       fmt::format("frames come in that aren't valid under key {} ({} so far, InPktsNotValid)",
-                   sakText(cp_->txSak()), report.framesNotValid),
-       "the other end encrypts with another key, salt or SSCI: see whether its equipment gives "
-       "SSCI 1 "
-       "to the greatest SCI, and bind the port to its profile anew there");
+       fmt::format("frames come in that aren't valid under {} ({} so far, InPktsNotValid)",
+                   keyText(cp_->txSak()), report.framesNotValid),
+       "the other end encrypts with another key, salt or SSCI: check that it gives SSCI 1 to the "
+       "greatest SCI, and start its port anew");
 }
 
 }  // namespace Macsecd

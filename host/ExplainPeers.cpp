@@ -3,6 +3,9 @@
 #include <algorithm>
 
 #include "host/Explainer.h"
+#include "host/PortText.h"
+#include "platform/CknOctets.h"
+#include "platform/Hex.h"
 
 // Who is at the other end, and whether it agrees.
 
@@ -22,6 +25,21 @@ bool anyActor(Macsec::MkaPortStatus const& port, Test test) {
   return false;
 }
 
+// As the configuration spells it and, if that is another form, as it goes on the wire.
+std::string nameText(Macsec::Cak const& key) {
+  std::string const octets(Macsec::hexString(Macsec::CknOctets(key.ckn().view()).octets()).view());
+  std::string const name = key.ckn().charPtr();
+  return Macsec::CknOctets::standsForOctets(name) ? name : fmt::format("{} ({})", name, octets);
+}
+
+std::string namesOf(Macsec::IntfStatus const& intfStatus) {
+  std::string names;
+  if (intfStatus.key() != Macsec::Cak()) names = nameText(intfStatus.key());
+  if (intfStatus.defaultKey() == Macsec::Cak()) return names;
+  return fmt::format("{}{}{} (fallback)", names, names.empty() ? "" : ", ",
+                     nameText(intfStatus.defaultKey()));
+}
+
 bool hasLivePeer(MkaActorStatus const& actor) { return !actor.livePeer().empty(); }
 
 }  // namespace
@@ -36,14 +54,14 @@ bool Explainer::frames() {
   if (!evidence_.anyFrame(lifeTime())) {
     note(CauseKind::noFrames,
          fmt::format("no MKPDU has come from the other end for {:g} seconds", lifeTime()),
-         "see that MACsec runs there, and that nothing on the way drops EtherType 0x888E");
+         "check that MACsec runs there, and that nothing on the way drops EtherType 0x888E");
     return false;
   }
   bool const isHeard =
       anyActor(*port_, [](MkaActorStatus const& actor) { return !actor.potentialPeer().empty(); });
   if (isHeard) {
     note(CauseKind::oneWay, "the other end is heard, but doesn't list this switch as its peer",
-         "see whether this switch's frames arrive there: its receive side, and its key");
+         "check that this switch's frames arrive there, and that the other end has their key");
   }
   return false;
 }
@@ -58,19 +76,21 @@ void Explainer::noteRefusedFrames() {
   auto const senders = evidence_.senders(lifeTime());
   if (std::ranges::find(senders, port_->mySci()) != senders.end()) {
     note(CauseKind::duplicateSci,
-         fmt::format("frames come in that bear this switch's own SCI ({}, port {})",
-                     port_->mySci().addr().stringValue().view(), port_->mySci().portNum()),
+         fmt::format("frames come in with this switch's own SCI, {}", sciText(port_->mySci())),
          "give one end another MAC address or port number, or find the loop");
   } else if (evidence_.cameFrom(ethIntf_->ethAddr(), lifeTime())) {
     note(CauseKind::sameAddress, "both ends of the link have the same MAC address",
          "give one end another address");
   }
   if (auto const name = evidence_.unknownName(lifeTime())) {
-    note(CauseKind::unknownName, fmt::format("frames come in under the key name {}", *name),
+    note(CauseKind::unknownName,
+         fmt::format("frames come in under the key name {}; this end has {}", *name,
+                     namesOf(*intfStatus_)),
          "give both ends the same key name (ckn)");
   }
-  if (evidence_.anyRefused(SubType::icvValidationErr, lifeTime())) {
-    note(CauseKind::wrongCak, "frames come in under a known key name with a wrong ICV",
+  if (auto const name = evidence_.wrongName(lifeTime())) {
+    note(CauseKind::wrongCak,
+         fmt::format("frames come in under the key name {} with a wrong ICV", *name),
          "give both ends the same key (cak) and 'cipher-suite' under this name");
   }
   for (SubType const subType :
@@ -80,7 +100,8 @@ void Explainer::noteRefusedFrames() {
     if (!evidence_.anyRefused(subType, lifeTime())) continue;
     note(CauseKind::malformedFrames,
          fmt::format("frames come in that fail with {}", Vesk::stringValue(subType)),
-         "capture them and check the other end's implementation, or its dialect");
+         "capture them ('macsecctl capture'); check the other end, and 'dialect' in the "
+         "configuration");
   }
 }
 
@@ -88,11 +109,11 @@ void Explainer::noteRefusedFrames() {
 void Explainer::noteReplayedFrames() {
   for (SubType const subType : {Reason::replayErr, Reason::livenessErr, Reason::tooManyPeersErr}) {
     if (!evidence_.anyRefused(subType, lifeTime())) continue;
-    note(
-        CauseKind::replayedFrames,
-        fmt::format("MKPDUs come in that look recorded and sent again ({})",
-                    Macsec::reasonName(subType)),
-        "find out who else is on the link, and see whether frames of this end arrive at the other");
+    note(CauseKind::replayedFrames,
+         fmt::format(
+             "MKPDUs come in that look as if somebody had recorded them and sent them again ({})",
+             Macsec::reasonName(subType)),
+         "find out who else is on the link, and check that frames of this end arrive at the other");
   }
 }
 
@@ -122,15 +143,15 @@ bool Explainer::principal() {
   if (principal_) {
     if (principal_->defaultActor() && intfStatus_->key() != Macsec::Cak()) {
       note(CauseKind::fallbackInUse, "the fallback key is in use",
-           "repair the primary key at the end where it is wrong");
+           "correct the primary key at the end where it is wrong");
     }
     return true;
   }
   noteSuite();
   note(CauseKind::notPrincipal,
        "peers agree on a key server, but no key has become the principal one yet",
-       fmt::format("wait: a key server makes a key within {:g} seconds, and under the fallback key "
-                   "gives the primary one {} seconds before",
+       fmt::format("wait: a key server makes a key within {:g} seconds; under the fallback key it "
+                   "first waits {} seconds for the primary one",
                    lifeTime(), host_.status()->defaultKeyActivationPeriod()));
   return false;
 }

@@ -52,20 +52,25 @@ void Explainer::noteDerivedKey(Macsec::Profile const& profile) {
     note(CauseKind::sameAddress,
          fmt::format("the 802.1X key is between {} and itself, so no key can be derived",
                      published->firstAddr().stringValue().view()),
-         "have the authentication give the addresses of the two ends");
+         "make the authentication give the addresses of the two ends");
     return;
   }
   note(CauseKind::waitingForKey, "802.1X hasn't given a key yet",
-       "see that the authentication on this interface completes and hands its key over");
+       "check that the authentication on this interface completes and hands its key over");
 }
 
 bool Explainer::link() {
   if (!ethIntf_) {
-    note(CauseKind::noInterface, "there is no such interface",
-         "check its name, or wait until it is there");
+    note(CauseKind::noInterface, "there is no Ethernet interface of this name",
+         "check its name, or wait until it is there; others, such as 'lo', can't have MACsec");
     return false;
   }
   if (ethIntf_->linkStatus() == Interface::linkUp) return true;
+  if (host_.isSetDown(intfId_)) {
+    note(CauseKind::interfaceDown, "somebody has set the interface down",
+         fmt::format("set it up: 'ip link set {} up'", intfId_.stringValue().view()));
+    return false;
+  }
   note(CauseKind::noLink, "the link is down", "check the cable, the optics and the other end");
   return false;
 }
@@ -73,7 +78,9 @@ bool Explainer::link() {
 bool Explainer::hardware() {
   std::string const fault = host_.hardwareFault(intfId_);
   if (!fault.empty()) {
-    note(CauseKind::hardwareRefuses, fault, "remove what it names; it is tried again");
+    std::string const remedy = host_.hardwareRemedy(intfId_);
+    note(CauseKind::hardwareRefuses, fault,
+         remedy.empty() ? "remove the obstacle; it is tried again by itself" : remedy);
   }
   if (port_ && cp_) {
     noteDevice();
@@ -81,7 +88,7 @@ bool Explainer::hardware() {
   }
   if (fault.empty()) {
     note(CauseKind::unknownToHardware, "the hardware doesn't offer MACsec on the interface",
-         "choose an interface that has it, or load what drives it");
+         "choose an interface whose hardware offers it, or load its driver");
   }
   return false;
 }

@@ -13,11 +13,12 @@ using Macsec::Sci;
 void FrameEvidence::refused(Codec::Refusal const& refusal, std::span<uint8_t const> frame) {
   noteFrame(frame);
   refused_[static_cast<size_t>(refusal.subType)] = Vesk::now();
-  if (refusal.subType != SubType::unrecognizedCkn) return;
+  bool const isUnknown = refusal.subType == SubType::unrecognizedCkn;
+  if (!isUnknown && refusal.subType != SubType::icvValidationErr) return;
   Codec::FrameLayout layout;
   if (checkEapol(frame, layout) || checkBasicSet(layout)) return;
-  unknownNameAt_ = Vesk::now();
-  unknownName_ = std::string(Macsec::hexString(layout.name).view());
+  NameSeen& seen = isUnknown ? unknown_ : wrong_;
+  seen = {Vesk::now(), std::string(Macsec::hexString(layout.name).view())};
 }
 
 void FrameEvidence::accepted(Macsec::MkaMessageInfo const& message,
@@ -50,9 +51,8 @@ bool FrameEvidence::anyRefused(SubType subType, double seconds) const {
   return isRecent(refused_[static_cast<size_t>(subType)], seconds);
 }
 
-std::optional<std::string> FrameEvidence::unknownName(double seconds) const {
-  if (!isRecent(unknownNameAt_, seconds)) return std::nullopt;
-  return unknownName_;
+std::optional<std::string> FrameEvidence::NameSeen::within(double seconds) const {
+  return isRecent(at, seconds) ? std::optional(name) : std::nullopt;
 }
 
 bool FrameEvidence::cameFrom(Lumo::EthAddr const& addr, double seconds) const {

@@ -36,7 +36,9 @@ class FrameEvidence {
   bool anyFrame(double seconds) const { return isRecent(lastFrame_, seconds); }
   bool anyRefused(SubType subType, double seconds) const;
   /// The name of the CAK in the newest frame whose name no actor here has, as hexadecimal digits.
-  std::optional<std::string> unknownName(double seconds) const;
+  std::optional<std::string> unknownName(double seconds) const { return unknown_.within(seconds); }
+  /// The same of the newest frame whose name an actor has, and whose ICV is wrong under its key.
+  std::optional<std::string> wrongName(double seconds) const { return wrong_.within(seconds); }
   /// Whether a frame bore this source address.
   bool cameFrom(Lumo::EthAddr const& addr, double seconds) const;
   /// The senders, at most `kSenders`.
@@ -49,13 +51,20 @@ class FrameEvidence {
  private:
   using Time = std::optional<double>;
 
+  // The name of the CAK in a frame, and when that came.
+  struct NameSeen {
+    std::optional<std::string> within(double seconds) const;
+    Time at;
+    std::string name;
+  };
+
   static bool isRecent(Time const& time, double seconds);
   void noteFrame(std::span<uint8_t const> frame);
 
   Time lastFrame_;
   std::array<Time, Macsec::Brine::MessageCounterData::kSubTypes> refused_;
-  Time unknownNameAt_;
-  std::string unknownName_;
+  NameSeen unknown_;
+  NameSeen wrong_;
   Time sourceAt_;
   Lumo::EthAddr source_;
   std::vector<Sender> senders_;

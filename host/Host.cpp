@@ -123,6 +123,7 @@ void Host::interfaceDel(Lumo::IntfId intfId) {
   ethIntfStatusDir_->intfStatusDel(intfId);
   frameEvidence_.erase(intfId);
   hardwareFaults_.erase(intfId);
+  setDown_.erase(intfId);
   if (!options_.emulateHardware) return;
   Vesk::ptrCast<MacSecStatus>(slices_->entry(kEmulatedSlice))->statusDel(intfId);
 }
@@ -130,6 +131,14 @@ void Host::interfaceDel(Lumo::IntfId intfId) {
 void Host::linkIs(Lumo::IntfId intfId, bool up) {
   auto const intfStatus = ethIntfStatusDir_->intfStatus(intfId);
   if (intfStatus) intfStatus->linkStatusIs(up ? Interface::linkUp : Interface::linkDown);
+}
+
+void Host::interfaceSetUpIs(Lumo::IntfId intfId, bool setUp) {
+  if (setUp) {
+    setDown_.erase(intfId);
+  } else {
+    setDown_.insert(intfId);
+  }
 }
 
 void Host::configIs(SwitchConfig const& config) {
@@ -292,19 +301,25 @@ FrameEvidence Host::frameEvidence(Lumo::IntfId intfId) const {
   return found == frameEvidence_.end() ? FrameEvidence() : found->second;
 }
 
-void Host::hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault) {
-  if (hardwareFault(intfId) == fault) return;
+void Host::hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault,
+                           std::string const& remedy) {
+  bool const isNews = hardwareFault(intfId) != fault;
   if (fault.empty()) {
     hardwareFaults_.erase(intfId);
   } else {
-    hardwareFaults_[intfId] = fault;
+    hardwareFaults_[intfId] = {fault, remedy};
   }
-  taps_.hardwareFaultChanged(intfId, fault);
+  if (isNews) taps_.hardwareFaultChanged(intfId, fault);
 }
 
 std::string Host::hardwareFault(Lumo::IntfId intfId) const {
   auto const found = hardwareFaults_.find(intfId);
-  return found == hardwareFaults_.end() ? "" : found->second;
+  return found == hardwareFaults_.end() ? "" : found->second.what;
+}
+
+std::string Host::hardwareRemedy(Lumo::IntfId intfId) const {
+  auto const found = hardwareFaults_.find(intfId);
+  return found == hardwareFaults_.end() ? "" : found->second.remedy;
 }
 
 HardwareReport Host::hardwareReport(Lumo::IntfId intfId) const {

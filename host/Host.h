@@ -22,6 +22,7 @@
 #include "host/HostTap.h"
 #include "host/KeyAges.h"
 #include "host/KeyHistory.h"
+#include "host/KeyText.h"
 #include "host/PeerLoss.h"
 #include "host/PortDoctor.h"
 #include "host/StateKeeper.h"
@@ -65,6 +66,9 @@ class Host {
   void interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t portNumber);
   void interfaceDel(Lumo::IntfId intfId);
   void linkIs(Lumo::IntfId intfId, bool up);
+  /// Whether somebody has set the interface up, as it is unless this is told.
+  void interfaceSetUpIs(Lumo::IntfId intfId, bool setUp);
+  bool isSetDown(Lumo::IntfId intfId) const { return setDown_.contains(intfId); }
   /// Makes the configuration tree say what the file says; at any time.
   void configIs(SwitchConfig const& config);
   /// Takes a configuration over that was read again. One with a mistake changes nothing at all.
@@ -140,10 +144,12 @@ class Host {
 
   /// What the frames of an interface tell; of one that had none, nothing.
   FrameEvidence frameEvidence(Lumo::IntfId intfId) const;
-  /// What keeps the hardware of an interface from doing as asked, as its driver says it; empty when
-  /// nothing does.
-  void hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault);
+  /// What keeps the hardware of an interface from doing as asked, as its driver says it, and what
+  /// to do about it; empty when nothing does.
+  void hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault,
+                       std::string const& remedy = {});
   std::string hardwareFault(Lumo::IntfId intfId) const;
+  std::string hardwareRemedy(Lumo::IntfId intfId) const;
   /// Whoever tells more of the hardware than the tree; null for nobody.
   using HardwareReports = std::function<HardwareReport(Lumo::IntfId)>;
   void hardwareReportsFrom(HardwareReports reports) { hardwareReports_ = std::move(reports); }
@@ -185,8 +191,9 @@ class Host {
   Vesk::Ptr<ConfigReactor> configReactor_;
   std::map<Lumo::IntfId, Codec::Dialect> dialects_;
   std::set<Lumo::IntfId> closing_;  ///< ports without peers
+  std::set<Lumo::IntfId> setDown_;  ///< interfaces
   std::map<Lumo::IntfId, FrameEvidence> frameEvidence_;
-  std::map<Lumo::IntfId, std::string> hardwareFaults_;
+  std::map<Lumo::IntfId, Fault> hardwareFaults_;
   HardwareReports hardwareReports_;
   std::unique_ptr<Machines> machines_;
 };

@@ -61,8 +61,9 @@ std::optional<Fault> InputFile::faultOfKind() const {
 
 std::optional<Fault> InputFile::faultOfOwner() const {
   if (status_.st_uid == 0 || status_.st_uid == geteuid()) return std::nullopt;
-  return Fault{fmt::format("the file holds keys and belongs to the user {}", status_.st_uid),
-               fmt::format("chown {} {}, and take its keys for known", geteuid(), path_)};
+  return Fault{
+      fmt::format("the file holds keys and belongs to the user {}", status_.st_uid),
+      fmt::format("run chown {} {}, and replace its keys: others may know them", geteuid(), path_)};
 }
 
 std::optional<Fault> InputFile::faultOfKeeping() const {
@@ -74,7 +75,7 @@ std::optional<Fault> InputFile::faultOfKeeping() const {
   if (othersMay() & S_IWOTH) who = "everybody can change it";
   if (!who) return std::nullopt;
   return Fault{fmt::format("the file holds keys, and {}", who),
-               fmt::format("chmod 600 {}, and take its keys for known", path_)};
+               fmt::format("run chmod 600 {}, and replace its keys: others may know them", path_)};
 }
 
 std::variant<Vesk::String8, Fault> InputFile::read(size_t most) {

@@ -59,7 +59,7 @@ void addControlledPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) 
   if (!cp) return;
   out.cipherSuite = Vesk::stringValue(cp->cipher());
   out.ssci = cp->mySsci().ssci().charPtr();
-  if (cp->txSak() == Macsec::Sak()) return;
+  if (isNone(cp->txSak())) return;
   out.sak = sakText(cp->txSak());
   out.an = cp->txSak().an().value();
 }

@@ -22,15 +22,14 @@ void requireKeyServer(char const* name, MkaActorStatus const& actor) {
   }
   throw Fault{
       fmt::format("the key server of {} is {}, not this switch", name, sciText(actor.keyServer())),
-      "ask for the new key there"};
+      "run 'macsecctl rekey' there"};
 }
 
 // A key that isn't in use yet must not be followed by the next one: the port has room for two.
 void requireSettled(char const* name, MkaActorStatus const& actor) {
-  if (actor.sakTransmit() || actor.distSak() == Macsec::Sak()) return;
-  throw Fault{
-      fmt::format("key {} of {} isn't in use at both ends yet", sakText(actor.distSak()), name),
-      "wait some seconds; if it stays so, " + seeExplain(name)};
+  if (actor.sakTransmit() || isNone(actor.distSak())) return;
+  throw Fault{fmt::format("{} of {} isn't in use at both ends yet", keyText(actor.distSak()), name),
+              "wait some seconds; if it stays so, " + seeExplain(name)};
 }
 
 void requireSecured(Host const& host, Lumo::IntfId intfId, MkaActorStatus const& actor) {

@@ -12,7 +12,7 @@ namespace {
 Vesk::LogHandle const MACSECD_KEY_UNREADABLE(
     "MACSECD_KEY_UNREADABLE", Vesk::LogSeverity::error, "%s: %s",
     "A key in the state of the switch was stored under another key of the host, or was damaged. It "
-    "counts as no key, and so does each further one, which isn't told.",
+    "counts as no key, and so does each further one, which isn't logged.",
     "Do what the message says.", 0.0, 1.0);
 
 bool isUnreadable(Vesk::String8 const& stored) {

@@ -21,7 +21,7 @@ std::string noActor(PortName const& port, std::optional<std::string> const& ckn)
   return port.text() + " has no principal actor";
 }
 
-std::string sakOrNone(Sak const& sak) { return sak == Sak() ? "no SAK" : "SAK " + sakText(sak); }
+std::string sakOrNone(Sak const& sak) { return isNone(sak) ? "no SAK" : "SAK " + sakText(sak); }
 
 // Without a number, that of the newest key.
 Macsec::AssociationNumber newestAn(Macsec::CpStatus const& cpStatus) {

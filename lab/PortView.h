@@ -34,6 +34,7 @@ class PortView {
 /// Whether traffic may pass: "open", "closed", or "absent" when there is no port.
 char const* stateOf(Macsecd::Host const& host, Lumo::IntfId intfId);
 
+using Macsecd::isNone;
 using Macsecd::sakText;
 using Macsecd::sciText;
 

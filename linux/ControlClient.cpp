@@ -64,7 +64,7 @@ std::variant<Descriptor, Fault> connectedTo(std::string const& path, int seconds
   setsockopt(fd.fd(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
   setsockopt(fd.fd(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
   if (connect(fd.fd(), reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0) {
-    return failed(path, "see that macsecd runs, and ask as root or as a member of its group");
+    return failed(path, "check that macsecd runs; ask as root or as a member of the group macsec");
   }
   return fd;
 }
@@ -123,7 +123,7 @@ std::variant<std::string, Fault> askAt(std::string const& path, std::string cons
   Descriptor const fd = std::get<Descriptor>(std::move(connected));
   std::string answer;
   if (!sendAll(fd.fd(), request + "\n") || !readLine(fd.fd(), answer)) {
-    return failed(path, "see whether macsecd is stuck");
+    return failed(path, "check whether macsecd hangs");
   }
   if (answer.empty()) return Fault{path + ": no answer", "see macsecd's log"};
   return answer;
@@ -140,7 +140,7 @@ std::optional<Fault> followAt(std::string const& path, std::string const& reques
     end = Clock::now() +
           std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
   }
-  if (!sendAll(fd.fd(), request + "\n")) return failed(path, "see whether macsecd is stuck");
+  if (!sendAll(fd.fd(), request + "\n")) return failed(path, "check whether macsecd hangs");
   std::string text;
   std::array<char, 65536> part;
   while (takeLines(text, take)) {

@@ -22,7 +22,7 @@ namespace {
 using Vesk::LogSeverity;
 
 Vesk::LogHandle const MACSECD_CONFIG_TAKEN("MACSECD_CONFIG_TAKEN", LogSeverity::notice,
-                                           "The configuration is that of %s",
+                                           "The configuration of %s is in force",
                                            "The configuration file was read and taken over.",
                                            Vesk::NoActionRequired, 0.0, 1.0);
 
@@ -31,12 +31,12 @@ Vesk::LogHandle const MACSECD_CONFIG_MISTAKE("MACSECD_CONFIG_MISTAKE", LogSeveri
                                              "Correct it and have the file read again.", 0.0, 1.0);
 
 Vesk::LogHandle const MACSECD_CONFIG_REFUSED(
-    "MACSECD_CONFIG_REFUSED", LogSeverity::error, "Nothing of %s is taken over: mistakes in it: %s",
+    "MACSECD_CONFIG_REFUSED", LogSeverity::error, "%s isn't taken over; mistakes in it: %s",
     "A configuration with a mistake changes nothing.",
     "Correct the mistakes told before and have the file read again.", 0.0, 1.0);
 
 Vesk::LogHandle const MACSECD_NO_SOCKET(
-    "MACSECD_NO_SOCKET", LogSeverity::error, "No MKA frames on interface %s: %s",
+    "MACSECD_NO_SOCKET", LogSeverity::error, "No MKPDUs pass interface %s: %s",
     "The socket for the frames of an interface couldn't be opened.",
     "Do what the message says; it is tried again every few seconds.", 0.0, 1.0);
 
@@ -69,7 +69,7 @@ Vesk::LogHandle const MACSECD_STATE_NOT_KEPT(
     "Do what the message says.", 0.0, 1.0);
 
 Vesk::LogHandle const MACSECD_STATE_KEPT("MACSECD_STATE_KEPT", LogSeverity::notice,
-                                         "The state is kept again", "What hindered it has gone.",
+                                         "The state is kept again", "The obstacle has gone.",
                                          Vesk::NoActionRequired, 0.0, 1.0);
 
 Vesk::LogHandle const MACSECD_LEFT("MACSECD_LEFT", LogSeverity::notice,
@@ -88,7 +88,7 @@ Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options, Macsecd::StateS
 bool cryptographyIsReady(std::string const& configFile) {
   if (auto const missing = Macsec::missingAlgorithm()) {
     Vesk::log(MACSECD_CANNOT_RUN, "OpenSSL's providers have no " + *missing +
-                                      "; see that openssl.cnf turns the default provider on");
+                                      "; check that openssl.cnf turns on the default provider");
     return false;
   }
   auto const read = Macsecd::readConfigFile(configFile);
@@ -284,6 +284,8 @@ void Daemon::portIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) {
 }
 
 void Daemon::portLinkIs(Lumo::IntfId intfId, bool up) { host_.linkIs(intfId, up); }
+
+void Daemon::portSetUpIs(Lumo::IntfId intfId, bool setUp) { host_.interfaceSetUpIs(intfId, setUp); }
 
 void Daemon::portDel(Lumo::IntfId intfId) {
   host_.interfaceDel(intfId);

@@ -67,7 +67,7 @@ class KernelDriver final {
   void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
   void tellPort(KernelPort& port);
   void poll();
-  void faultIs(Lumo::IntfId intfId, std::string const& fault) const;
+  void faultIs(Lumo::IntfId intfId, std::string const& fault, std::string const& remedy) const;
   DeviceOptions deviceOf(Lumo::IntfId intfId) const;
 
   Vesk::Ptr<Macsec::MacSecStatus> const slice_;

@@ -45,12 +45,17 @@ struct KernelHardware::HoldReactor final
 KernelHardware::KernelHardware(Macsecd::Host& host)
     : host_(host),
       filters_(filterKernel_,
-               [this](auto intfId, auto const& why) { faultIs(intfId, &Faults::filter, why); }),
+               [this](auto intfId, auto const& why) {
+                 faultIs(intfId, &Faults::filter, {why, {}});
+               }),
       driver_(
           host.status(), sliceOf(host), kernel_,
           {.dormant = true,
-           .faultIs = [this](auto intfId,
-                             std::string const& fault) { faultIs(intfId, &Faults::driver, fault); },
+           .faultIs =
+               [this](auto intfId, auto const& fault, auto const& remedy) {
+                 faultIs(intfId, &Faults::driver, {fault, remedy});
+               },
+           .masterOf = [this](int device) { return masterOf(device); },
            .history = &host.keyHistory(),
            .keyIsSpent = [&host](auto intfId, auto const& sak) { host.keyIsSpent(intfId, sak); },
            .changed = [&host](auto intfId) { host.hardwareReportChanged(intfId); }}) {
@@ -83,7 +88,7 @@ void KernelHardware::filter(Lumo::IntfId intfId, int index) {
     filters_.interfaceIs(intfId, index);
   } else {
     filters_.interfaceDel(intfId);
-    faultIs(intfId, &Faults::filter, "");
+    faultIs(intfId, &Faults::filter, {});
   }
 }
 
@@ -106,7 +111,7 @@ void KernelHardware::linkChanged(LinkChange const& change) {
   if (change.what == LinkChange::What::gone) {
     devices_.erase(link.index);
   } else {
-    devices_[link.index] = deviceStateOf(link);
+    devices_[link.index] = link;
   }
   driver_.deviceChanged(link.index, change.what != LinkChange::What::gone);
 }
@@ -114,7 +119,14 @@ void KernelHardware::linkChanged(LinkChange const& change) {
 // A device that the kernel hasn't told of yet comes up dormant.
 DeviceState KernelHardware::stateOf(int device) const {
   auto const found = devices_.find(device);
-  return found == devices_.end() ? DeviceState::dormant : found->second;
+  return found == devices_.end() ? DeviceState::dormant : deviceStateOf(found->second);
+}
+
+Master KernelHardware::masterOf(int device) const {
+  auto const member = devices_.find(device);
+  if (member == devices_.end()) return {};
+  auto const master = devices_.find(member->second.master);
+  return master == devices_.end() ? Master() : Master{master->second.name, master->second.kind};
 }
 
 void KernelHardware::interfacesAreKnown() { filters_.removeOthers(); }
@@ -128,12 +140,15 @@ void KernelHardware::run() {
   if (filters_.nextTime() <= Vesk::now()) filters_.run();
 }
 
-void KernelHardware::faultIs(Lumo::IntfId intfId, std::string Faults::*whose,
-                             std::string const& fault) {
+void KernelHardware::faultIs(Lumo::IntfId intfId, Macsecd::Fault Faults::*whose,
+                             Macsecd::Fault const& fault) {
   Faults& faults = faults_[intfId];
   faults.*whose = fault;
-  bool const areBoth = !faults.driver.empty() && !faults.filter.empty();
-  host_.hardwareFaultIs(intfId, faults.driver + (areBoth ? "; " : "") + faults.filter);
+  auto const joined = [](std::string const& a, std::string const& b) {
+    return a + (a.empty() || b.empty() ? "" : "; ") + b;
+  };
+  host_.hardwareFaultIs(intfId, joined(faults.driver.what, faults.filter.what),
+                        joined(faults.driver.remedy, faults.filter.remedy));
 }
 
 // What the state machines leave behind when they end is no order.

@@ -36,14 +36,15 @@ class KernelHardware final : public HardwareDriver {
   struct HoldReactor;
   /// What is wrong with a port, by who says so.
   struct Faults {
-    std::string driver = {}, filter = {};
+    Macsecd::Fault driver = {}, filter = {};
   };
 
   Macsecd::HardwareReport report(Lumo::IntfId intfId) const;
   Macsecd::DeviceState stateOf(int device) const;
   void filter(Lumo::IntfId intfId, int index);
   void lookAway();
-  void faultIs(Lumo::IntfId intfId, std::string Faults::*whose, std::string const& fault);
+  void faultIs(Lumo::IntfId intfId, Macsecd::Fault Faults::*whose, Macsecd::Fault const& fault);
+  Master masterOf(int device) const;
 
   Macsecd::Host& host_;
   MacsecNetlink kernel_;
@@ -52,8 +53,8 @@ class KernelHardware final : public HardwareDriver {
   KernelDriver driver_;
   std::optional<PortForwarding> forwarding_;
   Vesk::Ptr<HoldReactor> hold_;
-  std::map<Lumo::IntfId, int> indices_;          // of the interfaces that are there
-  std::map<int, Macsecd::DeviceState> devices_;  // all network devices, by their index
+  std::map<Lumo::IntfId, int> indices_;  // of the interfaces that are there
+  std::map<int, Link> devices_;          // all network devices, by their index
   std::set<Lumo::IntfId> mustBeSecure_;
   std::map<Lumo::IntfId, Faults> faults_;
 };

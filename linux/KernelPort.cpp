@@ -151,7 +151,7 @@ bool KernelPort::deviceGone() {
 
 bool KernelPort::deviceThere() {
   if (cipherOf(cpStatus_->cipher()) == 0) {
-    refuse("make the device", "the cipher suite is none");
+    refuse(kMakeDevice, "the cipher suite is none", "give its profile a 'cipher-suite'");
     return false;
   }
   bool const isAdopted = held_ && isOurs(*held_);
@@ -173,7 +173,8 @@ bool KernelPort::deviceThere() {
 
 bool KernelPort::make() {
   if (name_.size() > kLongestName) {
-    refuse("make the device", "its name has more than 15 octets; give it another in the options");
+    refuse(kMakeDevice, "the name has more than 15 characters",
+           "give the interface a shorter 'device' in the configuration");
     return false;
   }
   NewSecY wanted;
@@ -184,7 +185,7 @@ bool KernelPort::make() {
   wanted.sendSci = cpStatus_->includeSci();
   wanted.dormant = options_.dormant;
   wanted.settings.window = replayWindow_;
-  if (!did(kernel_.secYAdd(wanted), "make the device")) return false;
+  if (!did(kernel_.secYAdd(wanted), kMakeDevice)) return false;
   ++counts_.devicesMade;
   ++devicesMade_;
   shown_.reset();

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "host/KeyHistory.h"
+#include "linux/KernelRemedy.h"
 #include "linux/SaKey.h"
 #include "model/CpStatus.h"
 #include "model/MacSecStatus.h"
@@ -25,8 +26,12 @@ struct DeviceOptions {
 struct KernelDriverOptions {
   /// Devices come up dormant, and show by their state whether they are authorized.
   bool dormant = false;
-  /// Runs when what keeps an interface from being secured changes; nothing does if it is empty.
-  std::function<void(Lumo::IntfId, std::string const&)> faultIs = {};
+  /// Runs when what keeps an interface from being secured changes, with what to do about it;
+  /// nothing does if it is empty.
+  std::function<void(Lumo::IntfId, std::string const& fault, std::string const& remedy)> faultIs =
+      {};
+  /// What the network device of this index is a member of; nobody knows if it is empty.
+  std::function<Master(int)> masterOf = {};
   /// What was sent and received with each key, over devices and processes; null for one of the
   /// driver's own, which ends with it.
   Macsecd::KeyHistory* history = nullptr;
@@ -135,9 +140,12 @@ class KernelPort {
   void reportTransmit();
   void reportNumbers();
 
+  static constexpr char kMakeDevice[] = "make the device";
+
   bool did(KernelAnswer const& answer, char const* what);
-  void refuse(char const* what, char const* why);
-  void tell(std::string what, std::string why, bool byKernel);
+  void refuse(char const* what, std::string const& why, std::string const& remedy);
+  void tell(std::string const& what, std::string const& why, std::string const& remedy,
+            bool byKernel);
   void showProblems();
   void tryAgainLater();
 
@@ -167,8 +175,8 @@ class KernelPort {
 
   bool working_ = false;
   bool again_ = false;
-  std::set<std::string> problems_;
-  std::set<std::string> told_;
+  std::map<std::string, std::string> problems_;  // with what to do about them
+  std::map<std::string, std::string> told_;
   double notValidTime_ = -std::numeric_limits<double>::infinity();
   double retryDelay_ = 0;
   double retryTime_ = std::numeric_limits<double>::infinity();

@@ -9,19 +9,15 @@ namespace {
 
 Vesk::LogHandle const MACSEC_KERNEL_REFUSED(
     "MACSEC_KERNEL_REFUSED", Vesk::LogSeverity::error,
-    "The kernel doesn't %s on interface %s (%s): %s",
+    "The kernel refuses to %s on interface %s (%s): %s; %s",
     "A request that the installation of a MACsec key needs was answered with an error. The port "
     "stays as it is, and the request is made again in a while.",
-    "See that the kernel has MACsec with extended packet numbers (Linux 5.7 or later), that the "
-    "process has CAP_NET_ADMIN, and that no other program has a device of that name.",
-    0.0, 0.0);
+    "Do what the message says.", 0.0, 0.0);
 
 Vesk::LogHandle const MACSEC_KEY_REFUSED(
-    "MACSEC_KEY_REFUSED", Vesk::LogSeverity::error, "Not done on interface %s (%s): %s, because %s",
-    "A key came that can't or mustn't be handed to the kernel. The port goes on as it was.",
-    "If it doesn't go away with the next key, take the port out of the configuration and put it "
-    "back in.",
-    0.0, 0.0);
+    "MACSEC_KEY_REFUSED", Vesk::LogSeverity::error, "Interface %s (%s) can't %s: %s; %s",
+    "A key or a device can't or mustn't be handed to the kernel. The port goes on as it was.",
+    "Do what the message says.", 0.0, 0.0);
 
 }  // namespace
 
@@ -85,33 +81,40 @@ bool KernelPort::did(KernelAnswer const& answer, char const* what) {
   if (answer) return true;
   known_ = false;
   ++counts_.refusals;
-  tell(what, answer.text, true);
+  RefusedRequest const request{std::string(intfId_.stringValue().view()), name_,
+                               std::string_view(what) == kMakeDevice,
+                               options_.masterOf ? options_.masterOf(parent_) : Master()};
+  tell(what, answer.text, remedyOf(answer, request), true);
   return false;
 }
 
-void KernelPort::refuse(char const* what, char const* why) { tell(what, why, false); }
+void KernelPort::refuse(char const* what, std::string const& why, std::string const& remedy) {
+  tell(what, why, remedy, false);
+}
 
 void KernelPort::showProblems() {
   if (options_.faultIs && told_ != problems_) {
-    std::string fault;
-    for (std::string const& problem : problems_) {
-      fault += (fault.empty() ? "" : "; ") + name_ + ": " + problem;
+    std::string fault, remedy;
+    for (auto const& [problem, cure] : problems_) {
+      fault += (fault.empty() ? "" : "; ") + name_ + ": can't " + problem;
+      if (remedy.find(cure) == std::string::npos) remedy += (remedy.empty() ? "" : "; ") + cure;
     }
-    options_.faultIs(intfId_, fault);
+    options_.faultIs(intfId_, fault, remedy);
   }
   told_ = std::move(problems_);
   problems_.clear();
 }
 
 // Once, until it is over or something else is wrong.
-void KernelPort::tell(std::string what, std::string why, bool byKernel) {
+void KernelPort::tell(std::string const& what, std::string const& why, std::string const& remedy,
+                      bool byKernel) {
   std::string const problem = what + ": " + why;
-  if (!problems_.insert(problem).second || told_.contains(problem)) return;
+  if (!problems_.emplace(problem, remedy).second || told_.contains(problem)) return;
   if (byKernel) {
-    Vesk::log(MACSEC_KERNEL_REFUSED, what, intfId_, name_, why);
+    Vesk::log(MACSEC_KERNEL_REFUSED, what, intfId_, name_, why, remedy);
   } else {
     ++counts_.keysRefused;
-    Vesk::log(MACSEC_KEY_REFUSED, intfId_, name_, what, why);
+    Vesk::log(MACSEC_KEY_REFUSED, intfId_, name_, what, why, remedy);
   }
 }
 

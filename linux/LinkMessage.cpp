@@ -25,6 +25,21 @@ std::optional<Lumo::EthAddr> addrOf(nlattr const* attribute) {
   return Lumo::EthAddr(octets);
 }
 
+bool isDormant(nlattr const* state) {
+  return state && nla_len(state) == 1 && nla_get_u8(state) == IF_OPER_DORMANT;
+}
+
+int masterOf(nlattr const* attribute) {
+  if (!attribute || nla_len(attribute) != sizeof(uint32_t)) return 0;
+  return static_cast<int>(nla_get_u32(attribute));
+}
+
+std::string kindOf(nlattr* info) {
+  nlattr* attributes[IFLA_INFO_MAX + 1];
+  if (!info || nla_parse_nested(attributes, IFLA_INFO_MAX, info, nullptr) < 0) return {};
+  return nameOf(attributes[IFLA_INFO_KIND]).value_or("");
+}
+
 // The carrier itself: the operational state lags behind it.
 bool isUp(ifinfomsg const& info) {
   return (info.ifi_flags & IFF_UP) != 0 && (info.ifi_flags & IFF_LOWER_UP) != 0;
@@ -37,10 +52,11 @@ std::optional<LinkMessage> thereOf(nlmsghdr const& message, ifinfomsg const& inf
   auto const name = nameOf(attributes[IFLA_IFNAME]);
   auto const addr = addrOf(attributes[IFLA_ADDRESS]);
   if (!name || !addr) return std::nullopt;
-  auto* const state = attributes[IFLA_OPERSTATE];
-  bool const isDormant = state && nla_len(state) == 1 && nla_get_u8(state) == IF_OPER_DORMANT;
   bool const isSetUp = (info.ifi_flags & IFF_UP) != 0;
-  return LinkMessage{true, {info.ifi_index, *name, *addr, isUp(info), isSetUp, isDormant}};
+  return LinkMessage{
+      true,
+      {info.ifi_index, *name, *addr, isUp(info), isSetUp, isDormant(attributes[IFLA_OPERSTATE]),
+       masterOf(attributes[IFLA_MASTER]), kindOf(attributes[IFLA_LINKINFO])}};
 }
 
 }  // namespace

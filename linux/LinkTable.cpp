@@ -49,7 +49,10 @@ void LinkTable::change(Link& known, Link const& link) {
 void LinkTable::stateIs(Link& known, Link const& link) {
   bool const wasSetUp = std::exchange(known.isSetUp, link.isSetUp);
   bool const wasDormant = std::exchange(known.isDormant, link.isDormant);
-  if (wasSetUp != known.isSetUp || wasDormant != known.isDormant) told_({What::state, known, {}});
+  int const former = std::exchange(known.master, link.master);
+  bool const isSame =
+      wasSetUp == known.isSetUp && wasDormant == known.isDormant && former == known.master;
+  if (!isSame) told_({What::state, known, {}});
 }
 
 void LinkTable::upIs(Link& known, bool up) {

@@ -18,6 +18,8 @@ struct Link {
   bool up = false;         ///< set up, and with a carrier
   bool isSetUp = false;    ///< whatever the carrier
   bool isDormant = false;  ///< shows that it passes no traffic yet (RFC 2863, ifOperStatus)
+  int master = 0;          ///< the index of the bridge or bond that it is a member of; 0 for none
+  std::string kind = {};   ///< as the kernel calls it: "bridge", "macsec"; empty for hardware
   friend bool operator==(Link const&, Link const&) = default;
 };
 
@@ -35,8 +37,8 @@ struct LinkChange {
 /// as often as it likes, and tells the differences.
 ///
 /// An interface comes down and is up after that; one that goes is down before that, and so is one
-/// that changes its name or address. A change of `isSetUp` or `isDormant` is told as that of the
-/// state, after the others. No two interfaces have one name at any moment.
+/// that changes its name or address. A change of `isSetUp`, `isDormant` or `master` is told as that
+/// of the state, after the others. No two interfaces have one name at any moment.
 class LinkTable {
  public:
   using Told = std::function<void(LinkChange const&)>;

@@ -73,7 +73,8 @@ std::variant<Descriptor, std::string> listenAtLoopback(std::string const& text) 
   if (bind(listener.fd(), &address->any, size) == 0 && listen(listener.fd(), kBacklog) == 0) {
     return listener;
   }
-  return text + ": " + std::strerror(errno) + "; end who listens there, or name another port";
+  return text + ": " + std::strerror(errno) +
+         "; stop the program that listens there, or name another port";
 }
 
 uint16_t portOf(Descriptor const& socket) {

@@ -108,7 +108,7 @@ class PortFamilies {
                         MetricType::Gauge,
                         {}};
   MetricFamily key_{"macsecd_port_key_in_use_info",
-                    "The CAK that the port goes by, by its name",
+                    "The CAK that the port uses, by its name",
                     MetricType::Gauge,
                     {}};
   MetricFamily keyServer_{
@@ -121,16 +121,17 @@ class PortFamilies {
                        {}};
   MetricFamily openings_{
       "macsecd_port_openings_total", "How often the port became secured", MetricType::Counter, {}};
-  MetricFamily timeToSecure_{"macsecd_port_time_to_secure_seconds",
-                             "What it took the last time, from the link or the last closing on",
-                             MetricType::Gauge,
-                             {}};
+  MetricFamily timeToSecure_{
+      "macsecd_port_time_to_secure_seconds",
+      "Seconds that the last opening took, from the link or the last closing",
+      MetricType::Gauge,
+      {}};
   MetricFamily sakAge_{"macsecd_port_sak_age_seconds",
                        "For how long the SAK in use has been sent with",
                        MetricType::Gauge,
                        {}};
   MetricFamily faulty_{"macsecd_port_hardware_faulty",
-                       "1 while the hardware doesn't do as asked",
+                       "1 while the hardware refuses what is asked of it",
                        MetricType::Gauge,
                        {}};
   MetricFamily notValid_{"macsecd_port_frames_not_valid_total",

@@ -21,6 +21,7 @@ void Ports::namesAre(std::set<std::string> names) {
 
 void Ports::enter(Link const& link) {
   follower_.portIs(intfIdOf(link.name), link.index, link.addr);
+  follower_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
   if (link.up) follower_.portLinkIs(intfIdOf(link.name), true);
 }
 
@@ -44,7 +45,7 @@ void Ports::changed(LinkChange const& change) {
     case What::down:
       return follower_.portLinkIs(intfIdOf(link.name), change.what == What::up);
     case What::state:
-      return;
+      return follower_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
   }
 }
 

@@ -14,6 +14,8 @@ class PortFollower {
   /// A port is there, with its link down: with this index in the kernel, and this address.
   virtual void portIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) = 0;
   virtual void portLinkIs(Lumo::IntfId intfId, bool up) = 0;
+  /// Whether somebody has set the interface up, whatever its link.
+  virtual void portSetUpIs(Lumo::IntfId intfId, bool setUp) = 0;
   virtual void portDel(Lumo::IntfId intfId) = 0;
 };
 

@@ -40,15 +40,16 @@ std::optional<std::string> clear(std::string const& path, sockaddr_un const& add
   struct stat status;
   if (lstat(path.c_str(), &status) != 0) {
     if (errno == ENOENT) return std::nullopt;
-    return failed(path, "can't be looked at", "make its folder readable");
+    return failed(path, "can't be examined", "make its folder readable");
   }
-  if (!S_ISSOCK(status.st_mode)) return path + ": is no socket; name another path, or remove it";
+  if (!S_ISSOCK(status.st_mode)) return path + ": isn't a socket; name another path, or remove it";
   Descriptor const probe = streamSocket();
   if (connect(probe.fd(), generic(address), sizeof address) == 0 || errno != ECONNREFUSED) {
-    return path + ": somebody else listens there; end that process, or name another path";
+    return path + ": another process listens there; stop it, or name another path";
   }
   if (unlink(path.c_str()) == 0) return std::nullopt;
-  return failed(path, "a left socket can't be removed", "make its folder writable");
+  return failed(path, "the socket of a former process can't be removed",
+                "make its folder writable");
 }
 
 }  // namespace

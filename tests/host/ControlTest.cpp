@@ -208,8 +208,8 @@ TEST_F(ControlTest, LetsWhoMayOnlyReadChangeNothing) {
 }
 
 TEST_F(ControlTest, AnswersWhatIsNoRequest) {
-  EXPECT_EQ(errorOf(""), "this is no JSON object");
-  EXPECT_EQ(errorOf("[1]"), "this is no JSON object");
+  EXPECT_EQ(errorOf(""), "the request isn't a JSON object");
+  EXPECT_EQ(errorOf("[1]"), "the request isn't a JSON object");
   EXPECT_EQ(errorOf("{}"), "the request is of another version");
   EXPECT_EQ(errorOf(R"({"version":2,"command":"status"})"), "the request is of another version");
   EXPECT_EQ(errorOf(R"({"version":1})"), "there is no command ''");

@@ -83,7 +83,7 @@ TEST_F(RekeyTest, IsRefusedWhileAKeyIsOnItsWay) {
 TEST_F(RekeyTest, IsRefusedWhereAnotherSwitchIsKeyServer) {
   Fault const fault = refusal(b);
   EXPECT_EQ(fault.what, "the key server of Ethernet1 is 02:00:00:00:00:01/1, not this switch");
-  EXPECT_EQ(fault.remedy, "ask for the new key there");
+  EXPECT_EQ(fault.remedy, "run 'macsecctl rekey' there");
 }
 
 TEST_F(RekeyTest, IsRefusedWithoutALivePeer) {

@@ -296,7 +296,7 @@ TEST_F(EapKeyFeeds, ASocketThatSomebodyListensOnIsLeftToHim) {
   ASSERT_EQ(first.listenAt(path_), std::nullopt);
   EapKeyFeed second(keys_);
   EXPECT_EQ(second.listenAt(path_),
-            path_ + ": somebody else listens there; end that process, or name another path");
+            path_ + ": another process listens there; stop it, or name another path");
   Client client(path_);
   EXPECT_EQ(asked(first, client, keyLine()), kOk);
 }
@@ -304,7 +304,7 @@ TEST_F(EapKeyFeeds, ASocketThatSomebodyListensOnIsLeftToHim) {
 TEST_F(EapKeyFeeds, AFileOfAnotherKindIsLeftAsItIs) {
   std::ofstream(path_) << "mine";
   EapKeyFeed feed(keys_);
-  EXPECT_EQ(feed.listenAt(path_), path_ + ": is no socket; name another path, or remove it");
+  EXPECT_EQ(feed.listenAt(path_), path_ + ": isn't a socket; name another path, or remove it");
   EXPECT_EQ(std::filesystem::file_size(path_), 4u);
   EXPECT_THAT(feed.listenAt(folder_ + "/none/eap-keys").value(), HasSubstr("can't be made"));
   EXPECT_THAT(feed.listenAt(std::string(108, 'p')).value(), HasSubstr("is no path for a socket"));

@@ -20,7 +20,8 @@ TEST_F(ADriverInTrouble, RefusesATransmitKeyThatIsNone) {
   EXPECT_THAT(kernel.asked, IsEmpty());
   ASSERT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
   EXPECT_EQ(world.logs[0].text,
-            "Not done on interface eth0 (eth0.sec): install the transmit key, because it is empty");
+            "Interface eth0 (eth0.sec) can't install the transmit key: it is empty; wait for the "
+            "next key; if none comes within a minute, run 'macsecctl explain' at both ends");
   EXPECT_EQ(report()->txSaStatus()->keyNum(), 1u);
 }
 
@@ -56,8 +57,9 @@ TEST_F(ADriverInTrouble, ReportsNothingThatTheKernelRefusedAndTriesAgainLaterAnd
   EXPECT_EQ(driver->counts().refusals, 10u);
   EXPECT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
   EXPECT_EQ(world.logs[0].text,
-            "The kernel doesn't install the receive key on interface eth0 (eth0.sec): No space "
-            "left on device");
+            "The kernel refuses to install the receive key on interface eth0 (eth0.sec): No space "
+            "left on device; it is tried again by itself; if it stays so, see what the kernel logs "
+            "('dmesg')");
   kernel.refused.clear();
   runAt(303);
   EXPECT_TRUE(rx(0));

@@ -150,7 +150,7 @@ TEST_F(MetricsServerTest, SaysThatSomebodyElseListensThere) {
   MetricsServer other([] { return std::string(); });
   auto const error = other.listenAt("127.0.0.1:" + std::to_string(server.port()));
   ASSERT_TRUE(error);
-  EXPECT_THAT(*error, HasSubstr("end who listens there, or name another port"));
+  EXPECT_THAT(*error, HasSubstr("stop the program that listens there, or name another port"));
 }
 
 }  // namespace

@@ -122,11 +122,12 @@ TEST_F(ParentFiltersTest, TellOnceWhatTheKernelRefusesAndTryAgainMoreAndMoreSeld
   kernel.refused["close out"] = ENOENT;
   EXPECT_FALSE(filters->interfaceIs(kIntf, 3));
   ASSERT_EQ(world.logs.size(), 1u);
-  EXPECT_EQ(world.logs[0].text,
-            "Clear frames aren't kept from interface eth0: the kernel doesn't set the filter: No "
-            "such file or directory");
+  EXPECT_EQ(
+      world.logs[0].text,
+      "Clear frames aren't kept from interface eth0: the kernel refuses to set the filter: No "
+      "such file or directory");
   EXPECT_EQ(filters->trouble(kIntf),
-            "the kernel doesn't set the filter: No such file or directory");
+            "the kernel refuses to set the filter: No such file or directory");
   for (double const delay : {1, 2, 4, 8, 16, 32, 60, 60}) {
     ASSERT_EQ(filters->nextTime(), world.time + delay);
     runAt(world.time + delay);

@@ -17,6 +17,7 @@ struct Followed final : PortFollower {
     say(intfId, "is " + std::to_string(index) + " " + std::to_string(addr.bytes()[5]));
   }
   void portLinkIs(Lumo::IntfId intfId, bool up) override { say(intfId, up ? "up" : "down"); }
+  void portSetUpIs(Lumo::IntfId, bool setUp) override { isSetUp = setUp; }
   void portDel(Lumo::IntfId intfId) override { say(intfId, "del"); }
   void say(Lumo::IntfId intfId, std::string const& what) {
     said.push_back(std::string(intfId.stringValue().view()) + " " + what);
@@ -24,6 +25,7 @@ struct Followed final : PortFollower {
   std::vector<std::string> take() { return std::exchange(said, {}); }
 
   std::vector<std::string> said;
+  bool isSetUp = false;
   LinkTable table{[this](LinkChange const& change) { ports.changed(change); }};
   Ports ports{table, *this};
 };
@@ -44,6 +46,18 @@ TEST(Ports, FollowTheirLinks) {
   f.table.linkIs(link(3, "eth0", 1, false));
   f.table.linkDel(3);
   EXPECT_THAT(f.take(), ElementsAre("eth0 is 3 1", "eth0 up", "eth0 down", "eth0 del"));
+}
+
+TEST(Ports, TellWhetherTheyAreSetUpWhateverTheirLink) {
+  Followed f;
+  Link eth0 = link(3, "eth0", 1, false);
+  eth0.isSetUp = true;
+  f.table.linkIs(eth0);
+  EXPECT_TRUE(f.isSetUp);
+  eth0.isSetUp = false;
+  f.table.linkIs(eth0);
+  EXPECT_FALSE(f.isSetUp);
+  EXPECT_THAT(f.take(), ElementsAre("eth0 is 3 1"));
 }
 
 TEST(Ports, GoWithANameAndComeWithOne) {

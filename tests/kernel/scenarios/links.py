@@ -10,6 +10,7 @@ def goes_down_and_up(cable):
     a, b = cable.machines
     b.ip("link set eth0 down")
     until(lambda: "no-link" in a.causes(), "a tells that its link is down")
+    until(lambda: "interface-down" in b.causes(), "b tells that somebody has set its end down")
     b.ip("link set eth0 up")
     cable.opens()
     cable.carries()
