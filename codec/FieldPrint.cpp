@@ -37,8 +37,7 @@ void printField(std::ostream& out, char const* label, Lumo::NetU32 v) {
 void printField(std::ostream& out, char const* label, Lumo::NetU64 cipherSuite) {
   auto const suite = FieldValues::fromFrame(cipherSuite);
   line(out, label) << Macsec::hexString({cipherSuite.bytes(), 8}) << " (";
-  out << (suite == Macsec::CipherSuite::None ? std::string("not ours") : Vesk::valueToStrep(suite))
-      << ")\n";
+  out << (suite == Macsec::CipherSuite::None ? "not ours" : Macsec::suiteName(suite)) << ")\n";
 }
 
 void printField(std::ostream& out, char const* label, Macsec::MemberIdentifier const& v) {
@@ -46,7 +45,7 @@ void printField(std::ostream& out, char const* label, Macsec::MemberIdentifier c
 }
 
 void printField(std::ostream& out, char const* label, Macsec::SciParameterSet const& v) {
-  line(out, label) << v.addr() << " port " << v.portId().value() << "\n";
+  line(out, label) << v.addr() << "/" << v.portId().value() << "\n";
 }
 
 void printField(std::ostream& out, char const* label, char const* v) {

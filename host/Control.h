@@ -14,9 +14,9 @@ namespace Macsecd {
 
 /// Answers what an operator's tool asks of a switch: one JSON object for one JSON object.
 ///
-///     {"version": 1, "command": "explain", "interface": "Ethernet1"}
-///     {"version": 1, "ok": true, "result": {...}}
-///     {"version": 1, "ok": false, "error": "there is no command 'explian'", "remedy": "..."}
+///     {"version": 2, "command": "explain", "interface": "Ethernet1"}
+///     {"version": 2, "ok": true, "result": {...}}
+///     {"version": 2, "ok": false, "error": "there is no command 'explian'", "remedy": "..."}
 ///
 /// | Command | Further members | Result |
 /// |---|---|---|
@@ -33,7 +33,7 @@ namespace Macsecd {
 /// No answer ever holds a key.
 class Control {
  public:
-  static constexpr int kVersion = 1;
+  static constexpr int kVersion = 2;
   /// Reads the configuration again and takes it over; the mistakes because of which it wasn't.
   using Reload = std::function<std::vector<Mistake>()>;
   /// Puts what is to be traced into force. Throws `Fault` if it can't be traced anywhere.

@@ -19,8 +19,8 @@ constexpr size_t kMinMskDigits = 32;
 constexpr size_t kMaxInterfaceOctets = 64;
 constexpr Dot1x::Dot1xType kConfigured = 2;
 
-std::vector<std::string> const kKeyMembers = {"interface", "type",      "msk",
-                                              "sessionId", "firstAddr", "secondAddr"};
+std::vector<std::string> const kKeyMembers = {"interface",  "type",       "msk",
+                                              "session-id", "first-addr", "second-addr"};
 std::vector<std::string> const kWithdrawalMembers = {"interface", "withdrawn"};
 
 /// The line is one of the two forms by its members; throws `Fault` when it is neither. A value that
@@ -113,9 +113,9 @@ Vesk::String8 mskOf(Line const& line) {
 }
 
 Vesk::String8 sessionIdOf(Line const& line) {
-  std::string const digits = line.text("sessionId");
+  std::string const digits = line.text("session-id");
   if (digits.empty() || !Macsec::isHexOctets(digits)) {
-    throw Fault{"'sessionId' is no even number of hexadecimal digits",
+    throw Fault{"'session-id' is no even number of hexadecimal digits",
                 "give two digits for each octet, and one octet at least"};
   }
   return Vesk::String8(digits);
@@ -128,10 +128,10 @@ Lumo::EthAddr addrOf(Line const& line, std::string_view name) {
 }
 
 Dot1x::EapKey keyOf(Line const& line) {
-  Lumo::EthAddr const first = addrOf(line, "firstAddr");
-  Lumo::EthAddr const second = addrOf(line, "secondAddr");
+  Lumo::EthAddr const first = addrOf(line, "first-addr");
+  Lumo::EthAddr const second = addrOf(line, "second-addr");
   if (first == second) {
-    throw Fault{"'firstAddr' and 'secondAddr' are the same",
+    throw Fault{"'first-addr' and 'second-addr' are the same",
                 "give the addresses of the two ends of the link, in either order"};
   }
   Dot1x::Dot1xType const type = typeOf(line);

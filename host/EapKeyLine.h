@@ -21,8 +21,8 @@ inline constexpr size_t kMaxMskOctets = 128;
 
 /// Reads one line, a JSON object in either of two forms:
 ///
-///     {"interface": "Ethernet1", "type": 0, "msk": "4041..7f", "sessionId": "0d80..bf",
-///      "firstAddr": "02:00:00:00:00:01", "secondAddr": "02:00:00:00:00:02"}
+///     {"interface": "Ethernet1", "type": 0, "msk": "4041..7f", "session-id": "0d80..bf",
+///      "first-addr": "02:00:00:00:00:01", "second-addr": "02:00:00:00:00:02"}
 ///     {"interface": "Ethernet1", "withdrawn": true}
 ///
 /// A line that isn't one of these to the letter changes nothing and gives what is wrong with it,

@@ -1,6 +1,7 @@
 #include "host/EventJson.h"
 
 #include "host/Control.h"
+#include "host/TimeText.h"
 #include "platform/Hex.h"
 #include "runtime/World.h"
 
@@ -13,8 +14,12 @@ using Kind = PortEventKind;
 Json orNull(std::string const& text) { return text.empty() ? Json() : Json(text); }
 
 Json headOf(double time, std::string const& interface, char const* event) {
-  return {
-      {"version", Control::kVersion}, {"time", time}, {"interface", interface}, {"event", event}};
+  double const wallTime = Vesk::world().wallTime() + time - Vesk::now();
+  return {{"version", Control::kVersion},
+          {"time", timeText(wallTime)},
+          {"monotonic", time},
+          {"interface", interface},
+          {"event", event}};
 }
 
 void addPeer(PortEvent const& event, Json& json) {

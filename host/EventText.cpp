@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/TimeText.h"
 #include "platform/Hex.h"
 
 namespace Macsecd {
@@ -62,7 +63,9 @@ std::string wordsOf(Json const& json) {
 std::optional<EventLine> eventLineOf(std::string_view line) {
   try {
     Json const json = Json::parse(line);
-    return EventLine{json.at("time").get<double>(), text(json, "interface"), wordsOf(json)};
+    auto const time = timeOf(text(json, "time"));
+    if (!time) return std::nullopt;
+    return EventLine{*time, text(json, "interface"), wordsOf(json)};
   } catch (Json::exception const&) {
     return std::nullopt;
   }
@@ -72,8 +75,9 @@ std::optional<CapturedFrame> capturedFrameOf(std::string_view line) {
   try {
     Json const json = Json::parse(line);
     std::string const digits = text(json, "octets");
-    CapturedFrame frame{json.at("time").get<double>(), std::vector<uint8_t>(digits.size() / 2)};
-    if (!Macsec::hexDecode(digits, frame.octets)) return std::nullopt;
+    auto const time = timeOf(text(json, "time"));
+    CapturedFrame frame{time.value_or(0), std::vector<uint8_t>(digits.size() / 2)};
+    if (!time || !Macsec::hexDecode(digits, frame.octets)) return std::nullopt;
     return frame;
   } catch (Json::exception const&) {
     return std::nullopt;

@@ -9,7 +9,7 @@ namespace Macsecd {
 
 /// What a subscriber got as one line, as far as the reader needs it.
 struct EventLine {
-  double time = 0;  ///< of the clock of the switch, in seconds
+  double time = 0;  ///< seconds since 1970, by the clock of the switch
   std::string interface;
   std::string words;  ///< for an operator: "the port is open"
 };
@@ -19,7 +19,7 @@ std::optional<EventLine> eventLineOf(std::string_view line);
 
 /// A frame that was captured.
 struct CapturedFrame {
-  double time = 0;  ///< of the clock of the switch, in seconds
+  double time = 0;  ///< seconds since 1970, by the clock of the switch
   std::vector<uint8_t> octets;
 };
 

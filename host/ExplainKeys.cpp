@@ -18,7 +18,7 @@ void Explainer::noteSuite() {
   if (!suite || *suite == intfStatus_->cipher()) return;
   note(CauseKind::cipherMismatch,
        fmt::format("the key server gives keys for {}, and this end is set to {}",
-                   Vesk::stringValue(*suite), Vesk::stringValue(intfStatus_->cipher())),
+                   Macsec::suiteName(*suite), Macsec::suiteName(intfStatus_->cipher())),
        "give both ends the same 'cipher-suite'");
 }
 

@@ -57,7 +57,7 @@ void addControlledPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) 
   auto const cp = host.status()->cpStatus(intfId);
   out.state = stateOf(passageOf(host, intfId));
   if (!cp) return;
-  out.cipherSuite = Vesk::stringValue(cp->cipher());
+  out.cipherSuite = Macsec::suiteName(cp->cipher());
   out.ssci = cp->mySsci().ssci().charPtr();
   if (isNone(cp->txSak())) return;
   out.sak = sakText(cp->txSak());

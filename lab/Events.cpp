@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "host/JsonText.h"
+#include "host/TimeText.h"
 #include "lab/Clock.h"
 
 namespace Lab {
@@ -17,15 +18,21 @@ Json orNull(std::optional<T> const& value) {
   return value ? Json(*value) : Json();
 }
 
+// The wall clock is virtual too, and begins with 1970. `what` is empty for the time of the event.
+void putTime(Json& json, std::string const& what, double time) {
+  json[what.empty() ? "time" : what] = Macsecd::timeText(time);
+  json[what.empty() ? "monotonic" : what + "-monotonic"] = roundedTime(time);
+}
+
 void putSa(Json& json, bool transmit, uint8_t an, std::optional<KeyName> const& key) {
   json["direction"] = transmit ? "tx" : "rx";
   json["an"] = an;
-  json["keyId"] = key ? Json(key->id) : Json();
-  json["keyNumber"] = key ? Json(key->number) : Json();
+  json["key-id"] = key ? Json(key->id) : Json();
+  json["key-number"] = key ? Json(key->number) : Json();
 }
 
 void put(Json& json, SyslogLine const& line) {
-  json["kind"] = "syslog";
+  json["event"] = "syslog";
   json["name"] = line.name;
   json["severity"] = line.severity;
   json["arguments"] = line.arguments;
@@ -33,46 +40,46 @@ void put(Json& json, SyslogLine const& line) {
 }
 
 void put(Json& json, ForwardingChanged const& changed) {
-  json["kind"] = "forwarding";
+  json["event"] = "forwarding";
   json["interface"] = changed.interface;
   json["entry"] = changed.unauthorized ? Json("unauthorized") : Json();
 }
 
 void put(Json& json, PortChanged const& changed) {
-  json["kind"] = "port";
+  json["event"] = "state";
   json["interface"] = changed.interface;
   json["state"] = changed.state;
 }
 
 void put(Json& json, SaAsked const& asked) {
-  json["kind"] = "sa-asked";
+  json["event"] = "sa-asked";
   json["interface"] = asked.interface;
   putSa(json, asked.transmit, asked.an, asked.key);
 }
 
 void put(Json& json, SaInstalled const& installed) {
-  json["kind"] = "sa-installed";
+  json["event"] = "sa-installed";
   json["interface"] = installed.interface;
   putSa(json, installed.transmit, installed.an, installed.key);
-  json["packetNumber"] = installed.packetNumber;
+  json["packet-number"] = installed.packetNumber;
 }
 
 void put(Json& json, PrincipalChanged const& changed) {
-  json["kind"] = "principal";
+  json["event"] = "key";
   json["interface"] = changed.interface;
   json["ckn"] = orNull(changed.ckn);
 }
 
 void put(Json& json, KeyServerChanged const& changed) {
-  json["kind"] = "key-server";
+  json["event"] = "key-server";
   json["interface"] = changed.interface;
   json["ckn"] = changed.ckn;
   json["sci"] = orNull(changed.sci);
-  json["self"] = changed.self;
+  json["is-key-server"] = changed.self;
 }
 
 void put(Json& json, PeersChanged const& changed) {
-  json["kind"] = "peers";
+  json["event"] = "peers";
   json["interface"] = changed.interface;
   json["ckn"] = changed.ckn;
   json["live"] = changed.live;
@@ -80,24 +87,24 @@ void put(Json& json, PeersChanged const& changed) {
 }
 
 void put(Json& json, FramePassed const& frame) {
-  json["kind"] = frame.received ? "frame-received" : "frame-sent";
+  json["event"] = frame.received ? "frame-received" : "frame-sent";
   json["interface"] = frame.interface;
   json["ckn"] = orNull(frame.ckn);
-  json["memberId"] = orNull(frame.memberId);
-  json["messageNumber"] = orNull(frame.messageNumber);
+  json["member-id"] = orNull(frame.memberId);
+  json["message-number"] = orNull(frame.messageNumber);
   json["length"] = frame.length;
   json["sets"] = frame.sets;
   if (frame.received) json["verdict"] = orNull(frame.verdict);
 }
 
 void put(Json& json, ProcessEnded const& ended) {
-  json["kind"] = "exit";
+  json["event"] = "exit";
   json["status"] = ended.status;
-  json["startsAgain"] = roundedTime(ended.startsAgain);
+  putTime(json, "starts-again", ended.startsAgain);
 }
 
 void put(Json& json, Reloaded const& reloaded) {
-  json["kind"] = "reload";
+  json["event"] = "reload";
   json["file"] = reloaded.file;
   json["taken"] = reloaded.taken;
   json["mistakes"] = reloaded.mistakes;
@@ -107,7 +114,7 @@ void put(Json& json, Reloaded const& reloaded) {
 
 void Events::happened(Happening const& happening) {
   Json json;
-  json["time"] = roundedTime(happening.time);
+  putTime(json, "", happening.time);
   json["switch"] = happening.switchName;
   std::visit([&](auto const& what) { put(json, what); }, happening.what);
   // Names that are no UTF-8 are shown as far as they are.

@@ -56,8 +56,8 @@ int showEvents(ControlFollow const& follow, std::ostream& out, std::ostream& err
     if (follow.json || !event) {
       out << line << std::endl;
     } else {
-      out << wallTimeText(wallTimeOf(event->time)) << "  " << event->interface << "  "
-          << event->words << std::endl;
+      out << wallTimeText(event->time) << "  " << event->interface << "  " << event->words
+          << std::endl;
     }
     return out.good();
   });
@@ -70,7 +70,7 @@ int captureFrames(ControlFollow const& follow, std::string const& file, std::ost
   size_t frames = 0;
   auto const take = [&](std::string_view line) {
     if (auto const frame = Macsecd::capturedFrameOf(line)) {
-      writer.add(wallTimeOf(frame->time), frame->octets);
+      writer.add(frame->time, frame->octets);
       ++frames;
     }
     writer.flush();

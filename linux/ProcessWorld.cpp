@@ -20,6 +20,12 @@ double bootTime() {
 
 }  // namespace
 
+double ProcessWorld::wallTime() const {
+  timespec time;
+  clock_gettime(CLOCK_REALTIME, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 double ProcessWorld::now() const {
   if (!hasTurns_) return bootTime();
   if (!turnTime_) turnTime_ = bootTime();

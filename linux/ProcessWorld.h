@@ -19,6 +19,8 @@ class ProcessWorld final : public Vesk::World {
   /// Seconds since the machine was started, times of suspension included (CLOCK_BOOTTIME): the
   /// times in a tree that outlives the process go on to mean what they meant.
   double now() const override;
+  /// What the machine takes for the time now (CLOCK_REALTIME).
+  double wallTime() const override;
   /// A turn of the loop has ended, and until the next one ends the time is that at which it is
   /// first asked for. Without any call of this it runs on. What a turn does happens at one time,
   /// and a flood of frames doesn't ask the kernel for it again and again.

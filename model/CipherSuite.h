@@ -29,6 +29,20 @@ struct Vesk::EnumNames<Macsec::CipherSuite> {
 
 namespace Macsec {
 
+/// As the configuration and everything that people read call it.
+constexpr char const* suiteName(CipherSuite suite) {
+  switch (suite) {
+    case CipherSuite::gcmAesXpn128:
+      return "gcm-aes-xpn-128";
+    case CipherSuite::gcmAesXpn256:
+      return "gcm-aes-xpn-256";
+    case CipherSuite::None:
+    case CipherSuite::error:
+      break;
+  }
+  return "none";
+}
+
 using Vesk::stringValue;
 
 inline std::ostream& operator<<(std::ostream& out, CipherSuite suite) {

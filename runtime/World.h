@@ -25,6 +25,9 @@ class World {
 
   /// Seconds on a clock that never goes back and goes on across restarts of the process.
   virtual double now() const = 0;
+  /// The seconds since 1970, for what people and other machines read; where there is no other
+  /// clock, what `now()` has. It may jump.
+  virtual double wallTime() const { return now(); }
   /// A pseudo-random number from 0 up, of at least 15 bits: for delays, not for keys.
   virtual int rand() = 0;
   /// Fills `out` with random bytes fit for keys.

@@ -26,8 +26,8 @@ class ControlTest : public ::testing::Test {
     return Json::parse(text);
   }
   Json resultOf(std::string const& command) {
-    Json const json = answer(R"({"version":1,"command":")" + command + "\"}");
-    EXPECT_EQ(json["version"], 1);
+    Json const json = answer(R"({"version":2,"command":")" + command + "\"}");
+    EXPECT_EQ(json["version"], 2);
     EXPECT_TRUE(json["ok"].get<bool>()) << json;
     return json["result"];
   }
@@ -62,7 +62,7 @@ TEST_F(ControlTest, TellsThePortsWithTheirKeysAndPeers) {
   EXPECT_EQ(port["interface"], "Ethernet1");
   EXPECT_EQ(port["profile"], "one");
   EXPECT_EQ(port["state"], "open");
-  EXPECT_EQ(port["cipher-suite"], "gcmAesXpn128");
+  EXPECT_EQ(port["cipher-suite"], "gcm-aes-xpn-128");
   EXPECT_EQ(port["sci"], "02:00:00:00:00:01/1");
   EXPECT_EQ(port["ssci"], "00000002");
   EXPECT_EQ(port["an"], 0);
@@ -108,36 +108,36 @@ TEST_F(ControlTest, CountsAndClears) {
 
 TEST_F(ControlTest, CountsWhatCameSinceTheClearingAlone) {
   resultOf("clear-counters");
-  std::string const request = R"({"version":1,"command":"counters","since-clear":true})";
+  std::string const request = R"({"version":2,"command":"counters","since-clear":true})";
   EXPECT_TRUE(answer(request)["result"][0]["counters"].empty());
   talk(a, b, 24);
   Json const sent = answer(request)["result"][0]["counters"][0];
   EXPECT_EQ(sent["frames"], "tx success");
   EXPECT_EQ(sent["since-clear"], 2);
   EXPECT_FALSE(sent.contains("total"));
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"counters","since-clear":1})"),
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"counters","since-clear":1})"),
             "'since-clear' is neither true nor false");
 }
 
 TEST_F(ControlTest, MakesANewSakForOneInterface) {
   talk(a, b, 40);
   Json const result =
-      answer(R"({"version":1,"command":"rekey","interface":"Ethernet1"})")["result"];
+      answer(R"({"version":2,"command":"rekey","interface":"Ethernet1"})")["result"];
   EXPECT_EQ(result["interface"], "Ethernet1");
   EXPECT_EQ(result["seconds"], 0);
   talk(a, b, 50);
   EXPECT_EQ(resultOf("status")[0]["sak"], result["sak"]);
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"rekey"})"), "no interface is named");
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"rekey"})"), "no interface is named");
 }
 
 TEST_F(ControlTest, TellsEventsToWhoeverWatchesThemUntilHeEnds) {
   Vesk::WorldScope const scope(a.world);
-  EXPECT_EQ(control.answer(R"({"version":1,"command":"watch"})", false, 5),
-            R"({"version":1,"ok":true,"result":null})");
-  control.answer(R"({"version":1,"command":"watch","interface":"Ethernet1"})", false, 6);
+  EXPECT_EQ(control.answer(R"({"version":2,"command":"watch"})", false, 5),
+            R"({"version":2,"ok":true,"result":null})");
+  control.answer(R"({"version":2,"command":"watch","interface":"Ethernet1"})", false, 6);
   a.host.hardwareFaultIs(kIntf, "no room");
   std::string const event =
-      R"({"version":1,"time":20.0,"interface":"Ethernet1","event":"hardware-fault",)"
+      R"({"version":2,"time":"1970-01-01T00:00:20.000000Z","monotonic":20.0,"interface":"Ethernet1","event":"hardware-fault",)"
       R"("fault":"no room"})";
   EXPECT_EQ(told, (std::vector<std::string>{"5: " + event, "6: " + event}));
   control.connectionEnded(6);
@@ -151,7 +151,7 @@ TEST_F(ControlTest, TellsEventsToWhoeverWatchesThemUntilHeEnds) {
 TEST_F(ControlTest, TellsTheFramesOfBothDirections) {
   {
     Vesk::WorldScope const scope(a.world);
-    control.answer(R"({"version":1,"command":"capture","interface":"Ethernet1"})", false, 7);
+    control.answer(R"({"version":2,"command":"capture","interface":"Ethernet1"})", false, 7);
   }
   talk(a, b, 22);
   ASSERT_EQ(told.size(), 2u);
@@ -171,20 +171,20 @@ TEST_F(ControlTest, TellsTheFramesOfBothDirections) {
 
 TEST_F(ControlTest, HandsOnWhatIsToBeTraced) {
   resultOf("trace");
-  answer(R"({"version":1,"command":"trace","on":true,"level":3,"handles":["MkaSm"]})");
-  answer(R"({"version":1,"command":"trace","on":true})");
+  answer(R"({"version":2,"command":"trace","on":true,"level":3,"handles":["MkaSm"]})");
+  answer(R"({"version":2,"command":"trace","on":true})");
   ASSERT_EQ(wishes.size(), 3u);
   EXPECT_EQ(wishes[0].levels, 0);
   EXPECT_EQ(wishes[1].levels, 0b1111);
   EXPECT_EQ(wishes[1].handles, std::vector<std::string>{"MkaSm"});
   EXPECT_EQ(wishes[2].levels, Vesk::kAllTraceLevels);
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"level":10})"),
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":true,"level":10})"),
             "'level' is no number that it may have");
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"handles":[1]})"),
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":true,"handles":[1]})"),
             "'handles' is no list of texts");
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":true,"handles":"MkaSm"})"),
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":true,"handles":"MkaSm"})"),
             "'handles' is no list of texts");
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"trace","on":"yes"})"),
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":"yes"})"),
             "'on' is neither true nor false");
 }
 
@@ -199,7 +199,7 @@ TEST_F(ControlTest, ReloadsAndTellsTheMistakes) {
 
 TEST_F(ControlTest, LetsWhoMayOnlyReadChangeNothing) {
   for (std::string const command : {"clear-counters", "rekey", "reload", "trace"}) {
-    EXPECT_EQ(errorOf(R"({"version":1,"command":")" + command + "\"}", false),
+    EXPECT_EQ(errorOf(R"({"version":2,"command":")" + command + "\"}", false),
               "you may not " + command);
   }
   EXPECT_EQ(reloads, 0);
@@ -212,13 +212,13 @@ TEST_F(ControlTest, AnswersWhatIsNoRequest) {
   EXPECT_EQ(errorOf("[1]"), "the request isn't a JSON object");
   EXPECT_EQ(errorOf("{}"), "the request is of another version");
   EXPECT_EQ(errorOf(R"({"version":2,"command":"status"})"), "the request is of another version");
-  EXPECT_EQ(errorOf(R"({"version":1})"), "there is no command ''");
-  EXPECT_EQ(errorOf(R"({"version":1,"command":5})"), "'command' is no text");
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"stauts"})"), "there is no command 'stauts'");
-  EXPECT_EQ(answer(R"({"version":1,"command":"stauts"})")["remedy"], "write 'status'");
-  EXPECT_EQ(errorOf(R"({"version":1,"command":"status","interface":"Ethernet7"})"),
+  EXPECT_EQ(errorOf(R"({"version":2})"), "there is no command ''");
+  EXPECT_EQ(errorOf(R"({"version":2,"command":5})"), "'command' is no text");
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"stauts"})"), "there is no command 'stauts'");
+  EXPECT_EQ(answer(R"({"version":2,"command":"stauts"})")["remedy"], "write 'status'");
+  EXPECT_EQ(errorOf(R"({"version":2,"command":"status","interface":"Ethernet7"})"),
             "there is no interface 'Ethernet7' in the configuration");
-  EXPECT_EQ(errorOf("{\"version\":1,\"command\":\"\xff\"}").empty(), false);
+  EXPECT_EQ(errorOf("{\"version\":2,\"command\":\"\xff\"}").empty(), false);
 }
 
 TEST_F(ControlTest, NeverTellsAKey) {

@@ -9,8 +9,8 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-constexpr char const* kStatus = R"({"version":1,"ok":true,"result":[
-  {"interface":"Ethernet1","profile":"core","state":"open","cipher-suite":"gcmAesXpn128",
+constexpr char const* kStatus = R"({"version":2,"ok":true,"result":[
+  {"interface":"Ethernet1","profile":"core","state":"open","cipher-suite":"gcm-aes-xpn-128",
    "sci":"02:00:00:00:00:01/1","ssci":"00000002","sak":"5e6f7081:2","an":1,
    "key-age":{"seconds":200.5,"at-least":false},"device":"Ethernet1.sec",
    "tx-packet-number":4294967398,"rx-packet-number":8,"keys":[
@@ -50,7 +50,7 @@ TEST(ControlText, ShowsAllOfAPort) {
               StartsWith("Ethernet1\n"
                          "  state             open\n"
                          "  profile           core\n"
-                         "  cipher-suite      gcmAesXpn128\n"));
+                         "  cipher-suite      gcm-aes-xpn-128\n"));
 }
 
 TEST(ControlText, TellsTheAgeOfAKeyInTwoUnitsAndWhetherItMayBeOlder) {

@@ -16,11 +16,11 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 std::string const kMsk = "404142434445464748494a4b4c4d4e4f505152535455565758595A5B5C5D5E5F";
-std::string const kAddrs = R"("firstAddr":"02:00:00:00:00:01","secondAddr":"02:00:00:00:00:02")";
+std::string const kAddrs = R"("first-addr":"02:00:00:00:00:01","second-addr":"02:00:00:00:00:02")";
 
 std::string lineWith(std::string const& type, std::string const& msk, std::string const& session,
                      std::string const& addrs = kAddrs) {
-  return R"({"interface":"Ethernet1","type":)" + type + R"(,"msk":)" + msk + R"(,"sessionId":)" +
+  return R"({"interface":"Ethernet1","type":)" + type + R"(,"msk":)" + msk + R"(,"session-id":)" +
          session + "," + addrs + "}";
 }
 
@@ -74,7 +74,7 @@ TEST_F(EapKeyLine, TheKeyIsKeptInItsStoredFormAlone) {
 }
 
 TEST_F(EapKeyLine, SpacesAndAnotherOrderOfMembersAreTheSame) {
-  Dot1x::EapKey const read = key(" { " + kAddrs + R"( , "sessionId" : "0d", "msk":")" + kMsk +
+  Dot1x::EapKey const read = key(" { " + kAddrs + R"( , "session-id" : "0d", "msk":")" + kMsk +
                                  R"(", "type": 255,"interface":"Ethernet1\/1"} )" + "\r");
   EXPECT_EQ(read.type(), 255);
 }
@@ -119,7 +119,7 @@ TEST_F(EapKeyLine, AKeyUnderAnEscapedNameIsNoMember) {
 
 TEST_F(EapKeyLine, ValuesOfAnotherTypeAreRefused) {
   EXPECT_EQ(fault(lineWith("0", kMsk, R"("0d")")), "'msk' is no text");
-  EXPECT_EQ(fault(lineWith("0", quoted(kMsk), "13")), "'sessionId' is no text");
+  EXPECT_EQ(fault(lineWith("0", quoted(kMsk), "13")), "'session-id' is no text");
   EXPECT_EQ(fault(lineWith(R"("0")", quoted(kMsk), R"("0d")")),
             "'type' is no number from 0 to 255");
   EXPECT_EQ(fault(lineWith("00", quoted(kMsk), R"("0d")")), "the value of 'type' is no JSON");
@@ -154,17 +154,18 @@ TEST_F(EapKeyLine, MasterSessionKeysHaveFrom16To128Octets) {
 TEST_F(EapKeyLine, SessionIdentifiersAreHexadecimal) {
   for (char const* const session : {R"("")", R"("0")", R"("0x")"}) {
     EXPECT_EQ(fault(lineWith("0", quoted(kMsk), session)),
-              "'sessionId' is no even number of hexadecimal digits");
+              "'session-id' is no even number of hexadecimal digits");
   }
 }
 
 TEST_F(EapKeyLine, TheTwoAddressesAreMacAddressesAndDiffer) {
+  EXPECT_EQ(
+      fault(lineWith("0", quoted(kMsk), R"("0d")",
+                     R"("first-addr":"02:00:00:00:00:0A","second-addr":"02:00:00:00:00:0a")")),
+      "'first-addr' and 'second-addr' are the same");
   EXPECT_EQ(fault(lineWith("0", quoted(kMsk), R"("0d")",
-                           R"("firstAddr":"02:00:00:00:00:0A","secondAddr":"02:00:00:00:00:0a")")),
-            "'firstAddr' and 'secondAddr' are the same");
-  EXPECT_EQ(fault(lineWith("0", quoted(kMsk), R"("0d")",
-                           R"("firstAddr":"0200.0000.0001","secondAddr":"02:00:00:00:00:02")")),
-            "'firstAddr' is no MAC address");
+                           R"("first-addr":"0200.0000.0001","second-addr":"02:00:00:00:00:02")")),
+            "'first-addr' is no MAC address");
 }
 
 TEST_F(EapKeyLine, InterfacesHaveANameThatCanBeShown) {

@@ -48,8 +48,9 @@ TEST(ExplainSuite, NamesAKeyServerThatGivesKeysForAnotherOne) {
   Vesk::WorldScope const scope(b.world);
   EXPECT_THAT(kinds(b.host, kIntf),
               ElementsAre(CauseKind::cipherMismatch, CauseKind::notPrincipal));
-  EXPECT_EQ(explain(b.host, kIntf).causes[0].what,
-            "the key server gives keys for gcmAesXpn256, and this end is set to gcmAesXpn128");
+  EXPECT_EQ(
+      explain(b.host, kIntf).causes[0].what,
+      "the key server gives keys for gcm-aes-xpn-256, and this end is set to gcm-aes-xpn-128");
   Vesk::WorldScope const other(a.world);
   EXPECT_THAT(kinds(a.host, kIntf), ElementsAre(CauseKind::peerNotReceiving));
 }

@@ -53,7 +53,7 @@ TEST(Decode, PrintsAFrameSetBySet) {
        {"frame 1, 1.500000 s: MKPDU, authentic", "02:00:00:00:00:01 -> 01:80:c2:00:00:03",
         "basic parameter set, octet 18", "live peer list, octet 82",
         "potential peer list, octet 102", "SAK use, octet 122", "distributed SAK, octet 166",
-        "ICV, octet 210", "right", "\"abcdefghijklmnopqrstuvwxyz012345\"", "(gcmAesXpn128)",
+        "ICV, octet 210", "right", "\"abcdefghijklmnopqrstuvwxyz012345\"", "(gcm-aes-xpn-128)",
         "1 frames: 1 authentic, 0 of unknown keys, 0 forged, 0 damaged, 0 no MKPDU"}) {
     EXPECT_TRUE(d.says(text)) << text << "\n" << d.out;
   }

@@ -92,13 +92,15 @@ TEST(Process, TellsItsEndAndReloadsAsEvents) {
     Events(out).happened({7.001, name, std::move(what)});
     return out.str();
   };
-  EXPECT_EQ(eventOf(ProcessEnded{0, 8.0010000001}),
-            R"({"time":7.001,"switch":"A","kind":"exit","status":0,"startsAgain":8.001})"
-            "\n");
-  EXPECT_EQ(eventOf(Reloaded{"b.yaml", false, {"b.yaml:1:2: no; write 'yes'"}}),
-            R"({"time":7.001,"switch":"A","kind":"reload","file":"b.yaml","taken":false,)"
-            R"("mistakes":["b.yaml:1:2: no; write 'yes'"]})"
-            "\n");
+  EXPECT_EQ(
+      eventOf(ProcessEnded{0, 8.0010000001}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"exit","status":0,"starts-again":"1970-01-01T00:00:08.001000Z","starts-again-monotonic":8.001})"
+      "\n");
+  EXPECT_EQ(
+      eventOf(Reloaded{"b.yaml", false, {"b.yaml:1:2: no; write 'yes'"}}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"reload","file":"b.yaml","taken":false,)"
+      R"("mistakes":["b.yaml:1:2: no; write 'yes'"]})"
+      "\n");
 }
 
 TEST(Reload, ThatHasMistakesWritesNothingAndTellsEachOfThem) {

@@ -111,50 +111,60 @@ std::string eventOf(TreeWatch::What what, double time = 7.0010000001) {
 }
 
 TEST(Events, AreOneJsonObjectPerLine) {
-  EXPECT_EQ(eventOf(SyslogLine{"NAME", 5, {"a", "b\"c"}, "text"}),
-            R"({"time":7.001,"switch":"A","kind":"syslog","name":"NAME","severity":5,)"
-            R"("arguments":["a","b\"c"],"text":"text"})"
-            "\n");
-  EXPECT_EQ(eventOf(ForwardingChanged{"e1", true}),
-            R"({"time":7.001,"switch":"A","kind":"forwarding","interface":"e1",)"
-            R"("entry":"unauthorized"})"
-            "\n");
-  EXPECT_EQ(eventOf(ForwardingChanged{"e1", false}),
-            R"({"time":7.001,"switch":"A","kind":"forwarding","interface":"e1","entry":null})"
-            "\n");
-  EXPECT_EQ(eventOf(PortChanged{"e1", "open"}),
-            R"({"time":7.001,"switch":"A","kind":"port","interface":"e1","state":"open"})"
-            "\n");
-  EXPECT_EQ(eventOf(PrincipalChanged{"e1", std::nullopt}),
-            R"({"time":7.001,"switch":"A","kind":"principal","interface":"e1","ckn":null})"
-            "\n");
+  EXPECT_EQ(
+      eventOf(SyslogLine{"NAME", 5, {"a", "b\"c"}, "text"}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"syslog","name":"NAME","severity":5,)"
+      R"("arguments":["a","b\"c"],"text":"text"})"
+      "\n");
+  EXPECT_EQ(
+      eventOf(ForwardingChanged{"e1", true}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"forwarding","interface":"e1",)"
+      R"("entry":"unauthorized"})"
+      "\n");
+  EXPECT_EQ(
+      eventOf(ForwardingChanged{"e1", false}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"forwarding","interface":"e1","entry":null})"
+      "\n");
+  EXPECT_EQ(
+      eventOf(PortChanged{"e1", "open"}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"state","interface":"e1","state":"open"})"
+      "\n");
+  EXPECT_EQ(
+      eventOf(PrincipalChanged{"e1", std::nullopt}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"key","interface":"e1","ckn":null})"
+      "\n");
 }
 
 TEST(Events, OfKeysNameThemAndAreNullWhenThereIsNone) {
-  EXPECT_EQ(eventOf(SaAsked{"e1", true, 2, KeyName{"a1", 7}}),
-            R"({"time":7.001,"switch":"A","kind":"sa-asked","interface":"e1","direction":"tx",)"
-            R"("an":2,"keyId":"a1","keyNumber":7})"
-            "\n");
-  EXPECT_EQ(eventOf(SaInstalled{"e1", false, 2, std::nullopt, 0}),
-            R"({"time":7.001,"switch":"A","kind":"sa-installed","interface":"e1",)"
-            R"("direction":"rx","an":2,"keyId":null,"keyNumber":null,"packetNumber":0})"
-            "\n");
+  EXPECT_EQ(
+      eventOf(SaAsked{"e1", true, 2, KeyName{"a1", 7}}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"sa-asked","interface":"e1","direction":"tx",)"
+      R"("an":2,"key-id":"a1","key-number":7})"
+      "\n");
+  EXPECT_EQ(
+      eventOf(SaInstalled{"e1", false, 2, std::nullopt, 0}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"sa-installed","interface":"e1",)"
+      R"("direction":"rx","an":2,"key-id":null,"key-number":null,"packet-number":0})"
+      "\n");
 }
 
 TEST(Events, OfActorsAndFramesNameTheirKey) {
-  EXPECT_EQ(eventOf(KeyServerChanged{"e1", "ab", "02:00:00:00:00:01/1", false}),
-            R"({"time":7.001,"switch":"A","kind":"key-server","interface":"e1","ckn":"ab",)"
-            R"("sci":"02:00:00:00:00:01/1","self":false})"
-            "\n");
-  EXPECT_EQ(eventOf(PeersChanged{"e1", "ab", {"a1"}, {}}),
-            R"({"time":7.001,"switch":"A","kind":"peers","interface":"e1","ckn":"ab",)"
-            R"("live":["a1"],"potential":[]})"
-            "\n");
+  EXPECT_EQ(
+      eventOf(KeyServerChanged{"e1", "ab", "02:00:00:00:00:01/1", false}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"key-server","interface":"e1","ckn":"ab",)"
+      R"("sci":"02:00:00:00:00:01/1","is-key-server":false})"
+      "\n");
+  EXPECT_EQ(
+      eventOf(PeersChanged{"e1", "ab", {"a1"}, {}}),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"peers","interface":"e1","ckn":"ab",)"
+      R"("live":["a1"],"potential":[]})"
+      "\n");
   FramePassed frame{"e1", true, std::nullopt, std::nullopt, std::nullopt, 60, {}, "eapolErr"};
-  EXPECT_EQ(eventOf(frame),
-            R"({"time":7.001,"switch":"A","kind":"frame-received","interface":"e1","ckn":null,)"
-            R"("memberId":null,"messageNumber":null,"length":60,"sets":[],"verdict":"eapolErr"})"
-            "\n");
+  EXPECT_EQ(
+      eventOf(frame),
+      R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"frame-received","interface":"e1","ckn":null,)"
+      R"("member-id":null,"message-number":null,"length":60,"sets":[],"verdict":"eapolErr"})"
+      "\n");
 }
 
 }  // namespace

@@ -208,13 +208,13 @@ class Captures(Folder):
         self.compare(sent, events, SUPPLICANTS.get(name))
 
     def compare(self, frames, events, supplicant):
-        sent = {(event["memberId"], event["messageNumber"]): number
-                for number, event in enumerate(events) if event["kind"] == "frame-sent"}
+        sent = {(event["member-id"], event["message-number"]): number
+                for number, event in enumerate(events) if event["event"] == "frame-sent"}
         for frame in frames:
             key = frame["mka.actor_mi"], int(frame["mka.actor_mn"], 16)
             self.assertIn(key, sent)
             event = events[sent[key]]
-            self.assertAlmostEqual(float(frame["frame.time_epoch"]), event["time"], places=5)
+            self.assertAlmostEqual(float(frame["frame.time_epoch"]), event["monotonic"], places=5)
             self.assertEqual(int(frame["frame.len"]), event["length"])
             self.assertEqual(frame["mka.cak_name"], event["ckn"])
             sets = [SET_NAMES[int(kind)] for kind in frame["mka.param_set_type"].split(",") if kind]
@@ -250,14 +250,14 @@ class State:
         for event in events:
             if (event["switch"], event.get("interface")) != (sent["switch"], sent["interface"]):
                 continue
-            if event["kind"] == "sa-asked" and event["keyId"]:
-                self.asked.add((event["an"], event["keyId"], event["keyNumber"]))
+            if event["event"] == "sa-asked" and event["key-id"]:
+                self.asked.add((event["an"], event["key-id"], event["key-number"]))
             if event.get("ckn") != sent["ckn"]:
                 continue
-            if event["kind"] == "peers":
+            if event["event"] == "peers":
                 self.peers = sorted(event["live"] + event["potential"])
-            elif event["kind"] == "key-server":
-                self.key_server = event["self"] or (offers and event["sci"] is None)
+            elif event["event"] == "key-server":
+                self.key_server = event["is-key-server"] or (offers and event["sci"] is None)
 
 
 if __name__ == "__main__":

@@ -78,16 +78,16 @@ class ControlSocketTest : public ::testing::Test {
 TEST_F(ControlSocketTest, AnswersAnotherProcess) {
   ASSERT_EQ(socket.listenAt(path), std::nullopt);
   a.bringUp();
-  auto const answer = nlohmann::json::parse(asked(R"({"version":1,"command":"status"})"));
+  auto const answer = nlohmann::json::parse(asked(R"({"version":2,"command":"status"})"));
   EXPECT_EQ(answer["result"][0]["interface"], "Ethernet1");
-  EXPECT_TRUE(nlohmann::json::parse(asked(R"({"version":1,"command":"reload"})"))["ok"]);
+  EXPECT_TRUE(nlohmann::json::parse(asked(R"({"version":2,"command":"reload"})"))["ok"]);
   EXPECT_EQ(reloads, 1);
 }
 
 TEST_F(ControlSocketTest, AnswersWithMoreThanASocketHolds) {
   ASSERT_EQ(socket.listenAt(path), std::nullopt);
   a.host.configIs(manyPorts(4000));
-  std::string const text = asked(R"({"version":1,"command":"status"})");
+  std::string const text = asked(R"({"version":2,"command":"status"})");
   EXPECT_GT(text.size(), 500'000u);
   EXPECT_EQ(nlohmann::json::parse(text)["result"].size(), 4000u);
   EXPECT_EQ(socket.counts(), LineServer::Counts());
@@ -130,10 +130,10 @@ TEST_F(ControlSocketTest, TellsEventsToAConnectionThatStaysOpen) {
   ASSERT_EQ(socket.listenAt(path), std::nullopt);
   a.bringUp();
   Descriptor const watching = connectedTo(path);
-  std::string const request = "{\"version\":1,\"command\":\"watch\"}\n";
+  std::string const request = "{\"version\":2,\"command\":\"watch\"}\n";
   ASSERT_GT(write(watching.fd(), request.data(), request.size()), 0);
   for (int i = 0; i < 2; ++i) socket.run();
-  EXPECT_EQ(readAll(watching), "{\"version\":1,\"ok\":true,\"result\":null}\n");
+  EXPECT_EQ(readAll(watching), "{\"version\":2,\"ok\":true,\"result\":null}\n");
   a.host.hardwareFaultIs(Macsecd::kIntf, "no room");
   EXPECT_THAT(readAll(watching), HasSubstr("\"fault\":\"no room\""));
   shutdown(watching.fd(), SHUT_RDWR);
@@ -154,7 +154,7 @@ std::vector<Descriptor> silentOnes(size_t count, std::string const& path, Contro
 TEST_F(ControlSocketTest, AnswersThoughSilentConnectionsHoldEveryPlace) {
   ASSERT_EQ(socket.listenAt(path), std::nullopt);
   auto const silent = silentOnes(32, path, socket);
-  EXPECT_TRUE(nlohmann::json::parse(asked(R"({"version":1,"command":"status"})"))["ok"]);
+  EXPECT_TRUE(nlohmann::json::parse(asked(R"({"version":2,"command":"status"})"))["ok"]);
   EXPECT_EQ(socket.counts(), LineServer::Counts{.madeRoom = 1});
   EXPECT_THAT(readAll(silent[0]), HasSubstr("another connection needed the place"));
 }
@@ -162,12 +162,12 @@ TEST_F(ControlSocketTest, AnswersThoughSilentConnectionsHoldEveryPlace) {
 TEST_F(ControlSocketTest, WhoWatchesKeepsItsPlaceBeforeWhoIsSilent) {
   ASSERT_EQ(socket.listenAt(path), std::nullopt);
   Descriptor const watching = connectedTo(path);
-  std::string const request = "{\"version\":1,\"command\":\"watch\"}\n";
+  std::string const request = "{\"version\":2,\"command\":\"watch\"}\n";
   ASSERT_GT(write(watching.fd(), request.data(), request.size()), 0);
   for (int i = 0; i < 2; ++i) socket.run();
   auto const silent = silentOnes(40, path, socket);
   EXPECT_EQ(socket.counts().madeRoom, 9u);
-  EXPECT_EQ(readAll(watching), "{\"version\":1,\"ok\":true,\"result\":null}\n");
+  EXPECT_EQ(readAll(watching), "{\"version\":2,\"ok\":true,\"result\":null}\n");
   EXPECT_THAT(readAll(silent[0]), HasSubstr("another connection needed the place"));
 }
 
@@ -195,7 +195,7 @@ TEST(ControlSocketPlaces, OneUserWhoWatchesWithEveryPlaceShutsNobodyOut) {
     std::optional<OtherUser> other(user);
     Descriptor fd = connectedTo(path);
     other.reset();
-    std::string const request = "{\"version\":1,\"command\":\"watch\"}\n";
+    std::string const request = "{\"version\":2,\"command\":\"watch\"}\n";
     EXPECT_GT(write(fd.fd(), request.data(), request.size()), 0);
     for (int i = 0; i < 2; ++i) socket.run();
     return fd;
@@ -216,7 +216,7 @@ TEST_F(ControlSocketTest, EndsAConnectionThatDoesNotReadWhatItIsTold) {
   a.bringUp();
   Descriptor const capturing = connectedTo(path);
   std::string const request =
-      "{\"version\":1,\"command\":\"capture\",\"interface\":\"Ethernet1\"}\n";
+      "{\"version\":2,\"command\":\"capture\",\"interface\":\"Ethernet1\"}\n";
   ASSERT_GT(write(capturing.fd(), request.data(), request.size()), 0);
   for (int i = 0; i < 2; ++i) socket.run();
   std::vector<uint8_t> const frame(1000, 0x5a);

@@ -35,8 +35,8 @@ std::string octets(unsigned first, unsigned last) {
 
 std::string keyLine(std::string const& interface = "Ethernet1", int type = 0) {
   return R"({"interface":")" + interface + R"(","type":)" + std::to_string(type) + R"(,"msk":")" +
-         octets(0x40, 0x7f) + R"(","sessionId":"0d)" + octets(0x80, 0xbf) +
-         R"(","firstAddr":"02:00:00:00:00:01","secondAddr":"02:00:00:00:00:02"})" + "\n";
+         octets(0x40, 0x7f) + R"(","session-id":"0d)" + octets(0x80, 0xbf) +
+         R"(","first-addr":"02:00:00:00:00:01","second-addr":"02:00:00:00:00:02"})" + "\n";
 }
 
 /// The other program's end of a connection.

@@ -47,8 +47,8 @@ size_t copiesInMemory() { return Support::searchMemory(15, copiesIn); }
   for (char const* const type : {"0", "2"}) {
     std::string const line = R"({"interface":"Ethernet1","type":)" + std::string(type) +
                              R"(,"msk":")" + msk +
-                             R"(","sessionId":"0d","firstAddr":"02:00:00:00:00:01",)" +
-                             R"("secondAddr":"02:00:00:00:00:02"})" + "\n";
+                             R"(","session-id":"0d","first-addr":"02:00:00:00:00:01",)" +
+                             R"("second-addr":"02:00:00:00:00:02"})" + "\n";
     char answer[1000];
     send(fd, line.data(), 100, 0);
     send(fd, line.data() + 100, line.size() - 100, 0);

@@ -152,7 +152,7 @@ class Machine:
 
     def ask(self, command, **more):
         """The answer of the daemon, or None while it gives none."""
-        request = json.dumps({"version": 1, "command": command, **more})
+        request = json.dumps({"version": 2, "command": command, **more})
         try:
             with socket.socket(socket.AF_UNIX) as control:
                 control.settimeout(LIMIT)
