@@ -35,6 +35,12 @@ size_t livePeers(Json const& key) {
   return count;
 }
 
+// A port without a key in use has none either: it may still be open, and its peers lost.
+std::string livePeersOf(Json const& port, Json const* principal) {
+  if (text(port.at("state")) == "absent") return "";
+  return std::to_string(principal ? livePeers(*principal) : 0);
+}
+
 // "3 m 20 s", with a mark if it may be more.
 std::string ageOf(Json const& port) {
   Json const& age = port.at("key-age");
@@ -64,7 +70,7 @@ std::string status(Json const& ports) {
     row.push_back(text(port.at("sak")));
     row.push_back(text(port.at("an")));
     row.push_back(ageOf(port));
-    row.push_back(key ? std::to_string(livePeers(*key)) : "");
+    row.push_back(livePeersOf(port, key));
     row.push_back(packetsBefore(port.at("tx-packet-number")));
     row.push_back(packetsBefore(port.at("rx-packet-number")));
     rows.push_back(row);

@@ -10,7 +10,7 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 constexpr char const* kStatus = R"({"version":2,"ok":true,"result":[
-  {"interface":"Ethernet1","profile":"core","state":"open","cipher-suite":"gcm-aes-xpn-128",
+  {"interface":"Ethernet1","profile":"core","link":"up","state":"open","cipher-suite":"gcm-aes-xpn-128",
    "sci":"02:00:00:00:00:01/1","ssci":"00000002","sak":"5e6f7081:2","an":1,
    "key-age":{"seconds":200.5,"at-least":false},"device":"Ethernet1.sec",
    "tx-packet-number":4294967398,"rx-packet-number":8,"keys":[
@@ -20,7 +20,7 @@ constexpr char const* kStatus = R"({"version":2,"ok":true,"result":[
        "message-number":7,"seconds-since-heard":1.25}]},
     {"ckn":"c0defa11","role":"fallback","principal":false,"agrees":false,
      "key-server":null,"is-key-server":false,"peers":[]}]},
-  {"interface":"Ethernet2","profile":"core","state":"absent","cipher-suite":null,
+  {"interface":"Ethernet2","profile":"core","link":"absent","state":"absent","cipher-suite":null,
    "sci":null,"ssci":null,"sak":null,"an":null,"key-age":null,"device":null,
    "tx-packet-number":null,"rx-packet-number":null,"keys":[]}]})";
 
@@ -32,6 +32,13 @@ TEST(ControlText, HasALineForEachPort) {
             "4294967397  7\n"
             "Ethernet2  absent  -         -        -            -           -   -         -      "
             "-           -\n");
+}
+
+TEST(ControlText, ShowsTheLossOfAllPeersOnAPortThatIsStillOpen) {
+  std::string status = kStatus;
+  status.replace(status.find("\"principal\":true"), 16, "\"principal\":false");
+  EXPECT_THAT(readingOf(ControlView::status, status).text,
+              HasSubstr("Ethernet1  open    -    -     -           5e6f7081:2  1   3 m 20 s  0  "));
 }
 
 TEST(ControlText, HasALineForEachKeyAndPeer) {
@@ -49,6 +56,7 @@ TEST(ControlText, ShowsAllOfAPort) {
   EXPECT_THAT(readingOf(ControlView::ports, kStatus).text,
               StartsWith("Ethernet1\n"
                          "  state             open\n"
+                         "  link              up\n"
                          "  profile           core\n"
                          "  cipher-suite      gcm-aes-xpn-128\n"));
 }
