@@ -32,6 +32,7 @@ Explanation Explainer::explanation() {
   if (configuration() && key() && link() && hardware() && frames() && members() && principal()) {
     keys();
   }
+  if (!out_.secured && out_.causes.empty()) noteWaitingForPeer();
   return std::move(out_);
 }
 

@@ -72,6 +72,13 @@ void Explainer::notePeersLost() {
        "check the other end; the port opens with the first peer that is heard again");
 }
 
+// Frames of another time came in, and none that makes a peer of their sender.
+void Explainer::noteWaitingForPeer() {
+  note(CauseKind::oneWay, "MKPDUs come in, but nobody lists this switch as its peer yet",
+       fmt::format("wait {:g} seconds; if it stays so, run 'macsecctl explain' at the other end",
+                   lifeTime()));
+}
+
 void Explainer::noteRefusedFrames() {
   auto const senders = evidence_.senders(lifeTime());
   if (std::ranges::find(senders, port_->mySci()) != senders.end()) {

@@ -35,6 +35,7 @@ class Explainer {
   void noteDeafPeers();
   void noteNotValidFrames();
   void noteWaiting();
+  void noteWaitingForPeer();
 
   void note(CauseKind kind, std::string what, std::string remedy);
   double lifeTime() const { return host_.status()->mkaLifeTime(); }

@@ -243,6 +243,7 @@ void Host::stop() {
 
 void Host::die() {
   keeper_ = nullptr;
+  if (machines_) machines_->journal.reset();
   auto left = options_.store ? status_ : copyOf(*status_);
   if (running()) {
     DeadWorld dead(Vesk::now());

@@ -44,8 +44,8 @@ struct HostOptions {
   StateStore* store = nullptr;
   /// Looks after ports that can't get well by themselves (`PortDoctor`).
   bool portDoctor = true;
-  /// Tells the life of the ports in the log (`PortJournal`).
-  bool portJournal = true;
+  /// Tells the life of the ports in the log (`PortJournal`), which needs the attribute log.
+  bool portJournal = false;
   /// Keeps recorded MKPDUs away from the engine (`Codec::ReplayGuard`).
   bool replayGuard = true;
 };

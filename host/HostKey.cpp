@@ -63,7 +63,7 @@ std::string refused(std::string const& path, Fault const& fault) {
 std::optional<std::string> readFile(std::string const& path, InputFile& file) {
   if (auto const fault = file.faultOfOwner()) return refused(path, *fault);
   if (file.othersMay() != 0) {
-    return path + ": users other than its owner can reach it; run chmod 600 " + path +
+    return path + ": users other than its owner can reach it; chmod 600 " + path +
            ", and regard the key as known to others";
   }
   auto const content = file.read(WardcodeLib::kHostKeySize);

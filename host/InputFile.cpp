@@ -63,7 +63,7 @@ std::optional<Fault> InputFile::faultOfOwner() const {
   if (status_.st_uid == 0 || status_.st_uid == geteuid()) return std::nullopt;
   return Fault{
       fmt::format("the file holds keys and belongs to the user {}", status_.st_uid),
-      fmt::format("run chown {} {}, and replace its keys: others may know them", geteuid(), path_)};
+      fmt::format("chown {} {}, and replace its keys: others may know them", geteuid(), path_)};
 }
 
 std::optional<Fault> InputFile::faultOfKeeping() const {
@@ -75,7 +75,7 @@ std::optional<Fault> InputFile::faultOfKeeping() const {
   if (othersMay() & S_IWOTH) who = "everybody can change it";
   if (!who) return std::nullopt;
   return Fault{fmt::format("the file holds keys, and {}", who),
-               fmt::format("run chmod 600 {}, and replace its keys: others may know them", path_)};
+               fmt::format("chmod 600 {}, and replace its keys: others may know them", path_)};
 }
 
 std::variant<Vesk::String8, Fault> InputFile::read(size_t most) {

@@ -41,10 +41,12 @@ Switch::Switch(SwitchSpec const& spec, Scenario const& scenario, Clock const& cl
   withIcvIndicator(config_);
   for (auto const& interface : interfacesOf(spec)) interfaces_.emplace_back(interface.name.c_str());
   inWorld([&] {
-    host_ = std::make_unique<Macsecd::Host>(
-        spec_.name, *this,
-        Macsecd::HostOptions{
-            .emulateHardware = false, .store = &store_, .replayGuard = scenario.replayGuard});
+    host_ =
+        std::make_unique<Macsecd::Host>(spec_.name, *this,
+                                        Macsecd::HostOptions{.emulateHardware = false,
+                                                             .store = &store_,
+                                                             .portJournal = true,
+                                                             .replayGuard = scenario.replayGuard});
     hardware_ = std::make_unique<Hardware>(*host_, interfaces_, spec_.name, nonces);
   });
   watch_ = std::make_unique<TreeWatch>(*host_, hardware_->slice(), interfaces_,

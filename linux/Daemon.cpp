@@ -78,7 +78,8 @@ Vesk::LogHandle const MACSECD_LEFT("MACSECD_LEFT", LogSeverity::notice,
                                    Vesk::NoActionRequired, 0.0, 1.0);
 
 Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options, Macsecd::StateStore* store) {
-  Macsecd::HostOptions host{.emulateHardware = options.emulateHardware, .store = store};
+  Macsecd::HostOptions host{
+      .emulateHardware = options.emulateHardware, .store = store, .portJournal = true};
   if (!options.counters.empty()) host.counters = messageCountersIn(options.counters);
   return host;
 }

@@ -229,7 +229,8 @@ void KernelPort::tellIfChanged() {
   if (std::exchange(toldOf_, now) != now && options_.changed) options_.changed(intfId_);
 }
 
-// The kernel forgets what it was told when a device goes down, and makes it dormant again.
+// The kernel forgets what it was told when a device goes down, and makes it dormant again. One that
+// has gone is made anew when all of this turn has been heard: its parent may be going too.
 void KernelPort::deviceChanged(bool isThere) {
   shown_.reset();
   if (isThere) {
@@ -237,8 +238,10 @@ void KernelPort::deviceChanged(bool isThere) {
     if (options_.changed) options_.changed(intfId_);
     return;
   }
+  take(nullptr);
   known_ = false;
-  work();
+  retryTime_ = Vesk::now();
+  tellIfChanged();
 }
 
 void KernelPort::transmitHeldIs(bool held) {

@@ -66,6 +66,12 @@ std::string remedyOf(KernelAnswer const& answer, RefusedRequest const& request) 
       break;
   }
   if (request.isNewDevice) return remedyForNewDevice(answer, request);
+  if (answer.error == EEXIST) {
+    return fmt::format(
+        "another MACsec device on {} receives from the same peer: find it with 'ip "
+        "macsec show', and delete it with 'ip link delete'",
+        request.interface);
+  }
   if (answer.error == ENOENT) {
     return "load what the kernel encrypts with: 'modprobe gcm'; if it is there, it is tried again";
   }

@@ -18,7 +18,7 @@ constexpr double kFirstDelay = 1, kLongestDelay = 60;
 
 Vesk::LogHandle const MACSEC_PARENT_NOT_CLOSED(
     "MACSEC_PARENT_NOT_CLOSED", Vesk::LogSeverity::error,
-    "Frames without protection aren't kept from interface %s: %s",
+    "Clear frames aren't kept from interface %s: %s",
     "The filter that lets MACsec and EAPOL through alone couldn't be set. Frames without "
     "protection reach this machine beside the secured ones. It is tried again in a while.",
     "Do what the message says. The kernel needs its modules 'sch_ingress', 'cls_bpf' and "

@@ -179,11 +179,11 @@ TEST_F(ControlTest, HandsOnWhatIsToBeTraced) {
   EXPECT_EQ(wishes[1].handles, std::vector<std::string>{"MkaSm"});
   EXPECT_EQ(wishes[2].levels, Vesk::kAllTraceLevels);
   EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":true,"level":10})"),
-            "'level' is no number that it may have");
+            "'level' is out of range");
   EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":true,"handles":[1]})"),
-            "'handles' is no list of texts");
+            "'handles' isn't a list of strings");
   EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":true,"handles":"MkaSm"})"),
-            "'handles' is no list of texts");
+            "'handles' isn't a list of strings");
   EXPECT_EQ(errorOf(R"({"version":2,"command":"trace","on":"yes"})"),
             "'on' is neither true nor false");
 }
@@ -200,7 +200,7 @@ TEST_F(ControlTest, ReloadsAndTellsTheMistakes) {
 TEST_F(ControlTest, LetsWhoMayOnlyReadChangeNothing) {
   for (std::string const command : {"clear-counters", "rekey", "reload", "trace"}) {
     EXPECT_EQ(errorOf(R"({"version":2,"command":")" + command + "\"}", false),
-              "you may not " + command);
+              "you have no permission to " + command);
   }
   EXPECT_EQ(reloads, 0);
   EXPECT_TRUE(wishes.empty());
@@ -211,9 +211,9 @@ TEST_F(ControlTest, AnswersWhatIsNoRequest) {
   EXPECT_EQ(errorOf(""), "the request isn't a JSON object");
   EXPECT_EQ(errorOf("[1]"), "the request isn't a JSON object");
   EXPECT_EQ(errorOf("{}"), "the request is of another version");
-  EXPECT_EQ(errorOf(R"({"version":2,"command":"status"})"), "the request is of another version");
+  EXPECT_EQ(errorOf(R"({"version":1,"command":"status"})"), "the request is of another version");
   EXPECT_EQ(errorOf(R"({"version":2})"), "there is no command ''");
-  EXPECT_EQ(errorOf(R"({"version":2,"command":5})"), "'command' is no text");
+  EXPECT_EQ(errorOf(R"({"version":2,"command":5})"), "'command' isn't a string");
   EXPECT_EQ(errorOf(R"({"version":2,"command":"stauts"})"), "there is no command 'stauts'");
   EXPECT_EQ(answer(R"({"version":2,"command":"stauts"})")["remedy"], "write 'status'");
   EXPECT_EQ(errorOf(R"({"version":2,"command":"status","interface":"Ethernet7"})"),

@@ -58,7 +58,7 @@ TEST_F(HostKey, AFileThatOthersCanReachIsRefused) {
   fileIs(std::string(32, 'k'), 0640);
   auto const error = useHostKeyFile(path_);
   ASSERT_TRUE(error);
-  EXPECT_EQ(*error, path_ + ": users other than its owner can reach it; run chmod 600 " + path_ +
+  EXPECT_EQ(*error, path_ + ": users other than its owner can reach it; chmod 600 " + path_ +
                         ", and regard the key as known to others");
 }
 

@@ -32,7 +32,7 @@ class PeerLossOfAPort : public ::testing::Test {
   bool isClosedForLoss() const {
     return a.host.peerLossInputDir()->forwardingModelInput(kIntf) != nullptr;
   }
-  Switch b{2}, a{1};
+  Switch b{2}, a{1, {.portJournal = true}};
 };
 
 TEST_F(PeerLossOfAPort, ClosesIfThatIsWantedAndOpensWithThePeer) {

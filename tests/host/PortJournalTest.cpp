@@ -53,7 +53,7 @@ class PortJournalTest : public ::testing::Test {
     }
   }
 
-  Switch b{2}, a{1};
+  Switch b{2}, a{1, {.portJournal = true}};
   size_t looked_ = 0;
   bool isUp_ = true;
 };
@@ -92,7 +92,7 @@ TEST_F(PortJournalTest, TellsNothingOfWhatPassesWithinAMoment) {
 TEST_F(PortJournalTest, LosesNoStateToItsRate) {
   bringUp();
   told();
-  flap(70.5);
+  flap(57.5);
   auto const lines = told();
   EXPECT_LE(lines.size(), TellingRate::kMost + 1);
   EXPECT_EQ(a.world.logged("MACSECD_PORT_UNSTEADY"), 1u);
@@ -147,7 +147,9 @@ TEST_F(PortJournalTest, BeginsWithThePortsThatAreOpenAndThoseThatAreNoMore) {
   a.host.restart();
   EXPECT_THAT(told(), ElementsAre("Interface Ethernet1: the link is up", opens()));
   a.host.die();
-  HardwareReport const lost{.device = "sec1", .deviceState = DeviceState::down};
+  HardwareReport lost;
+  lost.device = "sec1";
+  lost.deviceState = DeviceState::down;
   a.host.hardwareReportsFrom([&](Lumo::IntfId) { return lost; });
   a.host.start();
   EXPECT_THAT(told(), ElementsAre("Interface Ethernet1: the link is up",

@@ -151,7 +151,7 @@ TEST(Explain, TellsTheCauseAndTheRemedyInWords) {
   EXPECT_TRUE(told.has(Macsecd::CauseKind::unknownName));
   EXPECT_EQ(Macsecd::textOf(told),
             "Ethernet1 is not secured\n"
-            "  unknown-ckn: frames come in under the key name cd\n"
+            "  unknown-ckn: frames come in under the key name cd; this end has ab\n"
             "    give both ends the same key name (ckn)\n");
 }
 

@@ -94,13 +94,29 @@ INSTANTIATE_TEST_SUITE_P(, ShippedScenario, testing::ValuesIn(shippedScenarios()
 TEST(Passage, EndsWithADeviceThatSomebodySetsDownAndComesBackWithIt) {
   Played played(
       pair("at 20 device down on A Ethernet1\n"
-           "exactly at 20 expect A Ethernet1 is closed\n"
+           "from 15 to 19.999 expect A Ethernet1 is open\n"
+           "from 20 to 29.999 expect A Ethernet1 is closed\n"
            "from 20 to 29.999 expect A Ethernet1 explains device-down\n"
            "from 20 to 40 expect B Ethernet1 is open\n"
            "at 30 device up on A Ethernet1\n"
-           "exactly at 30 expect A Ethernet1 is open\n",
+           "from 30 to 40 expect A Ethernet1 is open\n",
            "40"));
   EXPECT_THAT(played.failures(), IsEmpty());
+}
+
+TEST(Passage, IsSaidRightThroughoutTheTroublesOfADevice) {
+  auto const result =
+      parseScenario(pair("at 3 device down on A Ethernet1\nat 15 device up on A Ethernet1\n"
+                         "at 20 device down on B Ethernet1\nat 21 restart B\nat 22 delete "
+                         "interface Ethernet1 on B\n"
+                         "at 30 make interface Ethernet1 on B\n",
+                         "60"),
+                    "f");
+  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  Simulation simulation(result.scenario, 1);
+  Comparison const comparison(simulation);
+  simulation.run();
+  EXPECT_GT(comparison.opened(), 0u);
 }
 
 std::string closing(std::string scene) {

@@ -97,7 +97,7 @@ TEST_F(ControlSocketTest, SaysWhatIsWrongWhenNobodyListens) {
   auto const answer = askAt(path, "{}");
   ASSERT_TRUE(std::holds_alternative<Macsecd::Fault>(answer));
   EXPECT_THAT(std::get<Macsecd::Fault>(answer).what, HasSubstr(path));
-  EXPECT_THAT(std::get<Macsecd::Fault>(answer).remedy, HasSubstr("see that macsecd runs"));
+  EXPECT_THAT(std::get<Macsecd::Fault>(answer).remedy, HasSubstr("check that macsecd runs"));
 }
 
 TEST_F(ControlSocketTest, IsForItsUserAloneWhereThereIsNoGroup) {

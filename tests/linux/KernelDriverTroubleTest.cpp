@@ -141,14 +141,59 @@ TEST_F(ADriverInTrouble, RefusesANameThatIsTooLongForTheKernel) {
   EXPECT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
 }
 
+TEST_F(ADriverInTrouble, NamesTheBridgeInWhichTheInterfaceIs) {
+  kernel.refused["make eth0.sec"] = EBUSY;
+  std::string fault, remedy;
+  portIs();
+  start({.faultIs =
+             [&](auto, auto const& what, auto const& cure) {
+               fault = what;
+               remedy = cure;
+             },
+         .masterOf =
+             [](int) {
+               return Master{"br0", "bridge"};
+             }});
+  EXPECT_THAT(fault, ::testing::StartsWith("eth0.sec: can't make the device: "));
+  EXPECT_THAT(remedy, ::testing::StartsWith("eth0 is a member of the bridge br0: "));
+}
+
+TEST_F(ADriverInTrouble, MakesADeviceAnewThatSomebodyHasDeleted) {
+  secured();
+  int const index = device().link.index;
+  kernel.devices.clear();
+  driver->deviceChanged(index, false);
+  EXPECT_FALSE(driver->held(kIntf));
+  EXPECT_EQ(driver->nextTime(), world.time);
+  runAt(world.time);
+  ASSERT_TRUE(driver->held(kIntf));
+  EXPECT_EQ(driver->port(kIntf)->devicesMade(), 2u);
+  EXPECT_TRUE(report()->txSaStatus());
+}
+
+TEST_F(ADriverInTrouble, TellsOfTheDeviceAndItsAssociationsWhenTheyChangeAndNotBefore) {
+  int changes = 0;
+  portIs();
+  start({.changed = [&](auto) { ++changes; }});
+  EXPECT_EQ(changes, 1) << "the device";
+  cp->rxSakIs(sak(0, 1));
+  EXPECT_EQ(changes, 2) << "it receives";
+  cp->txSakIs(sak(0, 1));
+  EXPECT_EQ(changes, 3) << "it sends";
+  for (double time = 2; time < 20; time += 2) runAt(time);
+  EXPECT_EQ(changes, 3);
+}
+
 TEST_F(ADriverInTrouble, WaitsForAChannelThatAnotherDeviceOfTheInterfaceHas) {
   ASSERT_TRUE(kernel.secYAdd({.name = "other", .parent = 3, .sci = 9}));
   ASSERT_TRUE(kernel.rxScAdd(kernel.device("other")->link.index, kPeer));
   secured();
   EXPECT_FALSE(rx(0));
   EXPECT_TRUE(report()->txSaStatus());
-  EXPECT_EQ(world.logs.at(0).arguments, (std::vector<std::string>{"add the receive channel", "eth0",
-                                                                  "eth0.sec", "File exists"}));
+  auto told = world.logs.at(0).arguments;
+  EXPECT_THAT(told.back(), ::testing::HasSubstr("receives from the same peer"));
+  told.pop_back();
+  EXPECT_THAT(told, ElementsAre("add the receive channel", "eth0", "eth0.sec", "File exists"));
   kernel.devices.erase(kernel.devices.begin());
   runAt(1);
   EXPECT_TRUE(rx(0));

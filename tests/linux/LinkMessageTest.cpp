@@ -60,6 +60,23 @@ TEST(LinkMessage, GoesByTheCarrierAndNotByTheOperationalState) {
   EXPECT_TRUE(made.with(IFLA_OPERSTATE, "\2").flags(IFF_UP | IFF_LOWER_UP).read()->link.up);
 }
 
+TEST(LinkMessage, TellsWhetherADeviceIsSetUpAndDormant) {
+  auto const dormant = Made().whole().with(IFLA_OPERSTATE, "\5").flags(IFF_UP).read();
+  EXPECT_TRUE(dormant->link.isSetUp);
+  EXPECT_TRUE(dormant->link.isDormant);
+  auto const down = Made().whole().with(IFLA_OPERSTATE, "\2").flags(IFF_LOWER_UP).read();
+  EXPECT_FALSE(down->link.isSetUp);
+  EXPECT_FALSE(down->link.isDormant);
+}
+
+TEST(LinkMessage, NamesTheMasterOfAnInterfaceAndTheKindOfADevice) {
+  auto const member = Made().whole().with(IFLA_MASTER, std::string("\7\0\0\0", 4)).read();
+  EXPECT_EQ(member->link.master, 7);
+  std::string const kind("\13\0\1\0bridge\0\0", 12);
+  EXPECT_EQ(Made().whole().with(IFLA_LINKINFO, kind).read()->link.kind, "bridge");
+  EXPECT_EQ(Made().whole().with(IFLA_LINKINFO, "\377\377").read()->link.kind, "");
+}
+
 TEST(LinkMessage, TellsThatAnInterfaceHasGone) {
   auto const news = Made(RTM_DELLINK).whole().read();
   ASSERT_TRUE(news);

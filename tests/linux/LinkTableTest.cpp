@@ -50,6 +50,22 @@ TEST(LinkTable, TellsUpAndDown) {
   EXPECT_THAT(told.take(), ElementsAre("eth0(3) up", "eth0(3) down"));
 }
 
+TEST(LinkTable, TellsOfADeviceThatSomebodySetsDownOrThatIsDormant) {
+  Told told;
+  Link device = link(3, "eth0", 1, false);
+  device.isSetUp = true;
+  told.table.linkIs(device);
+  told.take();
+  device.isDormant = true;
+  told.table.linkIs(device);
+  EXPECT_THAT(told.take(), ElementsAre("eth0(3) state"));
+  device.isSetUp = device.isDormant = false;
+  told.table.linkIs(device);
+  EXPECT_THAT(told.take(), ElementsAre("eth0(3) state"));
+  told.table.linkIs(device);
+  EXPECT_THAT(told.take(), IsEmpty());
+}
+
 TEST(LinkTable, TellsThatAnInterfaceIsDownBeforeItHasGone) {
   Told told;
   told.table.linkIs(link(3, "eth0", 1, true));

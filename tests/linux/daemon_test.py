@@ -98,7 +98,7 @@ class Check(Program):
             done = self.run_it("--check", "--config", path)
             self.assertEqual(done.returncode, 1)
             self.assertEqual(done.stderr, f"{path}:1:1: the file holds keys, and {who}; chmod 600 "
-                                          f"{path}, and take its keys for known\n")
+                                          f"{path}, and replace its keys: others may know them\n")
         for mode in (0o600, 0o400, 0o640):
             done = self.run_it("--check", "--config", self.write(GOOD, mode=mode))
             self.assertEqual(done.stderr, "")
