@@ -149,10 +149,10 @@ void KernelDriver::follow(Vesk::Ptr<Status const> status) {
 }
 
 void KernelDriver::deviceIs(Lumo::IntfId intfId, DeviceOptions const& device) {
-  DeviceOptions const former = std::exchange(devices_[intfId], device);
+  devices_[intfId] = device;
   auto const port = ports_.find(intfId);
   if (port == ports_.end()) return;
-  if (former.name == device.name) return port->second->replayWindowIs(device.replayWindow);
+  if (port->second->canStay(device)) return port->second->deviceIs(device);
   int const index = port->second->parent();
   interfaceDel(intfId);
   interfaceIs(intfId, index);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "host/DeviceName.h"
+#include "runtime/Log.h"
 #include "runtime/World.h"
 
 namespace Linux {
@@ -11,7 +13,6 @@ using Macsec::CipherSuite;
 
 namespace {
 
-constexpr size_t kLongestName = 15;
 constexpr double kFirstRetry = 1, kLastRetry = 60;
 
 uint64_t cipherOf(CipherSuite suite) {
@@ -25,9 +26,29 @@ uint64_t cipherOf(CipherSuite suite) {
   }
 }
 
+Vesk::LogHandle const MACSEC_DEVICE_OF_FORMER_NAME(
+    "MACSEC_DEVICE_OF_FORMER_NAME", Vesk::LogSeverity::warning,
+    "The device of interface %s still has its former name, %s; it will be %s when it is made anew",
+    "Devices had another default name in former versions. One that is there stays in use.",
+    "Give what stands on the device the new name, or write the former one as 'device' of the "
+    "interface.",
+    0.0, 0.0);
+
 std::string nameOf(Lumo::IntfId intfId, DeviceOptions const& device) {
   if (!device.name.empty()) return device.name;
-  return std::string(intfId.stringValue().view()) + ".sec";
+  return Macsecd::defaultDeviceName(intfId.stringValue().view());
+}
+
+// The device of this name on this interface; null if there is none.
+SecY const* deviceOf(std::string const& name, int parent, std::vector<MacsecLink> const& links,
+                     std::vector<SecY> const& all) {
+  auto const link = std::find_if(links.begin(), links.end(), [&](MacsecLink const& l) {
+    return l.name == name && l.parent == parent;
+  });
+  if (link == links.end()) return nullptr;
+  auto const found =
+      std::find_if(all.begin(), all.end(), [&](SecY const& s) { return s.index == link->index; });
+  return found == all.end() ? nullptr : &*found;
 }
 
 uint64_t notValidFrames(SecY const& secY) {
@@ -49,12 +70,13 @@ KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
       counts_(counts),
       kernel_(kernel),
       report_(std::move(report)),
-      name_(nameOf(intfId, device)),
-      replayWindow_(device.replayWindow) {}
+      device_(std::move(device)),
+      name_(nameOf(intfId, device_)) {}
 
 void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
   cpStatus_ = std::move(cpStatus);
-  mySci_ = sciNumber(mySci);
+  SciNumber const former = std::exchange(mySci_, sciNumber(mySci));
+  if (former != mySci_ && !held_) known_ = false;
 }
 
 // A report may make the engine ask for the next thing at once: that is done in another pass.
@@ -103,17 +125,30 @@ bool KernelPort::known() {
       !did(kernel_.secYs(all), "list its secure associations")) {
     return false;
   }
-  auto const link = std::find_if(links.begin(), links.end(), [this](MacsecLink const& l) {
-    return l.name == name_ && l.parent == parent_;
-  });
-  held_.reset();
-  if (link != links.end()) {
-    auto const found = std::find_if(all.begin(), all.end(),
-                                    [&](SecY const& secY) { return secY.index == link->index; });
-    if (found != all.end()) take(&*found);
-  }
+  takeFrom(links, all);
   known_ = true;
   return true;
+}
+
+void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all) {
+  std::string const wanted = nameOf(intfId_, device_);
+  SecY const* found = deviceOf(wanted, parent_, links, all);
+  if (!found && (found = formerOne(links, all))) return take(found);
+  name_ = wanted;
+  take(found);
+}
+
+// A device can't be renamed while it is up, and what stands on it would go if it went down.
+SecY const* KernelPort::formerOne(std::vector<MacsecLink> const& links,
+                                  std::vector<SecY> const& all) {
+  if (!device_.name.empty() || mySci_ == 0) return nullptr;
+  std::string const former = Macsecd::formerDeviceName(intfId_.stringValue().view());
+  SecY const* const found = deviceOf(former, parent_, links, all);
+  if (!found || found->sci != mySci_) return nullptr;
+  if (std::exchange(name_, former) != former) {
+    Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, nameOf(intfId_, device_));
+  }
+  return found;
 }
 
 void KernelPort::take(SecY const* secY) {
@@ -172,7 +207,8 @@ bool KernelPort::deviceThere() {
 }
 
 bool KernelPort::make() {
-  if (name_.size() > kLongestName) {
+  name_ = nameOf(intfId_, device_);
+  if (name_.size() > Macsecd::maxDeviceName) {
     refuse(kMakeDevice, "the name has more than 15 characters",
            "give the interface a shorter 'device' in the configuration");
     return false;
@@ -184,7 +220,7 @@ bool KernelPort::make() {
   wanted.cipher = cipherOf(cpStatus_->cipher());
   wanted.sendSci = cpStatus_->includeSci();
   wanted.dormant = options_.dormant;
-  wanted.settings.window = replayWindow_;
+  wanted.settings.window = device_.replayWindow;
   if (!did(kernel_.secYAdd(wanted), kMakeDevice)) return false;
   ++counts_.devicesMade;
   ++devicesMade_;
@@ -196,7 +232,7 @@ bool KernelPort::make() {
 
 bool KernelPort::settled() {
   SecYSettings wanted;
-  wanted.window = replayWindow_;
+  wanted.window = device_.replayWindow;
   if (held_->settings == wanted) return true;
   if (!did(kernel_.settingsAre(held_->index, wanted), "set up the device")) return false;
   held_->settings = wanted;
@@ -248,8 +284,12 @@ void KernelPort::transmitHeldIs(bool held) {
   if (std::exchange(transmitHeld_, held) != held) work();
 }
 
-void KernelPort::replayWindowIs(uint32_t window) {
-  if (std::exchange(replayWindow_, window) != window) work();
+void KernelPort::deviceIs(DeviceOptions const& device) {
+  if (std::exchange(device_, device) != device) work();
+}
+
+bool KernelPort::canStay(DeviceOptions const& device) const {
+  return device.name == device_.name || nameOf(intfId_, device) == name_;
 }
 
 void KernelPort::remove() {

@@ -16,7 +16,7 @@ namespace Linux {
 
 /// What is said of the MACsec device of one interface.
 struct DeviceOptions {
-  /// Its name; empty for the interface's with ".sec" behind it.
+  /// Its name; empty for the default (host/DeviceName.h).
   std::string name = {};
   /// How many packet numbers late a frame may be.
   uint32_t replayWindow = 0;
@@ -89,8 +89,10 @@ class KernelPort {
   void authorizedIs(bool authorized);
   /// Whether nothing is to be sent, whatever key is asked for.
   void transmitHeldIs(bool held);
-  /// How many packet numbers late a frame may be, from now on.
-  void replayWindowIs(uint32_t window);
+  /// What is said of the device from now on.
+  void deviceIs(DeviceOptions const& device);
+  /// Whether the present device can stay under what is said of it now.
+  bool canStay(DeviceOptions const& device) const;
   /// Takes the device away.
   void remove();
 
@@ -107,6 +109,8 @@ class KernelPort {
   bool pass();
   // Each of these returns whether the kernel is where it should be.
   bool known();
+  void takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
+  SecY const* formerOne(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
   bool deviceGone();
   bool deviceThere();
   bool make();
@@ -156,8 +160,8 @@ class KernelPort {
   KernelCounts& counts_;
   MacsecKernel& kernel_;
   Vesk::Ptr<Macsec::MacSecIntfStatus> const report_;
-  std::string const name_;
-  uint32_t replayWindow_;
+  DeviceOptions device_;
+  std::string name_;  // of the device that is there, or will be made
 
   Vesk::Ptr<Macsec::CpStatus const> cpStatus_;
   SciNumber mySci_ = 0;

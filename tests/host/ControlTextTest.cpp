@@ -12,7 +12,7 @@ using ::testing::StartsWith;
 constexpr char const* kStatus = R"({"version":2,"ok":true,"result":[
   {"interface":"Ethernet1","profile":"core","link":"up","state":"open","cipher-suite":"gcm-aes-xpn-128",
    "sci":"02:00:00:00:00:01/1","ssci":"00000002","sak":"5e6f7081:2","an":1,
-   "key-age":{"seconds":200.5,"at-least":false},"device":"Ethernet1.sec",
+   "key-age":{"seconds":200.5,"at-least":false},"device":"Ethernet1-sec",
    "tx-packet-number":4294967398,"rx-packet-number":8,"keys":[
     {"ckn":"c0de0001","role":"primary","principal":true,"agrees":true,
      "key-server":"02:00:00:00:00:01/1","is-key-server":true,"peers":[

@@ -68,12 +68,12 @@ class ExplainHost : public ::testing::Test {
 };
 
 TEST_F(ExplainHost, NamesWhatTheHardwareSaysUntilItSaysNothing) {
-  a.host.hardwareFaultIs(kIntf, "Ethernet1.sec: the name is taken");
+  a.host.hardwareFaultIs(kIntf, "Ethernet1-sec: the name is taken");
   auto const told = explain(a.host, kIntf);
   EXPECT_TRUE(told.secured);
   ASSERT_EQ(told.causes.size(), 1u);
   EXPECT_EQ(told.causes[0].kind, CauseKind::hardwareRefuses);
-  EXPECT_EQ(told.causes[0].what, "Ethernet1.sec: the name is taken");
+  EXPECT_EQ(told.causes[0].what, "Ethernet1-sec: the name is taken");
   a.host.hardwareFaultIs(kIntf, "");
   EXPECT_THAT(kinds(a.host, kIntf), IsEmpty());
 }

@@ -210,15 +210,15 @@ TEST_F(OnTheKernel, APortThatGoesTakesItsDeviceAlongAndNoOther) {
 }
 
 TEST_F(OnTheKernel, ANameThatIsTakenIsToldInTheKernelsWordsUntilItIsFree) {
-  run("ip -n a link add va.sec type veth peer name taken");
+  run("ip -n a link add va-sec type veth peer name taken");
   bothPorts(CipherSuite::gcmAesXpn128);
   firstKey(CipherSuite::gcmAesXpn128);
   EXPECT_FALSE(a->report()->configured());
   EXPECT_FALSE(a->report()->txSaStatus());
   ASSERT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
   EXPECT_EQ(world.logs[0].text,
-            "The kernel doesn't make the device on interface va (va.sec): File exists");
-  run("ip -n a link del va.sec");
+            "The kernel doesn't make the device on interface va (va-sec): File exists");
+  run("ip -n a link del va-sec");
   poll();
   EXPECT_TRUE(a->report()->configured());
   EXPECT_TRUE(a->report()->txSaStatus());
@@ -230,7 +230,7 @@ TEST_F(OnTheKernel, ADeviceThatSomebodyRemovesComesBackWithHigherPacketNumbers) 
   bothPorts(CipherSuite::gcmAesXpn128);
   firstKey(CipherSuite::gcmAesXpn128);
   EXPECT_EQ(pass(a->frames(), b->frames()), 20u) << counted(b->held());
-  run("ip -n a link del va.sec");
+  run("ip -n a link del va-sec");
   poll();
   ASSERT_EQ(a->held().txSas.size(), 1u);
   EXPECT_EQ(a->held().txSas[0].packetNumber, 1 + Macsecd::KeyHistory::kReserved);
@@ -246,11 +246,11 @@ TEST_F(OnTheKernel, ADormantDeviceIsUpWhenItIsAuthorized) {
   a->start({.dormant = true});
   b->start();
   PortForwarding const shown({forwarding}, *a->driver);
-  EXPECT_NO_THROW(becomes("a", "va.sec", "DORMANT"));
+  EXPECT_NO_THROW(becomes("a", "va-sec", "DORMANT"));
   forwarding->forwardingModelInputDel(a->intfId);
-  EXPECT_NO_THROW(becomes("a", "va.sec", "UP"));
+  EXPECT_NO_THROW(becomes("a", "va-sec", "UP"));
   forwarding->forwardingModelInputIs(a->intfId, unauthorized);
-  EXPECT_NO_THROW(becomes("a", "va.sec", "DORMANT"));
+  EXPECT_NO_THROW(becomes("a", "va-sec", "DORMANT"));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ class Station {
     index_ = static_cast<int>(if_nametoindex(interface.c_str()));
   }
 
-  std::string device() const { return std::string(intfId.stringValue().view()) + ".sec"; }
+  std::string device() const { return std::string(intfId.stringValue().view()) + "-sec"; }
   Macsec::Sci sci() const { return {Lumo::EthAddr({2, 0, 0, 0, 0, last_}), 1}; }
 
   /// The port comes into being, with this other end.

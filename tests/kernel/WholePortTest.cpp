@@ -56,7 +56,7 @@ struct End {
   }
   Macsecd::Host& host() { return peer.host; }
   Vesk::Ptr<Macsec::CpStatus> cp() { return host().status()->cpStatus(intfId); }
-  std::string device() const { return std::string(intfId.stringValue().view()) + ".sec"; }
+  std::string device() const { return std::string(intfId.stringValue().view()) + "-sec"; }
   FrameSocket frames() const { return {space, device(), peer.number}; }
   Linux::SecY held() const {
     std::vector<Linux::SecY> all;

@@ -66,7 +66,7 @@ class KernelBench : public ::testing::Test {
   Vesk::Ptr<Macsec::SaStatus> rx(uint8_t an) const {
     return report()->rxSaStatus(Macsec::AssociationNumber(an));
   }
-  FakeKernel::Device& device() { return *kernel.device("eth0.sec"); }
+  FakeKernel::Device& device() { return *kernel.device("eth0-sec"); }
   std::vector<HeldSa>& rxSas() { return FakeKernel::rxSc(device(), kPeer)->sas; }
 
   Lumo::IntfId const kIntf{"eth0"};

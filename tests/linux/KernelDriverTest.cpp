@@ -18,7 +18,7 @@ TEST_F(TheKernelDriver, HasAnEntryBeforeThereIsAPortAndMakesTheDeviceWithIt) {
   EXPECT_FALSE(report()->configured());
   EXPECT_THAT(kernel.asked, IsEmpty());
   portIs(CipherSuite::gcmAesXpn256);
-  EXPECT_THAT(kernel.takeAsked(), ElementsAre("make eth0.sec", "up"));
+  EXPECT_THAT(kernel.takeAsked(), ElementsAre("make eth0-sec", "up"));
   EXPECT_TRUE(report()->configured());
   EXPECT_EQ(report()->secHdrSize(), 32u);
   EXPECT_EQ(device().secY.cipher, kGcmAesXpn256);
@@ -121,7 +121,7 @@ TEST_F(TheKernelDriver, AnotherOneRemovesWhatNobodyAsksFor) {
   EXPECT_TRUE(kernel.device("other"));
   status->cpStatusDel(kIntf);
   runAt(driver->nextTime());
-  EXPECT_FALSE(kernel.device("eth0.sec"));
+  EXPECT_FALSE(kernel.device("eth0-sec"));
   EXPECT_TRUE(kernel.device("other"));
   EXPECT_FALSE(report()->configured());
 }
@@ -132,7 +132,7 @@ TEST_F(TheKernelDriver, ALeftoverDeviceWithoutPortGoesWhenAllIsQuiet) {
   driver.reset();
   kernel.asked.clear();
   start();
-  EXPECT_TRUE(kernel.device("eth0.sec"));
+  EXPECT_TRUE(kernel.device("eth0-sec"));
   EXPECT_EQ(driver->nextTime(), 0);
   runAt(0);
   EXPECT_THAT(kernel.asked, ElementsAre("remove"));
@@ -142,7 +142,7 @@ TEST_F(TheKernelDriver, MakesTheDeviceAnewForAnotherSuite) {
   secured();
   status->cpStatusDel(kIntf);
   portIs(CipherSuite::gcmAesXpn256);
-  EXPECT_THAT(kernel.takeAsked(), ElementsAre("remove", "make eth0.sec", "up"));
+  EXPECT_THAT(kernel.takeAsked(), ElementsAre("remove", "make eth0-sec", "up"));
   EXPECT_FALSE(report()->txSaStatus());
   EXPECT_FALSE(rx(0));
   EXPECT_TRUE(report()->configured());
@@ -217,7 +217,7 @@ TEST_F(TheKernelDriver, MakesAgainWhatSomebodyElseTookAway) {
   secured();
   kernel.devices.clear();
   runAt(2);
-  EXPECT_TRUE(kernel.device("eth0.sec"));
+  EXPECT_TRUE(kernel.device("eth0-sec"));
   EXPECT_TRUE(rx(0));
   EXPECT_EQ(driver->counts().devicesMade, 2u);
 }
@@ -244,7 +244,7 @@ TEST_F(TheKernelDriver, AnInterfaceThatGoesTakesItsEntryAlong) {
 TEST_F(TheKernelDriver, AnInterfaceMadeAnewIsAnotherOne) {
   secured();
   driver->interfaceIs(kIntf, 4);
-  ASSERT_TRUE(kernel.device("eth0.sec"));
+  ASSERT_TRUE(kernel.device("eth0-sec"));
   EXPECT_EQ(device().link.parent, 4);
   EXPECT_EQ(device().secY.txSas.size(), 1u);
 }
@@ -253,15 +253,53 @@ TEST_F(TheKernelDriver, GivesADeviceTheNameThatIsChosenForIt) {
   portIs();
   start({}, {.name = "uplink"});
   EXPECT_TRUE(kernel.device("uplink"));
-  EXPECT_FALSE(kernel.device("eth0.sec"));
+  EXPECT_FALSE(kernel.device("eth0-sec"));
 }
 
 TEST_F(TheKernelDriver, MakesTheDeviceAnewUnderAnotherName) {
   secured();
   driver->deviceIs(kIntf, {.name = "uplink"});
-  EXPECT_FALSE(kernel.device("eth0.sec"));
+  EXPECT_FALSE(kernel.device("eth0-sec"));
   ASSERT_TRUE(kernel.device("uplink"));
   EXPECT_TRUE(rx(0));
+}
+
+TEST_F(TheKernelDriver, GivesADeviceOfALongInterfaceANameThatTheKernelTakes) {
+  Lumo::IntfId const longest{"enx001122334455"};
+  status->portStatusIs(longest)->mySciIs(sci(10));
+  status->cpStatusIs(longest, Macsec::MacsecParams(CipherSuite::gcmAesXpn128, true));
+  start();
+  driver->interfaceIs(longest, 4);
+  EXPECT_TRUE(kernel.device("enx0-bq1ofe-sec"));
+}
+
+TEST_F(TheKernelDriver, GoesOnWithADeviceThatHasTheDefaultNameOfFormerVersions) {
+  secured();
+  device().link.name = "eth0.sec";
+  restart();
+  EXPECT_THAT(kernel.asked, IsEmpty());
+  EXPECT_TRUE(report()->txSaStatus());
+  EXPECT_EQ(driver->port(kIntf)->deviceName(), "eth0.sec");
+  EXPECT_EQ(world.logged("MACSEC_DEVICE_OF_FORMER_NAME"), 1u);
+  driver->deviceIs(kIntf, {.name = "eth0.sec"});
+  EXPECT_THAT(kernel.asked, IsEmpty());
+}
+
+TEST_F(TheKernelDriver, GivesADeviceOfFormerNameTheNewOneWhenItIsMadeAnew) {
+  secured();
+  device().link.name = "eth0.sec";
+  restart();
+  kernel.devices.clear();
+  runAt(2);
+  EXPECT_TRUE(kernel.device("eth0-sec"));
+  EXPECT_EQ(driver->port(kIntf)->deviceName(), "eth0-sec");
+}
+
+TEST_F(TheKernelDriver, LeavesADeviceOfFormerNameThatHasAnotherChannelToWhoeverMadeIt) {
+  ASSERT_TRUE(kernel.secYAdd({.name = "eth0.sec", .parent = 3, .sci = 9}));
+  secured();
+  EXPECT_TRUE(kernel.device("eth0.sec"));
+  EXPECT_TRUE(kernel.device("eth0-sec"));
 }
 
 TEST_F(TheKernelDriver, ChangesTheReplayWindowOfALivingDeviceAndNothingElse) {

@@ -20,7 +20,7 @@ TEST_F(ADriverInTrouble, RefusesATransmitKeyThatIsNone) {
   EXPECT_THAT(kernel.asked, IsEmpty());
   ASSERT_EQ(world.logged("MACSEC_KEY_REFUSED"), 1u);
   EXPECT_EQ(world.logs[0].text,
-            "Interface eth0 (eth0.sec) can't install the transmit key: it is empty; wait for the "
+            "Interface eth0 (eth0-sec) can't install the transmit key: it is empty; wait for the "
             "next key; if none comes within a minute, run 'macsecctl explain' at both ends");
   EXPECT_EQ(report()->txSaStatus()->keyNum(), 1u);
 }
@@ -57,7 +57,7 @@ TEST_F(ADriverInTrouble, ReportsNothingThatTheKernelRefusedAndTriesAgainLaterAnd
   EXPECT_EQ(driver->counts().refusals, 10u);
   EXPECT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
   EXPECT_EQ(world.logs[0].text,
-            "The kernel refuses to install the receive key on interface eth0 (eth0.sec): No space "
+            "The kernel refuses to install the receive key on interface eth0 (eth0-sec): No space "
             "left on device; it is tried again by itself; if it stays so, see what the kernel logs "
             "('dmesg')");
   kernel.refused.clear();
@@ -193,7 +193,7 @@ TEST_F(ADriverInTrouble, WaitsForAChannelThatAnotherDeviceOfTheInterfaceHas) {
   auto told = world.logs.at(0).arguments;
   EXPECT_THAT(told.back(), ::testing::HasSubstr("receives from the same peer"));
   told.pop_back();
-  EXPECT_THAT(told, ElementsAre("add the receive channel", "eth0", "eth0.sec", "File exists"));
+  EXPECT_THAT(told, ElementsAre("add the receive channel", "eth0", "eth0-sec", "File exists"));
   kernel.devices.erase(kernel.devices.begin());
   runAt(1);
   EXPECT_TRUE(rx(0));

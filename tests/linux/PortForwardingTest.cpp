@@ -62,7 +62,7 @@ TEST_F(ForwardingOfAPort, IsShownOnADeviceThatComesLater) {
   kernel.devices.clear();
   kernel.asked.clear();
   runAt(2);
-  EXPECT_THAT(kernel.asked, ElementsAre("make eth0.sec", "up", "unauthorized"));
+  EXPECT_THAT(kernel.asked, ElementsAre("make eth0-sec", "up", "unauthorized"));
   driver->interfaceIs(kIntf, 4);
   EXPECT_EQ(device().authorized, false);
 }

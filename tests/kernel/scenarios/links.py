@@ -22,7 +22,7 @@ def vanishes_and_is_made_again(cable):
     a.ip("link del eth0")
     for machine in cable.machines:
         until(lambda m=machine: "no-interface" in m.causes(), f"{machine.name} misses eth0")
-    assert not a.has("eth0.sec") and not b.has("eth0.sec")
+    assert not a.has("eth0-sec") and not b.has("eth0-sec")
     cable.lay()
     cable.opens()
     cable.carries()
@@ -51,7 +51,7 @@ def has_two(cable):
     cable.carries("eth1")
     cable.demand_pings("eth0")
     cable.demand_pings("eth1")
-    keys = [cable.a.macsec(f"{link}.sec")["sa_list"][0]["key"] for link in ("eth0", "eth1")]
+    keys = [cable.a.macsec(f"{link}-sec")["sa_list"][0]["key"] for link in ("eth0", "eth1")]
     assert keys[0] != keys[1], "each link has a key of its own"
     cable.b.ip("link set eth1 down")
     until(lambda: "no-link" in cable.a.causes("eth1"), "a tells that eth1 is down")

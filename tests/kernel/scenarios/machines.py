@@ -11,7 +11,7 @@ import time
 
 BIN = os.environ["MACSEC_BIN"]  # the folder of the programs under test
 LIMIT = 90  # seconds that anything may take that is waited for: machines may be slow
-DEVICE = "eth0.sec"
+DEVICE = "eth0-sec"
 KEYS = {"gcm-aes-xpn-128": 32, "gcm-aes-xpn-256": 64}  # digits
 FAULTS = ("InPktsLate", "InPktsInvalid", "InPktsNotValid", "InPktsNotUsingSA", "InPktsUnusedSA",
           "InPktsDelayed", "InPktsNoSCI", "InPktsUnknownSCI", "InPktsBadTag", "InPktsOverrun",
@@ -87,7 +87,7 @@ class Machine:
 
     def carry(self, other, link="eth0"):
         """The MACsec device above the link gets its address, and knows its neighbour's."""
-        device = f"{link}.sec"
+        device = f"{link}-sec"
         until(lambda: self.has(device), f"{self.name} has {device}")
         self.ip(f"addr replace {self.address(link)}/24 dev {device}")
         self.ip(f"neigh replace {other.address(link)} lladdr {other.macs[link]} dev {device} "

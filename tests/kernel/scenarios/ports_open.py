@@ -64,5 +64,5 @@ def scene(cable):
     assert hidden(file)
     for machine in cable.machines:
         machine.stop()
-        assert not machine.has("eth0.sec")
+        assert not machine.has("eth0-sec")
         assert not machine.is_filtered()

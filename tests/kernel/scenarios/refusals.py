@@ -14,11 +14,11 @@ def refusal(machine, *words):
 
 def name_is_taken(cable):
     a = cable.a
-    a.ip("link add eth0.sec type dummy")
+    a.ip("link add eth0-sec type dummy")
     for machine in cable.machines:
         machine.start()
     refusal(a, "make the device", "File exists")
-    a.ip("link del eth0.sec")
+    a.ip("link del eth0-sec")
     cable.opens()
     cable.carries()
     cable.demand_pings()
@@ -44,8 +44,8 @@ def places_are_taken(cable):
     in_use = a.macsec()["encoding_sa"]
     for an in set(range(4)) - {in_use}:
         key = f"xpn 1 ssci 7 salt 000000000000000000000000 key 77 {'7' * a.digits}"
-        a.ip(f"macsec add eth0.sec tx sa {an} {key}")
-        a.ip(f"macsec add eth0.sec rx sci {PEER_SCI} sa {an} {key}")
+        a.ip(f"macsec add eth0-sec tx sa {an} {key}")
+        a.ip(f"macsec add eth0-sec rx sci {PEER_SCI} sa {an} {key}")
     with cable.flow(200) as flow:
         first = a.transmit_key()
         a.restart()  # and a new key comes

@@ -135,7 +135,7 @@ def made_again(cable, frames):
     frames are replayed all the time."""
     b, former = cable.b, settled(cable)
     b.ip("link del eth0")
-    until(lambda: not b.has("eth0.sec"), "the device has gone with it")
+    until(lambda: not b.has("eth0-sec"), "the device has gone with it")
     cable.plug(b.number, b.name, b.macs["eth0"])
     began = last = time.monotonic()
 

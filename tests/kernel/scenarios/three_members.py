@@ -36,7 +36,7 @@ def two_are_open(cable):
 
 def speaks(machine, other):
     """Says something to another one, behind MACsec if there is a way."""
-    if machine.has("eth0.sec"):
+    if machine.has("eth0-sec"):
         machine.carry(other)
         machine.pings(other)
 

@@ -6,6 +6,7 @@ import json
 from machines import run, until
 
 BELOW = "eth1.100"
+BELOW_DEVICE = "eth1_100-sec"
 
 
 def answered(space, address):
@@ -31,7 +32,7 @@ def all_answered(cable, subnet):
 
 def above_the_device(cable):
     for machine in cable.machines:
-        vlan(machine, "eth0.sec", 5, 5)
+        vlan(machine, "eth0-sec", 5, 5)
     all_answered(cable, 5)
 
 
@@ -61,8 +62,8 @@ def below_the_device(cable):
         machine.reload()
     cable.opens(BELOW)
     for machine in cable.machines:
-        until(lambda m=machine: m.has(f"{BELOW}.sec"), f"{machine.name} has {BELOW}.sec")
-        machine.ip(f"addr add 10.9.8.{machine.number}/24 dev {BELOW}.sec")
+        until(lambda m=machine: m.has(BELOW_DEVICE), f"{machine.name} has {BELOW_DEVICE}")
+        machine.ip(f"addr add 10.9.8.{machine.number}/24 dev {BELOW_DEVICE}")
     for machine, other in (cable.machines, cable.machines[::-1]):
         count = answered(machine.name, f"10.9.8.{other.number}")
         assert count == 3, f"{machine.name}: {count} of 3 pings behind MACsec in the VLAN"
