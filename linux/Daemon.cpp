@@ -238,6 +238,8 @@ void Daemon::start() {
   if (std::exchange(isReady_, true)) return;
   if (driver_) driver_->interfacesAreKnown();
   host_.start();
+  // Who starts after this finds every device.
+  if (driver_ && driver_->nextTime() <= Vesk::now()) driver_->run();
   ServiceManager::ready();
 }
 

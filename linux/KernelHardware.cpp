@@ -22,6 +22,15 @@ Vesk::Ptr<Macsec::MacSecStatus> sliceOf(Macsecd::Host& host) {
   return slice;
 }
 
+// Without a port there is no cipher suite yet but that of the profile.
+std::optional<DeviceKind> standingOf(Macsecd::SwitchConfig const& config,
+                                     Macsecd::InterfaceConfig const& interface) {
+  auto const* const profile = config.profile(interface.profile);
+  if (!profile) return {};
+  bool const is128 = profile->cipherSuite == Macsecd::Suite::gcmAesXpn128;
+  return DeviceKind{0, is128 ? kGcmAesXpn128 : kGcmAesXpn256, profile->includeSci};
+}
+
 std::optional<uint64_t> nextReceived(SecY const& secY, Macsec::CpStatus const* cpStatus) {
   if (!cpStatus || cpStatus->txSak() == Macsec::Sak()) return {};
   for (HeldRxSc const& sc : secY.rxScs) {
@@ -74,17 +83,33 @@ KernelHardware::~KernelHardware() {
 }
 
 void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
-  mustBeSecure_.clear();
+  wishes_.clear();
   for (Macsecd::InterfaceConfig const& interface : config.interfaces) {
-    Lumo::IntfId const intfId{Vesk::String8(interface.name)};
-    driver_.deviceIs(intfId, {interface.device, interface.replayWindow});
-    if (interface.policy == Macsecd::SecurePolicy::mustSecure) mustBeSecure_.insert(intfId);
+    Wish& wish = wishes_[Lumo::IntfId{Vesk::String8(interface.name)}];
+    wish.device = {interface.device, interface.replayWindow, standingOf(config, interface)};
+    wish.portNumber = interface.portNumber;
+    wish.mustBeSecure = interface.policy == Macsecd::SecurePolicy::mustSecure;
   }
-  for (auto const& [intfId, index] : indices_) filter(intfId, index);
+  for (auto const& [intfId, wish] : wishes_) deviceIs(intfId);
+  for (auto const& [intfId, parent] : parents_) filter(intfId, parent.index);
+}
+
+// The channel of a port is known with the address of its interface.
+void KernelHardware::deviceIs(Lumo::IntfId intfId) {
+  Wish const& wish = wishes_[intfId];
+  auto const parent = parents_.find(intfId);
+  DeviceOptions device = wish.device;
+  if (parent == parents_.end()) {
+    device.standing.reset();
+  } else if (device.standing) {
+    device.standing->sci = sciNumber(Macsec::Sci(parent->second.addr, wish.portNumber));
+  }
+  driver_.deviceIs(intfId, device);
 }
 
 void KernelHardware::filter(Lumo::IntfId intfId, int index) {
-  if (mustBeSecure_.contains(intfId)) {
+  auto const wish = wishes_.find(intfId);
+  if (wish != wishes_.end() && wish->second.mustBeSecure) {
     filters_.interfaceIs(intfId, index);
   } else {
     filters_.interfaceDel(intfId);
@@ -93,16 +118,17 @@ void KernelHardware::filter(Lumo::IntfId intfId, int index) {
 }
 
 // The filter stands before the device exists.
-void KernelHardware::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const&) {
-  indices_[intfId] = index;
+void KernelHardware::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) {
+  parents_[intfId] = {index, addr};
   filter(intfId, index);
+  deviceIs(intfId);
   driver_.interfaceIs(intfId, index);
 }
 
 void KernelHardware::interfaceDel(Lumo::IntfId intfId) {
   driver_.interfaceDel(intfId);
   filters_.interfaceDel(intfId);
-  indices_.erase(intfId);
+  parents_.erase(intfId);
   faults_.erase(intfId);
 }
 

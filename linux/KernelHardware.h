@@ -42,6 +42,7 @@ class KernelHardware final : public HardwareDriver {
   Macsecd::HardwareReport report(Lumo::IntfId intfId) const;
   Macsecd::DeviceState stateOf(int device) const;
   void filter(Lumo::IntfId intfId, int index);
+  void deviceIs(Lumo::IntfId intfId);
   void lookAway();
   void faultIs(Lumo::IntfId intfId, Macsecd::Fault Faults::*whose, Macsecd::Fault const& fault);
   Master masterOf(int device) const;
@@ -53,9 +54,20 @@ class KernelHardware final : public HardwareDriver {
   KernelDriver driver_;
   std::optional<PortForwarding> forwarding_;
   Vesk::Ptr<HoldReactor> hold_;
-  std::map<Lumo::IntfId, int> indices_;  // of the interfaces that are there
-  std::map<int, Link> devices_;          // all network devices, by their index
-  std::set<Lumo::IntfId> mustBeSecure_;
+  struct Parent {
+    int index = 0;
+    Lumo::EthAddr addr = {};
+  };
+  /// What the configuration says of an interface.
+  struct Wish {
+    DeviceOptions device = {};
+    uint16_t portNumber = 0;
+    bool mustBeSecure = false;
+  };
+
+  std::map<int, Link> devices_;             // all network devices, by their index
+  std::map<Lumo::IntfId, Parent> parents_;  // the interfaces that are there
+  std::map<Lumo::IntfId, Wish> wishes_;
   std::map<Lumo::IntfId, Faults> faults_;
 };
 

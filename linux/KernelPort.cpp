@@ -34,21 +34,35 @@ Vesk::LogHandle const MACSEC_DEVICE_OF_FORMER_NAME(
     "interface.",
     0.0, 0.0);
 
+Vesk::LogHandle const MACSEC_DEVICE_MADE_ANEW(
+    "MACSEC_DEVICE_MADE_ANEW", Vesk::LogSeverity::warning,
+    "The device %s of interface %s was deleted by somebody, and is made anew",
+    "A MACsec device that this machine needs had gone. Its addresses and routes have gone with it.",
+    "Give it its addresses again, if nothing does that by itself, and see who deletes it.", 0.0,
+    0.0);
+
 std::string nameOf(Lumo::IntfId intfId, DeviceOptions const& device) {
   if (!device.name.empty()) return device.name;
   return Macsecd::defaultDeviceName(intfId.stringValue().view());
 }
 
-// The device of this name on this interface; null if there is none.
-SecY const* deviceOf(std::string const& name, int parent, std::vector<MacsecLink> const& links,
-                     std::vector<SecY> const& all) {
+struct FoundDevice {
+  MacsecLink const* link;
+  SecY const* secY;
+};
+
+// The device of this name on this interface; nothing if there is none.
+std::optional<FoundDevice> deviceOf(std::string const& name, int parent,
+                                    std::vector<MacsecLink> const& links,
+                                    std::vector<SecY> const& all) {
   auto const link = std::find_if(links.begin(), links.end(), [&](MacsecLink const& l) {
     return l.name == name && l.parent == parent;
   });
-  if (link == links.end()) return nullptr;
+  if (link == links.end()) return {};
   auto const found =
       std::find_if(all.begin(), all.end(), [&](SecY const& s) { return s.index == link->index; });
-  return found == all.end() ? nullptr : &*found;
+  if (found == all.end()) return {};
+  return FoundDevice{&*link, &*found};
 }
 
 uint64_t notValidFrames(SecY const& secY) {
@@ -101,10 +115,10 @@ void KernelPort::work() {
 // Each step ends with its reports: what stands behind them in a pass may have changed by then.
 bool KernelPort::pass() {
   if (!known()) return false;
-  if (!cpStatus_) return deviceGone();
+  if (!cpStatus_) return device_.standing ? stands() : deviceGone();
   if (mySci_ == 0) return true;
   if (!deviceThere()) return false;
-  if (again_) return true;
+  if (again_ || !cpStatus_) return true;
   bool const isReceived = received();
   if (again_) return true;
   return transmitted() && isReceived;
@@ -130,25 +144,23 @@ bool KernelPort::known() {
   return true;
 }
 
+// A device can't be renamed while it is up, and what stands on it would go if it went down: one of
+// the former name stays.
 void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all) {
   std::string const wanted = nameOf(intfId_, device_);
-  SecY const* found = deviceOf(wanted, parent_, links, all);
-  if (!found && (found = formerOne(links, all))) return take(found);
-  name_ = wanted;
-  take(found);
-}
-
-// A device can't be renamed while it is up, and what stands on it would go if it went down.
-SecY const* KernelPort::formerOne(std::vector<MacsecLink> const& links,
-                                  std::vector<SecY> const& all) {
-  if (!device_.name.empty() || mySci_ == 0) return nullptr;
   std::string const former = Macsecd::formerDeviceName(intfId_.stringValue().view());
-  SecY const* const found = deviceOf(former, parent_, links, all);
-  if (!found || found->sci != mySci_) return nullptr;
-  if (std::exchange(name_, former) != former) {
-    Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, nameOf(intfId_, device_));
+  auto const kind = wantedKind();
+  auto found = deviceOf(wanted, parent_, links, all);
+  if (!found && device_.name.empty() && kind) {
+    found = deviceOf(former, parent_, links, all);
+    if (found && found->secY->sci != kind->sci) found.reset();
   }
-  return found;
+  std::string const before = std::exchange(name_, found ? found->link->name : wanted);
+  if (name_ == former && before != former && wanted != former) {
+    Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, wanted);
+  }
+  upWanted_ = found && !found->link->up;
+  take(found ? found->secY : nullptr);
 }
 
 void KernelPort::take(SecY const* secY) {
@@ -166,9 +178,9 @@ void KernelPort::take(SecY const* secY) {
   }
 }
 
-bool KernelPort::isOurs(SecY const& secY) const {
-  return secY.sci == mySci_ && secY.cipher == cipherOf(cpStatus_->cipher()) &&
-         secY.sendSci == cpStatus_->includeSci();
+std::optional<DeviceKind> KernelPort::wantedKind() const {
+  if (!cpStatus_) return device_.standing;
+  return DeviceKind{mySci_, cipherOf(cpStatus_->cipher()), cpStatus_->includeSci()};
 }
 
 bool KernelPort::deviceGone() {
@@ -179,34 +191,46 @@ bool KernelPort::deviceGone() {
   auto const answer = kernel_.secYDel(held_->index);
   if (answer.error != ENODEV && !did(answer, "remove the device")) return false;
   ++counts_.devicesRemoved;
+  isLost_ = false;
   held_.reset();
   reportNothing();
   return true;
 }
 
+// Whatever is attached to the device stays while there is no port.
+bool KernelPort::stands() {
+  if (!deviceThere()) return false;
+  if (cpStatus_) return true;
+  bool const isBare = dropOtherChannels(0) && dropOtherTransmitSas(nullptr);
+  reportNothing();
+  return isBare;
+}
+
 bool KernelPort::deviceThere() {
-  if (cipherOf(cpStatus_->cipher()) == 0) {
+  auto const wanted = wantedKind();
+  if (wanted->cipher == 0) {
     refuse(kMakeDevice, "the cipher suite is none", "give its profile a 'cipher-suite'");
     return false;
   }
-  bool const isAdopted = held_ && isOurs(*held_);
+  bool const isAdopted = held_ && DeviceKind{held_->sci, held_->cipher, held_->sendSci} == wanted;
   if (held_ && !isAdopted && !deviceGone()) return false;
-  if (!cpStatus_) return true;
-  if (!held_ && (!make() || !held_)) {
+  if (wantedKind() != wanted) return true;
+  if (!held_ && (!make(*wanted) || !held_)) {
     reportNothing();
     return false;
   }
   if (!settled()) return false;
-  if (isAdopted && !report_->configured()) ++counts_.devicesAdopted;
+  if (isAdopted && cpStatus_ && !report_->configured()) ++counts_.devicesAdopted;
   upIfItCan();
   showAuthorized();
-  report_->secHdrSizeIs(cpStatus_->includeSci() ? Macsec::Constants::secHdrSizeWithSci
-                                                : Macsec::Constants::secHdrSize);
+  if (!cpStatus_) return true;
+  report_->secHdrSizeIs(wanted->sendSci ? Macsec::Constants::secHdrSizeWithSci
+                                        : Macsec::Constants::secHdrSize);
   report_->configuredIs(true);
   return true;
 }
 
-bool KernelPort::make() {
+bool KernelPort::make(DeviceKind const& kind) {
   name_ = nameOf(intfId_, device_);
   if (name_.size() > Macsecd::maxDeviceName) {
     refuse(kMakeDevice, "the name has more than 15 characters",
@@ -216,16 +240,16 @@ bool KernelPort::make() {
   NewSecY wanted;
   wanted.name = name_;
   wanted.parent = parent_;
-  wanted.sci = mySci_;
-  wanted.cipher = cipherOf(cpStatus_->cipher());
-  wanted.sendSci = cpStatus_->includeSci();
+  wanted.sci = kind.sci;
+  wanted.cipher = kind.cipher;
+  wanted.sendSci = kind.sendSci;
   wanted.dormant = options_.dormant;
   wanted.settings.window = device_.replayWindow;
   if (!did(kernel_.secYAdd(wanted), kMakeDevice)) return false;
   ++counts_.devicesMade;
   ++devicesMade_;
+  if (std::exchange(isLost_, false)) Vesk::log(MACSEC_DEVICE_MADE_ANEW, name_, intfId_);
   shown_.reset();
-  upWanted_ = true;
   known_ = false;
   return known();
 }
@@ -253,9 +277,10 @@ void KernelPort::authorizedIs(bool authorized) {
 }
 
 void KernelPort::showAuthorized() {
-  if (!held_ || upWanted_ || !options_.dormant || shown_ == authorized_) return;
-  if (did(kernel_.authorizedIs(held_->index, authorized_), "set the state of the device")) {
-    shown_ = authorized_;
+  bool const isShown = authorized_ && cpStatus_;
+  if (!held_ || upWanted_ || !options_.dormant || shown_ == isShown) return;
+  if (did(kernel_.authorizedIs(held_->index, isShown), "set the state of the device")) {
+    shown_ = isShown;
   }
 }
 
@@ -285,7 +310,9 @@ void KernelPort::transmitHeldIs(bool held) {
 }
 
 void KernelPort::deviceIs(DeviceOptions const& device) {
-  if (std::exchange(device_, device) != device) work();
+  if (std::exchange(device_, device) == device) return;
+  if (!held_) known_ = false;
+  work();
 }
 
 bool KernelPort::canStay(DeviceOptions const& device) const {
@@ -294,6 +321,7 @@ bool KernelPort::canStay(DeviceOptions const& device) const {
 
 void KernelPort::remove() {
   cpStatus_ = nullptr;
+  device_.standing.reset();
   work();
 }
 
@@ -305,6 +333,7 @@ void KernelPort::polled(std::vector<SecY> const& all) {
     auto const found = std::find_if(all.begin(), all.end(),
                                     [index](SecY const& secY) { return secY.index == index; });
     if (found != all.end()) lookForNotValid(*found);
+    isLost_ = found == all.end();
     take(found != all.end() ? &*found : nullptr);
   }
   if (retryTime_ == std::numeric_limits<double>::infinity()) work();

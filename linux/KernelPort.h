@@ -14,12 +14,23 @@
 
 namespace Linux {
 
+/// What a MACsec device is made with, and can't be changed on a living one.
+struct DeviceKind {
+  SciNumber sci = 0;
+  uint64_t cipher = kGcmAesXpn128;
+  bool sendSci = true;
+  friend bool operator==(DeviceKind const&, DeviceKind const&) = default;
+};
+
 /// What is said of the MACsec device of one interface.
 struct DeviceOptions {
   /// Its name; empty for the default (host/DeviceName.h).
   std::string name = {};
   /// How many packet numbers late a frame may be.
   uint32_t replayWindow = 0;
+  /// What it is while there is no port, as before the link is up: then it is there without keys,
+  /// and dormant. Nothing: there is a device only with a port.
+  std::optional<DeviceKind> standing = {};
   friend bool operator==(DeviceOptions const&, DeviceOptions const&) = default;
 };
 
@@ -72,7 +83,7 @@ class KernelPort {
   /// What the kernel held when it was last asked; null as long as there is no device.
   SecY const* held() const { return held_ ? &*held_ : nullptr; }
 
-  /// What is wanted from now on: a null `CpStatus` means no device.
+  /// What is wanted from now on: a null `CpStatus` means no key, and no device but a standing one.
   void wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci);
   bool isWanted() const { return static_cast<bool>(cpStatus_); }
   /// Does what there is to do, at once. May be called out of its own reports.
@@ -110,10 +121,11 @@ class KernelPort {
   // Each of these returns whether the kernel is where it should be.
   bool known();
   void takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
-  SecY const* formerOne(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
   bool deviceGone();
+  std::optional<DeviceKind> wantedKind() const;
+  bool stands();
   bool deviceThere();
-  bool make();
+  bool make(DeviceKind const& kind);
   bool settled();
   bool received();
   bool dropOtherChannels(SciNumber sci);
@@ -127,7 +139,6 @@ class KernelPort {
   bool dropSa(SaPlace const& place, std::vector<HeldSa>& sas);
 
   bool isHeldAsWanted(HeldSa const& sa) const;
-  bool isOurs(SecY const& secY) const;
   HeldRxSc* rxSc(SciNumber sci);
   HeldSa* txSa(KeyId const& keyId);
   std::optional<uint64_t> firstPacketNumber(Sak const& sak, KeyId const& keyId,
@@ -170,6 +181,7 @@ class KernelPort {
   uint32_t devicesMade_ = 0;
   // What was told of it: the index of the device, and whether it sends and receives.
   std::tuple<int, bool, bool> toldOf_ = {0, false, false};
+  bool isLost_ = false;  // somebody took it away
   bool upWanted_ = false;
   bool authorized_ = true;
   std::optional<bool> shown_;  // what the kernel was told of `authorized_`

@@ -35,6 +35,7 @@ struct MacsecLink {
   int index = 0;
   int parent = 0;
   std::string name = {};
+  bool up = false;  ///< switched on
 };
 
 /// What can be changed on a living device.

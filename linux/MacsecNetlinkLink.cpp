@@ -59,9 +59,9 @@ void takeLink(nlmsghdr* header, std::vector<MacsecLink>& out) {
   nlattr* info[IFLA_INFO_MAX + 1];
   if (nla_parse_nested(info, IFLA_INFO_MAX, found[IFLA_LINKINFO], nullptr) < 0) return;
   if (!info[IFLA_INFO_KIND] || nla_strcmp(info[IFLA_INFO_KIND], kKind) != 0) return;
-  out.push_back({static_cast<ifinfomsg*>(nlmsg_data(header))->ifi_index,
-                 static_cast<int>(nla_get_u32(found[IFLA_LINK])),
-                 nla_get_string(found[IFLA_IFNAME])});
+  auto const& link = *static_cast<ifinfomsg const*>(nlmsg_data(header));
+  out.push_back({link.ifi_index, static_cast<int>(nla_get_u32(found[IFLA_LINK])),
+                 nla_get_string(found[IFLA_IFNAME]), (link.ifi_flags & IFF_UP) != 0});
 }
 
 }  // namespace

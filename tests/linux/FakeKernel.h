@@ -25,7 +25,10 @@ class FakeKernel final : public MacsecKernel {
   KernelAnswer present() override { return isPresent ? KernelAnswer() : answer(EOPNOTSUPP); }
   KernelAnswer links(std::vector<MacsecLink>& out) override {
     out.clear();
-    for (Device const& device : devices) out.push_back(device.link);
+    for (Device const& device : devices) {
+      out.push_back(device.link);
+      out.back().up = device.up;
+    }
     return {};
   }
   KernelAnswer secYs(std::vector<SecY>& out) override {
