@@ -29,6 +29,9 @@ constexpr uint32_t maxReplayWindow = (1u << 30) - 1;
 
 /// Longest name of a network device in the kernel, in octets.
 constexpr size_t kLongestDeviceName = 15;
+/// MTUs of a MACsec device: IPv4 needs the lowest, and 32 octets more than the greatest are the
+/// most that an interface can have.
+constexpr uint32_t minMtu = 68, maxMtu = UINT16_MAX - 32;
 
 /// A key as it stands in the file, before the suite that it has to fit is known.
 struct KeyPlace {
@@ -199,6 +202,7 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                {"dialect", false, [&](auto& value) { readDialect(value, intf.dialect); }},
                {"device", false, [&](auto& value) { readDevice(value, intf.device); }},
                number("replay-window", intf.replayWindow, 0, maxReplayWindow),
+               number("mtu", intf.mtu, minMtu, maxMtu),
                choice<SecurePolicy>("policy", intf.policy,
                                     {{"must-secure", SecurePolicy::mustSecure},
                                      {"should-secure", SecurePolicy::shouldSecure}}),

@@ -63,6 +63,7 @@ struct InterfaceConfig {
   Codec::Dialect dialect{};   ///< how frames are written for foreign equipment
   std::string device{};       ///< name of the MACsec device; empty for the default
   uint32_t replayWindow = 0;  ///< how many packet numbers late a frame may be
+  uint32_t mtu = 0;           ///< of the MACsec device; 0 for what the interface leaves it
   SecurePolicy policy = SecurePolicy::mustSecure;
   OnPeerLoss onPeerLoss = OnPeerLoss::keep;
 };

@@ -290,6 +290,10 @@ void Daemon::portLinkIs(Lumo::IntfId intfId, bool up) { host_.linkIs(intfId, up)
 
 void Daemon::portSetUpIs(Lumo::IntfId intfId, bool setUp) { host_.interfaceSetUpIs(intfId, setUp); }
 
+void Daemon::portMtuIs(Lumo::IntfId intfId, uint32_t mtu) {
+  if (driver_) driver_->interfaceMtuIs(intfId, mtu);
+}
+
 void Daemon::portDel(Lumo::IntfId intfId) {
   host_.interfaceDel(intfId);
   if (driver_) driver_->interfaceDel(intfId);

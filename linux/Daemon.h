@@ -86,6 +86,7 @@ class Daemon final : private PortFollower {
   void portIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
   void portLinkIs(Lumo::IntfId intfId, bool up) override;
   void portSetUpIs(Lumo::IntfId intfId, bool setUp) override;
+  void portMtuIs(Lumo::IntfId intfId, uint32_t mtu) override;
   void portDel(Lumo::IntfId intfId) override;
 
   DaemonOptions const options_;

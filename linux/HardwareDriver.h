@@ -18,6 +18,8 @@ class HardwareDriver {
   /// An Ethernet interface is there, with its index in the kernel and its address; again when one
   /// of these changes.
   virtual void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) = 0;
+  /// The longest packet that an interface takes has so many octets.
+  virtual void interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu) = 0;
   virtual void interfaceDel(Lumo::IntfId intfId) = 0;
   /// What has changed of the machine's network devices, its own among them.
   virtual void linkChanged(LinkChange const& change) = 0;

@@ -154,7 +154,9 @@ void KernelDriver::deviceIs(Lumo::IntfId intfId, DeviceOptions const& device) {
   if (port == ports_.end()) return;
   if (port->second->canStay(device)) return port->second->deviceIs(device);
   int const index = port->second->parent();
+  auto mtu = mtus_.extract(intfId);
   interfaceDel(intfId);
+  mtus_.insert(std::move(mtu));
   interfaceIs(intfId, index);
 }
 
@@ -187,14 +189,22 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   auto& history = options_.history ? *options_.history : ownHistory_;
   ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, history,
                                                 counts_, kernel_, entry);
+  if (mtus_.contains(intfId)) ports_[intfId]->parentMtuIs(mtus_.at(intfId));
   ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
   ports_[intfId]->transmitHeldIs(transmitHeld_.contains(intfId));
   changed(intfId);
 }
 
+void KernelDriver::interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu) {
+  mtus_[intfId] = mtu;
+  auto const port = ports_.find(intfId);
+  if (port != ports_.end()) port->second->parentMtuIs(mtu);
+}
+
 // Its device has gone with it, unless only the name has: then nobody would know it any more.
 void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
   waiting_.erase(intfId);
+  mtus_.erase(intfId);
   auto port = ports_.extract(intfId);
   if (!port) return;
   if (auto const* const held = port.mapped()->held()) kernel_.secYDel(held->index);

@@ -40,6 +40,8 @@ class KernelDriver final {
 
   /// An Ethernet interface is there, with its index in the kernel; again when that changes.
   void interfaceIs(Lumo::IntfId intfId, int index);
+  /// The longest packet that it takes has so many octets, from now on.
+  void interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu);
   void interfaceDel(Lumo::IntfId intfId);
 
   /// The network device of this index stands otherwise than before, or has gone.
@@ -78,7 +80,8 @@ class KernelDriver final {
   std::map<Lumo::IntfId, DeviceOptions> devices_;
   std::map<Lumo::IntfId, std::unique_ptr<KernelPort>> ports_;
   Vesk::Ptr<StatusReactor> status_;
-  std::map<Lumo::IntfId, int> waiting_;  // interfaces with their index, for MACsec in the kernel
+  std::map<Lumo::IntfId, int> waiting_;    // interfaces with their index, for MACsec in the kernel
+  std::map<Lumo::IntfId, uint32_t> mtus_;  // of the interfaces
   std::set<Lumo::IntfId> unauthorized_;
   std::set<Lumo::IntfId> transmitHeld_;
   double nextPoll_ = 0;

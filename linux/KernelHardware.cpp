@@ -86,7 +86,8 @@ void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
   wishes_.clear();
   for (Macsecd::InterfaceConfig const& interface : config.interfaces) {
     Wish& wish = wishes_[Lumo::IntfId{Vesk::String8(interface.name)}];
-    wish.device = {interface.device, interface.replayWindow, standingOf(config, interface)};
+    wish.device = {interface.device, interface.replayWindow, interface.mtu,
+                   standingOf(config, interface)};
     wish.portNumber = interface.portNumber;
     wish.mustBeSecure = interface.policy == Macsecd::SecurePolicy::mustSecure;
   }
@@ -123,6 +124,10 @@ void KernelHardware::interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr c
   filter(intfId, index);
   deviceIs(intfId);
   driver_.interfaceIs(intfId, index);
+}
+
+void KernelHardware::interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu) {
+  driver_.interfaceMtuIs(intfId, mtu);
 }
 
 void KernelHardware::interfaceDel(Lumo::IntfId intfId) {

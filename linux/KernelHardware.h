@@ -24,6 +24,7 @@ class KernelHardware final : public HardwareDriver {
 
   void configIs(Macsecd::SwitchConfig const& config) override;
   void interfaceIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override;
+  void interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu) override;
   void interfaceDel(Lumo::IntfId intfId) override;
   void linkChanged(LinkChange const& change) override;
   void interfacesAreKnown() override;

@@ -13,6 +13,7 @@ using Macsec::CipherSuite;
 
 namespace {
 
+constexpr uint32_t kMacsecOctets = 32;  // of the SecTAG with SCI, and the ICV
 constexpr double kFirstRetry = 1, kLastRetry = 60;
 
 uint64_t cipherOf(CipherSuite suite) {
@@ -160,6 +161,7 @@ void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY
     Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, wanted);
   }
   upWanted_ = found && !found->link->up;
+  mtu_ = 0;
   take(found ? found->secY : nullptr);
 }
 
@@ -220,6 +222,7 @@ bool KernelPort::deviceThere() {
     return false;
   }
   if (!settled()) return false;
+  sized();
   if (isAdopted && cpStatus_ && !report_->configured()) ++counts_.devicesAdopted;
   upIfItCan();
   showAuthorized();
@@ -261,6 +264,25 @@ bool KernelPort::settled() {
   if (!did(kernel_.settingsAre(held_->index, wanted), "set up the device")) return false;
   held_->settings = wanted;
   return true;
+}
+
+// The kernel lowers the device's with the interface's, and never raises it. In between it is the
+// operator's: nobody sets it back.
+void KernelPort::sized() {
+  if (parentMtu_ <= kMacsecOctets) return;
+  uint32_t const most = parentMtu_ - kMacsecOctets;
+  if (device_.mtu > most) refuseMtu();
+  uint32_t const wanted = device_.mtu == 0 ? most : std::min(device_.mtu, most);
+  if (mtu_ == wanted || !did(kernel_.mtuIs(held_->index, wanted), "set the MTU of the device")) {
+    return;
+  }
+  mtu_ = wanted;
+}
+
+void KernelPort::parentMtuIs(uint32_t mtu) {
+  if (std::exchange(parentMtu_, mtu) == mtu) return;
+  mtu_ = 0;
+  work();
 }
 
 // A device can't be up while its parent is down: later, then.

@@ -28,6 +28,8 @@ struct DeviceOptions {
   std::string name = {};
   /// How many packet numbers late a frame may be.
   uint32_t replayWindow = 0;
+  /// The longest packet that it takes in octets; 0 for what the interface below leaves it.
+  uint32_t mtu = 0;
   /// What it is while there is no port, as before the link is up: then it is there without keys,
   /// and dormant. Nothing: there is a device only with a port.
   std::optional<DeviceKind> standing = {};
@@ -104,6 +106,8 @@ class KernelPort {
   void deviceIs(DeviceOptions const& device);
   /// Whether the present device can stay under what is said of it now.
   bool canStay(DeviceOptions const& device) const;
+  /// The longest packet that the interface below takes, from now on.
+  void parentMtuIs(uint32_t mtu);
   /// Takes the device away.
   void remove();
 
@@ -127,6 +131,7 @@ class KernelPort {
   bool deviceThere();
   bool make(DeviceKind const& kind);
   bool settled();
+  void sized();
   bool received();
   bool dropOtherChannels(SciNumber sci);
   bool dropOtherReceiveSas(SciNumber sci);
@@ -161,6 +166,8 @@ class KernelPort {
   void refuse(char const* what, std::string const& why, std::string const& remedy);
   void tell(std::string const& what, std::string const& why, std::string const& remedy,
             bool byKernel);
+  void refuseMtu();
+  bool isNews(std::string const& problem, std::string const& remedy);
   void showProblems();
   void tryAgainLater();
 
@@ -184,6 +191,8 @@ class KernelPort {
   bool isLost_ = false;  // somebody took it away
   bool upWanted_ = false;
   bool authorized_ = true;
+  uint32_t parentMtu_ = 0;     // 0 while it isn't known
+  uint32_t mtu_ = 0;           // what the kernel was told of the device's; 0 for nothing
   std::optional<bool> shown_;  // what the kernel was told of `authorized_`
   bool transmitHeld_ = false;
   // The packet number that was reserved for a key which the kernel hasn't taken yet.

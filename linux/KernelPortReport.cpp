@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "linux/KernelPort.h"
@@ -18,6 +20,12 @@ Vesk::LogHandle const MACSEC_KEY_REFUSED(
     "MACSEC_KEY_REFUSED", Vesk::LogSeverity::error, "Interface %s (%s) can't %s: %s; %s",
     "A key or a device can't or mustn't be handed to the kernel. The port goes on as it was.",
     "Do what the message says.", 0.0, 0.0);
+
+Vesk::LogHandle const MACSEC_MTU_TOO_LARGE(
+    "MACSEC_MTU_TOO_LARGE", Vesk::LogSeverity::warning,
+    "The device %s can't have the MTU %s, for interface %s has %s; it has %s",
+    "MACsec takes 32 octets of what the interface below leaves.",
+    "Raise the MTU of the interface, or lower or leave out 'mtu' in the configuration.", 0.0, 0.0);
 
 }  // namespace
 
@@ -92,6 +100,14 @@ void KernelPort::refuse(char const* what, std::string const& why, std::string co
   tell(what, why, remedy, false);
 }
 
+void KernelPort::refuseMtu() {
+  std::string const problem =
+      fmt::format("have the MTU {}: interface {} has {}, and MACsec takes 32 octets of it",
+                  device_.mtu, intfId_.stringValue().view(), parentMtu_);
+  if (!isNews(problem, "raise the MTU of the interface, or lower or leave out 'mtu'")) return;
+  Vesk::log(MACSEC_MTU_TOO_LARGE, name_, device_.mtu, intfId_, parentMtu_, parentMtu_ - 32);
+}
+
 void KernelPort::showProblems() {
   if (options_.faultIs && told_ != problems_) {
     std::string fault, remedy;
@@ -106,10 +122,13 @@ void KernelPort::showProblems() {
 }
 
 // Once, until it is over or something else is wrong.
+bool KernelPort::isNews(std::string const& problem, std::string const& remedy) {
+  return problems_.emplace(problem, remedy).second && !told_.contains(problem);
+}
+
 void KernelPort::tell(std::string const& what, std::string const& why, std::string const& remedy,
                       bool byKernel) {
-  std::string const problem = what + ": " + why;
-  if (!problems_.emplace(problem, remedy).second || told_.contains(problem)) return;
+  if (!isNews(what + ": " + why, remedy)) return;
   if (byKernel) {
     Vesk::log(MACSEC_KERNEL_REFUSED, what, intfId_, name_, why, remedy);
   } else {

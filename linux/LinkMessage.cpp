@@ -40,6 +40,11 @@ std::string kindOf(nlattr* info) {
   return nameOf(attributes[IFLA_INFO_KIND]).value_or("");
 }
 
+uint32_t mtuOf(nlattr const* attribute) {
+  bool const isNumber = attribute && nla_len(attribute) == static_cast<int>(sizeof(uint32_t));
+  return isNumber ? nla_get_u32(attribute) : 0;
+}
+
 // The carrier itself: the operational state lags behind it.
 bool isUp(ifinfomsg const& info) {
   return (info.ifi_flags & IFF_UP) != 0 && (info.ifi_flags & IFF_LOWER_UP) != 0;
@@ -56,7 +61,8 @@ std::optional<LinkMessage> thereOf(nlmsghdr const& message, ifinfomsg const& inf
   return LinkMessage{
       true,
       {info.ifi_index, *name, *addr, isUp(info), isSetUp, isDormant(attributes[IFLA_OPERSTATE]),
-       masterOf(attributes[IFLA_MASTER]), kindOf(attributes[IFLA_LINKINFO])}};
+       masterOf(attributes[IFLA_MASTER]), kindOf(attributes[IFLA_LINKINFO]),
+       mtuOf(attributes[IFLA_MTU])}};
 }
 
 }  // namespace
@@ -68,7 +74,7 @@ std::optional<LinkMessage> linkMessageOf(nlmsghdr const& message) {
   auto const& info = *static_cast<ifinfomsg const*>(nlmsg_data(&message));
   if (info.ifi_family != AF_UNSPEC || info.ifi_type != ARPHRD_ETHER) return std::nullopt;
   if (isThere) return thereOf(message, info);
-  return LinkMessage{false, {info.ifi_index, {}, {}, false}};
+  return LinkMessage{false, {info.ifi_index, {}, {}, false, 0}};
 }
 
 }  // namespace Linux

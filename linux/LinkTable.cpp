@@ -42,6 +42,9 @@ void LinkTable::change(Link& known, Link const& link) {
   if (formerName != known.name) told_({What::renamed, known, formerName});
   auto const formerAddr = std::exchange(known.addr, link.addr);
   if (formerAddr != known.addr) told_({What::address, known, {}});
+  if (link.mtu != 0 && std::exchange(known.mtu, link.mtu) != link.mtu) {
+    told_({What::mtu, known, {}});
+  }
   upIs(known, link.up);
   stateIs(known, link);
 }

@@ -20,12 +20,13 @@ struct Link {
   bool isDormant = false;  ///< shows that it passes no traffic yet (RFC 2863, ifOperStatus)
   int master = 0;          ///< the index of the bridge or bond that it is a member of; 0 for none
   std::string kind = {};   ///< as the kernel calls it: "bridge", "macsec"; empty for hardware
+  uint32_t mtu = 0;        ///< 0 if it wasn't told
   friend bool operator==(Link const&, Link const&) = default;
 };
 
 /// One difference between what was known of an interface and what is.
 struct LinkChange {
-  enum class What : uint8_t { came, gone, renamed, address, up, down, state };
+  enum class What : uint8_t { came, gone, renamed, address, up, down, mtu, state };
 
   What what;
   Link link;               ///< as it is now; as it was last if it has gone

@@ -146,6 +146,8 @@ class MacsecKernel {
   virtual KernelAnswer settingsAre(int index, SecYSettings const& settings) = 0;
   virtual KernelAnswer encodingSaIs(int index, uint8_t an) = 0;
   virtual KernelAnswer linkUp(int index) = 0;
+  /// The longest packet that the device takes; refused if the interface below leaves it less.
+  virtual KernelAnswer mtuIs(int index, uint32_t mtu) = 0;
   /// Says of a dormant device whether traffic may pass.
   virtual KernelAnswer authorizedIs(int index, bool authorized) = 0;
 

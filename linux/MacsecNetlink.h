@@ -19,6 +19,7 @@ class MacsecNetlink final : public MacsecKernel {
   KernelAnswer settingsAre(int index, SecYSettings const& settings) override;
   KernelAnswer encodingSaIs(int index, uint8_t an) override;
   KernelAnswer linkUp(int index) override;
+  KernelAnswer mtuIs(int index, uint32_t mtu) override;
   KernelAnswer authorizedIs(int index, bool authorized) override;
   KernelAnswer rxScAdd(int index, SciNumber sci) override;
   KernelAnswer rxScDel(int index, SciNumber sci) override;

@@ -118,6 +118,13 @@ KernelAnswer MacsecNetlink::linkUp(int index) {
   return route_.ask(message);
 }
 
+KernelAnswer MacsecNetlink::mtuIs(int index, uint32_t mtu) {
+  NetlinkMessage message;
+  begin(message, RTM_NEWLINK, linkHeader(index));
+  message.u32(IFLA_MTU, mtu);
+  return route_.ask(message);
+}
+
 KernelAnswer MacsecNetlink::authorizedIs(int index, bool authorized) {
   NetlinkMessage message;
   begin(message, RTM_NEWLINK, linkHeader(index));

@@ -22,6 +22,7 @@ void Ports::namesAre(std::set<std::string> names) {
 void Ports::enter(Link const& link) {
   follower_.portIs(intfIdOf(link.name), link.index, link.addr);
   follower_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
+  if (link.mtu != 0) follower_.portMtuIs(intfIdOf(link.name), link.mtu);
   if (link.up) follower_.portLinkIs(intfIdOf(link.name), true);
 }
 
@@ -46,6 +47,8 @@ void Ports::changed(LinkChange const& change) {
       return follower_.portLinkIs(intfIdOf(link.name), change.what == What::up);
     case What::state:
       return follower_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
+    case What::mtu:
+      return follower_.portMtuIs(intfIdOf(link.name), link.mtu);
   }
 }
 

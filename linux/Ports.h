@@ -16,6 +16,8 @@ class PortFollower {
   virtual void portLinkIs(Lumo::IntfId intfId, bool up) = 0;
   /// Whether somebody has set the interface up, whatever its link.
   virtual void portSetUpIs(Lumo::IntfId intfId, bool setUp) = 0;
+  /// The longest packet that the interface takes has so many octets.
+  virtual void portMtuIs(Lumo::IntfId intfId, uint32_t mtu) = 0;
   virtual void portDel(Lumo::IntfId intfId) = 0;
 };
 

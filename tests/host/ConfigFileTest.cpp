@@ -320,17 +320,19 @@ TEST(ConfigFile, AnInterfaceHasWhatIsSaidOfItsDeviceAndItsPort) {
       "interfaces:\n"
       "  e1: {profile: p}\n"
       "  e2: {profile: p, device: uplink, replay-window: 64, policy: should-secure,\n"
-      "       on-peer-loss: close}\n",
+      "       on-peer-loss: close, mtu: 1400}\n",
       "f");
   ASSERT_TRUE(result.good()) << textOf(result.mistakes);
   auto const& plain = result.config.interfaces[0];
   EXPECT_EQ(plain.device, "");
   EXPECT_EQ(plain.replayWindow, 0u);
+  EXPECT_EQ(plain.mtu, 0u);
   EXPECT_EQ(plain.policy, SecurePolicy::mustSecure);
   EXPECT_EQ(plain.onPeerLoss, OnPeerLoss::keep);
   auto const& other = result.config.interfaces[1];
   EXPECT_EQ(other.device, "uplink");
   EXPECT_EQ(other.replayWindow, 64u);
+  EXPECT_EQ(other.mtu, 1400u);
   EXPECT_EQ(other.policy, SecurePolicy::shouldSecure);
   EXPECT_EQ(other.onPeerLoss, OnPeerLoss::close);
 }

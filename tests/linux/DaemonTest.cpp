@@ -46,6 +46,7 @@ class Driver final : public HardwareDriver {
   Driver(Record& record, Macsecd::Host& host) : record_(record), host_(host), next_(Zorn::never) {}
   void configIs(Macsecd::SwitchConfig const&) override { record_.calls.push_back("config"); }
   void interfaceIs(Lumo::IntfId, int, Lumo::EthAddr const&) override {}
+  void interfaceMtuIs(Lumo::IntfId, uint32_t) override {}
   void interfaceDel(Lumo::IntfId) override {}
   void linkChanged(LinkChange const&) override {}
   // The start may take long: only then is there something to run.

@@ -20,6 +20,7 @@ class FakeKernel final : public MacsecKernel {
     SecY secY;
     bool up = false;
     std::optional<bool> authorized = {};
+    uint32_t mtu = 0;  ///< if it was set
   };
 
   KernelAnswer present() override { return isPresent ? KernelAnswer() : answer(EOPNOTSUPP); }
@@ -68,6 +69,10 @@ class FakeKernel final : public MacsecKernel {
   }
   KernelAnswer linkUp(int index) override {
     return change(index, "up", [&](Device& d) { return isParentUp ? (d.up = true, 0) : ENETDOWN; });
+  }
+  KernelAnswer mtuIs(int index, uint32_t mtu) override {
+    return change(index, "mtu " + std::to_string(mtu),
+                  [&](Device& d) { return mtu > mostMtu ? ERANGE : (d.mtu = mtu, 0); });
   }
   KernelAnswer authorizedIs(int index, bool authorized) override {
     return change(index, authorized ? "authorized" : "unauthorized",
@@ -145,6 +150,7 @@ class FakeKernel final : public MacsecKernel {
   /// Requests by their text that are refused, whatever the reason, with this error.
   std::map<std::string, int> refused;
   bool isPresent = true, hasXpn = true, isParentUp = true;
+  uint32_t mostMtu = 65503;
   int dumps = 0;
 
  private:

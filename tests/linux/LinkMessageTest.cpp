@@ -46,7 +46,12 @@ TEST(LinkMessage, TellsIndexNameAndAddressOfAnInterface) {
   auto const news = Made().whole().read();
   ASSERT_TRUE(news);
   EXPECT_TRUE(news->isThere);
-  EXPECT_EQ(news->link, (Link{3, "eth0", Lumo::EthAddr({2, 1, 1, 1, 1, 7}), false}));
+  EXPECT_EQ(news->link, (Link{3, "eth0", Lumo::EthAddr({2, 1, 1, 1, 1, 7}), false, 0}));
+}
+
+TEST(LinkMessage, TellsTheMtu) {
+  EXPECT_EQ(Made().whole().with(IFLA_MTU, std::string("\xdc\5\0\0", 4)).read()->link.mtu, 1500u);
+  EXPECT_EQ(Made().whole().with(IFLA_MTU, "\1").read()->link.mtu, 0u);
 }
 
 TEST(LinkMessage, TellsAnInterfaceUpThatIsSwitchedOnAndHasACarrier) {

@@ -18,6 +18,9 @@ struct Followed final : PortFollower {
   }
   void portLinkIs(Lumo::IntfId intfId, bool up) override { say(intfId, up ? "up" : "down"); }
   void portSetUpIs(Lumo::IntfId, bool setUp) override { isSetUp = setUp; }
+  void portMtuIs(Lumo::IntfId intfId, uint32_t mtu) override {
+    say(intfId, "mtu " + std::to_string(mtu));
+  }
   void portDel(Lumo::IntfId intfId) override { say(intfId, "del"); }
   void say(Lumo::IntfId intfId, std::string const& what) {
     said.push_back(std::string(intfId.stringValue().view()) + " " + what);
@@ -58,6 +61,15 @@ TEST(Ports, TellWhetherTheyAreSetUpWhateverTheirLink) {
   f.table.linkIs(eth0);
   EXPECT_FALSE(f.isSetUp);
   EXPECT_THAT(f.take(), ElementsAre("eth0 is 3 1"));
+}
+
+TEST(Ports, TellTheirMtuWhenTheyComeAndWhenItChanges) {
+  Followed f;
+  f.table.linkIs(linkOfMtu(3, "eth0", 1500));
+  f.table.linkIs(linkOfMtu(3, "eth0", 1500));
+  f.table.linkIs(link(3, "eth0", 1, false));  // a message that tells none
+  f.table.linkIs(linkOfMtu(3, "eth0", 9000));
+  EXPECT_THAT(f.take(), ElementsAre("eth0 is 3 1", "eth0 mtu 1500", "eth0 mtu 9000"));
 }
 
 TEST(Ports, GoWithANameAndComeWithOne) {
