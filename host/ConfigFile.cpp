@@ -206,6 +206,7 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                choice<SecurePolicy>("policy", intf.policy,
                                     {{"must-secure", SecurePolicy::mustSecure},
                                      {"should-secure", SecurePolicy::shouldSecure}}),
+               {"clear", false, [&](auto& value) { readClearTypes(yaml_, value, intf.clear); }},
                choice<OnPeerLoss>("on-peer-loss", intf.onPeerLoss,
                                   {{"keep", OnPeerLoss::keep}, {"close", OnPeerLoss::close}})});
   config_.interfaces.push_back(std::move(intf));

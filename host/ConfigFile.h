@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "codec/Dialect.h"
+#include "host/ClearTypes.h"
 #include "host/Mistake.h"
 #include "runtime/String8.h"
 
@@ -65,6 +66,7 @@ struct InterfaceConfig {
   uint32_t replayWindow = 0;  ///< how many packet numbers late a frame may be
   uint32_t mtu = 0;           ///< of the MACsec device; 0 for what the interface leaves it
   SecurePolicy policy = SecurePolicy::mustSecure;
+  EtherTypes clear{};  ///< what may pass in clear where nothing else may
   OnPeerLoss onPeerLoss = OnPeerLoss::keep;
 };
 

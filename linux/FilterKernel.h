@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/ClearTypes.h"
 #include "linux/MacsecKernel.h"
 
 namespace Linux {
@@ -33,22 +34,25 @@ struct HeldFilters {
 };
 
 /// The part of the kernel that filters frames. The one filter that is set here drops every frame
-/// but those of MACsec and EAPOL, and leaves it to filters after it what happens to these; it is
-/// recognised by its place, whoever set it. Every request is answered before it returns.
+/// but those of MACsec, of EAPOL and of the types that may pass in clear, and leaves it to filters
+/// after it what happens to these; it is recognised by its place, whoever set it. Every request is
+/// answered before it returns.
 class FilterKernel {
  public:
   virtual ~FilterKernel() = default;
 
   /// Of all interfaces that have any.
   virtual KernelAnswer hooks(std::vector<FilterHooks>& out) = 0;
-  virtual KernelAnswer filters(int index, HeldFilters& out) = 0;
+  /// A filter is whole that lets just these types pass in clear.
+  virtual KernelAnswer filters(int index, Macsecd::EtherTypes const& clear, HeldFilters& out) = 0;
 
   /// Makes hooks with both sides.
   virtual KernelAnswer hooksAdd(int index) = 0;
   /// Together with all filters there.
   virtual KernelAnswer hooksDel(int index) = 0;
   /// Sets the filter, or changes it at one stroke if it is there.
-  virtual KernelAnswer filterIs(int index, FilterSide side, bool hooksAreOurs) = 0;
+  virtual KernelAnswer filterIs(int index, FilterSide side, bool hooksAreOurs,
+                                Macsecd::EtherTypes const& clear) = 0;
   virtual KernelAnswer filterDel(int index, FilterSide side, bool hooksAreOurs) = 0;
 };
 

@@ -9,9 +9,9 @@
 #include <linux/rtnetlink.h>
 #include <linux/tc_act/tc_gact.h>
 
-#include <array>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "model/MacsecConstants.h"
 
@@ -29,8 +29,8 @@ constexpr sock_filter loadAncillary(int field) {
   return {BPF_LD | BPF_W | BPF_ABS, 0, 0, static_cast<uint32_t>(SKF_AD_OFF + field)};
 }
 // Over so many instructions if the value is this.
-constexpr sock_filter skipIf(uint32_t value, uint8_t skip) {
-  return {BPF_JMP | BPF_JEQ | BPF_K, skip, 0, value};
+constexpr sock_filter skipIf(uint32_t value, size_t skip) {
+  return {BPF_JMP | BPF_JEQ | BPF_K, static_cast<uint8_t>(skip), 0, value};
 }
 constexpr sock_filter verdict(uint32_t value) { return {BPF_RET | BPF_K, 0, 0, value}; }
 
@@ -40,18 +40,26 @@ constexpr uint32_t kMatches = UINT32_MAX;
 // Matches what is to be dropped: frames of a VLAN, and of other types. A tag that bears a priority
 // alone is none of a VLAN. Its value is asked for only where there is a tag: a kernel may still
 // hold that of one which it has taken away, or written into the frame behind its first type.
-constexpr std::array<sock_filter, 10> kProgram = {{
-    loadAncillary(SKF_AD_VLAN_TAG_PRESENT),
-    skipIf(0, 3),
-    loadAncillary(SKF_AD_VLAN_TAG),
-    {BPF_ALU | BPF_AND | BPF_K, 0, 0, kVlanBits},
-    {BPF_JMP | BPF_JEQ | BPF_K, 0, 3, 0},
-    loadAncillary(SKF_AD_PROTOCOL),
-    skipIf(ETH_P_MACSEC, 2),
-    skipIf(Macsec::MacsecConstants::eapolEthType, 1),
-    verdict(kMatches),
-    verdict(0),
-}};
+std::vector<sock_filter> programFor(Macsecd::EtherTypes passing) {
+  passing.insert({ETH_P_MACSEC, Macsec::MacsecConstants::eapolEthType});
+  size_t left = passing.size();
+  std::vector<sock_filter> program = {
+      loadAncillary(SKF_AD_VLAN_TAG_PRESENT),
+      skipIf(0, 3),
+      loadAncillary(SKF_AD_VLAN_TAG),
+      {BPF_ALU | BPF_AND | BPF_K, 0, 0, kVlanBits},
+      {BPF_JMP | BPF_JEQ | BPF_K, 0, static_cast<uint8_t>(left + 1), 0},
+      loadAncillary(SKF_AD_PROTOCOL),
+  };
+  for (uint16_t const type : passing) program.push_back(skipIf(type, left--));
+  program.push_back(verdict(kMatches));
+  program.push_back(verdict(0));
+  return program;
+}
+
+std::span<uint8_t const> octetsOf(std::vector<sock_filter> const& program) {
+  return {reinterpret_cast<uint8_t const*>(program.data()), program.size() * sizeof(sock_filter)};
+}
 
 constexpr uint32_t parentOf(FilterSide side) {
   return TC_H_MAKE(TC_H_CLSACT, side == FilterSide::in ? TC_H_MIN_INGRESS : TC_H_MIN_EGRESS);
@@ -109,9 +117,9 @@ bool drops(nlattr* actions) {
   return static_cast<tc_gact const*>(nla_data(gact))->action == TC_ACT_SHOT;
 }
 
-bool isProgram(nlattr* ops) {
-  return ops && nla_len(ops) == static_cast<int>(sizeof kProgram) &&
-         std::memcmp(nla_data(ops), kProgram.data(), sizeof kProgram) == 0;
+bool isProgram(nlattr* ops, std::span<uint8_t const> program) {
+  return ops && nla_len(ops) == static_cast<int>(program.size()) &&
+         std::memcmp(nla_data(ops), program.data(), program.size()) == 0;
 }
 
 bool isOurs(tcmsg const& header, char const* kind) {
@@ -121,7 +129,8 @@ bool isOurs(tcmsg const& header, char const* kind) {
 }
 
 // Each place where filters stand is told too, with no handle.
-void takeFilter(nlmsghdr* message, HeldFilter& held, bool& hasOthers) {
+void takeFilter(nlmsghdr* message, std::span<uint8_t const> program, HeldFilter& held,
+                bool& hasOthers) {
   auto const& header = *static_cast<tcmsg const*>(nlmsg_data(message));
   nlattr* found[TCA_MAX + 1];
   if (nlmsg_parse(message, sizeof header, found, TCA_MAX, nullptr) < 0 || !found[TCA_KIND]) return;
@@ -133,7 +142,7 @@ void takeFilter(nlmsghdr* message, HeldFilter& held, bool& hasOthers) {
   held.isThere = true;
   held.hooksAreOurs = header.tcm_handle == kHandleOfOwnHooks;
   held.isWhole = header.tcm_info == filterHeader(0, FilterSide::in, false).tcm_info &&
-                 isProgram(find(found[TCA_OPTIONS], TCA_BPF_OPS)) &&
+                 isProgram(find(found[TCA_OPTIONS], TCA_BPF_OPS), program) &&
                  drops(find(found[TCA_OPTIONS], TCA_BPF_ACT));
 }
 
@@ -156,16 +165,18 @@ KernelAnswer FilterNetlink::hooks(std::vector<FilterHooks>& out) {
   return route_.dump(message, [&](nlmsghdr* header) { takeHooks(header, out); });
 }
 
-KernelAnswer FilterNetlink::filters(int index, HeldFilters& out) {
+KernelAnswer FilterNetlink::filters(int index, Macsecd::EtherTypes const& clear, HeldFilters& out) {
   out = {};
+  auto const program = programFor(clear);
   for (auto const side : {FilterSide::in, FilterSide::out}) {
     tcmsg header = headerFor(index);
     header.tcm_parent = parentOf(side);
     NetlinkMessage message;
     begin(message, RTM_GETTFILTER, header);
     HeldFilter& held = side == FilterSide::in ? out.in : out.out;
-    auto const answer = route_.dump(
-        message, [&](nlmsghdr* answered) { takeFilter(answered, held, out.hasOthers); });
+    auto const answer = route_.dump(message, [&](nlmsghdr* answered) {
+      takeFilter(answered, octetsOf(program), held, out.hasOthers);
+    });
     if (!answer) return answer;
   }
   return {};
@@ -186,15 +197,16 @@ KernelAnswer FilterNetlink::hooksDel(int index) {
 }
 
 // No hardware is asked to filter: what it would let through isn't known.
-KernelAnswer FilterNetlink::filterIs(int index, FilterSide side, bool hooksAreOurs) {
+KernelAnswer FilterNetlink::filterIs(int index, FilterSide side, bool hooksAreOurs,
+                                     Macsecd::EtherTypes const& clear) {
+  auto const program = programFor(clear);
   NetlinkMessage message;
   begin(message, RTM_NEWTFILTER, filterHeader(index, side, hooksAreOurs));
   message.text(TCA_KIND, kFilterKind);
   message.nest(TCA_OPTIONS, [&] {
     message.nest(TCA_BPF_ACT, [&] { message.nest(kFirstAction, [&] { putDrop(message); }); });
-    message.u16(TCA_BPF_OPS_LEN, kProgram.size());
-    message.octets(TCA_BPF_OPS,
-                   {reinterpret_cast<uint8_t const*>(kProgram.data()), sizeof kProgram});
+    message.u16(TCA_BPF_OPS_LEN, static_cast<uint16_t>(program.size()));
+    message.octets(TCA_BPF_OPS, octetsOf(program));
     message.u32(TCA_BPF_FLAGS_GEN, TCA_CLS_FLAGS_SKIP_HW);
   });
   return route_.ask(message, NLM_F_CREATE);

@@ -16,10 +16,11 @@ class FilterNetlink final : public FilterKernel {
   FilterNetlink();
 
   KernelAnswer hooks(std::vector<FilterHooks>& out) override;
-  KernelAnswer filters(int index, HeldFilters& out) override;
+  KernelAnswer filters(int index, Macsecd::EtherTypes const& clear, HeldFilters& out) override;
   KernelAnswer hooksAdd(int index) override;
   KernelAnswer hooksDel(int index) override;
-  KernelAnswer filterIs(int index, FilterSide side, bool hooksAreOurs) override;
+  KernelAnswer filterIs(int index, FilterSide side, bool hooksAreOurs,
+                        Macsecd::EtherTypes const& clear) override;
   KernelAnswer filterDel(int index, FilterSide side, bool hooksAreOurs) override;
 
  private:

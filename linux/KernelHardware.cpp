@@ -90,6 +90,7 @@ void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
                    standingOf(config, interface)};
     wish.portNumber = interface.portNumber;
     wish.mustBeSecure = interface.policy == Macsecd::SecurePolicy::mustSecure;
+    wish.clear = interface.clear;
   }
   for (auto const& [intfId, wish] : wishes_) deviceIs(intfId);
   for (auto const& [intfId, parent] : parents_) filter(intfId, parent.index);
@@ -111,7 +112,7 @@ void KernelHardware::deviceIs(Lumo::IntfId intfId) {
 void KernelHardware::filter(Lumo::IntfId intfId, int index) {
   auto const wish = wishes_.find(intfId);
   if (wish != wishes_.end() && wish->second.mustBeSecure) {
-    filters_.interfaceIs(intfId, index);
+    filters_.interfaceIs(intfId, index, wish->second.clear);
   } else {
     filters_.interfaceDel(intfId);
     faultIs(intfId, &Faults::filter, {});

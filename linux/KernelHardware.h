@@ -64,6 +64,7 @@ class KernelHardware final : public HardwareDriver {
     DeviceOptions device = {};
     uint16_t portNumber = 0;
     bool mustBeSecure = false;
+    Macsecd::EtherTypes clear = {};
   };
 
   std::map<int, Link> devices_;             // all network devices, by their index

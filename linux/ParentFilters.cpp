@@ -50,12 +50,15 @@ std::string refusedFilter(KernelAnswer const& answer) {
 
 }  // namespace
 
-bool ParentFilters::interfaceIs(Lumo::IntfId intfId, int index) {
+bool ParentFilters::interfaceIs(Lumo::IntfId intfId, int index, Macsecd::EtherTypes clear) {
   auto const known = parents_.find(intfId);
   if (known != parents_.end() && known->second.index != index) left_.insert(known->second.index);
   left_.erase(index);
   Parent& parent = parents_[intfId];
-  if (std::exchange(parent.index, index) != index) parent.wasClosed = false;
+  bool const isOther = parent.index != index || parent.clear != clear;
+  if (isOther) parent.wasClosed = false;
+  parent.index = index;
+  parent.clear = std::move(clear);
   return close(intfId, parent);
 }
 
@@ -86,27 +89,28 @@ std::string ParentFilters::closeNow(Lumo::IntfId intfId, Parent& parent) {
   HeldFilters held;
   bool const hadHooks = hooks != all.end();
   KernelAnswer const answer =
-      hadHooks ? kernel_.filters(parent.index, held) : kernel_.hooksAdd(parent.index);
+      hadHooks ? kernel_.filters(parent.index, parent.clear, held) : kernel_.hooksAdd(parent.index);
   if (answer.error == ENODEV) return {};  // it is gone, which the watch of the links tells next
   if (!answer) return refused(hadHooks ? "list filters" : "make the qdisc 'clsact'", answer);
   bool const isWhole = held.in.isWhole && held.out.isWhole;
   if (!isWhole && parent.wasClosed) Vesk::log(MACSEC_PARENT_CLOSED_AGAIN, intfId);
   bool const areOurs = !hadHooks || held.in.hooksAreOurs || held.out.hooksAreOurs;
-  if (auto const set = this->set(parent.index, held, areOurs); !set) return refusedFilter(set);
+  if (auto const set = this->set(parent, held, areOurs); !set) return refusedFilter(set);
   parent.wasClosed = true;
   return {};
 }
 
 // One that stands is changed under its own handle, which tells whose the hooks are. Where the
 // kernel doesn't change it, it goes first: it kept nothing out any more.
-KernelAnswer ParentFilters::set(int index, HeldFilters const& held, bool hooksAreOurs) {
+KernelAnswer ParentFilters::set(Parent const& parent, HeldFilters const& held, bool hooksAreOurs) {
+  int const index = parent.index;
   for (auto const& [side, filter] :
        {std::pair(FilterSide::in, held.in), std::pair(FilterSide::out, held.out)}) {
     if (filter.isWhole) continue;
     bool const mark = filter.isThere ? filter.hooksAreOurs : hooksAreOurs;
-    KernelAnswer answer = kernel_.filterIs(index, side, mark);
+    KernelAnswer answer = kernel_.filterIs(index, side, mark, parent.clear);
     if (answer.error == EINVAL && filter.isThere && kernel_.filterDel(index, side, mark)) {
-      answer = kernel_.filterIs(index, side, mark);
+      answer = kernel_.filterIs(index, side, mark, parent.clear);
     }
     if (!answer) return answer;
   }
@@ -117,7 +121,7 @@ KernelAnswer ParentFilters::set(int index, HeldFilters const& held, bool hooksAr
 // removed by the next process.
 void ParentFilters::open(int index) {
   HeldFilters held;
-  if (!kernel_.filters(index, held)) return;
+  if (!kernel_.filters(index, {}, held)) return;
   bool const hooksAreOurs = held.in.hooksAreOurs || held.out.hooksAreOurs;
   if (hooksAreOurs && !held.hasOthers) {
     kernel_.hooksDel(index);

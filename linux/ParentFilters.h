@@ -12,8 +12,8 @@
 namespace Linux {
 
 /// Keeps clear frames from going past MACsec: an interface that is closed lets MACsec and EAPOL
-/// through alone, in and out. Without it the kernel takes clear frames to the MACsec device's
-/// address as its parent's own, which has the same one.
+/// through alone, in and out, and what may pass in clear beside them. Without it the kernel takes
+/// clear frames to the MACsec device's address as its parent's own, which has the same one.
 ///
 /// What stands in the kernel outlives this, as over a restart of the process; another one takes it
 /// up untouched, and one that was changed or removed by somebody is set anew.
@@ -26,9 +26,9 @@ class ParentFilters {
   explicit ParentFilters(FilterKernel& kernel, TroubleIs troubleIs = nullptr)
       : kernel_(kernel), troubleIs_(std::move(troubleIs)) {}
 
-  /// The interface with this index is closed from now on. False if the kernel refuses, which is
-  /// logged, and tried again in a while.
-  bool interfaceIs(Lumo::IntfId intfId, int index);
+  /// The interface with this index is closed from now on, but for these types. False if the kernel
+  /// refuses, which is logged, and tried again in a while.
+  bool interfaceIs(Lumo::IntfId intfId, int index, Macsecd::EtherTypes clear = {});
   /// It is open, with the next `run()`: one that is closed again before was closed throughout.
   void interfaceDel(Lumo::IntfId intfId);
   /// Takes away what another process has left on interfaces that aren't closed here.
@@ -46,6 +46,7 @@ class ParentFilters {
  private:
   struct Parent {
     int index = 0;
+    Macsecd::EtherTypes clear = {};
     std::string problem = {};
     double delay = 0;      // between attempts, in seconds; 0 without a problem
     double retryTime = 0;  // while there is a problem
@@ -54,7 +55,7 @@ class ParentFilters {
 
   bool close(Lumo::IntfId intfId, Parent& parent);
   std::string closeNow(Lumo::IntfId intfId, Parent& parent);
-  KernelAnswer set(int index, HeldFilters const& held, bool hooksAreOurs);
+  KernelAnswer set(Parent const& parent, HeldFilters const& held, bool hooksAreOurs);
   void open(int index);
   void openLeft();
   bool isClosed(int index) const;

@@ -67,6 +67,23 @@ TEST_F(AClosedParent, LetsMacsecAndEapolThroughAlone) {
   EXPECT_EQ(pass('a', 'b', kEapol, true), 0u);
 }
 
+TEST_F(AClosedParent, LetsTheTypesThroughThatMayPassInClearAndNoOthers) {
+  constexpr uint16_t kLldp = 0x88cc, kLacp = 0x8809, kPtp = 0x88f7;
+  Lumo::IntfId const vb("vb");
+  ASSERT_TRUE(filters->interfaceIs(vb, index, {kLldp, kLacp}));
+  for (auto [from, to] : {std::pair('a', 'b'), std::pair('b', 'a')}) {
+    for (uint16_t const type : {kLldp, kLacp, kMacsec, kEapol}) {
+      EXPECT_EQ(pass(from, to, type), 10u) << from << std::hex << type;
+    }
+    for (uint16_t const type : {kPtp, kClear}) EXPECT_EQ(pass(from, to, type), 0u) << from << type;
+  }
+  EXPECT_EQ(pass('a', 'b', kLldp, true), 0u);
+  ASSERT_TRUE(filters->interfaceIs(vb, index));
+  EXPECT_EQ(pass('a', 'b', kLldp), 0u);
+  EXPECT_EQ(pass('b', 'a', kLldp), 0u);
+  EXPECT_TRUE(world.logs.empty());
+}
+
 TEST_F(AClosedParent, DoesntAnswerAPingAndSendsNone) {
   run("ip -n a addr add 10.0.0.1/24 dev va; ip -n b addr add 10.0.0.2/24 dev vb");
   run("ip netns exec a ping -q -c 1 -W 5 10.0.0.2 >/tmp/ping");

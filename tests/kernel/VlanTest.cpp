@@ -92,11 +92,11 @@ TEST_F(AVlan, HasTheFilterOfAFormerVersionReplacedInItsPlace) {
   }
   EXPECT_EQ(pass('a', 'b', kEapol), 0u);
   Linux::HeldFilters held;
-  ASSERT_TRUE(kernel->filters(index, held));
+  ASSERT_TRUE(kernel->filters(index, {}, held));
   EXPECT_TRUE(held.in.isThere && held.out.isThere);
   EXPECT_FALSE(held.in.isWhole || held.out.isWhole);
   ASSERT_TRUE(close());
-  ASSERT_TRUE(kernel->filters(index, held));
+  ASSERT_TRUE(kernel->filters(index, {}, held));
   EXPECT_TRUE(held.in.isWhole && held.out.isWhole && !held.hasOthers);
   EXPECT_EQ(pass('a', 'b', kEapol), 10u);
   EXPECT_EQ(pass('a', 'b', kClear), 0u);

@@ -15,6 +15,7 @@ class FakeFilterKernel final : public FilterKernel {
   struct Interface {
     std::string kind = {};  ///< of its hooks; empty without any
     HeldFilters held = {};
+    Macsecd::EtherTypes clear = {};  ///< that both filters let pass
   };
 
   KernelAnswer hooks(std::vector<FilterHooks>& out) override {
@@ -24,8 +25,11 @@ class FakeFilterKernel final : public FilterKernel {
     }
     return {};
   }
-  KernelAnswer filters(int index, HeldFilters& out) override {
+  KernelAnswer filters(int index, Macsecd::EtherTypes const& clear, HeldFilters& out) override {
     out = interfaces.contains(index) ? interfaces[index].held : HeldFilters();
+    if (interfaces.contains(index) && interfaces[index].clear != clear) {
+      out.in.isWhole = out.out.isWhole = false;
+    }
     return {};
   }
   KernelAnswer hooksAdd(int index) override {
@@ -35,10 +39,12 @@ class FakeFilterKernel final : public FilterKernel {
   KernelAnswer hooksDel(int index) override {
     return ask("remove hooks", index, [](Interface& i) { return i = {}, 0; });
   }
-  KernelAnswer filterIs(int index, FilterSide side, bool hooksAreOurs) override {
+  KernelAnswer filterIs(int index, FilterSide side, bool hooksAreOurs,
+                        Macsecd::EtherTypes const& clear) override {
     return ask(side == FilterSide::in ? "close in" : "close out", index, [&](Interface& i) {
       if (i.kind.empty()) return EINVAL;
       of(i, side) = {true, true, hooksAreOurs};
+      i.clear = clear;
       return 0;
     });
   }

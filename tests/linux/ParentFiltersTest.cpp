@@ -110,6 +110,19 @@ TEST_F(ParentFiltersTest, AreSetAgainInPlaceWhenSomebodyChangesThem) {
   EXPECT_EQ(world.logged("MACSEC_PARENT_CLOSED_AGAIN"), 1u);
 }
 
+TEST_F(ParentFiltersTest, LetPassInClearWhatTheyAreToldAndSayNothingWhenThatChanges) {
+  filters->interfaceIs(kIntf, 3, {0x88cc});
+  EXPECT_EQ(kernel.interfaces[3].clear, (Macsecd::EtherTypes{0x88cc}));
+  kernel.asked.clear();
+  runAt(10);
+  EXPECT_THAT(kernel.asked, IsEmpty());
+  filters->interfaceIs(kIntf, 3, {0x88cc, 0x8809});
+  EXPECT_THAT(kernel.takeAsked(), ElementsAre("close in", "close out"));
+  filters->interfaceIs(kIntf, 3);
+  EXPECT_EQ(kernel.interfaces[3].clear, Macsecd::EtherTypes());
+  EXPECT_THAT(world.logs, IsEmpty());
+}
+
 TEST_F(ParentFiltersTest, AreMadeAnewWhenSomebodyRemovesThem) {
   filters->interfaceIs(kIntf, 3);
   kernel.interfaces[3] = {};
