@@ -61,7 +61,7 @@ class Unit(unittest.TestCase):
     def test_keeps_two_privileges_and_the_state_over_a_restart(self):
         for line in ("CapabilityBoundingSet=CAP_NET_ADMIN CAP_NET_RAW", "LimitCORE=0",
                      "LimitMEMLOCK=infinity", "RestartKillSignal=SIGUSR1",
-                     "RuntimeDirectoryPreserve=restart", "Group=macsec"):
+                     "RuntimeDirectoryPreserve=yes", "Group=macsec"):
             self.assertIn(line, self.text.splitlines())
 
 
