@@ -17,6 +17,7 @@
 #include "host/YamlReader.h"
 #include "host/YamlText.h"
 #include "platform/Fips.h"
+#include "platform/WardcodeLib.h"
 
 namespace Macsecd {
 
@@ -377,16 +378,19 @@ ConfigResult parseConfig(std::string_view text, std::string const& file, int lin
 
 ConfigResult readConfigFile(std::string const& path, Keys keys) {
   auto refused = [&](Fault const& fault) {
-    return ConfigResult{{}, {{path, 1, 1, fault.what, fault.remedy}}};
+    return ConfigResult{{}, {{path, 1, 1, fault.what, fault.remedy}}, {}};
   };
   InputFile file(path);
   if (file.fault()) return refused(*file.fault());
   auto const text = file.read(maxTextSize);
   if (auto const* const fault = std::get_if<Fault>(&text)) return refused(*fault);
-  auto const source = keys == Keys::real ? Source::file : Source::text;
+  auto const source = keys == Keys::example ? Source::text : Source::file;
   auto result = parse(std::get<Vesk::String8>(text).view(), path, 0, source);
-  auto const unsafe = keys == Keys::real ? file.faultOfKeeping() : std::nullopt;
+  auto const unsafe = keys != Keys::example ? file.faultOfKeeping() : std::nullopt;
   if (unsafe) result.mistakes.insert(result.mistakes.begin(), refused(*unsafe).mistakes[0]);
+  if (keys == Keys::kept && result.good()) {
+    result.sealed = WardcodeLib::doEncodeKey(std::get<Vesk::String8>(text));
+  }
   return result;
 }
 

@@ -87,6 +87,9 @@ struct SwitchConfig {
 struct ConfigResult {
   SwitchConfig config;
   std::vector<Mistake> mistakes;
+  /// The text of a file whose keys are `Keys::kept`, encrypted under the key of the host
+  /// (`WardcodeLib`); empty of one with mistakes.
+  Vesk::String8 sealed = {};
   bool good() const { return mistakes.empty(); }
 };
 
@@ -95,8 +98,9 @@ struct ConfigResult {
 /// memory but those of the result; the text is the caller's to wipe.
 ConfigResult parseConfig(std::string_view text, std::string const& file, int linesBefore = 0);
 
-/// Whether the keys of a file are real, so that nobody else may read or change it, or an example's.
-enum class Keys : uint8_t { real, example };
+/// Whether the keys of a file are real, so that nobody else may read or change it, and are to be
+/// kept for the next process, or are an example's.
+enum class Keys : uint8_t { real, kept, example };
 
 /// Reads a file, whose text is wiped afterwards. A file that can't be read, or with real keys in
 /// reach of others, is one mistake at 1:1.

@@ -33,6 +33,7 @@ Explanation Explainer::explanation() {
     keys();
   }
   if (!out_.secured && out_.causes.empty()) noteWaitingForPeer();
+  noteConfiguration();
   return std::move(out_);
 }
 

@@ -45,6 +45,7 @@ enum class CauseKind : uint8_t {
   waitingToSend,
   framesNotValid,
   fallbackInUse,
+  formerConfiguration,
 };
 
 struct Cause {
@@ -108,5 +109,6 @@ struct Vesk::EnumNames<Macsecd::CauseKind> {
       {Kind::waitingToSend, "waiting-to-send"},
       {Kind::framesNotValid, "frames-not-valid"},
       {Kind::fallbackInUse, "fallback-in-use"},
+      {Kind::formerConfiguration, "former-configuration"},
   };
 };

@@ -111,4 +111,11 @@ void Explainer::noteDevice() {
   }
 }
 
+// It stands in no way by itself; what stands in the way may be put right in the file already.
+void Explainer::noteConfiguration() {
+  if (host_.configFault().empty()) return;
+  note(CauseKind::formerConfiguration, host_.configFault() + "; the former configuration is",
+       "correct the mistakes that 'macsecd --check' names, then: macsecctl reload");
+}
+
 }  // namespace Macsecd

@@ -36,6 +36,7 @@ class Explainer {
   void noteNotValidFrames();
   void noteWaiting();
   void noteWaitingForPeer();
+  void noteConfiguration();
 
   void note(CauseKind kind, std::string what, std::string remedy);
   double lifeTime() const { return host_.status()->mkaLifeTime(); }

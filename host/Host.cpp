@@ -30,6 +30,17 @@ class DeadWorld final : public Vesk::World {
   double now_;
 };
 
+// What lies beside the tree, under paths that begin so.
+StateValues extracted(StateValues& values, std::string_view begin) {
+  StateValues out;
+  std::erase_if(values, [&](auto const& entry) {
+    bool const isIt = entry.first.starts_with(begin);
+    if (isIt) out.insert(entry);
+    return isIt;
+  });
+  return out;
+}
+
 }  // namespace
 
 struct Host::ConfigReactor final : Vesk::Reactor<Macsec::Config const, Host, ConfigReactor> {
@@ -85,6 +96,7 @@ Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
       config_(Macsec::configFactory(name + "/config")),
       status_(Macsec::statusFactory(name + "/status")),
       keyHistory_(options_.store),
+      keptConfig_(options_.store),
       pamManager_(Macsec::mkaPamManagerFactory(
           Interface::EthDevPamCollection::EthDevPamCollectionIs(name + "/pam"))),
       ethIntfStatusDir_(Interface::EthIntfStatusDir::EthIntfStatusDirIs(name + "/interfaces")),
@@ -152,6 +164,8 @@ void Host::configIs(SwitchConfig const& config) {
 bool Host::reload(ConfigResult const& read) {
   if (!read.good()) return false;
   configIs(read.config);
+  if (!read.sealed.empty()) keptConfig_.textIs(read.sealed);
+  configFault_.clear();
   return true;
 }
 
@@ -214,14 +228,8 @@ void Host::start() {
 // The tree that the store holds, and somebody who tells the store how it goes on.
 void Host::rebuildStatus() {
   StateValues values = options_.store->readAll();
-  StateValues keys;
-  auto const isOfKeys = [](auto const& entry) {
-    return entry.first.starts_with(KeyHistory::kPathBegin);
-  };
-  for (auto const& entry : values) {
-    if (isOfKeys(entry)) keys.insert(entry);
-  }
-  std::erase_if(values, isOfKeys);
+  StateValues const keys = extracted(values, KeyHistory::kPathBegin);
+  keptConfig_.takeUp(extracted(values, KeptConfig::kPathBegin));
   RebuiltState rebuilt = rebuiltStatus(status_->name(), values);
   status_ = rebuilt.status;
   droppedState_ = std::move(rebuilt.dropped);
@@ -233,7 +241,8 @@ void Host::rebuildStatus() {
 
 bool Host::commit() {
   bool const kept = keyHistory_.commit();
-  return (keeper_ && keeper_->commit()) || kept;
+  bool const keptConfig = keptConfig_.commit();
+  return (keeper_ && keeper_->commit()) || kept || keptConfig;
 }
 
 void Host::stop() {

@@ -20,6 +20,7 @@
 #include "host/FrameEvidence.h"
 #include "host/HardwareReport.h"
 #include "host/HostTap.h"
+#include "host/KeptConfig.h"
 #include "host/KeyAges.h"
 #include "host/KeyHistory.h"
 #include "host/KeyText.h"
@@ -74,6 +75,12 @@ class Host {
   /// Takes a configuration over that was read again. One with a mistake changes nothing at all.
   /// True if it was taken.
   bool reload(ConfigResult const& read);
+  /// The configuration that is in force, or was last before this process; nothing without a store,
+  /// or if it can't be read.
+  std::optional<SwitchConfig> keptConfig() const { return keptConfig_.config(); }
+  /// Why what is in force isn't what the file says; empty when it is.
+  void configFaultIs(std::string fault) { configFault_ = std::move(fault); }
+  std::string const& configFault() const { return configFault_; }
   /// Reads the file again and takes it over; the mistakes because of which it wasn't taken.
   std::vector<Mistake> reload(std::string const& path);
 
@@ -177,6 +184,8 @@ class Host {
   Vesk::Ptr<Macsec::Status> status_;
   std::vector<DroppedState> droppedState_;
   KeyHistory keyHistory_;
+  KeptConfig keptConfig_;
+  std::string configFault_;
   std::unique_ptr<StateKeeper> keeper_;
   Vesk::Ptr<Macsec::MkaPamManager> pamManager_;
   Vesk::Ptr<Interface::EthIntfStatusDir> ethIntfStatusDir_;

@@ -35,6 +35,13 @@ Vesk::LogHandle const MACSECD_CONFIG_REFUSED(
     "A configuration with a mistake changes nothing.",
     "Correct the mistakes told before and have the file read again.", 0.0, 1.0);
 
+Vesk::LogHandle const MACSECD_CONFIG_KEPT(
+    "MACSECD_CONFIG_KEPT", LogSeverity::warning,
+    "%s isn't taken over; the configuration that was in force last goes on",
+    "The daemon was started on a configuration with mistakes, and goes on with the one that it had "
+    "before.",
+    "Correct the mistakes told before and have the file read again.", 0.0, 1.0);
+
 Vesk::LogHandle const MACSECD_NO_SOCKET(
     "MACSECD_NO_SOCKET", LogSeverity::error, "No MKPDUs pass interface %s: %s",
     "The socket for the frames of an interface couldn't be opened.",
@@ -136,7 +143,7 @@ Daemon::~Daemon() = default;
 
 DaemonEnd Daemon::run() {
   tellOfState();
-  if (!readConfig().empty()) return DaemonEnd::badConfiguration;
+  if (!readConfig().empty() && !goOnAsBefore()) return DaemonEnd::badConfiguration;
   if (!listen()) return DaemonEnd::cannotRun;
   connect();
   return static_cast<DaemonEnd>(loop_.run());
@@ -149,12 +156,15 @@ void Daemon::tellOfState() const {
 }
 
 std::vector<Macsecd::Mistake> Daemon::readConfig() {
-  Macsecd::ConfigResult const read = Macsecd::readConfigFile(options_.configFile);
+  Macsecd::ConfigResult const read =
+      Macsecd::readConfigFile(options_.configFile, Macsecd::Keys::kept);
   for (auto const& mistake : read.mistakes) Vesk::log(MACSECD_CONFIG_MISTAKE, mistake.text());
   if (host_.reload(read)) {
     configIs(read.config);
+    Vesk::log(MACSECD_CONFIG_TAKEN, options_.configFile);
   } else {
     Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.mistakes.size());
+    host_.configFaultIs(options_.configFile + " has mistakes, and isn't in force");
   }
   Macsecd::wipeStack();
   return read.mistakes;
@@ -169,7 +179,18 @@ void Daemon::configIs(Macsecd::SwitchConfig const& config) {
   }
   if (driver_) driver_->configIs(config);
   ports_.namesAre(std::move(names));
-  Vesk::log(MACSECD_CONFIG_TAKEN, options_.configFile);
+}
+
+// A typing error in the file costs no link.
+bool Daemon::goOnAsBefore() {
+  auto const kept = host_.keptConfig();
+  if (kept) {
+    host_.configIs(*kept);
+    configIs(*kept);
+    Vesk::log(MACSECD_CONFIG_KEPT, options_.configFile);
+  }
+  Macsecd::wipeStack();
+  return kept.has_value();
 }
 
 bool Daemon::listen() {

@@ -68,6 +68,7 @@ class Daemon final : private PortFollower {
 
  private:
   std::vector<Macsecd::Mistake> readConfig();
+  bool goOnAsBefore();
   void configIs(Macsecd::SwitchConfig const& config);
   bool listen();
   void tellOfState() const;

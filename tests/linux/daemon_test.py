@@ -242,6 +242,30 @@ class Running(Program):
         self.assertEqual(self.daemon.wait(timeout=20), 1)
         self.assertIn("write 'shutdown'", self.logged())
 
+    def test_goes_on_as_before_when_it_starts_on_a_configuration_with_mistakes(self):
+        self.start_notifying()
+        self.assertEqual(self.end(signal.SIGUSR1), 0)
+        for name in os.listdir(self.folder + "/run"):
+            with open(os.path.join(self.folder, "run", name), "rb") as file:
+                self.assertNotIn(CAK.encode(), file.read(), name)
+        self.start_notifying(GOOD.replace("absent0", "absent1") + "shutdwon: true\n")
+        self.assertIn("write 'shutdown'", self.logged())
+        self.assertIn("warning: MACSECD_CONFIG_KEPT", self.logged())
+        self.assertNotIn("MACSECD_CONFIG_TAKEN", self.logged())
+        self.write(GOOD)
+        self.daemon.send_signal(signal.SIGHUP)
+        self.hear()
+        self.assertEqual(self.hear(), "READY=1")
+        self.assertEqual(self.logged().count("MACSECD_CONFIG_TAKEN"), 1)
+        self.assertEqual(self.end(signal.SIGTERM), 0)
+
+    def test_ends_with_1_on_mistakes_when_what_was_in_force_before_cannot_be_read(self):
+        self.start_notifying()
+        self.assertEqual(self.end(signal.SIGUSR1), 0)
+        os.remove(self.folder + "/run/state.key")
+        self.start(GOOD + "shutdwon: true\n")
+        self.assertEqual(self.daemon.wait(timeout=20), 1)
+
     def test_takes_nothing_of_a_file_that_others_can_read(self):
         self.start_notifying()
         os.chmod(self.write(GOOD + "delay-protection: true\n"), 0o644)
