@@ -3,6 +3,7 @@
 
 #include "host/ConfigFile.h"
 #include "linux/Daemon.h"
+#include "linux/InterfaceUse.h"
 #include "linux/KernelHardware.h"
 
 namespace {
@@ -61,7 +62,11 @@ void addOptions(CLI::App& app, Arguments& arguments) {
 int check(std::string const& configFile) {
   auto const read = Macsecd::readConfigFile(configFile);
   std::cerr << Macsecd::textOf(read.mistakes);
-  return read.good() ? 0 : 1;
+  if (!read.good()) return 1;
+  for (std::string const& sentence : Linux::cutOffBy(read.config.interfaces)) {
+    std::cerr << configFile << ": warning: " << sentence << "\n";
+  }
+  return 0;
 }
 
 std::unique_ptr<Linux::HardwareDriver> kernelHardware(Macsecd::Host& host, Linux::EventLoop&) {

@@ -7,6 +7,7 @@
 
 #include "host/HostKey.h"
 #include "host/KeyText.h"
+#include "linux/InterfaceUse.h"
 #include "linux/NamespaceGuard.h"
 #include "linux/Privileges.h"
 #include "linux/ServiceManager.h"
@@ -41,6 +42,12 @@ Vesk::LogHandle const MACSECD_CONFIG_KEPT(
     "The daemon was started on a configuration with mistakes, and goes on with the one that it had "
     "before.",
     "Correct the mistakes told before and have the file read again.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_INTERFACE_IN_USE(
+    "MACSECD_INTERFACE_IN_USE", LogSeverity::warning, "What stands on it is cut off: %s",
+    "An interface that must be secure has addresses, routes or a master of its own. Nothing that "
+    "uses them reaches anybody.",
+    "Move them to the MACsec device, or write 'policy: should-secure' at the interface.", 0.0, 1.0);
 
 Vesk::LogHandle const MACSECD_NO_SOCKET(
     "MACSECD_NO_SOCKET", LogSeverity::error, "No MKPDUs pass interface %s: %s",
@@ -172,13 +179,18 @@ std::vector<Macsecd::Mistake> Daemon::readConfig() {
 
 void Daemon::configIs(Macsecd::SwitchConfig const& config) {
   std::set<std::string> names;
-  portNumbers_.clear();
-  for (auto const& interface : config.interfaces) {
-    names.insert(interface.name);
-    portNumbers_[interface.name] = interface.portNumber;
-  }
+  interfaces_ = config.interfaces;
+  for (auto const& interface : interfaces_) names.insert(interface.name);
   if (driver_) driver_->configIs(config);
   ports_.namesAre(std::move(names));
+  if (isReady_) tellWhatIsCutOff();
+}
+
+void Daemon::tellWhatIsCutOff() const {
+  if (!driver_) return;
+  for (std::string const& sentence : cutOffBy(interfaces_)) {
+    Vesk::log(MACSECD_INTERFACE_IN_USE, sentence);
+  }
 }
 
 // A typing error in the file costs no link.
@@ -258,6 +270,7 @@ void Daemon::handleDue() {
 void Daemon::start() {
   if (std::exchange(isReady_, true)) return;
   if (driver_) driver_->interfacesAreKnown();
+  tellWhatIsCutOff();
   host_.start();
   // Who starts after this finds every device.
   if (driver_ && driver_->nextTime() <= Vesk::now()) driver_->run();
@@ -291,8 +304,9 @@ void Daemon::leave() {
 }
 
 uint16_t Daemon::portNumberOf(Lumo::IntfId intfId) const {
-  auto const found = portNumbers_.find(std::string(intfId.stringValue().view()));
-  return found == portNumbers_.end() ? Macsecd::InterfaceConfig().portNumber : found->second;
+  auto const found =
+      std::ranges::find(interfaces_, intfId.stringValue().view(), &Macsecd::InterfaceConfig::name);
+  return found == interfaces_.end() ? Macsecd::InterfaceConfig().portNumber : found->portNumber;
 }
 
 void Daemon::linkChanged(LinkChange const& change) {

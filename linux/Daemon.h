@@ -69,6 +69,7 @@ class Daemon final : private PortFollower {
  private:
   std::vector<Macsecd::Mistake> readConfig();
   bool goOnAsBefore();
+  void tellWhatIsCutOff() const;
   void configIs(Macsecd::SwitchConfig const& config);
   bool listen();
   void tellOfState() const;
@@ -99,7 +100,7 @@ class Daemon final : private PortFollower {
   Macsecd::Host host_;
   Macsecd::UnreadableKeyTeller const unreadableKeys_;
   std::unique_ptr<HardwareDriver> const driver_;
-  std::map<std::string, uint16_t> portNumbers_;  ///< of the interfaces in the configuration
+  std::vector<Macsecd::InterfaceConfig> interfaces_;  ///< those in the configuration
   EapKeyFeed eapKeys_;
   ControlSocket control_;
   LoopDelay loopDelay_;

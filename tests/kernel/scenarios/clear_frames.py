@@ -74,6 +74,7 @@ def scene(cable):
     assert clear_pings(cable) == 3, "the cable itself carries frames"
     cable.start()
     assert clear_pings(cable) == 0
+    assert f"interface eth0 has the address 10.8.8.{a.number}/24, and nothing but" in a.log()
     cable.demand_pings()
     lldp_may_pass(cable)
     a.kill()
