@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -7,6 +9,7 @@
 #include "host/JsonText.h"
 #include "linux/ControlClient.h"
 #include "linux/ControlFollow.h"
+#include "linux/ControlTrial.h"
 #include "linux/TraceText.h"
 
 namespace {
@@ -25,6 +28,7 @@ struct Options {
   std::string traceFile = "/run/macsecd/trace";
   unsigned level = Glimmer::TraceFile::kLevels - 1;
   std::vector<std::string> handles;
+  unsigned timeout = 120;
 };
 
 struct Command {
@@ -129,6 +133,22 @@ void addTracing(CLI::App& app, Options& options) {
   dump.add_option("--file", options.traceFile, "The trace file")->capture_default_str();
 }
 
+void addTrial(CLI::App& app, Options& options) {
+  CLI::App& trial = *app.add_subcommand(
+      "try", "Take a configuration over, and go back to the former one unless it is kept in time");
+  trial.add_option("file", options.file, "The configuration")->required();
+  trial.add_option("--timeout", options.timeout, "Go back after this time in seconds")
+      ->check(CLI::Range(1u, Macsecd::Trial::kMostSeconds))
+      ->capture_default_str();
+  app.add_subcommand("keep", "Keep the configuration that is on trial");
+}
+
+int runTrial(Options const& options) {
+  Linux::ControlTrial const trial{options.socket, options.file, options.timeout,
+                                  isatty(STDOUT_FILENO) == 1};
+  return Linux::tryOut(trial, std::cout, std::cerr);
+}
+
 /// The status of the program.
 int runAny(CLI::App const& app, Options const& options) {
   for (Command const& command : kCommands) {
@@ -136,6 +156,10 @@ int runAny(CLI::App const& app, Options const& options) {
   }
   Linux::ControlFollow const follow{options.socket, options.interface, options.json,
                                     options.seconds, options.count};
+  if (app.got_subcommand("try")) return runTrial(options);
+  if (app.got_subcommand("keep")) {
+    return Linux::keepTried(options.socket, std::cout, std::cerr);
+  }
   if (app.got_subcommand("trace")) return runTrace(*app.get_subcommand("trace"), options);
   if (app.got_subcommand("watch")) return Linux::showEvents(follow, std::cout, std::cerr);
   return Linux::captureFrames(follow, options.file, std::cout, std::cerr);
@@ -154,6 +178,7 @@ int main(int argc, char** argv) {
   addCommands(app, options);
   addFollowing(app, options);
   addTracing(app, options);
+  addTrial(app, options);
   try {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <cmath>
 
 #include "host/ControlJson.h"
 #include "host/ControlRequest.h"
@@ -44,7 +45,7 @@ class Answering {
     bool changes;
     Json (Answering::*run)();
   };
-  static std::array<Command, 9> const kCommands;
+  static std::array<Command, 12> const kCommands;
 
   Json run(Command const& command) {
     if (!command.changes || asker_.mayChange) return (this->*command.run)();
@@ -97,10 +98,36 @@ class Answering {
     host_.config()->clearMkaCountersInc(1);
     return nullptr;
   }
-  Json reload() {
+  Json reload() { return takenOver(ways_.reload()); }
+  static Json takenOver(std::vector<Mistake> const& told) {
     Json mistakes = Json::array();
-    for (Mistake const& mistake : ways_.reload()) mistakes.push_back(jsonOf(mistake));
+    for (Mistake const& mistake : told) mistakes.push_back(jsonOf(mistake));
     return {{"taken", mistakes.empty()}, {"mistakes", mistakes}};
+  }
+  Trial& theTrial() const {
+    if (ways_.trial) return *ways_.trial;
+    throw Fault{"nothing can be tried here", "ask macsecd"};
+  }
+  Json tryFile() {
+    constexpr unsigned kUsualSeconds = 120;
+    auto const file = request_.text("file");
+    unsigned const seconds =
+        request_.number("timeout", Trial::kMostSeconds).value_or(kUsualSeconds);
+    if (!file) throw Fault{"no file is named", "say \"file\": its whole path"};
+    if (seconds == 0) throw Fault{"no time is left to keep it", "give it some seconds"};
+    return takenOver(theTrial().begin(*file, seconds));
+  }
+  Json keep() {
+    theTrial().keep();
+    return trial();
+  }
+  Json trial() {
+    Trial const& trial = theTrial();
+    bool const isNone = trial.state() == Trial::State::none;
+    return {{"state", Vesk::stringValue(trial.state())},
+            {"file", isNone ? Json() : Json(trial.path())},
+            {"other-than-configured", !isNone && trial.isOfAnotherFile()},
+            {"seconds", static_cast<unsigned>(std::ceil(trial.secondsLeft()))}};
   }
   Json rekey() {
     Lumo::IntfId const intfId = interface();
@@ -142,13 +169,16 @@ class Answering {
   ControlRequest const request_;
 };
 
-std::array<Answering::Command, 9> const Answering::kCommands = {{
+std::array<Answering::Command, 12> const Answering::kCommands = {{
     {"status", false, &Answering::status},
     {"explain", false, &Answering::explanations},
     {"counters", false, &Answering::counters},
     {"clear-counters", true, &Answering::clearCounters},
     {"rekey", true, &Answering::rekey},
     {"reload", true, &Answering::reload},
+    {"try", true, &Answering::tryFile},
+    {"keep", true, &Answering::keep},
+    {"trial", false, &Answering::trial},
     {"watch", false, &Answering::watch},
     {"capture", false, &Answering::capture},
     {"trace", true, &Answering::trace},

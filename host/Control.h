@@ -9,6 +9,7 @@
 #include "host/Mistake.h"
 #include "host/Subscriptions.h"
 #include "host/TraceWish.h"
+#include "host/Trial.h"
 
 namespace Macsecd {
 
@@ -26,6 +27,9 @@ namespace Macsecd {
 /// | `clear-counters` | | changes; nothing |
 /// | `rekey` | `interface` | changes; the new SAK, or when there will be one |
 /// | `reload` | | changes; nothing, or the mistakes of the file, and nothing was taken |
+/// | `try` | `file`, `timeout` | changes; the same of this file, which goes again after that time |
+/// | `keep` | | changes; the file on trial, which stays |
+/// | `trial` | | the file that was tried last, and how that goes or went |
 /// | `watch` | `interface`, optional | nothing, and then events as they come |
 /// | `capture` | `interface` | nothing, and then frames as they pass |
 /// | `trace` | `on`, `level`, `handles` | changes; nothing |
@@ -42,6 +46,7 @@ class Control {
     Reload reload;
     Subscriptions::Tell tell = nullptr;  ///< null: nobody can subscribe
     Trace trace = nullptr;               ///< null: nothing can be traced
+    Trial* trial = nullptr;              ///< null: nothing can be tried
   };
 
   Control(Host& host, Reload reload) : Control(host, Ways{std::move(reload)}) {}

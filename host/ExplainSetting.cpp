@@ -115,7 +115,7 @@ void Explainer::noteDevice() {
 void Explainer::noteConfiguration() {
   if (host_.configFault().empty()) return;
   note(CauseKind::formerConfiguration, host_.configFault() + "; the former configuration is",
-       "correct the mistakes that 'macsecd --check' names, then: macsecctl reload");
+       "see what 'macsecd --check' says of it, and have it read: macsecctl reload");
 }
 
 }  // namespace Macsecd

@@ -75,9 +75,8 @@ class Host {
   /// Takes a configuration over that was read again. One with a mistake changes nothing at all.
   /// True if it was taken.
   bool reload(ConfigResult const& read);
-  /// The configuration that is in force, or was last before this process; nothing without a store,
-  /// or if it can't be read.
-  std::optional<SwitchConfig> keptConfig() const { return keptConfig_.config(); }
+  /// What is in force, or was last before this process.
+  KeptConfig& keptConfig() { return keptConfig_; }
   /// Why what is in force isn't what the file says; empty when it is.
   void configFaultIs(std::string fault) { configFault_ = std::move(fault); }
   std::string const& configFault() const { return configFault_; }

@@ -7,18 +7,39 @@ namespace Macsecd {
 namespace {
 
 std::string const kTextPath = std::string(KeptConfig::kPathBegin) + "text";
+std::string const kTriedPath = std::string(KeptConfig::kPathBegin) + "tried";
+
+Vesk::String8 valueAt(StateValues const& values, std::string const& path) {
+  auto const found = values.find(path);
+  return found == values.end() ? Vesk::String8() : Vesk::String8(found->second);
+}
 
 }  // namespace
 
 void KeptConfig::takeUp(StateValues const& values) {
-  auto const text = values.find(kTextPath);
-  sealed_ = text == values.end() ? Vesk::String8() : Vesk::String8(text->second);
+  sealed_ = valueAt(values, kTextPath);
+  tried_ = valueAt(values, kTriedPath);
   pending_ = {};
 }
 
 void KeptConfig::textIs(Vesk::String8 const& sealed) {
   sealed_ = sealed;
-  if (store_) pending_.values[kTextPath] = std::string(sealed.view());
+  tried_ = {};
+  if (!store_) return;
+  pending_.values[kTextPath] = std::string(sealed_.view());
+  pending_.values[kTriedPath] = std::nullopt;
+}
+
+void KeptConfig::triedIs(Vesk::String8 const& sealed) {
+  tried_ = sealed;
+  if (store_) pending_.values[kTriedPath] = std::string(tried_.view());
+}
+
+// Two encryptions of one text differ.
+bool KeptConfig::isTried(Vesk::String8 const& sealed) const {
+  if (tried_.empty() || sealed.empty()) return false;
+  Vesk::String8 const tried = WardcodeLib::doDecodeKey(tried_);
+  return !tried.empty() && tried == WardcodeLib::doDecodeKey(sealed);
 }
 
 // It had no mistakes when it was taken over; another version may find some.

@@ -39,7 +39,7 @@ ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reloa
                       [this](uint64_t connection, std::string const& line) {
                         server_.push(connection, line + "\n");
                       },
-                      options.trace}),
+                      options.trace, options.trial}),
       group_(groupNamed(options.group)),
       server_(
           {[this](SocketPeer const& peer) { return mayChange(peer) || mayLook(peer); },

@@ -18,6 +18,8 @@ class ControlSocket {
     std::string group = "macsec";
     /// What `trace` does; nothing can be traced if it is null.
     Macsecd::Control::Trace trace = nullptr;
+    /// What `try` and `keep` go to; nothing can be tried if it is null.
+    Macsecd::Trial* trial = nullptr;
   };
 
   ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options);

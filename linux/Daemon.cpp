@@ -38,10 +38,10 @@ Vesk::LogHandle const MACSECD_CONFIG_REFUSED(
 
 Vesk::LogHandle const MACSECD_CONFIG_KEPT(
     "MACSECD_CONFIG_KEPT", LogSeverity::warning,
-    "%s isn't taken over; the configuration that was in force last goes on",
-    "The daemon was started on a configuration with mistakes, and goes on with the one that it had "
-    "before.",
-    "Correct the mistakes told before and have the file read again.", 0.0, 1.0);
+    "%s; the configuration that was in force last goes on",
+    "The daemon was started on a configuration with mistakes, or on one that was tried and not "
+    "kept, and goes on with the one that it had before.",
+    "Correct the mistakes, if some were told before, and have the file read again.", 0.0, 1.0);
 
 Vesk::LogHandle const MACSECD_INTERFACE_IN_USE(
     "MACSECD_INTERFACE_IN_USE", LogSeverity::warning, "What stands on it is cut off: %s",
@@ -137,11 +137,12 @@ Daemon::Daemon(DaemonOptions options, Macsecd::StateStore* store,
                 .failed = [](auto intfId,
                              auto const& why) { Vesk::log(MACSECD_NO_SOCKET, intfId, why); }}),
       host_("macsecd", sockets_, hostOptionsOf(options_, store)),
+      trial_(host_, options_.configFile, [this](auto const& config) { configIs(config); }),
       unreadableKeys_([this] { return host_.status(); }),
       driver_(options_.emulateHardware ? nullptr : driverFactory(host_, loop_)),
       eapKeys_(host_.eapKeyStatus()),
       control_(host_, [this] { return reload(); },
-               {.trace = [this](auto const& wish) { tracing_.wishIs(wish); }}),
+               {.trace = [this](auto const& wish) { tracing_.wishIs(wish); }, .trial = &trial_}),
       metricsServer_([this] { return metrics_->text(); }),
       links_([this](LinkChange const& change) { linkChanged(change); }),
       ports_(links_, *this) {}
@@ -150,7 +151,7 @@ Daemon::~Daemon() = default;
 
 DaemonEnd Daemon::run() {
   tellOfState();
-  if (!readConfig().empty() && !goOnAsBefore()) return DaemonEnd::badConfiguration;
+  if (!configure()) return DaemonEnd::badConfiguration;
   if (!listen()) return DaemonEnd::cannotRun;
   connect();
   return static_cast<DaemonEnd>(loop_.run());
@@ -162,19 +163,34 @@ void Daemon::tellOfState() const {
   }
 }
 
+// At the start, a file that was tried and not kept isn't what somebody wants: the one on trial when
+// a process died, as it may have cut off whoever tried it.
+bool Daemon::configure() {
+  auto const read = Macsecd::readConfigFile(options_.configFile, Macsecd::Keys::kept);
+  bool const isTried = read.good() && host_.keptConfig().isTried(read.sealed);
+  if (!isTried) take(read);
+  if (isTried) host_.configFaultIs(options_.configFile + " was tried and not kept");
+  Macsecd::wipeStack();
+  return (read.good() && !isTried) || goOnAsBefore();
+}
+
 std::vector<Macsecd::Mistake> Daemon::readConfig() {
-  Macsecd::ConfigResult const read =
-      Macsecd::readConfigFile(options_.configFile, Macsecd::Keys::kept);
+  auto const read = Macsecd::readConfigFile(options_.configFile, Macsecd::Keys::kept);
+  take(read);
+  Macsecd::wipeStack();
+  return read.mistakes;
+}
+
+void Daemon::take(Macsecd::ConfigResult const& read) {
   for (auto const& mistake : read.mistakes) Vesk::log(MACSECD_CONFIG_MISTAKE, mistake.text());
   if (host_.reload(read)) {
     configIs(read.config);
+    trial_.isReplaced();
     Vesk::log(MACSECD_CONFIG_TAKEN, options_.configFile);
   } else {
     Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.mistakes.size());
     host_.configFaultIs(options_.configFile + " has mistakes, and isn't in force");
   }
-  Macsecd::wipeStack();
-  return read.mistakes;
 }
 
 void Daemon::configIs(Macsecd::SwitchConfig const& config) {
@@ -195,11 +211,11 @@ void Daemon::tellWhatIsCutOff() const {
 
 // A typing error in the file costs no link.
 bool Daemon::goOnAsBefore() {
-  auto const kept = host_.keptConfig();
+  auto const kept = host_.keptConfig().config();
   if (kept) {
     host_.configIs(*kept);
     configIs(*kept);
-    Vesk::log(MACSECD_CONFIG_KEPT, options_.configFile);
+    Vesk::log(MACSECD_CONFIG_KEPT, host_.configFault());
   }
   Macsecd::wipeStack();
   return kept.has_value();
@@ -254,7 +270,8 @@ void Daemon::commit() {
 
 double Daemon::nextTime() const {
   double const driver = driver_ ? driver_->nextTime() : Zorn::never;
-  return std::min({host_.timerWheel()->nextTime(), driver, linkWatch_->nextTime()});
+  return std::min(
+      {host_.timerWheel()->nextTime(), driver, linkWatch_->nextTime(), trial_.nextTime()});
 }
 
 void Daemon::handleDue() {
@@ -263,6 +280,7 @@ void Daemon::handleDue() {
   double const now = Vesk::now();
   if (driver_ && driver_->nextTime() <= now) driver_->run();
   if (linkWatch_->nextTime() <= now) linkWatch_->run();
+  if (trial_.nextTime() <= now) trial_.run();
 }
 
 // When the interfaces are known: a port that a former process left goes on, and finds its link as

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/Host.h"
+#include "host/Trial.h"
 #include "host/UnreadableKeys.h"
 #include "linux/ControlSocket.h"
 #include "linux/EapKeyFeed.h"
@@ -67,7 +68,9 @@ class Daemon final : private PortFollower {
   DaemonEnd run();
 
  private:
+  bool configure();
   std::vector<Macsecd::Mistake> readConfig();
+  void take(Macsecd::ConfigResult const& read);
   bool goOnAsBefore();
   void tellWhatIsCutOff() const;
   void configIs(Macsecd::SwitchConfig const& config);
@@ -98,6 +101,7 @@ class Daemon final : private PortFollower {
   EventLoop loop_;
   EapolSockets sockets_;
   Macsecd::Host host_;
+  Macsecd::Trial trial_;
   Macsecd::UnreadableKeyTeller const unreadableKeys_;
   std::unique_ptr<HardwareDriver> const driver_;
   std::vector<Macsecd::InterfaceConfig> interfaces_;  ///< those in the configuration

@@ -198,7 +198,7 @@ TEST_F(ControlTest, ReloadsAndTellsTheMistakes) {
 }
 
 TEST_F(ControlTest, LetsWhoMayOnlyReadChangeNothing) {
-  for (std::string const command : {"clear-counters", "rekey", "reload", "trace"}) {
+  for (std::string const command : {"clear-counters", "rekey", "reload", "trace", "try", "keep"}) {
     EXPECT_EQ(errorOf(R"({"version":2,"command":")" + command + "\"}", false),
               "you have no permission to " + command);
   }

@@ -98,9 +98,24 @@ TEST_F(TheKeptConfiguration, OfASwitchIsTheLastOneWithoutMistakes) {
     EXPECT_TRUE(host.commit());
   }
   Host next("s", sink, {.store = &store_});
-  ASSERT_TRUE(next.keptConfig());
-  EXPECT_EQ(next.keptConfig()->profiles.at(0).key->cak, kCak);
+  ASSERT_TRUE(next.keptConfig().config());
+  EXPECT_EQ(next.keptConfig().config()->profiles.at(0).key->cak, kCak);
   EXPECT_TRUE(next.droppedState().empty());
+}
+
+TEST_F(TheKeptConfiguration, KnowsTheOneThatWasTriedAndNotKept) {
+  KeptConfig config(&store_);
+  config.textIs(readOf(kText).sealed);
+  config.triedIs(readOf(kText + "delay-protection: true\n").sealed);
+  config.commit();
+  auto next = another();
+  EXPECT_FALSE(next.config()->delayProtection);
+  EXPECT_TRUE(next.isTried(readOf(kText + "delay-protection: true\n").sealed));
+  EXPECT_FALSE(next.isTried(readOf(kText).sealed));
+  next.keepTried();
+  next.commit();
+  EXPECT_TRUE(another().config()->delayProtection);
+  EXPECT_FALSE(another().isTried(readOf(kText + "delay-protection: true\n").sealed));
 }
 
 TEST_F(TheKeptConfiguration, IsToldByExplainWhileTheFileHasMistakes) {

@@ -1,6 +1,7 @@
 """The daemon as a service manager runs it, without privileges: checks, readiness, signals and exit
 statuses. MACSECD is the program."""
 
+import json
 import os
 import shutil
 import signal
@@ -258,6 +259,23 @@ class Running(Program):
         self.assertEqual(self.hear(), "READY=1")
         self.assertEqual(self.logged().count("MACSECD_CONFIG_TAKEN"), 1)
         self.assertEqual(self.end(signal.SIGTERM), 0)
+
+    def test_goes_back_from_a_trial_that_it_died_in(self):
+        self.start_notifying()
+        new = GOOD + "delay-protection: true\n"
+        self.write(new)
+        with socket.socket(socket.AF_UNIX) as control:
+            control.connect(self.folder + "/run/control")
+            control.sendall(json.dumps({"version": 1, "command": "try", "timeout": 60,
+                                        "file": self.config}).encode() + b"\n")
+            self.assertTrue(json.loads(control.makefile().readline())["result"]["taken"])
+        self.kill()
+        self.start_notifying(new)
+        self.assertIn("was tried and not kept; the configuration that was in force last goes on",
+                      self.logged())
+        self.assertEqual(self.end(signal.SIGUSR1), 0)
+        self.start_notifying(new + "# another one\n")
+        self.assertEqual(self.logged().count("MACSECD_CONFIG_TAKEN"), 1)
 
     def test_ends_with_1_on_mistakes_when_what_was_in_force_before_cannot_be_read(self):
         self.start_notifying()

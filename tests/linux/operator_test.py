@@ -88,6 +88,62 @@ class Operator(unittest.TestCase):
         status, out, _ = self.ask("--json", "rekey", "absent1")
         self.assertEqual((status, json.loads(out)["remedy"]), (1, "write 'absent0'"))
 
+    def new_file(self, more="delay-protection: true\n"):
+        path = self.path("new.yaml")
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(CONFIGURATION + more)
+        os.chmod(path, 0o600)
+        return path
+
+    def asked(self, command, **more):
+        with socket.socket(socket.AF_UNIX) as control:
+            control.connect(self.socket)
+            control.sendall(json.dumps({"version": 1, "command": command, **more}).encode() + b"\n")
+            return json.loads(control.makefile().readline())["result"]
+
+    def test_tries_a_configuration_that_goes_again(self):
+        self.start()
+        status, out, err = self.ask("try", self.new_file(), "--timeout", "1")
+        self.assertEqual(status, 1)
+        self.assertIn("new.yaml is in force for 1 s", out)
+        self.assertEqual(err, "Not kept in time: the former configuration is in force again.\n")
+        self.assertEqual(self.asked("trial")["state"], "went-back")
+        self.assertEqual(self.ask("keep"), (1, "", "no configuration is on trial; try one: "
+                                                   "macsecctl try FILE\n"))
+
+    def test_tries_a_configuration_and_keeps_it(self):
+        self.start()
+        with subprocess.Popen([MACSECCTL, "--socket", self.socket, "try", self.new_file()],
+                              stdout=subprocess.PIPE, text=True) as trial:
+            self.assertIn("is in force for 120 s", trial.stdout.readline())
+            self.assertGreater(self.asked("trial")["seconds"], 100)
+            status, out, _ = self.ask("keep")
+            self.assertEqual((status, out.splitlines()[0]), (0, "Kept."))
+            self.assertIn(f"put {self.path('new.yaml')} in its place", out)
+            self.assertIn("Kept.", trial.communicate(timeout=20)[0])
+            self.assertEqual(trial.returncode, 0)
+
+    def test_tries_nothing_of_a_file_with_mistakes_or_out_of_reach(self):
+        self.start()
+        status, _, err = self.ask("try", self.new_file("shutdwon: true\n"))
+        self.assertEqual(status, 1)
+        self.assertIn("new.yaml:6:1: unknown word 'shutdwon'", err)
+        status, _, err = self.ask("try", self.path("none"))
+        self.assertEqual(status, 1)
+        self.assertIn("put it where macsecd itself can read it", err)
+        self.assertEqual(self.asked("trial")["state"], "none")
+        for wrong in ([], [self.new_file(), "--timeout", "0"], [self.new_file(), "--timeout", "x"]):
+            self.assertEqual(self.ask("try", *wrong)[0], 2, wrong)
+
+    def test_hears_when_the_daemon_ends_while_it_tries(self):
+        self.start()
+        with subprocess.Popen([MACSECCTL, "--socket", self.socket, "try", self.new_file()],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True) as trial:
+            trial.stdout.readline()
+            self.kill()
+            self.assertIn("isn't kept", trial.communicate(timeout=20)[1])
+            self.assertEqual(trial.returncode, 3)
+
     def test_watches_until_the_time_is_over_or_a_signal_comes(self):
         self.start()
         self.assertEqual(self.ask("watch", "--seconds", "0.1"), (0, "", ""))

@@ -47,6 +47,7 @@ def lldp_may_pass(cable):
     assert not any(passes(*way, PTP) for way in ways) and clear_pings(cable) == 0
     a.restart()
     assert passes(a, b, LLDP) and not passes(a, b, PTP)
+    until(lambda: a.ask("status"), "a answers again")
     for machine in cable.machines:
         del machine.interfaces["eth0"]["clear"]
         machine.reload()
@@ -65,6 +66,20 @@ def open_to_all(cable):
     until(lambda: clear_pings(cable) == 3, "frames in clear pass")
     for machine in cable.machines:
         assert not machine.is_filtered()
+
+
+def goes_back_from_a_trial(cable):
+    """What cuts the interface off goes again when nobody keeps it."""
+    a = cable.a
+    a.interfaces["eth0"] = {"profile": "uplink"}
+    a.configure()
+    assert a.ask("try", file=f"{a.folder}/macsecd.yaml", timeout=5)["taken"]
+    assert a.is_filtered() and clear_pings(cable) == 0
+    until(lambda: clear_pings(cable) == 3, "frames in clear pass again")
+    assert not a.is_filtered() and not a.has("eth0-sec")
+    a.kill()
+    a.start()
+    until(lambda: a.ask("status") == [], "a start doesn't take what wasn't kept")
 
 
 def scene(cable):
@@ -96,3 +111,4 @@ def scene(cable):
     del b.interfaces["eth0"]
     b.start()
     open_to_all(cable)
+    goes_back_from_a_trial(cable)
