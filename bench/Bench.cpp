@@ -97,8 +97,9 @@ int main(int argc, char** argv) {
   std::printf("bare crypto of one MKPDU (two AES-CMACs over 190 octets): %.2f us\n",
               Bench::bareCrypto(190) * 1e6);
   double const reload = Bench::unchangedReload(8192);
-  std::printf("an unchanged configuration written again, an interface of 8192: %.2f us, %.2f times "
-              "that of 512\n",
-              reload * 1e6, reload / Bench::unchangedReload(512));
+  std::printf(
+      "an unchanged configuration written again, an interface of 8192: %.2f us, %.2f times "
+      "that of 512\n",
+      reload * 1e6, reload / Bench::unchangedReload(512));
   std::printf("a disabled trace statement: %.2f ns\n", Bench::disabledTrace() * 1e9);
 }

@@ -12,8 +12,8 @@ double bareCrypto(unsigned octets);
 /// Seconds for one trace statement that is disabled, beyond the loop that it stands in.
 double disabledTrace();
 
-/// Seconds for each interface to write a configuration of so many profiles and interfaces again that
-/// hasn't changed.
+/// Seconds for each interface to write a configuration of so many profiles and interfaces again
+/// that hasn't changed.
 double unchangedReload(unsigned interfaces);
 
 }  // namespace Bench

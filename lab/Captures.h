@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "lab/Happening.h"
 #include "host/Pcap.h"
+#include "lab/Happening.h"
 #include "lab/Scenario.h"
 
 namespace Lab {

@@ -35,13 +35,6 @@ Vesk::LogHandle const MACSEC_DEVICE_OF_FORMER_NAME(
     "interface.",
     0.0, 0.0);
 
-Vesk::LogHandle const MACSEC_DEVICE_MADE_ANEW(
-    "MACSEC_DEVICE_MADE_ANEW", Vesk::LogSeverity::warning,
-    "The device %s of interface %s was deleted by somebody, and is made anew",
-    "A MACsec device that this machine needs had gone. Its addresses and routes have gone with it.",
-    "Give it its addresses again, if nothing does that by itself, and see who deletes it.", 0.0,
-    0.0);
-
 std::string nameOf(Lumo::IntfId intfId, DeviceOptions const& device) {
   if (!device.name.empty()) return device.name;
   return Macsecd::defaultDeviceName(intfId.stringValue().view());
@@ -193,7 +186,6 @@ bool KernelPort::deviceGone() {
   auto const answer = kernel_.secYDel(held_->index);
   if (answer.error != ENODEV && !did(answer, "remove the device")) return false;
   ++counts_.devicesRemoved;
-  isLost_ = false;
   held_.reset();
   reportNothing();
   return true;
@@ -251,7 +243,6 @@ bool KernelPort::make(DeviceKind const& kind) {
   if (!did(kernel_.secYAdd(wanted), kMakeDevice)) return false;
   ++counts_.devicesMade;
   ++devicesMade_;
-  if (std::exchange(isLost_, false)) Vesk::log(MACSEC_DEVICE_MADE_ANEW, name_, intfId_);
   shown_.reset();
   known_ = false;
   return known();
@@ -355,7 +346,6 @@ void KernelPort::polled(std::vector<SecY> const& all) {
     auto const found = std::find_if(all.begin(), all.end(),
                                     [index](SecY const& secY) { return secY.index == index; });
     if (found != all.end()) lookForNotValid(*found);
-    isLost_ = found == all.end();
     take(found != all.end() ? &*found : nullptr);
   }
   if (retryTime_ == std::numeric_limits<double>::infinity()) work();

@@ -188,7 +188,6 @@ class KernelPort {
   uint32_t devicesMade_ = 0;
   // What was told of it: the index of the device, and whether it sends and receives.
   std::tuple<int, bool, bool> toldOf_ = {0, false, false};
-  bool isLost_ = false;  // somebody took it away
   bool upWanted_ = false;
   bool authorized_ = true;
   uint32_t parentMtu_ = 0;     // 0 while it isn't known

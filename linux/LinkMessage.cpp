@@ -58,11 +58,10 @@ std::optional<LinkMessage> thereOf(nlmsghdr const& message, ifinfomsg const& inf
   auto const addr = addrOf(attributes[IFLA_ADDRESS]);
   if (!name || !addr) return std::nullopt;
   bool const isSetUp = (info.ifi_flags & IFF_UP) != 0;
-  return LinkMessage{
-      true,
-      {info.ifi_index, *name, *addr, isUp(info), isSetUp, isDormant(attributes[IFLA_OPERSTATE]),
-       masterOf(attributes[IFLA_MASTER]), kindOf(attributes[IFLA_LINKINFO]),
-       mtuOf(attributes[IFLA_MTU])}};
+  return LinkMessage{true,
+                     {info.ifi_index, *name, *addr, isUp(info), isSetUp,
+                      isDormant(attributes[IFLA_OPERSTATE]), masterOf(attributes[IFLA_MASTER]),
+                      kindOf(attributes[IFLA_LINKINFO]), mtuOf(attributes[IFLA_MTU])}};
 }
 
 }  // namespace

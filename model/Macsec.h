@@ -8,6 +8,6 @@
 #include "model/CipherSuite.h"
 #include "model/DataPath.h"
 #include "model/Keys.h"
-#include "platform/MessageCounterTypes.h"
 #include "model/ParameterSets.h"
 #include "model/Sci.h"
+#include "platform/MessageCounterTypes.h"

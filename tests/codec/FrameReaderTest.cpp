@@ -197,8 +197,9 @@ TEST(FrameReader, TakesASuiteThatIsntOursAsNone) {
 TEST(FrameReader, NeverTakesADistributedSakForNone) {
   CodecBench bench;
   bench.actorIs();
-  for (std::string const& set : {std::string("04000000"), std::string("0400001c00000000") + kWrapped,
-                                std::string("04000024000000000080c20001000003") + kWrapped}) {
+  for (std::string const& set :
+       {std::string("04000000"), std::string("0400001c00000000") + kWrapped,
+        std::string("04000024000000000080c20001000003") + kWrapped}) {
     bench.receive(framed(bench, set));
     EXPECT_NE(bench.rx().mkaInfo()->sakDistInfo(), Macsec::SakDistInfo()) << set;
   }

@@ -63,8 +63,8 @@ int main() {
 
   // An operator, a link, and time.
   auto profile = config->profileIs("uplink");
-  profile->keyIs(Macsec::Cak(
-      "c0de0001", WardcodeLib::doEncodeKey("0123456789abcdef0123456789abcdef")));
+  profile->keyIs(
+      Macsec::Cak("c0de0001", WardcodeLib::doEncodeKey("0123456789abcdef0123456789abcdef")));
   profile->intfIs(intfId, true);
   interfaces->intfStatus(intfId)->linkStatusIs(Interface::linkUp);
   for (world.time = 0; world.time < 10; world.time += 0.5) wheel->runDue();

@@ -6,10 +6,10 @@
 namespace Macsec {
 namespace {
 
-using ::testing::ElementsAre;
 using Support::key;
 using Support::kOtherCak;
 using Support::Port;
+using ::testing::ElementsAre;
 
 constexpr char const* kPrimary = Port::kPrimary;
 constexpr char const* kFallback = Port::kFallback;

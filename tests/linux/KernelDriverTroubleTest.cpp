@@ -142,7 +142,7 @@ TEST_F(ADriverInTrouble, RefusesANameThatIsTooLongForTheKernel) {
 }
 
 TEST_F(ADriverInTrouble, NamesTheBridgeInWhichTheInterfaceIs) {
-  kernel.refused["make eth0.sec"] = EBUSY;
+  kernel.refused["make eth0-sec"] = EBUSY;
   std::string fault, remedy;
   portIs();
   start({.faultIs =
@@ -154,7 +154,7 @@ TEST_F(ADriverInTrouble, NamesTheBridgeInWhichTheInterfaceIs) {
              [](int) {
                return Master{"br0", "bridge"};
              }});
-  EXPECT_THAT(fault, ::testing::StartsWith("eth0.sec: can't make the device: "));
+  EXPECT_THAT(fault, ::testing::StartsWith("eth0-sec: can't make the device: "));
   EXPECT_THAT(remedy, ::testing::StartsWith("eth0 is a member of the bridge br0: "));
 }
 

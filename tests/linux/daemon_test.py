@@ -266,7 +266,7 @@ class Running(Program):
         self.write(new)
         with socket.socket(socket.AF_UNIX) as control:
             control.connect(self.folder + "/run/control")
-            control.sendall(json.dumps({"version": 1, "command": "try", "timeout": 60,
+            control.sendall(json.dumps({"version": 2, "command": "try", "timeout": 60,
                                         "file": self.config}).encode() + b"\n")
             self.assertTrue(json.loads(control.makefile().readline())["result"]["taken"])
         self.kill()

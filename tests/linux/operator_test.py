@@ -98,7 +98,7 @@ class Operator(unittest.TestCase):
     def asked(self, command, **more):
         with socket.socket(socket.AF_UNIX) as control:
             control.connect(self.socket)
-            control.sendall(json.dumps({"version": 1, "command": command, **more}).encode() + b"\n")
+            control.sendall(json.dumps({"version": 2, "command": command, **more}).encode() + b"\n")
             return json.loads(control.makefile().readline())["result"]
 
     def test_tries_a_configuration_that_goes_again(self):

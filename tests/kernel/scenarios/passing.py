@@ -21,11 +21,11 @@ def demand_log(machine, words):
 
 def device_set_down(cable):
     a, b = cable.machines
-    a.ip("link set eth0.sec down")
+    a.ip("link set eth0-sec down")
     demand(a, b, False)
     assert "device-down" in a.causes(), a.causes()
     demand_log(a, "is closed: device-down")
-    a.ip("link set eth0.sec up")
+    a.ip("link set eth0-sec up")
     until(a.is_open, "a is open with its device up")
     cable.carries()
     demand(a, b, True)
@@ -69,7 +69,7 @@ def reloaded(cable):
 
 def device_deleted(cable):
     a, b = cable.machines
-    a.ip("link del eth0.sec")
+    a.ip("link del eth0-sec")
     demand_log(a, "is made anew")
     cable.opens()
     cable.carries()
