@@ -12,6 +12,8 @@
 #include <utility>
 #include <variant>
 
+#include "host/ConfigKeys.h"
+#include "host/DeviceName.h"
 #include "host/InputFile.h"
 #include "host/KeyMask.h"
 #include "host/YamlReader.h"
@@ -29,25 +31,10 @@ constexpr uint32_t maxLifetime = UINT32_MAX / 60;
 constexpr uint32_t maxReplayWindow = (1u << 30) - 1;
 
 /// Longest name of a network device in the kernel, in octets.
-constexpr size_t kLongestDeviceName = 15;
+constexpr size_t maxDeviceName = 15;
 /// MTUs of a MACsec device: IPv4 needs the lowest, and 32 octets more than the greatest are the
 /// most that an interface can have.
 constexpr uint32_t minMtu = 68, maxMtu = UINT16_MAX - 32;
-
-/// A key as it stands in the file, before the suite that it has to fit is known.
-struct KeyPlace {
-  YAML::Mark cak;
-  YAML::Mark ckn;
-  bool isHidden = true;
-};
-
-/// The same digits, in whatever case.
-bool isSameText(Vesk::String8 const& a, Vesk::String8 const& b) {
-  return !a.empty() && std::ranges::equal(a.view(), b.view(), [](char one, char other) {
-    return std::tolower(static_cast<unsigned char>(one)) ==
-           std::tolower(static_cast<unsigned char>(other));
-  });
-}
 
 bool isControl(char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; }
 
@@ -72,15 +59,12 @@ class ConfigReader {
  private:
   void readProfile(std::string const& name, YAML::Node const& nameNode, YAML::Node const& node);
   void readInterface(std::string const& name, YAML::Node const& nameNode, YAML::Node const& node);
-  void readKey(YAML::Node const& node, std::string const& word, std::optional<KeyConfig>& key,
-               KeyPlace& place);
   void readSuite(YAML::Node const& node, ProfileConfig& profile);
   void readDialect(YAML::Node const& node, Codec::Dialect& dialect);
   void readDevice(YAML::Node const& node, std::string& device);
   void readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak);
-  void checkKeyFits(std::optional<KeyConfig> const& key, KeyPlace const& place, Suite suite);
-  void checkKeysDiffer(ProfileConfig const& profile, KeyPlace const& fallback);
   void checkProfilesExist();
+  void checkDevicesDiffer();
 
   /// Stores a scalar where it belongs, when it is one.
   template <class Value, class Target>
@@ -121,6 +105,7 @@ class ConfigReader {
   YamlReader& yaml_;
   SwitchConfig& config_;
   std::map<std::string, YAML::Mark> profilePlace_;
+  std::map<std::string, YAML::Mark> devicePlace_;
   YAML::Mark fipsAt_;
 };
 
@@ -148,6 +133,7 @@ void ConfigReader::readRoot(YAML::Node const& root) {
                               });
                 }}});
   checkProfilesExist();
+  checkDevicesDiffer();
 }
 
 // What the machine has to have for this configuration.
@@ -167,18 +153,18 @@ void ConfigReader::readProfile(std::string const& name, YAML::Node const& nameNo
   profile.name = name;
   yaml_.words(
       node, nameNode.Mark(), fmt::format("profile {}", quotedWord(name)),
-      {{"key", false, [&](auto& value) { readKey(value, "key", profile.key, key); }},
+      {{"key", false, [&](auto& value) { readKey(yaml_, value, "key", profile.key, key); }},
        {"fallback-key", false,
-        [&](auto& value) { readKey(value, "fallback-key", profile.fallbackKey, fallback); }},
+        [&](auto& value) { readKey(yaml_, value, "fallback-key", profile.fallbackKey, fallback); }},
        number("key-server-priority", profile.keyServerPriority, 0, 255),
        number("rekey-period", profile.rekeyPeriod, 0, UINT32_MAX),
        {"cipher-suite", false, [&](auto& value) { readSuite(value, profile); }},
        flag("include-sci", profile.includeSci),
        flag("dot1x", profile.dot1x),
        {"group-cak", false, [&](auto& value) { readGroupCak(value, profile.groupCak); }}});
-  checkKeyFits(profile.key, key, profile.cipherSuite);
-  checkKeyFits(profile.fallbackKey, fallback, profile.cipherSuite);
-  checkKeysDiffer(profile, fallback);
+  checkKeyFits(yaml_, profile.key, key, profile.cipherSuite);
+  checkKeyFits(yaml_, profile.fallbackKey, fallback, profile.cipherSuite);
+  checkKeysDiffer(yaml_, profile, fallback);
   config_.profiles.push_back(std::move(profile));
 }
 
@@ -186,12 +172,12 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                                  YAML::Node const& node) {
   InterfaceConfig intf;
   intf.name = name;
-  if (name.size() > kLongestDeviceName) {
-    yaml_.mistake(nameNode.Mark(),
-                  fmt::format("{} has {} octets, more than any network interface", quotedWord(name),
-                              name.size()),
-                  fmt::format("write its name as the machine shows it, at most {} octets",
-                              kLongestDeviceName));
+  if (name.size() > maxDeviceName) {
+    yaml_.mistake(
+        nameNode.Mark(),
+        fmt::format("{} has {} octets, more than any network interface", quotedWord(name),
+                    name.size()),
+        fmt::format("write its name as the machine shows it, at most {} octets", maxDeviceName));
   }
   yaml_.words(node, nameNode.Mark(), fmt::format("interface {}", quotedWord(name)),
               {{"profile", true,
@@ -201,7 +187,11 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
                 }},
                number("port-number", intf.portNumber, 1, UINT16_MAX),
                {"dialect", false, [&](auto& value) { readDialect(value, intf.dialect); }},
-               {"device", false, [&](auto& value) { readDevice(value, intf.device); }},
+               {"device", false,
+                [&](auto& value) {
+                  readDevice(value, intf.device);
+                  devicePlace_[name] = value.Mark();
+                }},
                number("replay-window", intf.replayWindow, 0, maxReplayWindow),
                number("mtu", intf.mtu, minMtu, maxMtu),
                choice<SecurePolicy>("policy", intf.policy,
@@ -231,7 +221,7 @@ void ConfigReader::readDevice(YAML::Node const& node, std::string& device) {
   auto const read = yaml_.text(node, "device");
   if (!read) return;
   std::string_view const text = read->view();
-  bool const isName = !text.empty() && text.size() <= kLongestDeviceName && text != "." &&
+  bool const isName = !text.empty() && text.size() <= maxDeviceName && text != "." &&
                       text != ".." && text.find_first_of("/:% ") == std::string::npos &&
                       std::ranges::none_of(text, [](char c) { return isControl(c); });
   if (!isName) {
@@ -239,32 +229,7 @@ void ConfigReader::readDevice(YAML::Node const& node, std::string& device) {
                   "write 1 to 15 octets without slash, colon, percent sign, white space or control "
                   "characters");
   }
-  for (InterfaceConfig const& other : config_.interfaces) {
-    if (other.device != text) continue;
-    yaml_.mistake(node.Mark(),
-                  fmt::format("the device {} is already that of interface {}", quotedWord(text),
-                              quotedWord(other.name)),
-                  "give each interface a device of its own");
-  }
   device = text;
-}
-
-void ConfigReader::readKey(YAML::Node const& node, std::string const& word,
-                           std::optional<KeyConfig>& key, KeyPlace& place) {
-  key.emplace();
-  auto readName = [&](YAML::Node const& value) {
-    store(yaml_.text(value, "ckn"), key->ckn);
-    place.ckn = value.Mark();
-    if (key->ckn.empty()) return;
-    if (auto fault = faultOfKeyName(key->ckn.view())) yaml_.mistake(value.Mark(), *fault);
-  };
-  auto readText = [&](YAML::Node const& value) {
-    store(yaml_.text(value, "cak"), key->cak);
-    place.cak = value.Mark();
-    place.isHidden = key->cak.empty() || yaml_.isHidden(value);
-  };
-  yaml_.words(node, yaml_.placeOf(node), fmt::format("'{}'", word),
-              {{"ckn", true, readName}, {"cak", true, readText}});
 }
 
 void ConfigReader::readSuite(YAML::Node const& node, ProfileConfig& profile) {
@@ -283,35 +248,6 @@ void ConfigReader::readGroupCak(YAML::Node const& node, GroupCakConfig& groupCak
       {flag("enabled", groupCak.enabled), number("lifetime", groupCak.lifetime, 1, maxLifetime)});
 }
 
-void ConfigReader::checkKeyFits(std::optional<KeyConfig> const& key, KeyPlace const& place,
-                                Suite suite) {
-  if (!key || key->cak.empty()) return;
-  auto const fault = faultOfKey(key->cak.view(), static_cast<unsigned>(suite));
-  if (fault) {
-    yaml_.mistake(place.cak, *fault);
-  } else if (!place.isHidden) {
-    yaml_.mistake(place.cak, "the key is written with escapes",
-                  "write its digits one behind the other");
-  }
-}
-
-// Of a text that isn't a key at all nothing is compared: that is told already.
-void ConfigReader::checkKeysDiffer(ProfileConfig const& profile, KeyPlace const& fallback) {
-  if (!profile.key || !profile.fallbackKey || profile.key->ckn.empty()) return;
-  KeyConfig const& one = *profile.key;
-  KeyConfig const& other = *profile.fallbackKey;
-  if (keyNameOctets(one.ckn.view()) == keyNameOctets(other.ckn.view())) {
-    yaml_.mistake(fallback.ckn, "the fallback key has the name of the primary key",
-                  "keys of one interface need different names");
-  } else if (isSameText(one.cak, other.cak) && deriveAlike(one.ckn.view(), other.ckn.view())) {
-    yaml_.mistake(
-        fallback.cak,
-        "the fallback key is the primary key: the same cak, and names that agree in their "
-        "first 16 octets",
-        "give it a cak of its own");
-  }
-}
-
 void ConfigReader::checkProfilesExist() {
   std::vector<std::string> known;
   for (auto const& profile : config_.profiles) known.push_back(profile.name);
@@ -321,6 +257,27 @@ void ConfigReader::checkProfilesExist() {
     yaml_.mistake(
         profilePlace_[intf.name], fmt::format("there is no profile {}", quotedWord(intf.profile)),
         known.empty() ? "add it under 'profiles'" : remedyForUnknown(intf.profile, known));
+  }
+}
+
+// Against the devices of the other interfaces, also those of which the file says nothing, and
+// against the interfaces themselves.
+void ConfigReader::checkDevicesDiffer() {
+  std::map<std::string, std::string> taken;
+  for (auto const& intf : config_.interfaces) {
+    taken.emplace(intf.name, fmt::format("interface {} itself", quotedWord(intf.name)));
+    if (!intf.device.empty()) continue;
+    taken.emplace(defaultDeviceName(intf.name),
+                  fmt::format("the device of interface {}", quotedWord(intf.name)));
+  }
+  for (auto const& intf : config_.interfaces) {
+    if (intf.device.empty()) continue;
+    auto const [other, isNew] = taken.emplace(
+        intf.device, fmt::format("the device of interface {}", quotedWord(intf.name)));
+    if (isNew) continue;
+    yaml_.mistake(devicePlace_[intf.name],
+                  fmt::format("{} is already {}", quotedWord(intf.device), other->second),
+                  "give each device a name of its own");
   }
 }
 

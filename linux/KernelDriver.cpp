@@ -218,6 +218,16 @@ void KernelDriver::deviceChanged(int index, bool isThere) {
   }
 }
 
+void KernelDriver::removeOthers() {
+  std::vector<MacsecLink> links;
+  if (!kernel_.present() || !kernel_.links(links)) return;
+  std::set<int> parents;
+  for (auto const& [intfId, port] : ports_) parents.insert(port->parent());
+  for (MacsecLink const& link : links) {
+    if (link.isOurs && !parents.contains(link.parent)) kernel_.secYDel(link.index);
+  }
+}
+
 void KernelDriver::tellPort(KernelPort& port) {
   if (!status_) return;
   auto const& tree = status_->notifier();

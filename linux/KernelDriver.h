@@ -43,6 +43,8 @@ class KernelDriver final {
   /// The longest packet that it takes has so many octets, from now on.
   void interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu);
   void interfaceDel(Lumo::IntfId intfId);
+  /// Takes away what a former process has left on interfaces that there are no ports for.
+  void removeOthers();
 
   /// The network device of this index stands otherwise than before, or has gone.
   void deviceChanged(int index, bool isThere);

@@ -161,7 +161,10 @@ Master KernelHardware::masterOf(int device) const {
   return master == devices_.end() ? Master() : Master{master->second.name, master->second.kind};
 }
 
-void KernelHardware::interfacesAreKnown() { filters_.removeOthers(); }
+void KernelHardware::interfacesAreKnown() {
+  filters_.removeOthers();
+  driver_.removeOthers();
+}
 
 double KernelHardware::nextTime() const {
   return std::min(driver_.nextTime(), filters_.nextTime());

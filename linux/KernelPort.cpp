@@ -154,8 +154,17 @@ void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY
     Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, wanted);
   }
   upWanted_ = found && !found->link->up;
+  removeOthers(links, found ? found->link->index : 0);
   mtu_ = 0;
   take(found ? found->secY : nullptr);
+}
+
+// A former process has made them, under another name: the kernel has one device for one SCI.
+void KernelPort::removeOthers(std::vector<MacsecLink> const& links, int index) {
+  for (MacsecLink const& link : links) {
+    if (!link.isOurs || link.parent != parent_ || link.index == index) continue;
+    if (did(kernel_.secYDel(link.index), "remove a former device")) ++counts_.devicesRemoved;
+  }
 }
 
 void KernelPort::take(SecY const* secY) {

@@ -125,6 +125,7 @@ class KernelPort {
   // Each of these returns whether the kernel is where it should be.
   bool known();
   void takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
+  void removeOthers(std::vector<MacsecLink> const& links, int index);
   bool deviceGone();
   std::optional<DeviceKind> wantedKind() const;
   bool stands();

@@ -35,7 +35,8 @@ struct MacsecLink {
   int index = 0;
   int parent = 0;
   std::string name = {};
-  bool up = false;  ///< switched on
+  bool up = false;      ///< switched on
+  bool isOurs = false;  ///< brought up by this program
 };
 
 /// What can be changed on a living device.
@@ -145,6 +146,7 @@ class MacsecKernel {
   virtual KernelAnswer secYDel(int index) = 0;
   virtual KernelAnswer settingsAre(int index, SecYSettings const& settings) = 0;
   virtual KernelAnswer encodingSaIs(int index, uint8_t an) = 0;
+  /// Brings a device up, and marks it as this program's, also if it can't be up yet.
   virtual KernelAnswer linkUp(int index) = 0;
   /// The longest packet that the device takes; refused if the interface below leaves it less.
   virtual KernelAnswer mtuIs(int index, uint32_t mtu) = 0;

@@ -13,6 +13,7 @@ namespace Linux {
 namespace {
 
 constexpr char const* kKind = "macsec";
+constexpr char const* kMark = "macsecd";  // as "alias" in what 'ip link' shows
 
 ifinfomsg linkHeader(int index) {
   ifinfomsg header{};
@@ -61,7 +62,8 @@ void takeLink(nlmsghdr* header, std::vector<MacsecLink>& out) {
   if (!info[IFLA_INFO_KIND] || nla_strcmp(info[IFLA_INFO_KIND], kKind) != 0) return;
   auto const& link = *static_cast<ifinfomsg const*>(nlmsg_data(header));
   out.push_back({link.ifi_index, static_cast<int>(nla_get_u32(found[IFLA_LINK])),
-                 nla_get_string(found[IFLA_IFNAME]), (link.ifi_flags & IFF_UP) != 0});
+                 nla_get_string(found[IFLA_IFNAME]), (link.ifi_flags & IFF_UP) != 0,
+                 found[IFLA_IFALIAS] && nla_strcmp(found[IFLA_IFALIAS], kMark) == 0});
 }
 
 }  // namespace
@@ -115,6 +117,7 @@ KernelAnswer MacsecNetlink::linkUp(int index) {
   ifinfomsg header = linkHeader(index);
   header.ifi_flags = header.ifi_change = IFF_UP;
   begin(message, RTM_NEWLINK, header);
+  message.text(IFLA_IFALIAS, kMark);
   return route_.ask(message);
 }
 

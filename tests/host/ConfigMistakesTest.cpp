@@ -57,18 +57,19 @@ TEST(ConfigMistakes, ANameThatNoInterfaceCanHaveIsAMistake) {
               ElementsAre("f:1:12: the name of this profile has a control character; remove it"));
 }
 
-TEST(ConfigMistakes, TwoInterfacesWithOneDeviceAreAMistake) {
-  auto const mistakes = parseConfig(
-                            "profiles: {p: {dot1x: true}}\n"
-                            "interfaces:\n"
-                            "  e1: {profile: p, device: uplink}\n"
-                            "  e2: {profile: p, device: uplink}\n",
-                            "f")
-                            .mistakes;
-  ASSERT_THAT(mistakes, SizeIs(1));
-  EXPECT_EQ(mistakes[0].text(),
-            "f:4:28: the device 'uplink' is already that of interface 'e1'; give each interface a "
-            "device of its own");
+TEST(ConfigMistakes, ADeviceHasANameThatNoOtherDeviceAndNoInterfaceHas) {
+  auto const told = [](std::string const& device) {
+    return complaints("profiles: {p: {dot1x: true}}\ninterfaces:\n  e1: {profile: p, device: " +
+                      device + "}\n  e2: {profile: p, device: uplink}\n  e3: {profile: p}\n");
+  };
+  EXPECT_THAT(told("other"), IsEmpty());
+  EXPECT_THAT(told("uplink"),
+              ElementsAre("f:4:28: 'uplink' is already the device of interface 'e1'; give each "
+                          "device a name of its own"));
+  EXPECT_THAT(told("e3-sec"),
+              ElementsAre(HasSubstr("f:3:28: 'e3-sec' is already the device of interface 'e3'")));
+  EXPECT_THAT(told("e1"), ElementsAre(HasSubstr("'e1' is already interface 'e1' itself")));
+  EXPECT_THAT(told("e3"), ElementsAre(HasSubstr("'e3' is already interface 'e3' itself")));
 }
 
 TEST(ConfigMistakes, AMistakeAtAnEmptyWordIsToldOnItsOwnLine) {

@@ -68,7 +68,10 @@ class FakeKernel final : public MacsecKernel {
                   [&](Device& d) { return an > 3 ? EINVAL : (d.secY.encodingSa = an, 0); });
   }
   KernelAnswer linkUp(int index) override {
-    return change(index, "up", [&](Device& d) { return isParentUp ? (d.up = true, 0) : ENETDOWN; });
+    return change(index, "up", [&](Device& d) {
+      d.link.isOurs = true;
+      return isParentUp ? (d.up = true, 0) : ENETDOWN;
+    });
   }
   KernelAnswer mtuIs(int index, uint32_t mtu) override {
     return change(index, "mtu " + std::to_string(mtu),

@@ -295,6 +295,27 @@ TEST_F(TheKernelDriver, GivesADeviceOfFormerNameTheNewOneWhenItIsMadeAnew) {
   EXPECT_EQ(driver->port(kIntf)->deviceName(), "eth0-sec");
 }
 
+TEST_F(TheKernelDriver, TakesAwayTheDeviceThatHadAnotherNameBeforeARestart) {
+  secured();
+  driver.reset();
+  slice = Macsec::macSecStatusFactory("kernel");
+  start({}, {.name = "uplink"});
+  EXPECT_FALSE(kernel.device("eth0-sec"));
+  EXPECT_TRUE(kernel.device("uplink"));
+  EXPECT_TRUE(report()->txSaStatus());
+}
+
+TEST_F(TheKernelDriver, TakesAwayTheDeviceOfAnInterfaceThatIsNamedNoMoreAfterARestart) {
+  secured();
+  ASSERT_TRUE(kernel.secYAdd({.name = "other", .parent = 4, .sci = 9}));
+  driver.reset();
+  slice = Macsec::macSecStatusFactory("kernel");
+  driver.emplace(status, slice, kernel, KernelDriverOptions());
+  driver->removeOthers();
+  EXPECT_FALSE(kernel.device("eth0-sec"));
+  EXPECT_TRUE(kernel.device("other")) << "nobody knows whose it is";
+}
+
 TEST_F(TheKernelDriver, LeavesADeviceOfFormerNameThatHasAnotherChannelToWhoeverMadeIt) {
   ASSERT_TRUE(kernel.secYAdd({.name = "eth0.sec", .parent = 3, .sci = 9}));
   secured();

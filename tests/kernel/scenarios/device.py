@@ -50,7 +50,7 @@ def comes_back(cable):
     a = cable.a
     a.ip(f"link del {DEVICE}")
     until(lambda: a.has(DEVICE), "it is made anew")
-    until(lambda: "was deleted by somebody, and is made anew" in a.log(), "that is logged")
+    until(lambda: "is made anew" in a.log(), "that is logged")
     cable.opens()
     cable.carries()
     until(lambda: a.pings(cable.b) == 5, "pings are answered with another device")
@@ -73,13 +73,28 @@ def follows_the_mtu(cable):
     has_the_mtu(a, 1500)
     a.interfaces["eth0"]["mtu"] = 9000
     a.reload()
-    until(lambda: "no MTU 9000" in a.causes().get("hardware-refuses", ""), "explain tells it")
+    until(lambda: "have the MTU 9000" in a.causes().get("hardware-refuses", ""), "explain tells it")
     has_the_mtu(a, 1500)
     assert a.is_open(), "the port goes on"
     a.interfaces["eth0"]["mtu"] = 1300
     a.reload()
     has_the_mtu(a, 1300)
     until(lambda: "hardware-refuses" not in a.causes(), "nothing is refused")
+
+
+def goes_over_a_restart(cable):
+    a = cable.a
+    a.interfaces["eth0"]["device"] = "uplink"
+    a.restart()
+    until(lambda: a.has("uplink") and not a.has(DEVICE), "the device has its new name alone")
+    cable.opens()
+    former, a.interfaces = a.interfaces, {}
+    a.restart()
+    until(lambda: not a.has("uplink"), "an interface that isn't named has no device")
+    a.interfaces = former
+    del a.interfaces["eth0"]["device"]
+    a.restart()
+    cable.opens()
 
 
 def scene(cable):
@@ -90,6 +105,8 @@ def scene(cable):
     follows_the_mtu(cable)
     cable.say("follows the MTU")
     comes_back(cable)
+    cable.say("comes back")
+    goes_over_a_restart(cable)
     for machine in cable.machines:
         machine.stop()
         assert not machine.has(DEVICE)
