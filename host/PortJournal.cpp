@@ -89,7 +89,8 @@ void PortJournal::begin() {
     Told& told = told_[intfId];
     auto const cp = host_.status()->cpStatus(intfId);
     told.wasOpen = cp && cp->controlledPortEnabled();
-    told.device = host_.hardwareReport(intfId).device;
+    HardwareReport const report = host_.hardwareReport(intfId);
+    if (report.devicesMade == 0) told.device = report.device;  // that of a former process
     lookSoon(intfId);
   }
 }

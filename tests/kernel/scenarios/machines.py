@@ -98,10 +98,10 @@ class Machine:
                               capture_output=True).returncode == 0
 
     def pings(self, other, count=5, options="", link="eth0"):
-        """How many pings of so many are answered."""
+        """How many pings of so many are answered; none where there is no way to the other."""
         text = run(f"nsenter --net=/run/netns/{self.name} ping -q -c {count} -i 0.1 -W 1 {options} "
                    f"{other.address(link)}", check=False)
-        return int(text.split(" received")[0].split()[-1])
+        return int(text.split(" received")[0].split()[-1]) if " received" in text else 0
 
     # The daemon.
 
