@@ -217,7 +217,9 @@ TEST_F(OnTheKernel, ANameThatIsTakenIsToldInTheKernelsWordsUntilItIsFree) {
   EXPECT_FALSE(a->report()->txSaStatus());
   ASSERT_EQ(world.logged("MACSEC_KERNEL_REFUSED"), 1u);
   EXPECT_EQ(world.logs[0].text,
-            "The kernel doesn't make the device on interface va (va-sec): File exists");
+            "The kernel refuses to make the device on interface va (va-sec): File exists; another "
+            "device has the name va-sec: rename that one, or give va another 'device' in the "
+            "configuration");
   run("ip -n a link del va-sec");
   poll();
   EXPECT_TRUE(a->report()->configured());
