@@ -78,7 +78,8 @@ Hardware::Hardware(Macsecd::Host& host, std::vector<Lumo::IntfId> const& interfa
       name_(name),
       nonces_(nonces),
       slice_(Macsec::macSecStatusFactory("lab")),
-      copy_(Macsec::macSecIntfStatusPtrDirFactory("copy")) {
+      copy_(Macsec::macSecIntfStatusPtrDirFactory("copy")),
+      status_(host.status()) {
   for (Lumo::IntfId const intfId : interfaces) interfaceIs(intfId);
   holdReactor_ = Vesk::make<HoldReactor>(*this, host.transmitHoldInputDir());
   holdReactor_->hasNotificationActiveIs(true);
@@ -181,8 +182,9 @@ void Hardware::packetNumberIs(Lumo::IntfId intfId, uint32_t number) {
   auto const cpStatus = status_->cpStatus(intfId);
   if (!entry || !cpStatus || cpStatus->txSak() == Sak()) return;
   giveTx(intfId);
-  if (!packetNumbers_.erase(intfId)) return;
-  entry->txSaStatus()->lpnIs(number);
+  auto const there = entry->txSaStatus();
+  if (!there || !packetNumbers_.erase(intfId)) return;
+  there->lpnIs(number);
 }
 
 double Hardware::nextTime() const {

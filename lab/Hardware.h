@@ -37,7 +37,8 @@ class Hardware {
   /// Another mood; what is still asked for is answered at once (normal), after `delay` seconds from
   /// now on (slow), or not (silent).
   void moodIs(HardwareMood mood, double delay);
-  /// The transmit SA that the interface asks for, now or next, is reported with this packet number.
+  /// The transmit SA that the interface asks for, now or next, is reported with this packet number:
+  /// next too while the one that it asks for now is held back.
   void packetNumberIs(Lumo::IntfId intfId, uint32_t number);
   /// The same of the one that it asks for next.
   void nextPacketNumberIs(Lumo::IntfId intfId, uint32_t number) { packetNumbers_[intfId] = number; }

@@ -144,6 +144,22 @@ TEST_F(HardwareTest, ShowsAPacketNumberAtOnceForASaThatIsAskedForEvenWhenSilent)
   Vesk::retire(reader);
 }
 
+TEST_F(HardwareTest, TakesAPacketNumberBeforeItFollowsAnything) {
+  Hardware early(host_, {intf_}, "B", nonces_);
+  early.packetNumberIs(intf_, 77);
+  EXPECT_FALSE(early.slice()->status(intf_)->txSaStatus());
+}
+
+TEST_F(HardwareTest, KeepsAPacketNumberForTheNextKeyWhileTheOneThatIsAskedForIsHeldBack) {
+  cpStatus_->txSakIs(sak(0, 1));
+  host_.transmitHoldInputDir()->forwardingModelInputIs(
+      intf_, Interface::intfForwardingModelUnauthorized());
+  hardware_.packetNumberIs(intf_, 77);
+  EXPECT_THAT(installed(), ElementsAre(0, 0, 0));
+  host_.transmitHoldInputDir()->forwardingModelInputDel(intf_);
+  EXPECT_EQ(hardware_.slice()->status(intf_)->txSaStatus()->lpn(), 77u);
+}
+
 TEST_F(HardwareTest, KeepsWhatIsInstalledWhenItFollowsACopyOfTheTree) {
   cpStatus_->rxSakIs(sak(0, 1));
   cpStatus_->txSakIs(sak(0, 1));

@@ -22,6 +22,42 @@ TEST(Simulation, StartsASwitchAtItsTimeAndNotBefore) {
   EXPECT_EQ(played.times<FramePassed>("B").front(), 3.5);
 }
 
+TEST(Simulation, CarriesOutEveryActionOnASwitchThatHasNotStarted) {
+  std::string const session = " of session 0d and master key " + std::string(128, '4');
+  std::vector<std::string> const actions = {
+      "link down on B Ethernet1",
+      "link up on B Ethernet1",
+      "lose 1 frame from B Ethernet1",
+      "set key of profile core on B to ab " + key128,
+      "set fallback key of profile core on B to fa11 " + key128,
+      "remove fallback key of profile core on B",
+      "set priority of profile core on B to 20",
+      "set rekey period of profile core on B to 0",
+      "set cipher suite of profile core on B to gcm-aes-xpn-128",
+      "set profile of Ethernet1 on B to core",
+      "set delay protection of B to off",
+      "set FIPS of B to off",
+      "FIPS provider of B is there",
+      "clear counters of B",
+      "publish 802.1X key on B Ethernet1" + session,
+      "withdraw 802.1X key on B Ethernet1",
+      "restart B",
+      "hardware of B is slow by 0.1",
+      "hardware of B is normal",
+      "hardware of B reports packet number 4711 on Ethernet1",
+      "hardware of B reports packet number 4711 on Ethernet1 for its next key",
+      "send a frame with eapolErr to B Ethernet1",
+      "replay first frame to B Ethernet1",
+      "delete interface Ethernet1 on B",
+      "make interface Ethernet1 on B",
+  };
+  std::string lines = "at 25 expect B Ethernet1 is open\n";
+  for (auto const& action : actions) lines += "at 1 " + action + "\n";
+  std::string text = pair(lines);
+  text.replace(text.find("  first delays 1"), 0, "  start at 2.5\n");
+  EXPECT_THAT(Played(text).failures(), IsEmpty());
+}
+
 TEST(Simulation, DeliversAFrameAfterTheTimersOfItsInstant) {
   // B hears A's MKPDU of 1.5 at 2, the very instant at which its own timer is due.
   std::string text = pair("frame delay 0.5", "3");
