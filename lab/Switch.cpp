@@ -103,6 +103,7 @@ void Switch::restart() {
   if (!started_) return;
   inWorld([&] {
     processDied();
+    world_.processBegins();
     startProcess();
   });
 }

@@ -60,8 +60,11 @@ class SwitchWorld final : public Vesk::World {
     if (std::exchange(ended_, true)) return;
     throw SwitchExit{status};
   }
-  /// A new process begins.
-  void processBegins() { ended_ = false; }
+  /// A new process begins, which remembers nothing of what the former one has logged.
+  void processBegins() {
+    ended_ = false;
+    rateLimits().clear();
+  }
   /// The crypto library is that of the whole simulation, so here the mode is but a matter of
   /// success.
   int fipsModeSet(int on) override { return on && !hasFipsProvider ? 0 : 1; }

@@ -91,6 +91,8 @@ class RateLimits {
   /// True, and remembered, unless a message with `hash` went out less than `interval` seconds ago.
   bool take(uint32_t hash, double interval);
   size_t size() const { return until_.size(); }
+  /// Nothing has gone out yet, as where a process begins.
+  void clear() { until_.clear(); }
 
  private:
   void dropOld(double now);

@@ -85,6 +85,23 @@ TEST(Process, ReadsTheWholeConfigurationHoweverFarTheOneBeforeItHasCome) {
   EXPECT_FALSE(host.config()->profile("core"));
 }
 
+// The line of this name goes out once in two minutes.
+std::vector<double> timesOfCaCreated(std::string const& line) {
+  Played played(pair(line));
+  auto const lines = played.all<SyslogLine>("A");
+  auto const times = played.times<SyslogLine>("A");
+  std::vector<double> found;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    if (lines[i].name == "MKA_CA_CREATED") found.push_back(times[i]);
+  }
+  return found;
+}
+
+TEST(Process, DoesNotKnowWhatTheFormerOneHasLogged) {
+  EXPECT_THAT(timesOfCaCreated("at 15 restart A"), ElementsAre(0, 15));
+  EXPECT_THAT(timesOfCaCreated("at 15 set FIPS of A to on"), ElementsAre(0, 15));
+}
+
 TEST(Process, TellsItsEndAndReloadsAsEvents) {
   auto eventOf = [](TreeWatch::What what) {
     std::ostringstream out;
