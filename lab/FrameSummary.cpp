@@ -33,6 +33,8 @@ std::string hex(Octets octets) {
   return fmt::format("{:02x}", fmt::join(octets.begin(), octets.end(), ""));
 }
 
+constexpr uint8_t kIcvIndicator = 255;
+
 size_t bodyLength(Octets set) { return number(set.subspan(2, 2)) & 0xfff; }
 
 std::string nameOf(uint8_t type) {
@@ -47,7 +49,7 @@ std::string nameOf(uint8_t type) {
       return "dist-sak";
     case 5:
       return "dist-cak";
-    case 255:
+    case kIcvIndicator:
       return "icv-indicator";
     default:
       return fmt::format("type-{}", type);
@@ -72,6 +74,11 @@ FrameSummary summaryOf(Octets frame) {
   Octets sets = frame.subspan(kSets, std::min(length, frame.size() - kSets));
   constexpr size_t header = 4, icv = 16, word = 4;
   for (bool first = true; sets.size() >= header + icv; first = false) {
+    // Nothing but the ICV follows it, whatever length it names.
+    if (!first && sets[0] == kIcvIndicator) {
+      summary.sets.push_back(nameOf(sets[0]));
+      break;
+    }
     size_t const body = bodyLength(sets);
     if (header + body + icv > sets.size()) break;
     if (first && header + body < kCkn) break;
