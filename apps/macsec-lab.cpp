@@ -2,7 +2,9 @@
 #include <iostream>
 
 #include "lab/Decode.h"
+#include "lab/DoctorComparison.h"
 #include "lab/Play.h"
+#include "lab/RandomScenario.h"
 
 namespace {
 
@@ -32,6 +34,13 @@ void addDecodeOptions(CLI::App& app, DecodeOptions& options) {
   app.add_flag("--show-keys", options.showKeys, "Show the keys that frames carry");
 }
 
+void addComparisonOptions(CLI::App& app, Lab::ComparisonOptions& options) {
+  app.add_option("--scenarios", options.scenarios, "How many are played")->capture_default_str();
+  app.add_option("--seed", options.seed, "Seed of the first; each has the next one")
+      ->capture_default_str();
+  app.add_flag("--json", options.json, "Write one JSON object");
+}
+
 int decode(DecodeOptions const& options) {
   std::vector<Codec::KeyPair> keys;
   for (std::string const& text : options.keys) {
@@ -48,16 +57,30 @@ int main(int argc, char** argv) {
   CLI::App app("Plays whole switches that agree on keys, in virtual time");
   Lab::PlayOptions playOptions;
   DecodeOptions decodeOptions;
+  Lab::ComparisonOptions comparisonOptions;
+  uint32_t randomSeed = 1;
   addPlayOptions(app, playOptions);
   CLI::App& play = *app.add_subcommand("play", "Play scenarios; the word may be left out");
   addPlayOptions(play, playOptions);
   CLI::App& decoder = *app.add_subcommand("decode", "Print the MKPDUs of a capture");
   addDecodeOptions(decoder, decodeOptions);
+  CLI::App& comparison = *app.add_subcommand(
+      "compare-doctor", "Play random scenarios with the port doctor and without it");
+  addComparisonOptions(comparison, comparisonOptions);
+  CLI::App& random = *app.add_subcommand("random", "Print a random scenario");
+  random.add_option("--seed", randomSeed, "Decides all of it")->capture_default_str();
   try {
     app.parse(argc, argv);
-    if (!decoder && playOptions.files.empty()) throw CLI::RequiredError("FILE.scenario");
+    bool const plays = !decoder && !comparison && !random;
+    if (plays && playOptions.files.empty()) throw CLI::RequiredError("FILE.scenario");
   } catch (CLI::ParseError const& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
-  return decoder ? decode(decodeOptions) : Lab::play(playOptions, std::cout, std::cerr);
+  if (decoder) return decode(decodeOptions);
+  if (comparison) return Lab::compareDoctor(comparisonOptions, std::cout);
+  if (random) {
+    std::cout << Lab::randomScenario(randomSeed);
+    return 0;
+  }
+  return Lab::play(playOptions, std::cout, std::cerr);
 }

@@ -47,6 +47,8 @@ struct HostOptions {
   bool portDoctor = true;
   /// Tells the life of the ports in the log (`PortJournal`), which needs the attribute log.
   bool portJournal = false;
+  /// What the port doctor acts on.
+  PortTroubles treatedTroubles = allPortTroubles();
   /// Keeps recorded MKPDUs away from the engine (`Codec::ReplayGuard`).
   bool replayGuard = true;
 };

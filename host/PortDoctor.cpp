@@ -35,10 +35,12 @@ struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
 };
 
 PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
-                       Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold)
+                       Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold,
+                       PortTroubles treated)
     : config_(std::move(config)),
       status_(std::move(status)),
       transmitHold_(transmitHold),
+      treated_(std::move(treated)),
       timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
 }
@@ -60,9 +62,9 @@ void PortDoctor::round() {
 }
 
 void PortDoctor::lookAt(Lumo::IntfId intfId) {
-  char const* const trouble = troubleOf(intfId);
+  auto const trouble = troubleOf(intfId);
   auto const known = cases_.find(intfId);
-  if (!trouble) {
+  if (!trouble || !treated_.contains(*trouble)) {
     if (known != cases_.end()) seemsWell(known);
     return;
   }
@@ -73,7 +75,7 @@ void PortDoctor::lookAt(Lumo::IntfId intfId) {
   Case& thisCase = known->second;
   if (Vesk::now() < thisCase.since + patience(intfId, thisCase.boundAnew)) return;
   thisCase = {Vesk::now(), thisCase.boundAnew + 1};
-  bindAnew(intfId, trouble);
+  bindAnew(intfId, *trouble);
 }
 
 // Well is who has a key in use. Without peers, as after every new binding, nobody can tell.
@@ -86,17 +88,17 @@ void PortDoctor::seemsWell(Cases::iterator known) {
   }
 }
 
-char const* PortDoctor::troubleOf(Lumo::IntfId intfId) const {
+std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   auto const port = status_->portStatus(intfId);
-  if (!port || !hasLivePeer(*port)) return nullptr;
+  if (!port || !hasLivePeer(*port)) return std::nullopt;
   auto const principal = principalOf(*port);
-  if (!principal) return "it has a live peer, and no principal actor";
+  if (!principal) return PortTrouble::notPrincipal;
   if (transmitHold_.reason(intfId) == TransmitHold::Reason::spentKey && !principal->electedSelf()) {
-    return "it may not send with its key, and its key server gives no other one";
+    return PortTrouble::spentKey;
   }
   auto const cpStatus = status_->cpStatus(intfId);
-  if (!cpStatus || !hasOnlyAnotherPeer(*principal, cpStatus->peerSsci())) return nullptr;
-  return "its peer has another SCI than the one that it receives from";
+  if (!cpStatus || !hasOnlyAnotherPeer(*principal, cpStatus->peerSsci())) return std::nullopt;
+  return PortTrouble::otherPeer;
 }
 
 double PortDoctor::patience(Lumo::IntfId intfId, int boundAnew) const {
@@ -111,11 +113,11 @@ double PortDoctor::patience(Lumo::IntfId intfId, int boundAnew) const {
 }
 
 // The new binding makes the port from its beginnings.
-void PortDoctor::bindAnew(Lumo::IntfId intfId, char const* trouble) {
+void PortDoctor::bindAnew(Lumo::IntfId intfId, PortTrouble trouble) {
   auto const profile = config_->profile(config_->intfConfig(intfId)->profileName());
   if (!profile) return;
   ++counts_.boundAnew;
-  Vesk::log(MACSECD_PORT_BOUND_ANEW, intfId, trouble);
+  Vesk::log(MACSECD_PORT_BOUND_ANEW, intfId, textOf(trouble));
   profile->intfDel(intfId);
   profile->intfIs(intfId, true);
 }

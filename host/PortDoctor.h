@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 
+#include "host/PortTrouble.h"
 #include "host/TransmitHold.h"
 #include "model/Config.h"
 #include "model/Status.h"
@@ -30,8 +32,10 @@ class PortDoctor {
     double longest = 0;       ///< seconds
   };
 
+  /// `treated` is what it acts on.
   PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
-             Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold);
+             Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold,
+             PortTroubles treated = allPortTroubles());
   ~PortDoctor();
   PortDoctor(PortDoctor const&) = delete;
   PortDoctor& operator=(PortDoctor const&) = delete;
@@ -50,14 +54,15 @@ class PortDoctor {
   void round();
   void lookAt(Lumo::IntfId intfId);
   void seemsWell(Cases::iterator known);
-  char const* troubleOf(Lumo::IntfId intfId) const;
+  std::optional<PortTrouble> troubleOf(Lumo::IntfId intfId) const;
   double patience(Lumo::IntfId intfId, int boundAnew) const;
-  void bindAnew(Lumo::IntfId intfId, char const* trouble);
+  void bindAnew(Lumo::IntfId intfId, PortTrouble trouble);
   double lifeTime() const { return status_->mkaLifeTime(); }
 
   Vesk::Ptr<Macsec::Config> const config_;
   Vesk::Ptr<Macsec::Status const> const status_;
   TransmitHold const& transmitHold_;
+  PortTroubles const treated_;
   Vesk::Ptr<Timer> timer_;
   Cases cases_;
   Counts counts_;

@@ -46,6 +46,12 @@ FipsProviderChange parseFipsProvider(Words& words, Known const& known) {
   return {name, isThere};
 }
 
+Restart parseRestart(Words& words, Known const& known) {
+  Restart restart{words.switchName(known)};
+  if (words.take("after")) restart.deadFor = words.time();
+  return restart;
+}
+
 Mark parseMark(Words& words, double at, Known& known) {
   int column = words.column();
   Mark mark{words.any("the name of the mark")};
@@ -67,7 +73,7 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
   if (words.take("reload")) return parseReload(words, known);
   if (words.take("clear counters of")) return CountersCleared{words.switchName(known)};
   if (words.take("FIPS provider of")) return parseFipsProvider(words, known);
-  if (words.take("restart")) return Restart{words.switchName(known)};
+  if (words.take("restart")) return parseRestart(words, known);
   if (words.take("hardware")) return parseHardware(words, known);
   if (words.take("send a frame with")) return parseSendFrame(words, known);
   if (words.take("replay")) return parseReplay(words, known);

@@ -120,6 +120,7 @@ struct Reload {
 /// The state machines end and start again over the trees that they left.
 struct Restart {
   std::string switchName;
+  double deadFor = 0;  ///< seconds between the processes
 };
 
 enum class HardwareMood { normal, slow, silent };

@@ -7,6 +7,7 @@
 
 #include "codec/Dialect.h"
 #include "host/ConfigFile.h"
+#include "host/PortTrouble.h"
 #include "lab/Actions.h"
 #include "lab/Expected.h"
 #include "runtime/EthAddr.h"
@@ -47,6 +48,8 @@ struct Scenario {
   Codec::IcvIndicator icvIndicator = Codec::IcvIndicator::length16;
   /// Whether recorded MKPDUs are kept away from the engine.
   bool replayGuard = true;
+  /// What the port doctors of the switches act on.
+  Macsecd::PortTroubles treatedTroubles = Macsecd::allPortTroubles();
   std::vector<SwitchSpec> switches;
   std::vector<WireSpec> wires;
   std::vector<Action> actions;            ///< by time, then by line

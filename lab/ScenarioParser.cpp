@@ -126,13 +126,16 @@ class ScenarioParser {
     } else if (words.take("replay guard")) {
       once("replay guard");
       scenario_.replayGuard = words.onOrOff();
+    } else if (words.take("port doctor")) {
+      once("port doctor");
+      if (!words.onOrOff()) scenario_.treatedTroubles.clear();
     } else if (words.take("run until")) {
       once("run until");
       scenario_.runUntil = words.time();
     } else {
       words.unknown("beginning of a line",
-                    {"title", "seed", "frame delay", "icv indicator", "replay guard", "run until",
-                     "switch", "wire", "at", "by", "from", "between", "exactly at"});
+                    {"title", "seed", "frame delay", "icv indicator", "replay guard", "port doctor",
+                     "run until", "switch", "wire", "at", "by", "from", "between", "exactly at"});
     }
     words.needEnd();
   }

@@ -104,7 +104,9 @@ void Simulation::carryOut(CountersCleared const& cleared) {
 
 void Simulation::carryOut(Reload const& reload) { switchOf(reload.switchName).reload(reload); }
 
-void Simulation::carryOut(Restart const& restart) { switchOf(restart.switchName).restart(); }
+void Simulation::carryOut(Restart const& restart) {
+  switchOf(restart.switchName).restart(restart.deadFor);
+}
 
 void Simulation::carryOut(HardwareChange const& change) {
   switchOf(change.switchName).hardware([&](Hardware& hardware) {

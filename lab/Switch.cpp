@@ -41,12 +41,13 @@ Switch::Switch(SwitchSpec const& spec, Scenario const& scenario, Clock const& cl
   withIcvIndicator(config_);
   for (auto const& interface : interfacesOf(spec)) interfaces_.emplace_back(interface.name.c_str());
   inWorld([&] {
-    host_ =
-        std::make_unique<Macsecd::Host>(spec_.name, *this,
-                                        Macsecd::HostOptions{.emulateHardware = false,
-                                                             .store = &store_,
-                                                             .portJournal = true,
-                                                             .replayGuard = scenario.replayGuard});
+    host_ = std::make_unique<Macsecd::Host>(
+        spec_.name, *this,
+        Macsecd::HostOptions{.emulateHardware = false,
+                             .store = &store_,
+                             .portJournal = true,
+                             .treatedTroubles = scenario.treatedTroubles,
+                             .replayGuard = scenario.replayGuard});
     hardware_ = std::make_unique<Hardware>(*host_, interfaces_, spec_.name, nonces);
   });
   watch_ = std::make_unique<TreeWatch>(*host_, hardware_->slice(), interfaces_,
@@ -99,12 +100,13 @@ void Switch::start() {
   });
 }
 
-void Switch::restart() {
+void Switch::restart(double deadFor) {
   if (!started_) return;
   inWorld([&] {
     processDied();
     world_.processBegins();
-    startProcess();
+    startsAgain_ = world_.now() + deadFor;
+    if (deadFor == 0) startProcess();
   });
 }
 

@@ -48,8 +48,8 @@ class Switch final : public Codec::FrameSink {
   SwitchRecord const& record() const { return record_; }
 
   void start();
-  /// The process dies, and another one starts at once.
-  void restart();
+  /// The process dies, and another one starts at once, or so many seconds later.
+  void restart(double deadFor = 0);
   /// The process is killed at this commit; `killed` hears of it when the tree has been rebuilt and
   /// before the next process begins, `deadFor` seconds later.
   void killedAt(MemoryStore::Death death, std::function<void()> killed, double deadFor = 0);

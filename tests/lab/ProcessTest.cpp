@@ -102,6 +102,13 @@ TEST(Process, DoesNotKnowWhatTheFormerOneHasLogged) {
   EXPECT_THAT(timesOfCaCreated("at 15 set FIPS of A to on"), ElementsAre(0, 15));
 }
 
+TEST(Process, StartsAsLateAfterARestartAsIsSaid) {
+  Played played(
+      pair("at 15.5 restart A after 3\nat 18.4 expect A is not running\n"
+           "at 18.5 expect A is running\nfrom 10 to 30 expect A Ethernet1 is open"));
+  EXPECT_THAT(played.failures(), IsEmpty());
+}
+
 TEST(Process, TellsItsEndAndReloadsAsEvents) {
   auto eventOf = [](TreeWatch::What what) {
     std::ostringstream out;

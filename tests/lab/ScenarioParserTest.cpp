@@ -120,6 +120,8 @@ TEST(ScenarioParser, ReadsShutdownRestartHardwareAndMarks) {
   EXPECT_TRUE(action<ShutdownChange>("shutdown A").shutdown);
   EXPECT_FALSE(action<ShutdownChange>("no shutdown A").shutdown);
   EXPECT_EQ(action<Restart>("restart B").switchName, "B");
+  EXPECT_EQ(action<Restart>("restart B").deadFor, 0);
+  EXPECT_EQ(action<Restart>("restart B after 2.5").deadFor, 2.5);
   EXPECT_EQ(action<HardwareChange>("hardware of A is normal").mood, HardwareMood::normal);
   EXPECT_EQ(action<HardwareChange>("hardware of A is silent").mood, HardwareMood::silent);
   EXPECT_EQ(action<HardwareChange>("hardware of A is slow by 1.5").delay, 1.5);

@@ -65,5 +65,14 @@ TEST(ScenarioSettings, KeepTheTitleAsItIsWrittenAndTheFormOfTheIcvIndicator) {
   EXPECT_EQ(complaintsIn("icv indicator of 5").size(), 1u);
 }
 
+TEST(ScenarioSettings, SwitchThePortDoctorOff) {
+  auto treated = [](std::string const& lines) {
+    return parseScenario(scene(lines), "f").scenario.treatedTroubles;
+  };
+  EXPECT_EQ(treated(""), Macsecd::allPortTroubles());
+  EXPECT_EQ(treated("port doctor on"), Macsecd::allPortTroubles());
+  EXPECT_TRUE(treated("port doctor off").empty());
+}
+
 }  // namespace
 }  // namespace Lab

@@ -50,7 +50,8 @@ TEST_F(TheMtuOfADevice, ThatIsTooLargeIsToldOnceAndIsAsLargeAsCanBe) {
   startOn(1500, 1500);
   EXPECT_EQ(device().mtu, 1468u);
   EXPECT_EQ(fault,
-            "eth0-sec: no MTU 1500: interface eth0 has 1500, and MACsec takes 32 octets of it");
+            "eth0-sec: can't have the MTU 1500: interface eth0 has 1500, and MACsec takes 32 "
+            "octets of it");
   runAt(2);
   runAt(4);
   ASSERT_EQ(world.logged("MACSEC_MTU_TOO_LARGE"), 1u);

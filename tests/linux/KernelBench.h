@@ -51,9 +51,9 @@ class KernelBench : public ::testing::Test {
     start();
   }
   /// A port with a key in use, and nothing asked of the kernel since.
-  void secured() {
+  void secured(KernelDriverOptions const& options = {}) {
     portIs();
-    start();
+    start(options);
     cp->rxSakIs(sak(0, 1));
     cp->txSakIs(sak(0, 1));
     kernel.asked.clear();

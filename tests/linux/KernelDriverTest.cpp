@@ -296,10 +296,11 @@ TEST_F(TheKernelDriver, GivesADeviceOfFormerNameTheNewOneWhenItIsMadeAnew) {
 }
 
 TEST_F(TheKernelDriver, TakesAwayTheDeviceThatHadAnotherNameBeforeARestart) {
-  secured();
+  Macsecd::KeyHistory history;
+  secured({.history = &history});
   driver.reset();
   slice = Macsec::macSecStatusFactory("kernel");
-  start({}, {.name = "uplink"});
+  start({.history = &history}, {.name = "uplink"});
   EXPECT_FALSE(kernel.device("eth0-sec"));
   EXPECT_TRUE(kernel.device("uplink"));
   EXPECT_TRUE(report()->txSaStatus());
