@@ -87,7 +87,18 @@ TransmitHold::Reason TransmitHold::reasonNow(Lumo::IntfId intfId) const {
 void TransmitHold::look(Lumo::IntfId intfId) {
   Reason const reason = reasonNow(intfId);
   if (reason == Reason::tooManyMembers) spendKeys(intfId);
+  if (reason == Reason::otherPeer) spendTransmitKey(intfId);
   if (reason != this->reason(intfId)) reasonIs(intfId, reason);
+}
+
+void TransmitHold::spend(Lumo::IntfId intfId, Macsec::Sak const& sak) {
+  if (auto const id = SakId::of(sak)) history_.spend(intfId, *id);
+}
+
+// The peer may have the SSCI under which it is asked for. Who the peer is may be forgotten before
+// the key is, as when the port ends.
+void TransmitHold::spendTransmitKey(Lumo::IntfId intfId) {
+  spend(intfId, ports_.status()->cpStatus(intfId)->txSak());
 }
 
 // All three have these keys, and send with them under an SSCI that isn't one's own alone. A
@@ -97,13 +108,10 @@ void TransmitHold::look(Lumo::IntfId intfId) {
 void TransmitHold::spendKeys(Lumo::IntfId intfId) {
   auto const cp = ports_.status()->cpStatus(intfId);
   auto const principal = principalOf(*ports_.status()->portStatus(intfId));
-  auto const spend = [&](Macsec::Sak const& sak) {
-    if (auto const id = SakId::of(sak)) history_.spend(intfId, *id);
-  };
-  spend(cp->txSak());
+  spendTransmitKey(intfId);
   if (!principal->electedSelf()) return;
-  for (auto const& entry : cp->rxSak()) spend(*cp->rxSak(entry.fwkKey()));
-  spend(principal->distSak());
+  for (auto const& entry : cp->rxSak()) spend(intfId, *cp->rxSak(entry.fwkKey()));
+  spend(intfId, principal->distSak());
 }
 
 void TransmitHold::reasonIs(Lumo::IntfId intfId, Reason reason) {

@@ -18,8 +18,8 @@ namespace Macsecd {
 ///   same nonces under the one SAK. The keys that are sent with meanwhile are spent, and, if this
 ///   switch is the key server, all others too, which it made for three;
 /// - as long as the only live peer has another SCI than the one for which this end has its SSCI:
-/// the
-///   peer, which comes back under a new address, may have this very SSCI now;
+///   the peer, which comes back under a new address, may have this very SSCI now. The keys that are
+///   asked for meanwhile are spent;
 /// - as long as the transmit key that is asked for is spent (`KeyHistory`).
 ///
 /// It ends with a key that isn't spent. If this switch is the key server, it makes one as soon as
@@ -50,6 +50,8 @@ class TransmitHold {
 
   void takeUp();
   Reason reasonNow(Lumo::IntfId intfId) const;
+  void spend(Lumo::IntfId intfId, Macsec::Sak const& sak);
+  void spendTransmitKey(Lumo::IntfId intfId);
   void spendKeys(Lumo::IntfId intfId);
   void reasonIs(Lumo::IntfId intfId, Reason reason);
   void handleTime();

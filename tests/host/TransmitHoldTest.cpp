@@ -119,6 +119,19 @@ TEST_F(TheTransmitHold, ClosesAPortWhosePeerHasAnotherSciThanItsSscisAreFor) {
   EXPECT_TRUE(explain(b.host, kIntf).has(CauseKind::otherPeer));
 }
 
+// The port forgets its peer before its key, and would send with it in between.
+TEST_F(TheTransmitHold, SendsWithNoKeyThatWasAskedForUnderTheSsciOfAnotherPeer) {
+  SakId const key = txSak(b);
+  Vesk::WorldScope const scope(b.world);
+  auto const cp = b.host.status()->cpStatus(kIntf);
+  cp->peerSsciIs({{Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001"});
+  cp->controlledPortEnabledIs(false);
+  EXPECT_TRUE(b.host.keyHistory().isSpent(kIntf, key));
+  b.actor()->livePeerDelAll();
+  EXPECT_EQ(b.host.transmitHold(kIntf), Reason::spentKey);
+  EXPECT_TRUE(isHeld(b));
+}
+
 TEST_F(TheTransmitHold, HoldsOverARestartWhatWasHeldBefore) {
   thirdIs(a);
   Vesk::WorldScope const scope(a.world);
