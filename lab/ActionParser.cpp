@@ -18,25 +18,30 @@ Change parseUpOrDown(std::string_view what, Words& words, Known const& known) {
   return {words.port(known), up};
 }
 
+// "on Ethernet1", behind the name of the switch.
+PortName parseInterfaceOf(std::string const& name, Words& words, Known const& known) {
+  words.need("on");
+  int column = words.column();
+  PortName port{name, words.any("the interface")};
+  if (known.ports.count(port) || known.unsure.count(name)) return port;
+  Words::failAt(column, fmt::format("{} has no interface {}", name, port.interface),
+                Macsecd::remedyForUnknown(port.interface, known.interfacesOf(name)));
+}
+
 decltype(Action::what) parseHardware(Words& words, Known const& known) {
   words.need("of");
   auto name = words.switchName(known);
   if (words.take("is normal")) return HardwareChange{name, HardwareMood::normal};
   if (words.take("is silent")) return HardwareChange{name, HardwareMood::silent};
   if (words.take("is slow by")) return HardwareChange{name, HardwareMood::slow, words.time()};
+  if (words.take("has spent its key")) return KeySpent{parseInterfaceOf(name, words, known)};
   if (words.take("reports packet number")) {
     auto number = words.number("a packet number", 0, UINT32_MAX);
-    words.need("on");
-    int column = words.column();
-    PortName port{name, words.any("the interface")};
-    if (!known.ports.count(port) && !known.unsure.count(name)) {
-      Words::failAt(column, fmt::format("{} has no interface {}", name, port.interface),
-                    Macsecd::remedyForUnknown(port.interface, known.interfacesOf(name)));
-    }
+    PortName const port = parseInterfaceOf(name, words, known);
     return PacketNumber{port, number, words.take("for its next key")};
   }
-  words.unknown("state of hardware",
-                {"is normal", "is silent", "is slow by", "reports packet number"});
+  words.unknown("state of hardware", {"is normal", "is silent", "is slow by", "has spent its key",
+                                      "reports packet number"});
 }
 
 FipsProviderChange parseFipsProvider(Words& words, Known const& known) {

@@ -137,6 +137,12 @@ struct PacketNumber {
   bool ofNextKey;
 };
 
+/// The hardware says that it can't send with the key in use without the danger of a nonce used
+/// twice.
+struct KeySpent {
+  PortName port;
+};
+
 /// A frame with this defect, and no other, arrives at the port; no other port hears it.
 struct SendFrame {
   PortName port;
@@ -171,7 +177,7 @@ struct Action {
   std::variant<LinkChange, DeviceChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange,
                SuiteChange, ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange,
                FipsChange, FipsProviderChange, CountersCleared, Reload, Restart, HardwareChange,
-               PacketNumber, SendFrame, Replay, InterfaceChange, Mark>
+               PacketNumber, KeySpent, SendFrame, Replay, InterfaceChange, Mark>
       what;
 };
 

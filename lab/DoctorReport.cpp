@@ -65,6 +65,9 @@ void writeText(DoctorComparison const& comparison, ComparisonOptions const& opti
   for (PortTrouble const trouble : kPortTroubles) {
     rows.push_back(rowOf(wordOf(trouble), comparison.of(trouble)));
   }
+  for (auto const& [seed, repeats] : comparison.nonceRepeats()) {
+    out << fmt::format("Seed {}: {}\n\n", seed, fmt::join(repeats, "; "));
+  }
   out << Macsecd::textTable(rows)
       << fmt::format(
              "\nWorst seeds:{}\nBest seeds: {}\n\n{}\n", extremes(comparison.differences(), true),

@@ -16,12 +16,12 @@ constexpr uint32_t kMostFaults = 5;
 std::vector<RandomFaults::Kind> const& RandomFaults::kinds() {
   using F = RandomFaults;
   static std::vector<Kind> const all = {
-      {12, &F::loseSome},       {4, &F::loseShare},   {2, &F::delay},      {3, &F::shuffle},
-      {2, &F::corrupt},         {6, &F::cut},         {5, &F::replay},     {6, &F::flapLink},
-      {4, &F::remakeInterface}, {1, &F::sendBroken},  {8, &F::restart},    {2, &F::exit},
-      {2, &F::shutDown},        {5, &F::hardware},    {3, &F::changeKey},  {2, &F::packetNumber},
-      {2, &F::removeKey},       {6, &F::publishAnew}, {3, &F::priority},   {2, &F::rekeyPeriod},
-      {2, &F::delayProtection}, {1, &F::suite},       {6, &F::thirdMember}};
+      {12, &F::loseSome},       {4, &F::loseShare},   {2, &F::delay},       {3, &F::shuffle},
+      {2, &F::corrupt},         {6, &F::cut},         {5, &F::replay},      {6, &F::flapLink},
+      {4, &F::remakeInterface}, {1, &F::sendBroken},  {8, &F::restart},     {2, &F::exit},
+      {2, &F::shutDown},        {5, &F::hardware},    {3, &F::changeKey},   {2, &F::packetNumber},
+      {2, &F::removeKey},       {6, &F::publishAnew}, {3, &F::priority},    {2, &F::rekeyPeriod},
+      {2, &F::delayProtection}, {1, &F::suite},       {6, &F::thirdMember}, {3, &F::spendKey}};
   return all;
 }
 
@@ -160,6 +160,10 @@ void RandomFaults::hardware() {
 void RandomFaults::packetNumber() {
   at(now_, fmt::format("hardware of {} reports packet number 0xc0000001 on {}{}", anEnd(),
                        aLink().interface(), dice_.chance(50) ? " for its next key" : ""));
+}
+
+void RandomFaults::spendKey() {
+  at(now_, fmt::format("hardware of {} has spent its key on {}", anEnd(), aLink().interface()));
 }
 
 // A new key on one end and then on the other; the same name now and then.

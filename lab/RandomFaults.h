@@ -43,6 +43,7 @@ class RandomFaults {
   void shutDown();
   void hardware();
   void packetNumber();
+  void spendKey();
   // Of configurations.
   void changeKey();
   void removeKey();

@@ -105,6 +105,7 @@ class Simulation {
   void carryOut(Restart const& restart);
   void carryOut(HardwareChange const& change);
   void carryOut(PacketNumber const& number);
+  void carryOut(KeySpent const& spent);
   void carryOut(SendFrame const& send);
   void carryOut(Replay const& replay);
   void carryOut(InterfaceChange const& change);

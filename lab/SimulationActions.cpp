@@ -125,6 +125,10 @@ void Simulation::carryOut(PacketNumber const& number) {
   });
 }
 
+void Simulation::carryOut(KeySpent const& spent) {
+  switchOf(spent.port.switchName).keyIsSpent(Lumo::IntfId(spent.port.interface.c_str()));
+}
+
 void Simulation::carryOut(Mark const& mark) {
   for (auto const& one : switches_) {
     marked_[{mark.name, one->name()}] = one->record();

@@ -211,6 +211,12 @@ void Switch::clearCounters() {
   inWorld([&] { host_->config()->clearMkaCountersInc(1); });
 }
 
+void Switch::keyIsSpent(Lumo::IntfId intfId) {
+  auto const cp = host_->status()->cpStatus(intfId);
+  auto const key = cp ? Macsecd::SakId::of(cp->txSak()) : std::nullopt;
+  if (key) inWorld([&] { host_->keyIsSpent(intfId, *key); });
+}
+
 void Switch::hardware(std::function<void(Hardware&)> const& change) {
   inWorld([&] { change(*hardware_); });
 }

@@ -68,6 +68,8 @@ class Switch final : public Codec::FrameSink {
   /// The 802.1X module publishes a key on an interface, or withdraws what it has published.
   void dot1xKeyIs(Lumo::IntfId intfId, uint8_t type, std::optional<Dot1xKey> const& key);
   void clearCounters();
+  /// The hardware can't send any more with the key that the interface asks for, if there is one.
+  void keyIsSpent(Lumo::IntfId intfId);
   void hardware(std::function<void(Hardware&)> const& change);
   void receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
 

@@ -46,6 +46,7 @@ TEST(Simulation, CarriesOutEveryActionOnASwitchThatHasNotStarted) {
       "hardware of B is normal",
       "hardware of B reports packet number 4711 on Ethernet1",
       "hardware of B reports packet number 4711 on Ethernet1 for its next key",
+      "hardware of B has spent its key on Ethernet1",
       "send a frame with eapolErr to B Ethernet1",
       "replay first frame to B Ethernet1",
       "delete interface Ethernet1 on B",
