@@ -73,6 +73,7 @@ struct Host::Machines {
     peerLoss.closingAre(host.closing_);
     if (host.options_.portDoctor) {
       doctor.emplace(host.config_, host.status_, host.timerWheel_, transmitHold,
+                     [&host](Lumo::IntfId intfId) { return host.isOpen(intfId); },
                      host.options_.treatedTroubles);
     }
     if (host.options_.portJournal) journal.emplace(host);

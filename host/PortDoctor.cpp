@@ -36,10 +36,11 @@ struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
 
 PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
                        Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold,
-                       PortTroubles treated)
+                       IsOpen isOpen, PortTroubles treated)
     : config_(std::move(config)),
       status_(std::move(status)),
       transmitHold_(transmitHold),
+      isOpen_(std::move(isOpen)),
       treated_(std::move(treated)),
       timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
@@ -62,35 +63,35 @@ void PortDoctor::round() {
 }
 
 void PortDoctor::lookAt(Lumo::IntfId intfId) {
-  auto const trouble = troubleOf(intfId);
-  auto const known = cases_.find(intfId);
+  auto const trouble = isOpen_(intfId) ? std::nullopt : troubleOf(intfId);
   if (!trouble || !treated_.contains(*trouble)) {
-    if (known != cases_.end()) seemsWell(known);
+    if (auto const known = cases_.find(intfId); known != cases_.end()) seemsWell(known);
     return;
   }
-  if (known == cases_.end()) {
-    cases_[intfId] = {Vesk::now()};
-    return;
+  Case& thisCase = cases_[intfId];
+  Members members = membersOf(*status_->portStatus(intfId));
+  if (thisCase.trouble != trouble || thisCase.members != members) {
+    thisCase = {trouble, std::move(members), Vesk::now(), thisCase.boundAnew};
   }
-  Case& thisCase = known->second;
-  if (Vesk::now() < thisCase.since + patience(intfId, thisCase.boundAnew)) return;
-  thisCase = {Vesk::now(), thisCase.boundAnew + 1};
+  if (Vesk::now() < thisCase.since + patience(intfId, thisCase)) return;
+  thisCase.since = Vesk::now();
+  ++thisCase.boundAnew;
   bindAnew(intfId, *trouble);
 }
 
 // Well is who has a key in use. Without peers, as after every new binding, nobody can tell.
 void PortDoctor::seemsWell(Cases::iterator known) {
   auto const port = status_->portStatus(known->first);
-  if (port && principalOf(*port)) {
+  if (isOpen_(known->first) || (port && principalOf(*port))) {
     cases_.erase(known);
   } else {
-    known->second.since = Vesk::now();
+    known->second.trouble = std::nullopt;
   }
 }
 
 std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   auto const port = status_->portStatus(intfId);
-  if (!port || !hasLivePeer(*port)) return std::nullopt;
+  if (!port || !hasLivePeer(*port) || livesOnFormerKey(intfId, *port)) return std::nullopt;
   auto const principal = principalOf(*port);
   if (!principal) return PortTrouble::notPrincipal;
   if (transmitHold_.reason(intfId) == TransmitHold::Reason::spentKey && !principal->electedSelf()) {
@@ -101,15 +102,55 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   return PortTrouble::otherPeer;
 }
 
-double PortDoctor::patience(Lumo::IntfId intfId, int boundAnew) const {
-  double const patience = std::min(std::ldexp(2 * lifeTime(), boundAnew), kMostPatience);
-  auto const port = status_->portStatus(intfId);
-  if (principalOf(*port)) return patience;
-  for (Macsec::MkaActorStatus& actor : port->actorStatus()) {
-    if (!actor.defaultActor()) continue;
-    return patience + status_->defaultKeyActivationPeriod();
+// The actor of such a key ends with the port, and nobody can make it anew.
+bool PortDoctor::livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const {
+  auto const intfStatus = status_->intfStatus(intfId);
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    if (actor.livePeer().empty()) continue;
+    if (!intfStatus ||
+        (actor.ckn() != intfStatus->key().ckn() && actor.ckn() != intfStatus->defaultKey().ckn())) {
+      return true;
+    }
   }
-  return patience;
+  return false;
+}
+
+PortDoctor::Members PortDoctor::membersOf(Macsec::MkaPortStatus const& port) {
+  Members members;
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    for (Macsec::MkaPeer& peer : actor.livePeer()) {
+      members.emplace(actor.ckn(), peer.msgId(), actor.electedSelf());
+    }
+  }
+  return members;
+}
+
+// Who leads under its fallback key waits before it uses it. That the key is the fallback one at the
+// other end can't be seen from here.
+bool PortDoctor::mayWaitForPrimaryKey(Macsec::MkaPortStatus const& port) {
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    if (actor.livePeer().empty()) continue;
+    if (actor.defaultActor() || !actor.electedSelf()) return true;
+  }
+  return false;
+}
+
+// The longest wait that one of the ends may be in by the rules.
+double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
+  auto const port = status_->portStatus(intfId);
+  if (trouble == PortTrouble::notPrincipal) {
+    return mayWaitForPrimaryKey(*port) ? status_->defaultKeyActivationPeriod() : 0;
+  }
+  if (trouble == PortTrouble::otherPeer) return 0;
+  // A key server begins to send with a new key when its peers receive, or after this period.
+  auto const given = SakId::of(principalOf(*port)->distSak());
+  bool const isAnother = given && given != SakId::of(status_->cpStatus(intfId)->txSak());
+  return isAnother ? status_->latestKeyEnablePeriod() : 0;
+}
+
+double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
+  double const own = std::min(std::ldexp(2 * lifeTime(), thisCase.boundAnew), kMostPatience);
+  return own + legalWait(intfId, *thisCase.trouble);
 }
 
 // The new binding makes the port from its beginnings.

@@ -19,7 +19,22 @@ class ThePortDoctor : public ::testing::Test {
     auto const cp = a.host.status()->cpStatus(kIntf);
     return cp && cp->controlledPortEnabled() && a.actor()->principal();
   }
-  Switch b{2}, a{1};
+  static void close(Switch& one) {
+    Vesk::WorldScope const scope(one.world);
+    one.host.status()->cpStatus(kIntf)->controlledPortEnabledIs(false);
+  }
+  static void loseThePrincipal(Switch& one) {
+    Vesk::WorldScope const scope(one.world);
+    one.actor()->principalIs(false);
+    close(one);
+  }
+  void peerIsAnother() {
+    Vesk::WorldScope const scope(a.world);
+    a.host.status()->cpStatus(kIntf)->peerSsciIs(kOther);
+    close(a);
+  }
+  inline static Macsec::Ssci const kOther{{Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001"};
+  Switch b{2}, a{1};  // a is the key server
 };
 
 TEST_F(ThePortDoctor, LeavesAHealthyPortAlone) {
@@ -29,7 +44,7 @@ TEST_F(ThePortDoctor, LeavesAHealthyPortAlone) {
 }
 
 TEST_F(ThePortDoctor, BindsAPortAnewThatHasALivePeerAndNoPrincipalForTwoLifeTimes) {
-  a.actor()->principalIs(false);
+  loseThePrincipal(a);
   talk(a, b, 30);
   EXPECT_EQ(counts().boundAnew, 0u);
   EXPECT_FALSE(a.actor()->principal());
@@ -42,15 +57,14 @@ TEST_F(ThePortDoctor, BindsAPortAnewThatHasALivePeerAndNoPrincipalForTwoLifeTime
 }
 
 TEST_F(ThePortDoctor, BindsAPortAnewThatReceivesFromAnotherThanItsPeer) {
-  Macsec::Ssci const other({Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001");
-  a.host.status()->cpStatus(kIntf)->peerSsciIs(other);
+  peerIsAnother();
   talk(a, b, 30);
   EXPECT_EQ(counts().boundAnew, 0u);
   talk(a, b, 36);
   EXPECT_EQ(counts().boundAnew, 1u);
   talk(a, b, 60);
   EXPECT_TRUE(isOpen());
-  EXPECT_NE(a.host.status()->cpStatus(kIntf)->peerSsci().sci(), other.sci());
+  EXPECT_NE(a.host.status()->cpStatus(kIntf)->peerSsci().sci(), kOther.sci());
 }
 
 // The fallback key waits for the primary one, which has nothing to do with it.
@@ -62,10 +76,56 @@ TEST_F(ThePortDoctor, IsAsFastWithAFallbackKeyWhenThePeerIsAnother) {
     one->host.configIs(config);
   }
   talk(a, b, 40);
-  Macsec::Ssci const other({Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001");
-  a.host.status()->cpStatus(kIntf)->peerSsciIs(other);
+  peerIsAnother();
   talk(a, b, 56);
   EXPECT_EQ(counts().boundAnew, 1u);
+}
+
+TEST_F(ThePortDoctor, NeverTouchesAPortThroughWhichTrafficPasses) {
+  {
+    Vesk::WorldScope const scope(a.world);
+    a.actor()->principalIs(false);
+  }
+  talk(a, b, 200);
+  EXPECT_TRUE(a.host.isOpen(kIntf));
+  EXPECT_EQ(counts().boundAnew, 0u);
+}
+
+// The other end may have the key as its fallback key, and wait half a minute for the primary one.
+TEST_F(ThePortDoctor, IsAsPatientAsTheOtherEndMayWaitWhereThatLeads) {
+  loseThePrincipal(b);
+  talk(a, b, 60);
+  EXPECT_EQ(b.host.doctorCounts()->boundAnew, 0u);
+  talk(a, b, 66);
+  EXPECT_EQ(b.host.doctorCounts()->boundAnew, 1u);
+}
+
+TEST_F(ThePortDoctor, BeginsToWaitAgainWithAnotherPeer) {
+  loseThePrincipal(a);
+  talk(a, b, 30);
+  {
+    Vesk::WorldScope const scope(b.world);
+    b.host.config()->profile("one")->intfDel(kIntf);
+    b.host.config()->profile("one")->intfIs(kIntf, true);
+  }
+  talk(a, b, 42);
+  EXPECT_EQ(counts().boundAnew, 0u);
+  talk(a, b, 60);
+  EXPECT_EQ(counts().boundAnew, 1u);
+}
+
+// The actor of that key wouldn't come back.
+TEST_F(ThePortDoctor, LeavesAPortAloneWhosePeerIsLiveUnderAFormerKey) {
+  {
+    Vesk::WorldScope const scope(a.world);
+    SwitchConfig config = configWith(kCak);
+    config.profiles[0].key = KeyConfig{"7879", Vesk::String8(kCak)};
+    a.host.configIs(config);
+  }
+  ASSERT_TRUE(a.actor());
+  loseThePrincipal(a);
+  talk(a, b, 90);
+  EXPECT_EQ(counts().boundAnew, 0u);
 }
 
 TEST_F(ThePortDoctor, LeavesAPortAloneThatHasNoLivePeer) {
@@ -78,10 +138,10 @@ TEST_F(ThePortDoctor, LeavesAPortAloneThatHasNoLivePeer) {
 }
 
 TEST_F(ThePortDoctor, HasMorePatienceEachTimeThatItDidntHelp) {
-  for (double time = 20; time < 210; time += 0.25) {
-    if (auto const actor = a.actor()) actor->principalIs(false);
+  for (double time = 20; time < 250; time += 0.25) {
+    if (a.actor()) loseThePrincipal(a);
     talk(a, b, time);
-    if (auto const actor = a.actor()) actor->principalIs(false);
+    if (a.actor()) loseThePrincipal(a);
   }
   EXPECT_EQ(counts().boundAnew, 4u);  // after 12, 24, 48 and 96 seconds
 }
