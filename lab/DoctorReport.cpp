@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "host/TextTable.h"
+#include "lab/Clock.h"
 #include "lab/DoctorComparison.h"
 
 // How a comparison is told.
@@ -34,8 +35,8 @@ Json jsonOf(Benefit const& benefit) {
   return {{"scenarios", benefit.acted},
           {"better", benefit.better},
           {"worse", benefit.worse},
-          {"secured-with", benefit.with},
-          {"secured-without", benefit.without},
+          {"secured-with", roundedTime(benefit.with)},
+          {"secured-without", roundedTime(benefit.without)},
           {"passes", benefit.passes()}};
 }
 
@@ -76,15 +77,18 @@ void writeText(DoctorComparison const& comparison, ComparisonOptions const& opti
 
 void writeJson(DoctorComparison const& comparison, ComparisonOptions const& options,
                std::ostream& out) {
-  Json json = {{"scenarios", comparison.scenarios()}, {"seed", options.seed},
-               {"possible", comparison.possible()},   {"secured", comparison.secured()},
-               {"all", jsonOf(comparison.all())},     {"passes", comparison.passes()}};
+  Json json = {{"scenarios", comparison.scenarios()},
+               {"seed", options.seed},
+               {"possible", roundedTime(comparison.possible())},
+               {"secured", roundedTime(comparison.secured())},
+               {"all", jsonOf(comparison.all())},
+               {"passes", comparison.passes()}};
   for (PortTrouble const trouble : kPortTroubles) {
     json["troubles"][wordOf(trouble)] = jsonOf(comparison.of(trouble));
   }
   json["differences"] = Json::array();
   for (auto const& [seed, difference] : comparison.differences()) {
-    json["differences"].push_back({{"seed", seed}, {"seconds", difference}});
+    json["differences"].push_back({{"seed", seed}, {"seconds", roundedTime(difference)}});
   }
   json["nonce-repeats"] = Json::array();
   for (auto const& [seed, repeats] : comparison.nonceRepeats()) {
