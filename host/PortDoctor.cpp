@@ -138,13 +138,14 @@ bool PortDoctor::mayWaitForPrimaryKey(Macsec::MkaPortStatus const& port) {
 // The longest wait that one of the ends may be in by the rules.
 double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
   auto const port = status_->portStatus(intfId);
-  if (trouble == PortTrouble::notPrincipal) {
-    return mayWaitForPrimaryKey(*port) ? status_->defaultKeyActivationPeriod() : 0;
-  }
-  if (trouble == PortTrouble::otherPeer) return 0;
-  // A key server begins to send with a new key when its peers receive, or after this period.
+  double const forPrimaryKey =
+      mayWaitForPrimaryKey(*port) ? status_->defaultKeyActivationPeriod() : 0;
+  if (trouble == PortTrouble::notPrincipal) return forPrimaryKey;
+  if (trouble == PortTrouble::otherPeer) return 0;  // which no wait ends
   auto const given = SakId::of(principalOf(*port)->distSak());
-  bool const isAnother = given && given != SakId::of(status_->cpStatus(intfId)->txSak());
+  if (!given) return forPrimaryKey;
+  // A key server begins to send with a new key when its peers receive, or after this period.
+  bool const isAnother = given != SakId::of(status_->cpStatus(intfId)->txSak());
   return isAnother ? status_->latestKeyEnablePeriod() : 0;
 }
 
