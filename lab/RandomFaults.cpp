@@ -21,7 +21,8 @@ std::vector<RandomFaults::Kind> const& RandomFaults::kinds() {
       {4, &F::remakeInterface}, {1, &F::sendBroken},  {8, &F::restart},     {2, &F::exit},
       {2, &F::shutDown},        {5, &F::hardware},    {3, &F::changeKey},   {2, &F::packetNumber},
       {2, &F::removeKey},       {6, &F::publishAnew}, {3, &F::priority},    {2, &F::rekeyPeriod},
-      {2, &F::delayProtection}, {1, &F::suite},       {6, &F::thirdMember}, {3, &F::spendKey}};
+      {2, &F::delayProtection}, {1, &F::suite},       {6, &F::thirdMember}, {3, &F::spendKey},
+      {2, &F::deviceDown}};
   return all;
 }
 
@@ -101,6 +102,12 @@ void RandomFaults::flapLink() {
     at(up, "link up on " + name + " " + link.interface());
   }
   if (link.dot1x) publishOn(link, up + aWhile(5), dice_.chance(70) ? 0 : aWhile(15));
+}
+
+void RandomFaults::deviceDown() {
+  std::string const port = aPort();
+  at(now_, "device down on " + port);
+  at(now_ + aWhile(), "device up on " + port);
 }
 
 void RandomFaults::remakeInterface() {

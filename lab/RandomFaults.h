@@ -35,6 +35,7 @@ class RandomFaults {
   // Of interfaces.
   void flapLink();
   void remakeInterface();
+  void deviceDown();
   void sendBroken();
   void thirdMember();
   // Of switches.
