@@ -72,9 +72,10 @@ struct Host::Machines {
     codec.replayGuardIs(host.options_.replayGuard);
     peerLoss.closingAre(host.closing_);
     if (host.options_.portDoctor) {
-      doctor.emplace(host.config_, host.status_, host.timerWheel_, transmitHold,
-                     [&host](Lumo::IntfId intfId) { return host.isOpen(intfId); },
-                     host.options_.treatedTroubles);
+      doctor.emplace(
+          host.config_, host.status_, host.timerWheel_, transmitHold,
+          [&host](Lumo::IntfId intfId) { return host.isOpen(intfId); },
+          host.options_.treatedTroubles);
     }
     if (host.options_.portJournal) journal.emplace(host);
   }

@@ -46,9 +46,7 @@ std::optional<uint64_t> nextReceived(SecY const& secY, Macsec::CpStatus const* c
 struct KernelHardware::HoldReactor final
     : Vesk::Reactor<Interface::IntfForwardingModelInputDir const, KernelHardware, HoldReactor> {
   using Reactor::Reactor;
-  void onForwardingModelInput(Lumo::IntfId const& intfId) override {
-    owner().driver_.transmitHeldIs(intfId, notifier()->forwardingModelInput(intfId));
-  }
+  void onForwardingModelInput(Lumo::IntfId const& intfId) override { owner().holdTransmit(intfId); }
 };
 
 KernelHardware::KernelHardware(Macsecd::Host& host)
@@ -72,9 +70,17 @@ KernelHardware::KernelHardware(Macsecd::Host& host)
       PortForwarding::Directories{host.forwardingModelInputDir(), host.peerLossInputDir(),
                                   host.transmitHoldInputDir()},
       driver_);
-  hold_ = Vesk::make<HoldReactor>(*this, host.transmitHoldInputDir());
-  hold_->hasNotificationActiveIs(true);
+  for (auto const& closed : {host.transmitHoldInputDir(), host.peerLossInputDir()}) {
+    holds_.push_back(Vesk::make<HoldReactor>(*this, closed));
+    holds_.back()->hasNotificationActiveIs(true);
+  }
   host.hardwareReportsFrom([this](Lumo::IntfId intfId) { return report(intfId); });
+}
+
+// A dormant device alone would still pass what a program sends that doesn't heed its state.
+void KernelHardware::holdTransmit(Lumo::IntfId intfId) {
+  driver_.transmitHeldIs(intfId, host_.transmitHoldInputDir()->forwardingModelInput(intfId) ||
+                                     host_.peerLossInputDir()->forwardingModelInput(intfId));
 }
 
 KernelHardware::~KernelHardware() {
@@ -189,7 +195,8 @@ void KernelHardware::faultIs(Lumo::IntfId intfId, Macsecd::Fault Faults::*whose,
 // What the state machines leave behind when they end is no order.
 void KernelHardware::lookAway() {
   forwarding_.reset();
-  Vesk::retire(hold_);
+  for (auto& hold : holds_) Vesk::retire(hold);
+  holds_.clear();
 }
 
 void KernelHardware::leave() {

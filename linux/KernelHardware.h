@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <vector>
 
 #include "host/Host.h"
 #include "linux/FilterNetlink.h"
@@ -44,6 +45,7 @@ class KernelHardware final : public HardwareDriver {
   Macsecd::DeviceState stateOf(int device) const;
   void filter(Lumo::IntfId intfId, int index);
   void deviceIs(Lumo::IntfId intfId);
+  void holdTransmit(Lumo::IntfId intfId);
   void lookAway();
   void faultIs(Lumo::IntfId intfId, Macsecd::Fault Faults::*whose, Macsecd::Fault const& fault);
   Master masterOf(int device) const;
@@ -54,7 +56,7 @@ class KernelHardware final : public HardwareDriver {
   ParentFilters filters_;
   KernelDriver driver_;
   std::optional<PortForwarding> forwarding_;
-  Vesk::Ptr<HoldReactor> hold_;
+  std::vector<Vesk::Ptr<HoldReactor>> holds_;
   struct Parent {
     int index = 0;
     Lumo::EthAddr addr = {};

@@ -81,6 +81,14 @@ class Operator(unittest.TestCase):
                       ["trace", "on", "--level", "10"], ["watch", "--count", "0"]):
             self.assertEqual(self.ask(*wrong)[0], 2, wrong)
 
+    def test_asks_for_an_interface_whose_name_is_no_text(self):
+        self.start()
+        for command in (["status"], ["explain"], ["watch", "--seconds", "1"]):
+            done = subprocess.run([MACSECCTL, "--socket", self.socket, *command, b"\xff"],
+                                  capture_output=True, check=False, timeout=30)
+            self.assertEqual(done.returncode, 1, command)
+            self.assertIn(b"write 'absent0'", done.stderr)
+
     def test_is_refused_a_new_key_for_a_port_without_one(self):
         self.start()
         self.assertEqual(self.ask("rekey", "absent0"),

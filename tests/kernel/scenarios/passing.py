@@ -36,7 +36,7 @@ def peer_lost(cable):
     a.interfaces["eth0"]["on-peer-loss"] = "close"
     a.reload()
     demand(a, b, True)
-    b.stop()
+    b.kill()  # its device stays, with its keys
     demand(a, b, False)
     assert "peers-lost" in a.causes(), a.causes()
     demand_log(a, "is closed: peers-lost")
