@@ -3,9 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cctype>
 #include <fstream>
+
+#include "tests/host/Complaints.h"
 
 namespace Macsecd {
 namespace {
@@ -19,24 +20,6 @@ using ::testing::SizeIs;
 
 std::string const key128 = "00112233445566778899aabbccddeeff";
 std::string const key256 = key128 + key128;
-
-/// The lines of what an operator would see.
-std::vector<std::string> complaints(std::string const& text) {
-  std::vector<std::string> lines;
-  for (auto const& mistake : parseConfig(text, "f").mistakes) lines.push_back(mistake.text());
-  return lines;
-}
-
-/// A profile p with the given lines, which stand from line 3 on in column 5.
-std::string profile(std::string const& lines) {
-  std::string text = "profiles:\n  p:\n";
-  for (size_t at = 0; at < lines.size();) {
-    size_t end = std::min(lines.find('\n', at), lines.size());
-    text += "    " + lines.substr(at, end - at) + "\n";
-    at = end + 1;
-  }
-  return text;
-}
 
 TEST(ConfigFile, AnEmptyFileGivesTheDefaults) {
   auto result = parseConfig("", "f");

@@ -7,6 +7,7 @@
 
 #include "host/ConfigFile.h"
 #include "platform/Fips.h"
+#include "tests/host/Complaints.h"
 
 namespace Macsecd {
 namespace {
@@ -16,24 +17,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
-
-/// The lines of what an operator would see.
-std::vector<std::string> complaints(std::string const& text) {
-  std::vector<std::string> lines;
-  for (auto const& mistake : parseConfig(text, "f").mistakes) lines.push_back(mistake.text());
-  return lines;
-}
-
-/// A profile p with the given lines, which stand from line 3 on in column 5.
-std::string profile(std::string const& lines) {
-  std::string text = "profiles:\n  p:\n";
-  for (size_t at = 0; at < lines.size();) {
-    size_t end = std::min(lines.find('\n', at), lines.size());
-    text += "    " + lines.substr(at, end - at) + "\n";
-    at = end + 1;
-  }
-  return text;
-}
 
 TEST(ConfigMistakes, ANameThatNoDeviceCanHaveIsAMistake) {
   for (char const* name :
