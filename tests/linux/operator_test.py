@@ -74,7 +74,7 @@ class Operator(unittest.TestCase):
         for command in (["status"], ["watch"], ["capture", "absent0", self.path("pcap")]):
             status, _, err = self.ask(*command)
             self.assertEqual(status, 3, command)
-            self.assertIn("see that macsecd runs", err)
+            self.assertIn("check that macsecd runs", err)
 
     def test_is_told_what_arguments_there_are(self):
         for wrong in (["no-such"], ["rekey"], ["capture", "absent0"], ["trace"], ["trace", "onn"],
