@@ -87,7 +87,7 @@ class Operator(unittest.TestCase):
             done = subprocess.run([MACSECCTL, "--socket", self.socket, *command, b"\xff"],
                                   capture_output=True, check=False, timeout=30)
             self.assertEqual(done.returncode, 1, command)
-            self.assertIn(b"write 'absent0'", done.stderr)
+            self.assertIn(b"there is no interface", done.stderr)
 
     def test_is_refused_a_new_key_for_a_port_without_one(self):
         self.start()
