@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/Fabric.h"
 #include "host/ConfigTree.h"
 #include "model/Factories.h"
 #include "platform/AesCmac.h"
@@ -71,6 +72,9 @@ double disabledTrace() {
 }
 
 double unchangedReload(unsigned interfaces) {
+  double const clock = 0;
+  FabricWorld world(clock, 1);
+  Vesk::WorldScope const scope(world);
   Macsecd::SwitchConfig config;
   for (unsigned i = 0; i < interfaces; ++i) {
     Macsecd::ProfileConfig profile;
