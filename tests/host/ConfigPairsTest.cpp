@@ -277,7 +277,7 @@ struct Pair {
 #ifdef __SANITIZE_ADDRESS__
 constexpr uint64_t kPairs = 200;  // each costs ten times as much there
 #else
-constexpr uint64_t kPairs = 1500;
+constexpr uint64_t kPairs = 1000;
 #endif
 
 uint64_t numberOf(char const* variable, uint64_t otherwise) {
