@@ -161,7 +161,7 @@ void Host::configIs(SwitchConfig const& config) {
   closingAre(config);
   for (InterfaceConfig const& interface : config.interfaces) portNumberIs(interface);
   writeConfig(config, *config_);
-  dropConfiguredKeys(*config_, *status_);
+  dropConfiguredKeys(*config_, *status_, running());
 }
 
 bool Host::reload(ConfigResult const& read) {
@@ -222,7 +222,7 @@ void Host::start() {
   dropStaleInterfaces(*config_, *status_);
   dropStalePorts(*status_);
   dropMovedPorts(*ethIntfStatusDir_, *status_);
-  dropConfiguredKeys(*config_, *status_);
+  dropConfiguredKeys(*config_, *status_, false);
   handleShutdown();
   machines_ = std::make_unique<Machines>(*this);
   applyDialects();

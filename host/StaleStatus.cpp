@@ -23,11 +23,12 @@ bool hasDerivedKey(Macsec::IntfStatus const& intfStatus) {
          intfStatus.dot1xType() != Macsec::IntfStatus::dot1xTypeDefault;
 }
 
-bool fallbackHasPeer(Macsec::Status const& status, Macsec::Profile const& profile,
-                     Lumo::IntfId intfId) {
+bool fallbackGoesOn(Macsec::Status const& status, Macsec::Profile const& profile,
+                    Lumo::IntfId intfId, bool elects) {
   auto const port = status.portStatus(intfId);
   auto const actor = port ? port->actorStatus(profile.defaultKey().ckn()) : nullptr;
-  return actor && actor->defaultActor() && !actor->livePeer().empty();
+  return actor && actor->defaultActor() && !actor->livePeer().empty() &&
+         (actor->principal() || elects);
 }
 
 bool isInUseWithoutKey(Macsec::Status const& status, Macsec::Profile const& profile,
@@ -67,11 +68,11 @@ void dropMovedPorts(Interface::EthIntfStatusDir const& dir, Macsec::Status& stat
   }
 }
 
-void dropConfiguredKeys(Macsec::Config& config, Macsec::Status& status) {
+void dropConfiguredKeys(Macsec::Config& config, Macsec::Status& status, bool elects) {
   for (auto i = status.intfStatus().iterator(); i; ++i) {
     auto const profile = profileOf(config, i->intfId());
     if (!profile || !profile->dot1xEnabled() || hasDerivedKey(*i)) continue;
-    if (i->key() != Macsec::Cak() && fallbackHasPeer(status, *profile, i->intfId())) {
+    if (i->key() != Macsec::Cak() && fallbackGoesOn(status, *profile, i->intfId(), elects)) {
       VESK_TRACE(3, ": Taking away the configured key of ", i->intfId());
       i->keyIs(Macsec::Cak());
     } else if (i->key() != Macsec::Cak() || isInUseWithoutKey(status, *profile, i->intfId())) {

@@ -14,9 +14,10 @@ void dropPorts(Macsec::Status& status);
 void dropMovedPorts(Interface::EthIntfStatusDir const& dir, Macsec::Status& status);
 
 /// Takes away the pre-shared keys of the interfaces whose profile now takes its key from 802.1X:
-/// what the configuration doesn't say isn't in force. The fallback key goes on if it has a peer;
-/// otherwise the port begins anew, so that no SAK of the former key stays in use.
-void dropConfiguredKeys(Macsec::Config& config, Macsec::Status& status);
+/// what the configuration doesn't say isn't in force. The fallback key goes on if it has a peer,
+/// and is in use or somebody `elects`, as running state machines do; otherwise the port begins
+/// anew, so that no SAK of the former key stays in use.
+void dropConfiguredKeys(Macsec::Config& config, Macsec::Status& status, bool elects);
 
 /// Takes away the ports whose parameters aren't those of their interface. To be done before the
 /// engine is enabled, which takes up the ports that it finds.

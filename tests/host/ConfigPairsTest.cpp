@@ -23,7 +23,7 @@ namespace {
 constexpr char const* kInterfaces[] = {"e0", "e1"};
 constexpr double kStep = 0.25;
 /// A fallback key waits for half a minute at each end, and what is displaced goes after that.
-constexpr double kSettled = 100;
+constexpr double kSettled = 200;
 
 struct Frames final : Codec::FrameSink {
   void send(Lumo::IntfId intfId, std::span<uint8_t const> frame) override {
@@ -145,7 +145,9 @@ std::string textOf(Macsec::MkaPortStatus const& port, Macsec::IntfStatus const& 
 constexpr char const* kSecured = "secured";
 
 // What is meant to differ after a start, which finds no port open and no peer:
-//  - A port that was open stays open without a peer, unless 'on-peer-loss' closes it.
+//  - A port that was open stays open with its SAK without a peer, unless 'on-peer-loss' closes it,
+//    and over a restart that takes its key away, until another key has agreed. Not so where 802.1X
+//    takes the place of its key.
 //  - A former key goes on until the new one has agreed with the peer: so keys are changed without a
 //    gap. A port that is secured by it may be without a common key after a start.
 //  - Of two keys that both agree the one that agreed first may stay in use.
@@ -156,7 +158,9 @@ std::string stateOf(Host const& host, Lumo::IntfId intfId) {
   for (Macsec::MkaActorStatus const& actor : port->actorStatus()) {
     if (actor.principal() && !actor.livePeer().empty()) return kSecured;
   }
-  return "without a peer";
+  auto const intf = host.status()->intfStatus(intfId);
+  auto const profile = intf ? host.config()->profile(intf->profileName()) : nullptr;
+  return profile && !profile->dot1xEnabled() ? kSecured : "without a peer";
 }
 
 /// What an operator has of a switch, without what is made by chance.
@@ -275,9 +279,9 @@ struct Pair {
 };
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr uint64_t kPairs = 200;  // each costs ten times as much there
+constexpr uint64_t kPairs = 40;  // each costs ten times as much there
 #else
-constexpr uint64_t kPairs = 1000;
+constexpr uint64_t kPairs = 400;
 #endif
 
 uint64_t numberOf(char const* variable, uint64_t otherwise) {
