@@ -8,6 +8,8 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <system_error>
 
 #include "host/DeviceName.h"
@@ -18,6 +20,9 @@ namespace Linux {
 namespace {
 
 constexpr size_t kMostNamed = 5;
+
+/// What stands on the interfaces, by their indices.
+using Uses = std::map<uint32_t, std::vector<std::string>>;
 
 /// A message about something of this kind, with its attributes.
 template <class Header, int Most>
@@ -50,69 +55,79 @@ void ask(NetlinkSocket& route, int type, NetlinkSocket::Taker const& take) {
   route.dump(message, take);
 }
 
-void addAddresses(NetlinkSocket& route, uint32_t index, std::vector<std::string>& uses) {
+void addAddresses(NetlinkSocket& route, Uses& uses) {
   ask<ifaddrmsg>(route, RTM_GETADDR, [&](nlmsghdr* message) {
     Parsed<ifaddrmsg, IFA_MAX> const address(message);
-    if (!address.isWhole || address.header.ifa_index != index) return;
-    if (address.header.ifa_scope >= RT_SCOPE_LINK) return;
+    if (!address.isWhole || address.header.ifa_scope >= RT_SCOPE_LINK) return;
     nlattr* const local =
         address.found[IFA_LOCAL] ? address.found[IFA_LOCAL] : address.found[IFA_ADDRESS];
     std::string const text = addressText(address.header.ifa_family, local);
     if (text.empty()) return;
-    uses.push_back(fmt::format("the address {}/{}", text, address.header.ifa_prefixlen));
+    uses[address.header.ifa_index].push_back(
+        fmt::format("the address {}/{}", text, address.header.ifa_prefixlen));
   });
 }
 
-// One of several ways too.
-bool leadsOver(Parsed<rtmsg, RTA_MAX> const& route, uint32_t index) {
-  if (route.number(RTA_OIF) == index) return true;
-  if (!route.found[RTA_MULTIPATH]) return false;
+// The interfaces over which it leads, with several ways too.
+std::set<uint32_t> interfacesOf(Parsed<rtmsg, RTA_MAX> const& route) {
+  std::set<uint32_t> interfaces = {route.number(RTA_OIF)};
+  if (!route.found[RTA_MULTIPATH]) return interfaces;
   int left = nla_len(route.found[RTA_MULTIPATH]);
   for (auto* hop = static_cast<rtnexthop*>(nla_data(route.found[RTA_MULTIPATH]));
        RTNH_OK(hop, left); left -= RTNH_ALIGN(hop->rtnh_len), hop = RTNH_NEXT(hop)) {
-    if (static_cast<uint32_t>(hop->rtnh_ifindex) == index) return true;
+    interfaces.insert(static_cast<uint32_t>(hop->rtnh_ifindex));
   }
-  return false;
+  return interfaces;
 }
 
-void addRoutes(NetlinkSocket& route, uint32_t index, std::vector<std::string>& uses) {
+void addRoutes(NetlinkSocket& route, Uses& uses) {
   ask<rtmsg>(route, RTM_GETROUTE, [&](nlmsghdr* message) {
     Parsed<rtmsg, RTA_MAX> const found(message);
     rtmsg const& header = found.header;
     bool const isGiven = header.rtm_type == RTN_UNICAST && header.rtm_protocol != RTPROT_KERNEL;
     if (!found.isWhole || !isGiven || (header.rtm_flags & RTM_F_CLONED) != 0) return;
-    if (!leadsOver(found, index)) return;
     std::string const to = addressText(header.rtm_family, found.found[RTA_DST]);
     char const* const byDefault =
         header.rtm_family == AF_INET ? "the default route" : "the default route of IPv6";
-    uses.push_back(to.empty() ? byDefault
-                              : fmt::format("the route to {}/{}", to, header.rtm_dst_len));
+    std::string const use =
+        to.empty() ? byDefault : fmt::format("the route to {}/{}", to, header.rtm_dst_len);
+    for (uint32_t const index : interfacesOf(found)) uses[index].push_back(use);
   });
 }
 
-void addMaster(NetlinkSocket& route, uint32_t index, std::vector<std::string>& uses) {
+void addMasters(NetlinkSocket& route, Uses& uses) {
   ask<ifinfomsg>(route, RTM_GETLINK, [&](nlmsghdr* message) {
     Parsed<ifinfomsg, IFLA_MAX> const link(message);
-    if (!link.isWhole || static_cast<uint32_t>(link.header.ifi_index) != index) return;
+    if (!link.isWhole) return;
     char name[IF_NAMESIZE] = "";
     uint32_t const master = link.number(IFLA_MASTER);
     if (master != 0 && if_indextoname(master, name)) {
-      uses.push_back(fmt::format("the master {}", name));
+      uses[static_cast<uint32_t>(link.header.ifi_index)].push_back(
+          fmt::format("the master {}", name));
     }
   });
+}
+
+// Of all interfaces at once: asking for each would cost as many times as much as there are.
+Uses allUses() {
+  Uses uses;
+  NetlinkSocket route(NETLINK_ROUTE);
+  addAddresses(route, uses);
+  addRoutes(route, uses);
+  addMasters(route, uses);
+  uses.erase(0);  // routes over no interface, or over several alone
+  return uses;
+}
+
+std::vector<std::string> usesOf(std::string const& interface, Uses const& all) {
+  auto const found = all.find(if_nametoindex(interface.c_str()));
+  return found == all.end() ? std::vector<std::string>() : found->second;
 }
 
 }  // namespace
 
 std::vector<std::string> usesOf(std::string const& interface) {
-  std::vector<std::string> uses;
-  uint32_t const index = if_nametoindex(interface.c_str());
-  if (index == 0) return uses;
-  NetlinkSocket route(NETLINK_ROUTE);
-  addAddresses(route, index, uses);
-  addRoutes(route, index, uses);
-  addMaster(route, index, uses);
-  return uses;
+  return usesOf(interface, allUses());
 }
 
 std::string cutOffText(Macsecd::InterfaceConfig const& interface,
@@ -131,9 +146,10 @@ std::string cutOffText(Macsecd::InterfaceConfig const& interface,
 std::vector<std::string> cutOffBy(std::vector<Macsecd::InterfaceConfig> const& interfaces) {
   std::vector<std::string> sentences;
   try {
+    Uses const all = allUses();
     for (Macsecd::InterfaceConfig const& interface : interfaces) {
       if (interface.policy != Macsecd::SecurePolicy::mustSecure) continue;
-      auto const uses = usesOf(interface.name);
+      auto const uses = usesOf(interface.name, all);
       if (!uses.empty()) sentences.push_back(cutOffText(interface, uses));
     }
   } catch (std::system_error const&) {
