@@ -9,6 +9,7 @@
 
 #include "host/Control.h"
 #include "host/ControlText.h"
+#include "host/JsonText.h"
 #include "linux/ControlClient.h"
 
 namespace Linux {
@@ -29,7 +30,7 @@ Json requestOf(char const* command) {
 /// Asks, and shows what hinders it. The status, and what was answered.
 struct Asked {
   Asked(std::string const& socket, Json const& request, ControlView view, std::ostream& err) {
-    auto const answer = askAt(socket, request.dump());
+    auto const answer = askAt(socket, Macsecd::jsonText(request));
     if (auto const* const fault = std::get_if<Macsecd::Fault>(&answer)) {
       err << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
       status = kNoAnswer;

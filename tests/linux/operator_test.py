@@ -88,6 +88,9 @@ class Operator(unittest.TestCase):
                                   capture_output=True, check=False, timeout=30)
             self.assertEqual(done.returncode, 1, command)
             self.assertIn(b"there is no interface", done.stderr)
+        done = subprocess.run([MACSECCTL, "--socket", self.socket, "try", b"/no/\xff"],
+                              capture_output=True, check=False, timeout=30)
+        self.assertEqual(done.returncode, 1)
 
     def test_is_refused_a_new_key_for_a_port_without_one(self):
         self.start()
