@@ -30,8 +30,6 @@ constexpr uint32_t maxLifetime = UINT32_MAX / 60;
 /// Widest window of the extended packet numbering suites.
 constexpr uint32_t maxReplayWindow = (1u << 30) - 1;
 
-/// Longest name of a network device in the kernel, in octets.
-constexpr size_t maxDeviceName = 15;
 /// MTUs of a MACsec device: IPv4 needs the lowest, and 32 octets more than the greatest are the
 /// most that an interface can have.
 constexpr uint32_t minMtu = 68, maxMtu = UINT16_MAX - 32;

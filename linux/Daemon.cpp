@@ -196,7 +196,11 @@ void Daemon::take(Macsecd::ConfigResult const& read) {
 void Daemon::configIs(Macsecd::SwitchConfig const& config) {
   std::set<std::string> names;
   interfaces_ = config.interfaces;
-  for (auto const& interface : interfaces_) names.insert(interface.name);
+  portNumbers_.clear();
+  for (auto const& interface : interfaces_) {
+    names.insert(interface.name);
+    portNumbers_[interface.name] = interface.portNumber;
+  }
   if (driver_) driver_->configIs(config);
   ports_.namesAre(std::move(names));
   if (isReady_) tellWhatIsCutOff();
@@ -322,9 +326,8 @@ void Daemon::leave() {
 }
 
 uint16_t Daemon::portNumberOf(Lumo::IntfId intfId) const {
-  auto const found =
-      std::ranges::find(interfaces_, intfId.stringValue().view(), &Macsecd::InterfaceConfig::name);
-  return found == interfaces_.end() ? Macsecd::InterfaceConfig().portNumber : found->portNumber;
+  auto const found = portNumbers_.find(std::string(intfId.stringValue().view()));
+  return found == portNumbers_.end() ? Macsecd::InterfaceConfig().portNumber : found->second;
 }
 
 void Daemon::linkChanged(LinkChange const& change) {

@@ -105,6 +105,7 @@ class Daemon final : private PortFollower {
   Macsecd::UnreadableKeyTeller const unreadableKeys_;
   std::unique_ptr<HardwareDriver> const driver_;
   std::vector<Macsecd::InterfaceConfig> interfaces_;  ///< those in the configuration
+  std::map<std::string, uint16_t> portNumbers_;       ///< theirs
   EapKeyFeed eapKeys_;
   ControlSocket control_;
   LoopDelay loopDelay_;

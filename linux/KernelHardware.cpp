@@ -23,12 +23,9 @@ Vesk::Ptr<Macsec::MacSecStatus> sliceOf(Macsecd::Host& host) {
 }
 
 // Without a port there is no cipher suite yet but that of the profile.
-std::optional<DeviceKind> standingOf(Macsecd::SwitchConfig const& config,
-                                     Macsecd::InterfaceConfig const& interface) {
-  auto const* const profile = config.profile(interface.profile);
-  if (!profile) return {};
-  bool const is128 = profile->cipherSuite == Macsecd::Suite::gcmAesXpn128;
-  return DeviceKind{0, is128 ? kGcmAesXpn128 : kGcmAesXpn256, profile->includeSci};
+DeviceKind standingOf(Macsecd::ProfileConfig const& profile) {
+  bool const is128 = profile.cipherSuite == Macsecd::Suite::gcmAesXpn128;
+  return {0, is128 ? kGcmAesXpn128 : kGcmAesXpn256, profile.includeSci};
 }
 
 std::optional<uint64_t> nextReceived(SecY const& secY, Macsec::CpStatus const* cpStatus) {
@@ -89,11 +86,17 @@ KernelHardware::~KernelHardware() {
 }
 
 void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
+  std::map<std::string_view, DeviceKind> kinds;
+  for (Macsecd::ProfileConfig const& profile : config.profiles) {
+    kinds[profile.name] = standingOf(profile);
+  }
   wishes_.clear();
   for (Macsecd::InterfaceConfig const& interface : config.interfaces) {
     Wish& wish = wishes_[Lumo::IntfId{Vesk::String8(interface.name)}];
-    wish.device = {interface.device, interface.replayWindow, interface.mtu,
-                   standingOf(config, interface)};
+    wish.device = {interface.device, interface.replayWindow, interface.mtu, {}};
+    if (auto const kind = kinds.find(interface.profile); kind != kinds.end()) {
+      wish.device.standing = kind->second;
+    }
     wish.portNumber = interface.portNumber;
     wish.mustBeSecure = interface.policy == Macsecd::SecurePolicy::mustSecure;
     wish.clear = interface.clear;
