@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "host/KeyText.h"
 #include "host/PortActors.h"
 #include "runtime/Log.h"
 #include "runtime/World.h"
@@ -102,15 +103,17 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   return PortTrouble::otherPeer;
 }
 
-// The actor of such a key ends with the port, and nobody can make it anew.
+// The actor of such a key ends with the port, and nobody can make it anew. A name that was spelled
+// otherwise before comes back: where an interface has its names written as characters, the others
+// of its profile get the new spelling too.
 bool PortDoctor::livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const {
   auto const intfStatus = status_->intfStatus(intfId);
+  if (!intfStatus) return hasLivePeer(port);
+  auto const primary = keyNameOctets(intfStatus->key().ckn().view());
+  auto const fallback = keyNameOctets(intfStatus->defaultKey().ckn().view());
   for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
-    if (actor.livePeer().empty()) continue;
-    if (!intfStatus ||
-        (actor.ckn() != intfStatus->key().ckn() && actor.ckn() != intfStatus->defaultKey().ckn())) {
-      return true;
-    }
+    auto const name = keyNameOctets(actor.ckn().view());
+    if (!actor.livePeer().empty() && name != primary && name != fallback) return true;
   }
   return false;
 }

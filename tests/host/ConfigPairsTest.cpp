@@ -307,5 +307,13 @@ TEST(ConfigPairs, AReloadEndsWhereAFreshStartBegins) { compare(Way::reload); }
 
 TEST(ConfigPairs, ARestartEndsWhereAFreshStartBegins) { compare(Way::restart); }
 
+// The letters of a key's name change, which an interface has on the wire as characters and another
+// one of the same profile as octets; and the other end gets another port number.
+TEST(ConfigPairs, ANameThatIsSpelledOtherwiseIsNoFormerKeyForThePortDoctor) {
+  Pair const pair(7382);
+  End const fresh = pair.after(Way::fresh), reloaded = pair.after(Way::reload);
+  EXPECT_EQ(reloaded.states, fresh.states);
+}
+
 }  // namespace
 }  // namespace Macsecd::Test
