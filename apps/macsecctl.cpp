@@ -15,7 +15,7 @@
 namespace {
 
 using Macsecd::ControlView;
-using Json = nlohmann::ordered_json;
+using Macsecd::Json;
 
 struct Options {
   std::string socket = "/run/macsecd/control";

@@ -1,16 +1,13 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include "host/Explain.h"
+#include "host/JsonText.h"
 #include "host/Mistake.h"
 #include "host/PortSummary.h"
 
 namespace Macsecd {
 
 // What is told of a switch, as JSON. Members are named in kebab-case; what isn't known is null.
-
-using Json = nlohmann::ordered_json;
 
 Json jsonOf(PortSummary const& port);
 Json jsonOf(Explanation const& explanation);

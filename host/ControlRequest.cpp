@@ -3,11 +3,10 @@
 #include <fmt/format.h>
 
 #include "host/Control.h"
+#include "host/JsonText.h"
 #include "host/KeyText.h"
 
 namespace Macsecd {
-
-using Json = nlohmann::ordered_json;
 
 ControlRequest::ControlRequest(std::string_view text) : json_(Json::parse(text, nullptr, false)) {
   if (!json_.is_object()) throw Fault{"the request isn't a JSON object", "send one on one line"};

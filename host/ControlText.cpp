@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "host/ControlJson.h"
 #include "host/JsonText.h"
 #include "host/TextTable.h"
 

@@ -2,16 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <nlohmann/json.hpp>
-
+#include "host/JsonText.h"
 #include "host/TimeText.h"
 #include "platform/Hex.h"
 
 namespace Macsecd {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string text(Json const& json, char const* member) {
   Json const& value = json.at(member);

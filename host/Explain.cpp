@@ -16,7 +16,7 @@ bool Explanation::has(CauseKind kind) const {
 Explainer::Explainer(Host const& host, Lumo::IntfId intfId)
     : host_(host),
       intfId_(intfId),
-      passage_(passageOf(host, intfId)),
+      passage_(host.passage(intfId)),
       evidence_(host.frameEvidence(intfId)),
       ethIntf_(host.ethIntfStatusDir()->intfStatus(intfId)),
       intfStatus_(host.status()->intfStatus(intfId)),

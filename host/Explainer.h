@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/Explain.h"
-#include "host/Passage.h"
 
 namespace Macsecd {
 

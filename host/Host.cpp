@@ -1,8 +1,6 @@
 #include "host/Host.h"
 
 #include "host/ConfigTree.h"
-#include "host/Passage.h"
-#include "host/PortJournal.h"
 #include "host/StaleStatus.h"
 #include "host/StatusCopy.h"
 #include "model/Factories.h"
@@ -77,7 +75,7 @@ struct Host::Machines {
           [&host](Lumo::IntfId intfId) { return host.isOpen(intfId); },
           host.options_.treatedTroubles);
     }
-    if (host.options_.portJournal) journal.emplace(host);
+    if (host.options_.companion) companion = host.options_.companion(host);
   }
 
   Vesk::Ptr<Macsec::HwStatusSm> hwStatusSm;
@@ -90,7 +88,7 @@ struct Host::Machines {
   TransmitHold transmitHold;
   KeyAges keyAges;
   std::optional<PortDoctor> doctor;
-  std::optional<PortJournal> journal;
+  std::unique_ptr<HostCompanion> companion;
 };
 
 Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
@@ -255,7 +253,7 @@ void Host::stop() {
 
 void Host::die() {
   keeper_ = nullptr;
-  if (machines_) machines_->journal.reset();
+  if (machines_) machines_->companion.reset();
   auto left = options_.store ? status_ : copyOf(*status_);
   if (running()) {
     DeadWorld dead(Vesk::now());
@@ -303,7 +301,11 @@ TransmitHold::Reason Host::transmitHold(Lumo::IntfId intfId) const {
   return running() ? machines_->transmitHold.reason(intfId) : TransmitHold::Reason::none;
 }
 
-bool Host::isOpen(Lumo::IntfId intfId) const { return passageOf(*this, intfId) == Passage::open; }
+Passage Host::passage(Lumo::IntfId intfId) const {
+  return passageOf(
+      {*status_, *forwardingModelInputDir_, *peerLossInputDir_, *transmitHoldInputDir_, *slices_},
+      hardwareReport(intfId), intfId);
+}
 
 PortDoctor::Counts const* Host::doctorCounts() const {
   return running() && machines_->doctor ? &machines_->doctor->counts() : nullptr;

@@ -23,7 +23,7 @@
 #include "host/KeptConfig.h"
 #include "host/KeyAges.h"
 #include "host/KeyHistory.h"
-#include "host/KeyText.h"
+#include "host/Passage.h"
 #include "host/PeerLoss.h"
 #include "host/PortDoctor.h"
 #include "host/StateKeeper.h"
@@ -35,6 +35,14 @@
 
 namespace Macsecd {
 
+class Host;
+
+/// What is made when a switch has started, and ends before it stops.
+class HostCompanion {
+ public:
+  virtual ~HostCompanion() = default;
+};
+
 struct HostOptions {
   /// Answers in the hardware's place, with one slice that has every interface. Otherwise the caller
   /// fills `slices()`.
@@ -45,8 +53,8 @@ struct HostOptions {
   StateStore* store = nullptr;
   /// Looks after ports that can't get well by themselves (`PortDoctor`).
   bool portDoctor = true;
-  /// Tells the life of the ports in the log (`PortJournal`), which needs the attribute log.
-  bool portJournal = false;
+  /// Makes what looks at the switch while it runs, such as a `PortJournal`; null for nothing.
+  std::function<std::unique_ptr<HostCompanion>(Host&)> companion = nullptr;
   /// What the port doctor acts on.
   PortTroubles treatedTroubles = allPortTroubles();
   /// Keeps recorded MKPDUs away from the engine (`Codec::ReplayGuard`).
@@ -144,8 +152,9 @@ class Host {
   void keyIsSpent(Lumo::IntfId intfId, SakId const& sak);
   /// Why nothing is sent on an interface although a key is there.
   TransmitHold::Reason transmitHold(Lumo::IntfId intfId) const;
-  /// Whether traffic may pass, as `passageOf` has it.
-  bool isOpen(Lumo::IntfId intfId) const;
+  /// Whether traffic may pass; if not, why not.
+  Passage passage(Lumo::IntfId intfId) const;
+  bool isOpen(Lumo::IntfId intfId) const { return passage(intfId) == Passage::open; }
 
   /// What the doctor has done; null without one, or while the switch doesn't run.
   PortDoctor::Counts const* doctorCounts() const;

@@ -1,6 +1,6 @@
 #include "host/Passage.h"
 
-#include "host/Host.h"
+#include "model/MacSecStatus.h"
 
 namespace Macsecd {
 
@@ -14,24 +14,25 @@ bool isUnauthorized(Input const& input, Lumo::IntfId intfId) {
 }
 
 // What the hardware has installed, also while the state machines don't run.
-Vesk::Ptr<Macsec::MacSecIntfStatus> installedOn(Host const& host, Lumo::IntfId intfId) {
-  for (auto const& entry : host.slices()->entityPtr()) {
+Vesk::Ptr<Macsec::MacSecIntfStatus> installedOn(Vesk::Dir const& slices, Lumo::IntfId intfId) {
+  for (auto const& entry : slices.entityPtr()) {
     auto const slice = Vesk::ptrCast<Macsec::MacSecStatus>(entry.value());
     if (auto const found = slice->status(intfId)) return found;
   }
   return nullptr;
 }
 
-Passage throughAssociations(Host const& host, Lumo::IntfId intfId, HardwareReport const& report) {
-  auto const installed = installedOn(host, intfId);
+Passage throughAssociations(Vesk::Dir const& slices, HardwareReport const& report,
+                            Lumo::IntfId intfId) {
+  auto const installed = installedOn(slices, intfId);
   bool const sends = report.sends.value_or(installed && installed->txSaStatus());
   bool const receives = report.receives.value_or(installed && !installed->rxSaStatus().empty());
   if (!sends) return Passage::noTransmitSa;
   return receives ? Passage::open : Passage::noReceiveSa;
 }
 
-Passage throughHardware(Host const& host, Lumo::IntfId intfId) {
-  HardwareReport const report = host.hardwareReport(intfId);
+Passage throughHardware(Vesk::Dir const& slices, HardwareReport const& report,
+                        Lumo::IntfId intfId) {
   switch (report.deviceState) {
     case DeviceState::absent:
       return Passage::deviceAbsent;
@@ -42,19 +43,19 @@ Passage throughHardware(Host const& host, Lumo::IntfId intfId) {
     case DeviceState::up:
       break;
   }
-  return throughAssociations(host, intfId, report);
+  return throughAssociations(slices, report, intfId);
 }
 
 }  // namespace
 
-Passage passageOf(Host const& host, Lumo::IntfId intfId) {
-  auto const cp = host.status()->cpStatus(intfId);
+Passage passageOf(PassageInputs const& inputs, HardwareReport const& report, Lumo::IntfId intfId) {
+  auto const cp = inputs.status.cpStatus(intfId);
   if (!cp) return Passage::noPort;
   if (!cp->controlledPortEnabled()) return Passage::notAgreed;
-  if (isUnauthorized(*host.transmitHoldInputDir(), intfId)) return Passage::transmitHeld;
-  if (isUnauthorized(*host.peerLossInputDir(), intfId)) return Passage::peersLost;
-  if (isUnauthorized(*host.forwardingModelInputDir(), intfId)) return Passage::unauthorized;
-  return throughHardware(host, intfId);
+  if (isUnauthorized(inputs.transmitHold, intfId)) return Passage::transmitHeld;
+  if (isUnauthorized(inputs.peerLoss, intfId)) return Passage::peersLost;
+  if (isUnauthorized(inputs.forwarding, intfId)) return Passage::unauthorized;
+  return throughHardware(inputs.slices, report, intfId);
 }
 
 char const* stateOf(Passage passage) {

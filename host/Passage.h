@@ -2,11 +2,12 @@
 
 #include <cstdint>
 
-#include "runtime/IntfId.h"
+#include "host/HardwareReport.h"
+#include "model/Status.h"
+#include "platform/IntfForwardingModel.h"
+#include "runtime/Dir.h"
 
 namespace Macsecd {
-
-class Host;
 
 /// Whether traffic may pass on a port, under protection and both ways; if not, what keeps it from
 /// passing, the first of these that does.
@@ -24,8 +25,18 @@ enum class Passage : uint8_t {
   noReceiveSa,    ///< the hardware takes nothing in
 };
 
-/// This is the one place that knows when a port is open. Whatever says so to anybody asks here.
-Passage passageOf(Host const& host, Lumo::IntfId intfId);
+/// All that decides on it.
+struct PassageInputs {
+  Macsec::Status const& status;
+  Interface::IntfForwardingModelInputDir const& forwarding;
+  Interface::IntfForwardingModelInputDir const& peerLoss;
+  Interface::IntfForwardingModelInputDir const& transmitHold;
+  Vesk::Dir const& slices;  ///< each a `MacSecStatus`
+};
+
+/// This is the one place that knows when a port is open. Whatever says so to anybody asks
+/// `Host::passage`, which asks here.
+Passage passageOf(PassageInputs const& inputs, HardwareReport const& report, Lumo::IntfId intfId);
 
 /// In one word: "open", "closed", or "absent" when there is no port.
 char const* stateOf(Passage passage);

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "host/Explain.h"
-#include "host/Passage.h"
 #include "runtime/Log.h"
 #include "runtime/World.h"
 

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 
+#include "host/Host.h"
 #include "host/HostTap.h"
 #include "host/PortWatch.h"
 #include "host/TellingRate.h"
@@ -17,12 +18,16 @@ namespace Macsecd {
 /// `TellingRate::kMost` times a minute, and as it stands at the end of that.
 ///
 /// It lives as a `PortWatch` does.
-class PortJournal final : private HostTap {
+class PortJournal final : public HostCompanion, private HostTap {
  public:
   /// Begins with what the ports are now: those that are open are told, and those that the tree has
   /// as open and that aren't.
   explicit PortJournal(Host& host);
-  ~PortJournal();
+  /// For `HostOptions::companion`.
+  static std::unique_ptr<HostCompanion> of(Host& host) {
+    return std::make_unique<PortJournal>(host);
+  }
+  ~PortJournal() override;
   PortJournal(PortJournal const&) = delete;
   PortJournal& operator=(PortJournal const&) = delete;
 

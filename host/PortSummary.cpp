@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "host/Passage.h"
 #include "host/PortText.h"
 #include "runtime/World.h"
 
@@ -55,7 +54,7 @@ void addPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) {
 
 void addControlledPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) {
   auto const cp = host.status()->cpStatus(intfId);
-  out.state = stateOf(passageOf(host, intfId));
+  out.state = stateOf(host.passage(intfId));
   if (!cp) return;
   out.cipherSuite = Macsec::suiteName(cp->cipher());
   out.ssci = cp->mySsci().ssci().charPtr();

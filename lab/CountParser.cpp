@@ -1,5 +1,5 @@
 #include "lab/CountParts.h"
-#include "lab/MadeFrame.h"
+#include "lab/Defect.h"
 
 namespace Lab {
 

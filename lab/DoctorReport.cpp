@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "host/JsonText.h"
 #include "host/TextTable.h"
 #include "lab/Clock.h"
 #include "lab/DoctorComparison.h"
@@ -15,7 +16,7 @@ namespace Lab {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Macsecd::Json;
 using Macsecd::kPortTroubles;
 using Macsecd::PortTrouble;
 

@@ -11,7 +11,7 @@ namespace Lab {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Macsecd::Json;
 
 template <class T>
 Json orNull(std::optional<T> const& value) {

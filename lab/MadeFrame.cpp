@@ -114,17 +114,6 @@ bool sign(Frame& frame, Codec::Octets name, Macsec::MkaPortStatus const& receive
 
 }  // namespace
 
-std::vector<Defect> const& defects() {
-  static std::vector<Defect> const defects = [] {
-    std::vector<Defect> counted;
-    for (auto const& [defect, name] : Vesk::EnumNames<Defect>::names) {
-      if (defect != Defect::none && defect != Defect::invalid) counted.push_back(defect);
-    }
-    return counted;
-  }();
-  return defects;
-}
-
 std::optional<Frame> madeFrame(Frame const& good, Defect defect,
                                Macsec::MkaPortStatus const& receiver) {
   Parts parts;

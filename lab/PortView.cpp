@@ -1,6 +1,5 @@
 #include "lab/PortView.h"
 
-#include "host/Passage.h"
 #include "platform/WardcodeLib.h"
 
 namespace Lab {
@@ -28,7 +27,7 @@ Sak PortView::txSak() const {
 }
 
 char const* stateOf(Macsecd::Host const& host, Lumo::IntfId intfId) {
-  return Macsecd::stateOf(passageOf(host, intfId));
+  return Macsecd::stateOf(host.passage(intfId));
 }
 
 bool sameSak(Sak const& a, Sak const& b) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "host/PortJournal.h"
 #include "platform/WardcodeLib.h"
 
 namespace Lab {
@@ -45,7 +46,7 @@ Switch::Switch(SwitchSpec const& spec, Scenario const& scenario, Clock const& cl
         spec_.name, *this,
         Macsecd::HostOptions{.emulateHardware = false,
                              .store = &store_,
-                             .portJournal = true,
+                             .companion = Macsecd::PortJournal::of,
                              .treatedTroubles = scenario.treatedTroubles,
                              .replayGuard = scenario.replayGuard});
     hardware_ = std::make_unique<Hardware>(*host_, interfaces_, spec_.name, nonces);

@@ -16,8 +16,8 @@ namespace Linux {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Macsecd::ControlView;
+using Macsecd::Json;
 
 constexpr int kRefused = 1;
 constexpr int kNoAnswer = 3;

@@ -7,6 +7,7 @@
 
 #include "host/HostKey.h"
 #include "host/KeyText.h"
+#include "host/PortJournal.h"
 #include "linux/InterfaceUse.h"
 #include "linux/NamespaceGuard.h"
 #include "linux/Privileges.h"
@@ -92,8 +93,9 @@ Vesk::LogHandle const MACSECD_LEFT("MACSECD_LEFT", LogSeverity::notice,
                                    Vesk::NoActionRequired, 0.0, 1.0);
 
 Macsecd::HostOptions hostOptionsOf(DaemonOptions const& options, Macsecd::StateStore* store) {
-  Macsecd::HostOptions host{
-      .emulateHardware = options.emulateHardware, .store = store, .portJournal = true};
+  Macsecd::HostOptions host{.emulateHardware = options.emulateHardware,
+                            .store = store,
+                            .companion = Macsecd::PortJournal::of};
   if (!options.counters.empty()) host.counters = messageCountersIn(options.counters);
   return host;
 }

@@ -1,5 +1,6 @@
 #include "host/PeerLoss.h"
 
+#include "host/PortJournal.h"
 #include "tests/host/HostFixture.h"
 
 namespace Macsecd {
@@ -32,7 +33,7 @@ class PeerLossOfAPort : public ::testing::Test {
   bool isClosedForLoss() const {
     return a.host.peerLossInputDir()->forwardingModelInput(kIntf) != nullptr;
   }
-  Switch b{2}, a{1, {.portJournal = true}};
+  Switch b{2}, a{1, {.companion = PortJournal::of}};
 };
 
 TEST_F(PeerLossOfAPort, ClosesIfThatIsWantedAndOpensWithThePeer) {

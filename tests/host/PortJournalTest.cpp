@@ -53,7 +53,7 @@ class PortJournalTest : public ::testing::Test {
     }
   }
 
-  Switch b{2}, a{1, {.portJournal = true}};
+  Switch b{2}, a{1, {.companion = PortJournal::of}};
   size_t looked_ = 0;
   bool isUp_ = true;
 };

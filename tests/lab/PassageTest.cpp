@@ -1,4 +1,3 @@
-#include "host/Passage.h"
 
 #include <gmock/gmock.h>
 
