@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
-#include "lab/Decode.h"
 #include "lab/DoctorComparison.h"
 #include "lab/Play.h"
-#include "lab/RandomScenario.h"
+#include "lab/random/RandomScenario.h"
+#include "lab/report/Decode.h"
 
 namespace {
 

@@ -4,13 +4,13 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "host/Control.h"
-#include "host/ControlText.h"
-#include "host/JsonText.h"
-#include "linux/ControlClient.h"
-#include "linux/ControlFollow.h"
-#include "linux/ControlTrial.h"
-#include "linux/TraceText.h"
+#include "host/client/ControlText.h"
+#include "host/control/Control.h"
+#include "host/text/JsonText.h"
+#include "linux/client/ControlClient.h"
+#include "linux/client/ControlFollow.h"
+#include "linux/client/ControlTrial.h"
+#include "linux/trace/TraceText.h"
 
 namespace {
 

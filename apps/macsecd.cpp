@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
-#include "host/ConfigFile.h"
+#include "host/config/ConfigFile.h"
 #include "linux/Daemon.h"
-#include "linux/InterfaceUse.h"
-#include "linux/KernelHardware.h"
+#include "linux/kernel/InterfaceUse.h"
+#include "linux/kernel/KernelHardware.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/Host.h"
-#include "lab/Wire.h"
+#include "lab/world/Wire.h"
 #include "runtime/World.h"
 
 namespace Bench {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/Fabric.h"
-#include "host/ConfigTree.h"
+#include "host/config/ConfigTree.h"
 #include "model/Factories.h"
 #include "platform/AesCmac.h"
 #include "runtime/Trace.h"

@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "host/ConfigFile.h"
+#include "host/config/ConfigFile.h"
 
 // Any octets as the text of a configuration: they are read in time that goes with their number, and
 // what is wrong with them is told at places within them.

@@ -1,8 +1,8 @@
 #include "host/Host.h"
 
-#include "host/ConfigTree.h"
-#include "host/StaleStatus.h"
-#include "host/StatusCopy.h"
+#include "host/config/ConfigTree.h"
+#include "host/state/StaleStatus.h"
+#include "host/state/StatusCopy.h"
 #include "model/Factories.h"
 #include "runtime/World.h"
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "lab/RandomScenario.h"
-#include "lab/ScenarioParser.h"
-#include "lab/SecuredTime.h"
+#include "lab/judge/SecuredTime.h"
+#include "lab/random/RandomScenario.h"
+#include "lab/scenario/ScenarioParser.h"
 #include "runtime/Assert.h"
 
 namespace Lab {

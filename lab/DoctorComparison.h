@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "host/PortTrouble.h"
+#include "host/watch/PortTrouble.h"
 
 namespace Lab {
 

@@ -5,10 +5,10 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "host/JsonText.h"
-#include "host/TextTable.h"
-#include "lab/Clock.h"
+#include "host/text/JsonText.h"
+#include "host/text/TextTable.h"
 #include "lab/DoctorComparison.h"
+#include "lab/world/Clock.h"
 
 // How a comparison is told.
 

@@ -5,11 +5,11 @@
 #include <fstream>
 #include <ostream>
 
-#include "lab/Captures.h"
-#include "lab/Events.h"
-#include "lab/Expectations.h"
-#include "lab/ScenarioParser.h"
-#include "lab/Timeline.h"
+#include "lab/judge/Expectations.h"
+#include "lab/report/Captures.h"
+#include "lab/report/Events.h"
+#include "lab/report/Timeline.h"
+#include "lab/scenario/ScenarioParser.h"
 
 namespace Lab {
 

@@ -5,15 +5,15 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "host/HostKey.h"
-#include "host/KeyText.h"
-#include "host/PortJournal.h"
-#include "linux/InterfaceUse.h"
-#include "linux/NamespaceGuard.h"
-#include "linux/Privileges.h"
-#include "linux/ServiceManager.h"
-#include "linux/SharedCounters.h"
-#include "linux/Syslog.h"
+#include "host/journal/PortJournal.h"
+#include "host/state/HostKey.h"
+#include "host/text/KeyText.h"
+#include "linux/keep/SharedCounters.h"
+#include "linux/kernel/InterfaceUse.h"
+#include "linux/process/NamespaceGuard.h"
+#include "linux/process/Privileges.h"
+#include "linux/process/ServiceManager.h"
+#include "linux/trace/Syslog.h"
 #include "platform/Fips.h"
 #include "platform/WardcodeLib.h"
 

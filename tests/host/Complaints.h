@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/ConfigFile.h"
+#include "host/config/ConfigFile.h"
 
 namespace Macsecd {
 

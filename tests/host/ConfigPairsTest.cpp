@@ -3,8 +3,8 @@
 
 #include <cstdlib>
 
-#include "host/Explain.h"
-#include "host/KeyText.h"
+#include "host/explain/Explain.h"
+#include "host/text/KeyText.h"
 #include "model/Factories.h"
 #include "platform/WardcodeLib.h"
 #include "tests/host/ConfigPair.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/StatePath.h"
-#include "host/StateTree.h"
+#include "host/state/StatePath.h"
+#include "host/state/StateTree.h"
 #include "model/Factories.h"
 #include "runtime/Describe.h"
 

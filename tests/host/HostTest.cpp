@@ -1,6 +1,6 @@
 #include "host/Host.h"
 
-#include "host/StatusCopy.h"
+#include "host/state/StatusCopy.h"
 #include "platform/WardcodeLib.h"
 #include "tests/host/HostFixture.h"
 

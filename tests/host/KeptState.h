@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/StateStore.h"
+#include "host/state/StateStore.h"
 
 namespace Macsecd {
 

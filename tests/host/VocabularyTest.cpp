@@ -2,10 +2,10 @@
 
 #include <regex>
 
-#include "host/ConfigFile.h"
-#include "host/Control.h"
-#include "host/ControlJson.h"
-#include "host/EventJson.h"
+#include "host/config/ConfigFile.h"
+#include "host/control/Control.h"
+#include "host/control/ControlJson.h"
+#include "host/control/EventJson.h"
 #include "tests/host/HostFixture.h"
 
 namespace Macsecd {

@@ -1,4 +1,4 @@
-#include "linux/InterfaceUse.h"
+#include "linux/kernel/InterfaceUse.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "linux/PortForwarding.h"
+#include "linux/kernel/PortForwarding.h"
 #include "tests/kernel/Station.h"
 #include "tests/support/TestWorld.h"
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "linux/FilterNetlink.h"
-#include "linux/ParentFilters.h"
+#include "linux/kernel/FilterNetlink.h"
+#include "linux/kernel/ParentFilters.h"
 #include "tests/kernel/Station.h"
 #include "tests/support/TestWorld.h"
 

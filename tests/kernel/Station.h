@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "linux/KernelDriver.h"
-#include "linux/MacsecNetlink.h"
+#include "linux/kernel/KernelDriver.h"
+#include "linux/kernel/MacsecNetlink.h"
 #include "model/Factories.h"
 #include "platform/WardcodeLib.h"
 #include "tests/kernel/Wire.h"

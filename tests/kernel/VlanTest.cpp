@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "linux/EapolSocket.h"
-#include "linux/FilterNetlink.h"
-#include "linux/ParentFilters.h"
+#include "linux/kernel/FilterNetlink.h"
+#include "linux/kernel/ParentFilters.h"
+#include "linux/net/EapolSocket.h"
 #include "tests/kernel/Wire.h"
 #include "tests/support/TestWorld.h"
 

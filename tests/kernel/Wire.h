@@ -14,7 +14,7 @@
 #include <string>
 #include <system_error>
 
-#include "linux/Descriptor.h"
+#include "linux/process/Descriptor.h"
 
 namespace Kernel {
 

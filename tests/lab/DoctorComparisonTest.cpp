@@ -5,9 +5,9 @@
 #include <set>
 #include <sstream>
 
-#include "Played.h"
-#include "lab/RandomScenario.h"
-#include "lab/SecuredTime.h"
+#include "lab/judge/SecuredTime.h"
+#include "lab/random/RandomScenario.h"
+#include "tests/lab/Played.h"
 
 namespace Lab {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <set>
 
-#include "Played.h"
-#include "host/StateTree.h"
-#include "lab/PortView.h"
+#include "host/state/StateTree.h"
+#include "lab/world/PortView.h"
+#include "tests/lab/Played.h"
 
 namespace Lab {
 

@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
-#include "Played.h"
-#include "host/Explain.h"
-#include "host/PortSummary.h"
+#include "host/explain/Explain.h"
+#include "host/port/PortSummary.h"
+#include "tests/lab/Played.h"
 
 // What a switch says of a port against what becomes of a frame there, at every instant.
 

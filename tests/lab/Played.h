@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "Scene.h"
-#include "lab/Expectations.h"
-#include "lab/Simulation.h"
+#include "lab/judge/Expectations.h"
+#include "lab/world/Simulation.h"
+#include "tests/lab/Scene.h"
 
 namespace Lab {
 

@@ -5,12 +5,12 @@
 #include <fstream>
 #include <sstream>
 
-#include "lab/Captures.h"
-#include "lab/Events.h"
-#include "lab/Expectations.h"
-#include "lab/ScenarioParser.h"
-#include "lab/Simulation.h"
-#include "lab/Timeline.h"
+#include "lab/judge/Expectations.h"
+#include "lab/report/Captures.h"
+#include "lab/report/Events.h"
+#include "lab/report/Timeline.h"
+#include "lab/scenario/ScenarioParser.h"
+#include "lab/world/Simulation.h"
 #include "tests/support/Poison.h"
 
 namespace Lab {

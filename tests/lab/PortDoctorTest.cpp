@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "Played.h"
+#include "tests/lab/Played.h"
 
 // What the port doctors of whole switches do, and leave alone.
 

@@ -3,9 +3,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "Played.h"
-#include "lab/Events.h"
+#include "lab/report/Events.h"
 #include "runtime/Describe.h"
+#include "tests/lab/Played.h"
 
 // Processes of switches that end themselves, and what they leave to the next one.
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "lab/ScenarioParser.h"
+#include "lab/scenario/ScenarioParser.h"
 
 namespace Lab {
 

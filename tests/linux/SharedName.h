@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "linux/SharedCounters.h"
+#include "linux/keep/SharedCounters.h"
 
 namespace Linux {
 

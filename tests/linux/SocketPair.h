@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "linux/Descriptor.h"
+#include "linux/process/Descriptor.h"
 
 namespace Linux {
 

@@ -7,7 +7,7 @@
 #include <iostream>
 #include <vector>
 
-#include "linux/ProcessWorld.h"
+#include "linux/process/ProcessWorld.h"
 #include "runtime/World.h"
 #include "tests/kernel/Wire.h"
 

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "linux/ProcessWorld.h"
+#include "linux/process/ProcessWorld.h"
 #include "runtime/World.h"
 #include "tests/kernel/Wire.h"
 

@@ -1,0 +1,84 @@
+#include "host/client/EventText.h"
+
+#include <fmt/format.h>
+
+#include "host/text/JsonText.h"
+#include "host/text/TimeText.h"
+#include "platform/Hex.h"
+
+namespace Macsecd {
+
+namespace {
+
+std::string text(Json const& json, char const* member) {
+  Json const& value = json.at(member);
+  return value.is_null() ? "" : value.get<std::string>();
+}
+
+std::string keyWords(Json const& json) {
+  std::string const key = text(json, "ckn");
+  if (key.empty()) return "no key is in use";
+  return fmt::format("key {} ({}) is in use", key, text(json, "role"));
+}
+
+std::string keyServerWords(Json const& json) {
+  if (json.at("is-key-server").get<bool>()) return "this switch is the key server";
+  std::string const sci = text(json, "sci");
+  return sci.empty() ? "there is no key server" : fmt::format("the key server is {}", sci);
+}
+
+std::string sakWords(Json const& json) {
+  std::string const sak = text(json, "sak");
+  if (sak.empty()) return "sends with no SAK";
+  return fmt::format("sends with SAK {}, AN {}", sak, json.at("an").get<int>());
+}
+
+std::string peerWords(Json const& json, char const* what) {
+  return fmt::format("peer {} {} (key {})", text(json, "sci"), what, text(json, "ckn"));
+}
+
+std::string faultWords(Json const& json) {
+  std::string const fault = text(json, "fault");
+  return fault.empty() ? "the hardware refuses nothing any more" : "the hardware refuses: " + fault;
+}
+
+std::string wordsOf(Json const& json) {
+  std::string const event = text(json, "event");
+  if (event == "link") return "the link is " + text(json, "link");
+  if (event == "state") return "the port is " + text(json, "state");
+  if (event == "key") return keyWords(json);
+  if (event == "key-server") return keyServerWords(json);
+  if (event == "sak") return sakWords(json);
+  if (event == "peer-came") return peerWords(json, "is live");
+  if (event == "peer-went") return peerWords(json, "went");
+  if (event == "hardware-fault") return faultWords(json);
+  return event;
+}
+
+}  // namespace
+
+std::optional<EventLine> eventLineOf(std::string_view line) {
+  try {
+    Json const json = Json::parse(line);
+    auto const time = timeOf(text(json, "time"));
+    if (!time) return std::nullopt;
+    return EventLine{*time, text(json, "interface"), wordsOf(json)};
+  } catch (Json::exception const&) {
+    return std::nullopt;
+  }
+}
+
+std::optional<CapturedFrame> capturedFrameOf(std::string_view line) {
+  try {
+    Json const json = Json::parse(line);
+    std::string const digits = text(json, "octets");
+    auto const time = timeOf(text(json, "time"));
+    CapturedFrame frame{time.value_or(0), std::vector<uint8_t>(digits.size() / 2)};
+    if (!time || !Macsec::hexDecode(digits, frame.octets)) return std::nullopt;
+    return frame;
+  } catch (Json::exception const&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace Macsecd

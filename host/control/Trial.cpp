@@ -1,0 +1,95 @@
+#include "host/control/Trial.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "host/config/InputFile.h"
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Macsecd {
+
+namespace {
+
+using Vesk::LogSeverity;
+
+Vesk::LogHandle const MACSECD_TRIAL_BEGINS("MACSECD_TRIAL_BEGINS", LogSeverity::notice,
+                                           "%s is in force for %s s, and then no more",
+                                           "A configuration is on trial.",
+                                           "To keep it: macsecctl keep", 0.0, 0.0);
+
+Vesk::LogHandle const MACSECD_TRIAL_KEPT("MACSECD_TRIAL_KEPT", LogSeverity::notice, "%s is kept",
+                                         "A configuration on trial stays in force.",
+                                         Vesk::NoActionRequired, 0.0, 0.0);
+
+Vesk::LogHandle const MACSECD_TRIAL_WENT_BACK(
+    "MACSECD_TRIAL_WENT_BACK", LogSeverity::warning,
+    "%s wasn't kept; the configuration that was in force before is so again",
+    "Nobody has kept the configuration on trial in time.",
+    "Try it again, with 'macsecctl keep' in time, or have it read: macsecctl reload", 0.0, 0.0);
+
+}  // namespace
+
+std::vector<Mistake> Trial::begin(std::string const& path, unsigned seconds) {
+  if (InputFile const file(path); file.fault()) {
+    throw Fault{path + ": " + file.fault()->what,
+                "put it where macsecd itself can read it, as in /etc/macsecd"};
+  }
+  ConfigResult const read = readConfigFile(path, Keys::kept);
+  if (!read.good()) return read.mistakes;
+  if (!host_.keptConfig().config()) {
+    throw Fault{"there is no configuration to go back to", "have it read: macsecctl reload"};
+  }
+  host_.keptConfig().triedIs(read.sealed);
+  host_.commit();
+  path_ = path;
+  state_ = State::running;
+  end_ = Vesk::now() + seconds;
+  Vesk::log(MACSECD_TRIAL_BEGINS, path, seconds);
+  host_.configIs(read.config);
+  apply_(read.config);
+  return {};
+}
+
+void Trial::keep() {
+  if (state_ != State::running) {
+    throw Fault{"no configuration is on trial", "try one: macsecctl try FILE"};
+  }
+  host_.keptConfig().keepTried();
+  host_.configFaultIs("");
+  end(State::kept);
+  Vesk::log(MACSECD_TRIAL_KEPT, path_);
+}
+
+bool Trial::isOfAnotherFile() const {
+  std::error_code ignored;
+  return !std::filesystem::equivalent(path_, file_, ignored);
+}
+
+void Trial::isReplaced() {
+  if (state_ == State::running) end(State::replaced);
+}
+
+double Trial::secondsLeft() const {
+  return state_ == State::running ? std::max(0.0, end_ - Vesk::now()) : 0;
+}
+
+void Trial::run() {
+  if (state_ != State::running || Vesk::now() < end_) return;
+  end(State::wentBack);
+  Vesk::log(MACSECD_TRIAL_WENT_BACK, path_);
+  auto const former = host_.keptConfig().config();
+  if (!former) return;
+  if (!isOfAnotherFile()) host_.configFaultIs(path_ + " was tried and not kept");
+  host_.configIs(*former);
+  apply_(*former);
+}
+
+void Trial::end(State state) {
+  state_ = state;
+  end_ = std::numeric_limits<double>::infinity();
+}
+
+}  // namespace Macsecd

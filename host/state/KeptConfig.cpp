@@ -1,0 +1,61 @@
+#include "host/state/KeptConfig.h"
+
+#include "platform/WardcodeLib.h"
+
+namespace Macsecd {
+
+namespace {
+
+std::string const kTextPath = std::string(KeptConfig::kPathBegin) + "text";
+std::string const kTriedPath = std::string(KeptConfig::kPathBegin) + "tried";
+
+Vesk::String8 valueAt(StateValues const& values, std::string const& path) {
+  auto const found = values.find(path);
+  return found == values.end() ? Vesk::String8() : Vesk::String8(found->second);
+}
+
+}  // namespace
+
+void KeptConfig::takeUp(StateValues const& values) {
+  sealed_ = valueAt(values, kTextPath);
+  tried_ = valueAt(values, kTriedPath);
+  pending_ = {};
+}
+
+void KeptConfig::textIs(Vesk::String8 const& sealed) {
+  sealed_ = sealed;
+  tried_ = {};
+  if (!store_) return;
+  pending_.values[kTextPath] = std::string(sealed_.view());
+  pending_.values[kTriedPath] = std::nullopt;
+}
+
+void KeptConfig::triedIs(Vesk::String8 const& sealed) {
+  tried_ = sealed;
+  if (store_) pending_.values[kTriedPath] = std::string(tried_.view());
+}
+
+// Two encryptions of one text differ.
+bool KeptConfig::isTried(Vesk::String8 const& sealed) const {
+  if (tried_.empty() || sealed.empty()) return false;
+  Vesk::String8 const tried = WardcodeLib::doDecodeKey(tried_);
+  return !tried.empty() && tried == WardcodeLib::doDecodeKey(sealed);
+}
+
+// It had no mistakes when it was taken over; another version may find some.
+std::optional<SwitchConfig> KeptConfig::config() const {
+  if (sealed_.empty()) return {};
+  Vesk::String8 const text = WardcodeLib::doDecodeKey(sealed_);
+  if (text.empty()) return {};
+  auto read = parseConfig(text.view(), "the configuration in force");
+  if (!read.good()) return {};
+  return std::move(read.config);
+}
+
+bool KeptConfig::commit() {
+  if (pending_.empty() || !store_->commit(pending_).empty()) return false;
+  pending_ = {};
+  return true;
+}
+
+}  // namespace Macsecd

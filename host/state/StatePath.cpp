@@ -1,0 +1,80 @@
+#include "host/state/StatePath.h"
+
+#include <fmt/format.h>
+
+#include <cctype>
+
+namespace Macsecd {
+
+namespace {
+
+using Macsec::CpStatus;
+using Macsec::IntfStatus;
+using Macsec::MkaActorStatus;
+using Macsec::MkaPeer;
+using Macsec::MkaPortStatus;
+
+bool isPlain(char c) { return c > ' ' && c < '\x7f' && c != '/' && c != '%'; }
+
+char unescaped(std::string_view digits) {
+  auto const digit = [](char c) {
+    return std::isdigit(static_cast<unsigned char>(c)) ? c - '0' : c - 'a' + 10;
+  };
+  if (digits.size() != 2 || digits.find_first_not_of("0123456789abcdef") != digits.npos) {
+    Vesk::throwParseException("a path with a '%' that two digits don't follow");
+  }
+  return static_cast<char>(digit(digits[0]) * 16 + digit(digits[1]));
+}
+
+// The collection of its parent that the entity is a member of.
+char const* collectionOf(Vesk::Entity const& entity) {
+  if (dynamic_cast<IntfStatus const*>(&entity)) return "intfStatus";
+  if (dynamic_cast<CpStatus const*>(&entity)) return "cpStatus";
+  if (dynamic_cast<MkaPortStatus const*>(&entity)) return "portStatus";
+  if (dynamic_cast<MkaActorStatus const*>(&entity)) return "actorStatus";
+  auto const* const peer = dynamic_cast<MkaPeer const*>(&entity);
+  auto const* const actor = dynamic_cast<MkaActorStatus const*>(entity.parent());
+  if (!peer || !actor) return nullptr;
+  return actor->livePeer(peer->msgId()).ptr() == peer ? "livePeer" : "potentialPeer";
+}
+
+}  // namespace
+
+std::string statePath(std::string_view path, std::string_view name) {
+  std::string out(path);
+  if (!out.empty()) out += '/';
+  for (char const c : name) {
+    if (isPlain(c)) {
+      out += c;
+    } else {
+      out += fmt::format("%{:02x}", static_cast<unsigned char>(c));
+    }
+  }
+  return out;
+}
+
+std::vector<std::string> statePathNames(std::string_view path) {
+  std::vector<std::string> names(1);
+  for (size_t at = 0; at < path.size(); ++at) {
+    if (path[at] == '/') {
+      names.emplace_back();
+    } else if (path[at] == '%') {
+      names.back() += unescaped(path.substr(at + 1, 2));
+      at += 2;
+    } else {
+      names.back() += path[at];
+    }
+  }
+  return names;
+}
+
+std::optional<std::string> statePathOf(Vesk::Entity const& entity, Macsec::Status const& status) {
+  if (&entity == &status) return std::string();
+  if (!entity.parent()) return std::nullopt;
+  char const* const collection = collectionOf(entity);
+  auto const above = statePathOf(*entity.parent(), status);
+  if (!collection || !above) return std::nullopt;
+  return statePath(statePath(*above, collection), entity.name().view());
+}
+
+}  // namespace Macsecd

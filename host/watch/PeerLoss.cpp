@@ -1,0 +1,37 @@
+#include "host/watch/PeerLoss.h"
+
+#include "host/watch/PortActors.h"
+
+namespace Macsecd {
+
+PeerLoss::PeerLoss(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Input> input)
+    : input_(std::move(input)),
+      ports_(std::move(status), [this](Lumo::IntfId intfId) { look(intfId); }) {}
+
+void PeerLoss::closingAre(std::set<Lumo::IntfId> closing) {
+  auto const former = std::exchange(closing_, std::move(closing));
+  for (Lumo::IntfId const intfId : former) look(intfId);
+  for (Lumo::IntfId const intfId : closing_) look(intfId);
+}
+
+bool PeerLoss::isLost(Lumo::IntfId intfId) const {
+  if (!closing_.contains(intfId)) return false;
+  auto const& tree = ports_.status();
+  auto const cpStatus = tree->cpStatus(intfId);
+  if (!cpStatus || !cpStatus->controlledPortEnabled()) return false;
+  auto const port = tree->portStatus(intfId);
+  return !port || !hasLivePeer(*port);
+}
+
+void PeerLoss::look(Lumo::IntfId intfId) {
+  bool const wasLost = input_->forwardingModelInput(intfId) != nullptr;
+  bool const lost = isLost(intfId);
+  if (lost == wasLost) return;
+  if (lost) {
+    input_->forwardingModelInputIs(intfId, Interface::intfForwardingModelUnauthorized());
+  } else {
+    input_->forwardingModelInputDel(intfId);
+  }
+}
+
+}  // namespace Macsecd

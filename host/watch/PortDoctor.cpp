@@ -1,0 +1,170 @@
+#include "host/watch/PortDoctor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "host/text/KeyText.h"
+#include "host/watch/PortActors.h"
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Macsecd {
+
+namespace {
+
+constexpr double kLateness = 1;
+constexpr double kMostPatience = 3600;
+
+Vesk::LogHandle const MACSECD_PORT_BOUND_ANEW(
+    "MACSECD_PORT_BOUND_ANEW", Vesk::LogSeverity::warning,
+    "Interface %s is bound to its profile anew: %s",
+    "A port was in a state that it doesn't leave by itself, and starts over.",
+    "If it happens again and again, see what 'macsecctl explain' says at both ends.", 0.0, 1.0);
+
+Vesk::LogHandle const MACSECD_STOOD_STILL(
+    "MACSECD_STOOD_STILL", Vesk::LogSeverity::warning, "The process stood still for %s seconds",
+    "Peers that were lost at this moment weren't: nobody listened to them.",
+    "Give the process more of the processor, and see whether the machine swaps or was suspended.",
+    0.0, 1.0);
+
+}  // namespace
+
+struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
+  using TimerReactor::TimerReactor;
+  void onTime() override { owner().round(); }
+};
+
+PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
+                       Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold,
+                       IsOpen isOpen, PortTroubles treated)
+    : config_(std::move(config)),
+      status_(std::move(status)),
+      transmitHold_(transmitHold),
+      isOpen_(std::move(isOpen)),
+      treated_(std::move(treated)),
+      timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
+  timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
+}
+
+PortDoctor::~PortDoctor() { Vesk::retire(timer_); }
+
+void PortDoctor::round() {
+  double const late = Vesk::now() - timer_->time();
+  if (late > kLateness) {
+    ++counts_.stoodStill;
+    counts_.longest = std::max(counts_.longest, late);
+    Vesk::log(MACSECD_STOOD_STILL, static_cast<uint64_t>(late));
+  }
+  timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
+  std::vector<Lumo::IntfId> bound;
+  for (Macsec::IntfConfig const& intf : config_->intfConfig()) bound.push_back(intf.intfId());
+  for (Lumo::IntfId const intfId : bound) lookAt(intfId);
+  std::erase_if(cases_, [&](auto const& entry) { return !config_->intfConfig(entry.first); });
+}
+
+void PortDoctor::lookAt(Lumo::IntfId intfId) {
+  auto const trouble = isOpen_(intfId) ? std::nullopt : troubleOf(intfId);
+  if (!trouble || !treated_.contains(*trouble)) {
+    if (auto const known = cases_.find(intfId); known != cases_.end()) seemsWell(known);
+    return;
+  }
+  Case& thisCase = cases_[intfId];
+  Members members = membersOf(*status_->portStatus(intfId));
+  if (thisCase.trouble != trouble || thisCase.members != members) {
+    thisCase = {trouble, std::move(members), Vesk::now(), thisCase.boundAnew};
+  }
+  if (Vesk::now() < thisCase.since + patience(intfId, thisCase)) return;
+  thisCase.since = Vesk::now();
+  ++thisCase.boundAnew;
+  bindAnew(intfId, *trouble);
+}
+
+// Well is who has a key in use. Without peers, as after every new binding, nobody can tell.
+void PortDoctor::seemsWell(Cases::iterator known) {
+  auto const port = status_->portStatus(known->first);
+  if (isOpen_(known->first) || (port && principalOf(*port))) {
+    cases_.erase(known);
+  } else {
+    known->second.trouble = std::nullopt;
+  }
+}
+
+std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
+  auto const port = status_->portStatus(intfId);
+  if (!port || !hasLivePeer(*port) || livesOnFormerKey(intfId, *port)) return std::nullopt;
+  auto const principal = principalOf(*port);
+  if (!principal) return PortTrouble::notPrincipal;
+  if (transmitHold_.reason(intfId) == TransmitHold::Reason::spentKey && !principal->electedSelf()) {
+    return PortTrouble::spentKey;
+  }
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (!cpStatus || !hasOnlyAnotherPeer(*principal, cpStatus->peerSsci())) return std::nullopt;
+  return PortTrouble::otherPeer;
+}
+
+// The actor of such a key ends with the port, and nobody can make it anew. A name that was spelled
+// otherwise before comes back: where an interface has its names written as characters, the others
+// of its profile get the new spelling too.
+bool PortDoctor::livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const {
+  auto const intfStatus = status_->intfStatus(intfId);
+  if (!intfStatus) return hasLivePeer(port);
+  auto const primary = keyNameOctets(intfStatus->key().ckn().view());
+  auto const fallback = keyNameOctets(intfStatus->defaultKey().ckn().view());
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    auto const name = keyNameOctets(actor.ckn().view());
+    if (!actor.livePeer().empty() && name != primary && name != fallback) return true;
+  }
+  return false;
+}
+
+PortDoctor::Members PortDoctor::membersOf(Macsec::MkaPortStatus const& port) {
+  Members members;
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    for (Macsec::MkaPeer& peer : actor.livePeer()) {
+      members.emplace(actor.ckn(), peer.msgId(), actor.electedSelf());
+    }
+  }
+  return members;
+}
+
+// Who leads under its fallback key waits before it uses it. That the key is the fallback one at the
+// other end can't be seen from here.
+bool PortDoctor::mayWaitForPrimaryKey(Macsec::MkaPortStatus const& port) {
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    if (actor.livePeer().empty()) continue;
+    if (actor.defaultActor() || !actor.electedSelf()) return true;
+  }
+  return false;
+}
+
+// The longest wait that one of the ends may be in by the rules.
+double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
+  auto const port = status_->portStatus(intfId);
+  double const forPrimaryKey =
+      mayWaitForPrimaryKey(*port) ? status_->defaultKeyActivationPeriod() : 0;
+  if (trouble == PortTrouble::notPrincipal) return forPrimaryKey;
+  if (trouble == PortTrouble::otherPeer) return 0;  // which no wait ends
+  auto const given = SakId::of(principalOf(*port)->distSak());
+  if (!given) return forPrimaryKey;
+  // A key server begins to send with a new key when its peers receive, or after this period.
+  bool const isAnother = given != SakId::of(status_->cpStatus(intfId)->txSak());
+  return isAnother ? status_->latestKeyEnablePeriod() : 0;
+}
+
+double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
+  double const own = std::min(std::ldexp(2 * lifeTime(), thisCase.boundAnew), kMostPatience);
+  return own + legalWait(intfId, *thisCase.trouble);
+}
+
+// The new binding makes the port from its beginnings.
+void PortDoctor::bindAnew(Lumo::IntfId intfId, PortTrouble trouble) {
+  auto const profile = config_->profile(config_->intfConfig(intfId)->profileName());
+  if (!profile) return;
+  ++counts_.boundAnew;
+  Vesk::log(MACSECD_PORT_BOUND_ANEW, intfId, textOf(trouble));
+  profile->intfDel(intfId);
+  profile->intfIs(intfId, true);
+}
+
+}  // namespace Macsecd

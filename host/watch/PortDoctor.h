@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <tuple>
+
+#include "host/watch/PortTrouble.h"
+#include "host/watch/TransmitHold.h"
+#include "model/Config.h"
+#include "model/Status.h"
+#include "runtime/TimerWheel.h"
+
+namespace Macsecd {
+
+/// Looks after ports that can't get well by themselves, and binds them to their profile anew:
+///
+/// - a port that has a live peer and no principal actor: the engine elects only when an actor
+///   succeeds;
+/// - a port whose only live peer has another SCI than the one whose frames it receives;
+/// - a port that may not send with its key (`TransmitHold`) and gets no other one from its key
+///   server: it comes back as a new member.
+///
+/// It does no harm: it never touches a port through which traffic passes, nor one whose peers are
+/// live under a key that isn't configured any more, since that key would be lost. It waits for two
+/// life times beyond the longest wait that this end or the other one may be in by the rules, and
+/// begins to wait again whenever the members or their roles change. A port that doesn't get well is
+/// left alone for twice as long each time. Apart from that the doctor counts how often the process
+/// itself stood still, which looks like the loss of all peers.
+class PortDoctor {
+ public:
+  struct Counts {
+    uint64_t boundAnew = 0;
+    uint64_t stoodStill = 0;  ///< times that the process ran more than a second late
+    double longest = 0;       ///< seconds
+  };
+  /// Whether traffic may pass on an interface.
+  using IsOpen = std::function<bool(Lumo::IntfId)>;
+
+  /// `treated` is what it acts on.
+  PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
+             Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold, IsOpen isOpen,
+             PortTroubles treated = allPortTroubles());
+  ~PortDoctor();
+  PortDoctor(PortDoctor const&) = delete;
+  PortDoctor& operator=(PortDoctor const&) = delete;
+
+  Counts const& counts() const { return counts_; }
+
+ private:
+  struct Timer;
+  // What a wait of an end begins anew with: the live peers, each with its key, and whether this end
+  // leads there.
+  using Members = std::set<std::tuple<Vesk::String8, Vesk::String8, bool>>;
+  struct Case {
+    std::optional<PortTrouble> trouble = std::nullopt;
+    Members members = {};
+    double since = 0;   ///< when the trouble was seen first, with these members
+    int boundAnew = 0;  ///< how often that has been done for it
+  };
+
+  using Cases = std::map<Lumo::IntfId, Case>;
+
+  static Members membersOf(Macsec::MkaPortStatus const& port);
+  static bool mayWaitForPrimaryKey(Macsec::MkaPortStatus const& port);
+  void round();
+  void lookAt(Lumo::IntfId intfId);
+  void seemsWell(Cases::iterator known);
+  std::optional<PortTrouble> troubleOf(Lumo::IntfId intfId) const;
+  bool livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const;
+  double legalWait(Lumo::IntfId intfId, PortTrouble trouble) const;
+  double patience(Lumo::IntfId intfId, Case const& thisCase) const;
+  void bindAnew(Lumo::IntfId intfId, PortTrouble trouble);
+  double lifeTime() const { return status_->mkaLifeTime(); }
+
+  Vesk::Ptr<Macsec::Config> const config_;
+  Vesk::Ptr<Macsec::Status const> const status_;
+  TransmitHold const& transmitHold_;
+  IsOpen const isOpen_;
+  PortTroubles const treated_;
+  Vesk::Ptr<Timer> timer_;
+  Cases cases_;
+  Counts counts_;
+};
+
+}  // namespace Macsecd

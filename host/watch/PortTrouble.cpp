@@ -1,0 +1,29 @@
+#include "host/watch/PortTrouble.h"
+
+namespace Macsecd {
+
+char const* wordOf(PortTrouble trouble) {
+  switch (trouble) {
+    case PortTrouble::notPrincipal:
+      return "not-principal";
+    case PortTrouble::spentKey:
+      return "spent-key";
+    case PortTrouble::otherPeer:
+      return "other-peer";
+  }
+  return "";
+}
+
+char const* textOf(PortTrouble trouble) {
+  switch (trouble) {
+    case PortTrouble::notPrincipal:
+      return "it has a live peer, and no principal actor";
+    case PortTrouble::spentKey:
+      return "it may not send with its key, and its key server gives no other one";
+    case PortTrouble::otherPeer:
+      return "its peer has another SCI than the one that it receives from";
+  }
+  return "";
+}
+
+}  // namespace Macsecd

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <string>
+
+#include "lab/random/RandomNet.h"
+
+namespace Lab {
+
+/// Draws what happens to a random net, and writes it as lines of a scenario. Each kind of fault has
+/// a function, which writes the repair as well where there is one.
+class RandomFaults {
+ public:
+  RandomFaults(RandomNet const& net, Dice& dice, std::string& text)
+      : net_(net), dice_(dice), text_(text) {}
+
+  void draw();
+
+ private:
+  using Fault = void (RandomFaults::*)();
+  struct Kind {
+    uint32_t weight;
+    Fault draw;
+  };
+  static std::vector<Kind> const& kinds();
+
+  void drawOne();
+  // Of wires.
+  void loseSome();
+  void loseShare();
+  void delay();
+  void shuffle();
+  void corrupt();
+  void cut();
+  void replay();
+  // Of interfaces.
+  void flapLink();
+  void remakeInterface();
+  void deviceDown();
+  void sendBroken();
+  void thirdMember();
+  // Of switches.
+  void restart();
+  void exit();
+  void shutDown();
+  void hardware();
+  void packetNumber();
+  void spendKey();
+  // Of configurations.
+  void changeKey();
+  void removeKey();
+  void publishAnew();
+  void priority();
+  void rekeyPeriod();
+  void delayProtection();
+  void suite();
+
+  void at(double time, std::string const& action);
+  void publishOn(RandomNet::Link const& link, double time, double apart);
+  RandomNet::Link const& aLink() { return dice_.oneOf(net_.links); }
+  std::string anEnd() { return dice_.chance(50) ? "A" : "B"; }
+  std::string other(std::string const& end) const { return end == "A" ? "B" : "A"; }
+  std::string aPort() { return anEnd() + " " + aLink().interface(); }
+  // "from A e1" or "both ways at A e1"
+  std::string aWay() { return (dice_.chance(65) ? "from " : "both ways at ") + aPort(); }
+  double aWhile(double most = 40) { return dice_.seconds(0.5, most); }
+
+  RandomNet const& net_;
+  Dice& dice_;
+  std::string& text_;
+  double now_ = 0;          ///< of the fault that is drawn
+  uint32_t sessions_ = 0;   ///< of 802.1X, each with a key of its own
+  uint32_t newKeys_ = 100;  ///< numbers of keys that nobody has had before
+};
+
+}  // namespace Lab

@@ -1,0 +1,38 @@
+#include "lab/report/Timeline.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <ostream>
+
+namespace Lab {
+
+Timeline::Timeline(std::ostream& out, Scenario const& scenario) : out_(out), width_(2) {
+  for (SwitchSpec const& spec : scenario.switches) width_ = std::max(width_, spec.name.size());
+}
+
+void Timeline::line(double time, std::string const& who, std::string const& text) {
+  out_ << fmt::format("{:>10}  {:<{}}  {}\n", timeText(time), who, width_, text);
+}
+
+void Timeline::acted(double time, std::string const& text) { line(time, "--", text); }
+
+void Timeline::happened(Happening const& happening) {
+  if (auto const* syslog = std::get_if<SyslogLine>(&happening.what)) {
+    line(happening.time, happening.switchName, syslog->name + ": " + syslog->text);
+  } else if (auto const* port = std::get_if<PortChanged>(&happening.what)) {
+    line(happening.time, happening.switchName, "port " + port->interface + " is " + port->state);
+  } else if (auto const* ended = std::get_if<ProcessEnded>(&happening.what)) {
+    line(happening.time, happening.switchName,
+         fmt::format("process ends with status {}, the next starts at {}", ended->status,
+                     timeText(ended->startsAgain)));
+  } else if (auto const* reloaded = std::get_if<Reloaded>(&happening.what)) {
+    line(happening.time, happening.switchName,
+         fmt::format("{} is {}taken over", reloaded->file, reloaded->taken ? "" : "not "));
+    for (auto const& mistake : reloaded->mistakes) {
+      line(happening.time, happening.switchName, mistake);
+    }
+  }
+}
+
+}  // namespace Lab

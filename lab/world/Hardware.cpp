@@ -1,0 +1,281 @@
+#include "lab/world/Hardware.h"
+
+#include <limits>
+
+#include "model/Factories.h"
+#include "runtime/World.h"
+
+namespace Lab {
+
+using Macsec::AssociationNumber;
+using Macsec::MacSecIntfStatus;
+using Macsec::Sak;
+
+namespace {
+
+// How many frames each transmit SA is taken to have sent, whatever becomes of it: less than what is
+// reserved at a time, and so much that no second one begins among them by chance.
+constexpr uint64_t kFramesSent = Macsecd::KeyHistory::kReserved / 2;
+
+}  // namespace
+
+// What the emulator installs. Removals are no answers: the next key in the place replaces it.
+struct Hardware::CopyReactor final : Vesk::Reactor<MacSecIntfStatus const, Hardware, CopyReactor> {
+  using Reactor::Reactor;
+  void onTxSaStatus() override {
+    if (notifier()->txSaStatus()) owner().copied(notifier()->intfId(), std::nullopt);
+  }
+  void onRxSaStatus(AssociationNumber const& an) override {
+    if (notifier()->rxSaStatus(an)) owner().copied(notifier()->intfId(), an);
+  }
+};
+
+// The first reactor of each entry of the slice, so that the packet number stands when others look.
+struct Hardware::SliceReactor final
+    : Vesk::Reactor<MacSecIntfStatus const, Hardware, SliceReactor> {
+  using Reactor::Reactor;
+  void onTxSaStatus() override {
+    auto& numbers = owner().packetNumbers_;
+    auto const number = numbers.find(notifier()->intfId());
+    if (number == numbers.end() || !notifier()->txSaStatus()) return;
+    notifier()->txSaStatus()->lpnIs(number->second);
+    numbers.erase(number);
+  }
+};
+
+// Whose transmit key the host holds back.
+struct Hardware::HoldReactor final
+    : Vesk::Reactor<Interface::IntfForwardingModelInputDir const, Hardware, HoldReactor> {
+  using Reactor::Reactor;
+  void onForwardingModelInput(Lumo::IntfId const& intfId) override { owner().handleHold(intfId); }
+};
+
+// The emulator doesn't know of SSCIs, which are part of what is installed.
+struct Hardware::CpStatusReactor final
+    : Vesk::Reactor<Macsec::CpStatus const, Hardware, CpStatusReactor> {
+  using Reactor::Reactor;
+  Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
+  void onMySsci() override { owner().handleMySsci(fwkKey()); }
+};
+
+struct Hardware::StatusReactor final
+    : Vesk::Reactor<Macsec::Status const, Hardware, StatusReactor> {
+  StatusReactor(Hardware& owner, Vesk::Ptr<Macsec::Status const> status)
+      : Reactor(owner, std::move(status)) {
+    for (Macsec::CpStatus& member : notifier()->cpStatus()) onCpStatus(member.intfId());
+  }
+  void onCpStatus(Lumo::IntfId const& intfId) override {
+    Vesk::Ptr<Macsec::CpStatus const> const cp = notifier()->cpStatus(intfId);
+    if (!cp) return cpStatus.xDel(intfId);
+    cpStatus.xIs(intfId, cp, [&] { return Vesk::make<CpStatusReactor>(owner(), cp); });
+  }
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus;
+};
+
+Hardware::Hardware(Macsecd::Host& host, std::vector<Lumo::IntfId> const& interfaces,
+                   std::string const& name, Macsecd::NonceWatch& nonces)
+    : host_(host),
+      name_(name),
+      nonces_(nonces),
+      slice_(Macsec::macSecStatusFactory("lab")),
+      copy_(Macsec::macSecIntfStatusPtrDirFactory("copy")),
+      status_(host.status()) {
+  for (Lumo::IntfId const intfId : interfaces) interfaceIs(intfId);
+  holdReactor_ = Vesk::make<HoldReactor>(*this, host.transmitHoldInputDir());
+  holdReactor_->hasNotificationActiveIs(true);
+  host.slices()->entityPtrIs(slice_);
+  host.hardwareReportsFrom([this](Lumo::IntfId intfId) { return report(intfId); });
+}
+
+Hardware::~Hardware() {
+  host_.hardwareReportsFrom(nullptr);
+  followNothing();
+  Vesk::retire(holdReactor_);
+  for (auto& [intfId, reactor] : copyReactors_) Vesk::retire(reactor);
+  for (auto& [intfId, reactor] : sliceReactors_) Vesk::retire(reactor);
+}
+
+void Hardware::interfaceIs(Lumo::IntfId intfId) {
+  if (copyReactors_.contains(intfId)) return;
+  sliceReactors_[intfId] = Vesk::make<SliceReactor>(*this, slice_->statusIs(intfId));
+  auto const copy = MacSecIntfStatus::MacSecIntfStatusIs(intfId);
+  copyReactors_[intfId] = Vesk::make<CopyReactor>(*this, copy);
+  copy_->statusIs(copy);
+}
+
+void Hardware::interfaceDel(Lumo::IntfId intfId) {
+  auto const copy = copyReactors_.find(intfId);
+  if (copy == copyReactors_.end()) return;
+  Vesk::retire(copy->second);
+  copyReactors_.erase(copy);
+  Vesk::retire(sliceReactors_[intfId]);
+  sliceReactors_.erase(intfId);
+  std::erase_if(answers_, [&](Answer const& answer) { return answer.intfId == intfId; });
+  packetNumbers_.erase(intfId);
+  downDevices_.erase(intfId);
+  slice_->statusDel(intfId);
+}
+
+void Hardware::deviceIs(Lumo::IntfId intfId, bool up) {
+  if (up) {
+    downDevices_.erase(intfId);
+  } else {
+    downDevices_.insert(intfId);
+  }
+  host_.hardwareReportChanged(intfId);
+}
+
+Macsecd::HardwareReport Hardware::report(Lumo::IntfId intfId) const {
+  Macsecd::HardwareReport report;
+  if (!sliceReactors_.contains(intfId)) report.deviceState = Macsecd::DeviceState::absent;
+  if (isDeviceDown(intfId)) report.deviceState = Macsecd::DeviceState::down;
+  return report;
+}
+
+void Hardware::followNothing() {
+  emulator_ = nullptr;
+  if (statusReactor_) statusReactor_->cpStatus.retireAll();
+  Vesk::retire(statusReactor_);
+}
+
+void Hardware::follow(Vesk::Ptr<Macsec::Status> const& status) {
+  followNothing();
+  status_ = status;
+  statusReactor_ = Vesk::make<StatusReactor>(*this, status);
+  statusReactor_->hasNotificationActiveIs(true);
+  takingUp_ = true;
+  emulator_ = Macsec::hwEmulatorFactory(status, copy_);
+  takingUp_ = false;
+}
+
+// Whether the slice has what the copy has.
+bool Hardware::isInstalled(Lumo::IntfId intfId, std::optional<AssociationNumber> rx) const {
+  auto const here = slice_->status(intfId), there = copy_->status(intfId);
+  if (!here) return false;
+  auto const a = rx ? here->rxSaStatus(*rx) : here->txSaStatus();
+  auto const b = rx ? there->rxSaStatus(*rx) : there->txSaStatus();
+  return a && a->associationNumber() == b->associationNumber() && a->keyId() == b->keyId() &&
+         a->keyNum() == b->keyNum();
+}
+
+double Hardware::dueTime() const {
+  if (mood_ == HardwareMood::silent) return std::numeric_limits<double>::infinity();
+  return mood_ == HardwareMood::slow ? Vesk::now() + delay_ : Vesk::now();
+}
+
+void Hardware::copied(Lumo::IntfId intfId, std::optional<AssociationNumber> rx) {
+  if (takingUp_ && isInstalled(intfId, rx)) return;
+  Answer const answer{dueTime(), intfId, rx};
+  if (mood_ == HardwareMood::normal && answers_.empty()) return give(answer);
+  answers_.push_back(answer);
+}
+
+void Hardware::moodIs(HardwareMood mood, double delay) {
+  mood_ = mood;
+  delay_ = delay;
+  for (Answer& answer : answers_) answer.due = dueTime();
+}
+
+void Hardware::packetNumberIs(Lumo::IntfId intfId, uint32_t number) {
+  nextPacketNumberIs(intfId, number);
+  auto const entry = slice_->status(intfId);
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (!entry || !cpStatus || cpStatus->txSak() == Sak()) return;
+  giveTx(intfId);
+  auto const there = entry->txSaStatus();
+  if (!there || !packetNumbers_.erase(intfId)) return;
+  there->lpnIs(number);
+}
+
+double Hardware::nextTime() const {
+  double next = std::numeric_limits<double>::infinity();
+  for (Answer const& answer : answers_) next = std::min(next, answer.due);
+  return next;
+}
+
+bool Hardware::answerOne() {
+  for (auto answer = answers_.begin(); answer != answers_.end(); ++answer) {
+    if (answer->due > Vesk::now()) continue;
+    Answer const due = *answer;
+    answers_.erase(answer);
+    give(due);
+    return true;
+  }
+  return false;
+}
+
+void Hardware::give(Answer const& answer) {
+  if (answer.rx) {
+    giveRx(answer.intfId, *answer.rx);
+  } else {
+    giveTx(answer.intfId);
+  }
+}
+
+// Only what is still asked for is installed: a key that was withdrawn meanwhile isn't.
+void Hardware::giveRx(Lumo::IntfId intfId, AssociationNumber an) {
+  auto const cpStatus = status_->cpStatus(intfId);
+  Sak const* const asked = cpStatus ? cpStatus->rxSak(an) : nullptr;
+  if (!asked) return;
+  Sak const sak = *asked;
+  auto const entry = slice_->status(intfId);
+  if (!entry) return;
+  if (auto const id = Macsecd::SakId::of(sak)) {
+    host_.keyHistory().ssciIs(intfId, *id, ssciOf(intfId));
+  }
+  if (entry->rxSaStatus(an)) entry->rxSaStatusDel(an);
+  entry->rxSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
+}
+
+void Hardware::giveTx(Lumo::IntfId intfId) {
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (!cpStatus || cpStatus->txSak() == Sak()) return;
+  Sak const sak = cpStatus->txSak();
+  auto const entry = slice_->status(intfId);
+  if (!entry || !maySend(intfId, sak)) return;
+  entry->txSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
+}
+
+// An SA of this key that is there goes on.
+bool Hardware::maySend(Lumo::IntfId intfId, Sak const& sak) {
+  auto const id = Macsecd::SakId::of(sak);
+  if (!id || host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return false;
+  auto const there = slice_->status(intfId)->txSaStatus();
+  if (there && there->keyId() == sak.keyMsgId() && there->keyNum() == sak.keyNum()) return true;
+  uint32_t const ssci = ssciOf(intfId);
+  auto const first = host_.keyHistory().firstToSend(intfId, *id, ssci);
+  if (!first) {
+    host_.keyIsSpent(intfId, *id);
+    return false;
+  }
+  Macsecd::NonceWatch::Sender const sender{
+      name_ + " " + intfId.stringValue().charPtr(),
+      std::string(sak.keyMsgId().view()) + ":" + std::to_string(sak.keyNum()), ssci};
+  host_.keyHistory().sends(intfId, *id, ssci, *first);
+  nonces_.begins(sender, *first);
+  nonces_.reaches(sender, *first + kFramesSent);
+  return true;
+}
+
+// 0 as long as there is no peer.
+uint32_t Hardware::ssciOf(Lumo::IntfId intfId) const {
+  std::string const text(status_->cpStatus(intfId)->mySsci().ssci().view());
+  return text.empty() ? 0 : static_cast<uint32_t>(std::stoul(text, nullptr, 16));
+}
+
+void Hardware::handleHold(Lumo::IntfId intfId) {
+  auto const entry = slice_->status(intfId);
+  if (!entry) return;
+  if (!host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return giveTx(intfId);
+  if (entry->txSaStatus()) entry->txSaStatusDel();
+}
+
+// An SA can't change its SSCI: it is installed anew, if it may be.
+void Hardware::handleMySsci(Lumo::IntfId intfId) {
+  auto const entry = slice_->status(intfId);
+  if (!entry || !entry->txSaStatus()) return;
+  entry->txSaStatusDel();
+  giveTx(intfId);
+}
+
+}  // namespace Lab

@@ -1,0 +1,136 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <queue>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/state/UnreadableKeys.h"
+#include "host/watch/NonceWatch.h"
+#include "lab/scenario/Scenario.h"
+#include "lab/world/Clock.h"
+#include "lab/world/Happening.h"
+#include "lab/world/SakHistory.h"
+#include "lab/world/Switch.h"
+#include "lab/world/Wire.h"
+
+namespace Lab {
+
+/// Plays a scenario in virtual time. At one instant the order is: starts of switches, actions of
+/// the scenario, timers, answers of hardware, frames; frames are always delivered from here and
+/// never inside the sender. The same scenario with the same seed happens the same way to the byte.
+class Simulation {
+ public:
+  /// The scenario has to outlive the simulation. One simulation lives at a time, since the
+  /// attribute log and the key of stored keys are the process's.
+  Simulation(Scenario const& scenario, uint32_t seed);
+  /// Ends the process if a nonce was repeated and nobody has asked for that.
+  ~Simulation();
+  Simulation(Simulation const&) = delete;
+  Simulation& operator=(Simulation const&) = delete;
+
+  /// Takes up somebody who follows what happens, in order of arrival.
+  void audienceIs(Audience& audience) { audience_.push_back(&audience); }
+  /// Runs to the end of the scenario.
+  void run();
+
+  Scenario const& scenario() const { return scenario_; }
+  /// Nonces that transmit SAs would have repeated, a line each; from now on somebody looks at them.
+  std::vector<std::string> const& nonceRepeats();
+  /// The present virtual time in seconds.
+  double now() const { return clock_.now; }
+  SakHistory const& sakHistory() const { return sakHistory_; }
+  /// What had happened to a switch at a mark.
+  SwitchRecord markedRecord(Mark const& mark, std::string const& switchName) const;
+  std::vector<std::unique_ptr<Switch>> const& switches() const { return switches_; }
+  Switch& switchOf(std::string const& name) const;
+
+ private:
+  // A frame as it left its port.
+  struct Recorded {
+    double time;
+    PortName from;
+    Frame frame;
+  };
+  // A frame that has left and will arrive at an end of a wire.
+  struct InFlight {
+    double time;
+    uint64_t departure;
+    size_t wire;
+    size_t from;
+    Frame frame;
+    bool operator<(InFlight const& o) const {
+      return time != o.time ? time > o.time : departure > o.departure;
+    }
+  };
+  struct WireEnd {
+    size_t wire;
+    size_t end;
+  };
+
+  void makeSwitches(uint32_t seed);
+  Vesk::Ptr<Macsec::Status const> statusAtWork() const;
+  double nextTime() const;
+  double instantFrom(double next) const;
+  void settle();
+  void startDue();
+  void actDue();
+  bool runOne();
+  bool deliverOne();
+  void deliver(InFlight const& flight);
+  void carry(Switch& from, Lumo::IntfId intfId, std::span<uint8_t const> frame);
+  static bool isMeant(Recorded const& recorded, Replay const& replay);
+  std::vector<Frame> framesOf(Replay const& replay, size_t wire) const;
+  WireEnd const* wireAt(PortName const& port) const;
+  void tell(Switch const& from, TreeWatch::What what);
+
+  void act(Action const& action);
+  void carryOut(LinkChange const& change);
+  void carryOut(DeviceChange const& change);
+  void carryOut(WireFault const& fault);
+  void carryOut(KeyChange const& change);
+  void carryOut(PriorityChange const& change);
+  void carryOut(RekeyPeriodChange const& change);
+  void carryOut(SuiteChange const& change);
+  void carryOut(ProfileChange const& change);
+  void carryOut(Dot1xKeyChange const& change);
+  void carryOut(ShutdownChange const& change);
+  void carryOut(DelayProtectionChange const& change);
+  void carryOut(FipsChange const& change);
+  void carryOut(FipsProviderChange const& change);
+  void carryOut(CountersCleared const& cleared);
+  void carryOut(Reload const& reload);
+  void carryOut(Restart const& restart);
+  void carryOut(HardwareChange const& change);
+  void carryOut(PacketNumber const& number);
+  void carryOut(KeySpent const& spent);
+  void carryOut(SendFrame const& send);
+  void carryOut(Replay const& replay);
+  void carryOut(InterfaceChange const& change);
+  void carryOut(Mark const& mark);
+  void changeProfile(ProfileName const& name,
+                     std::function<void(Macsecd::ProfileConfig&)> const& change);
+
+  Scenario const& scenario_;
+  Clock clock_;
+  bool const formerLog_;
+  SakHistory sakHistory_;
+  std::map<std::pair<std::string, std::string>, SwitchRecord> marked_;  // by mark and switch
+  std::vector<Audience*> audience_;
+  Macsecd::NonceWatch nonces_;
+  bool noncesAreLookedAt_ = false;
+  std::vector<Wire> wires_;
+  std::vector<std::vector<Recorded>> recorded_;  // by wire
+  std::map<PortName, WireEnd> ends_;
+  std::vector<std::unique_ptr<Switch>> switches_;
+  Macsecd::UnreadableKeyTeller const unreadableKeys_;
+  std::multimap<double, Switch*> starts_;
+  std::priority_queue<InFlight> inFlight_;
+  uint64_t departures_ = 0;
+  size_t nextAction_ = 0;
+  std::set<double> looks_;
+};
+
+}  // namespace Lab

@@ -1,0 +1,68 @@
+#include "lab/world/FrameSummary.h"
+#include "lab/world/Switch.h"
+#include "platform/CknOctets.h"
+#include "platform/Hex.h"
+
+// The frames of a switch, and what becomes of them.
+
+namespace Lab {
+
+namespace {
+
+using Macsec::Brine::MessageCounterData;
+using SubType = MessageCounterData::SubType;
+
+// What the counters of an interface tell of the frame that came in between.
+std::string verdict(MessageCounterData const& before, MessageCounterData const& after) {
+  using enum Macsec::MessageCounterDirection;
+  using enum Macsec::MessageCounterType;
+  auto const counts = [&](Macsec::MessageCounterType type, SubType subType) {
+    return after.value(rx, type, subType) != before.value(rx, type, subType);
+  };
+  if (counts(success, SubType::none)) return "accepted";
+  for (size_t i = 0; i < MessageCounterData::kSubTypes; ++i) {
+    SubType const reason{static_cast<uint8_t>(i)};
+    if (counts(failure, reason)) return Macsec::reasonName(reason);
+  }
+  return "ignored";
+}
+
+}  // namespace
+
+void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  FramePassed frameReceived = passed(intfId, frame);
+  frameReceived.received = true;
+  heldBack_.emplace();
+  inWorld([&] {
+    MessageCounterData const before = host_->counters()->messageCounterData(intfId);
+    host_->receive(intfId, frame);
+    frameReceived.verdict = verdict(before, host_->counters()->messageCounterData(intfId));
+  });
+  if (frameReceived.verdict == "accepted") lastAccepted_[intfId].assign(frame.begin(), frame.end());
+  auto const following = std::exchange(heldBack_, std::nullopt);
+  tell(std::move(frameReceived));
+  for (auto const& what : *following) tell(what);
+}
+
+void Switch::send(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  tell(passed(intfId, frame));
+  outlets_.sent(*this, intfId, frame);
+}
+
+// A key is called as its actor here spells it, or by its octets if there is none.
+FramePassed Switch::passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const {
+  FrameSummary summary = summaryOf(frame);
+  auto const portStatus = host_->status()->portStatus(intfId);
+  if (portStatus && summary.ckn) {
+    for (Macsec::MkaActorStatus& actor : portStatus->actorStatus()) {
+      Macsec::CknOctets const ckn(actor.ckn().view());
+      if (Macsec::hexString(ckn.octets()) != summary.ckn->c_str()) continue;
+      summary.ckn = actor.ckn().charPtr();
+      break;
+    }
+  }
+  return {intfId.stringValue().charPtr(), false,        summary.ckn,  summary.memberId,
+          summary.messageNumber,          frame.size(), summary.sets, std::nullopt};
+}
+
+}  // namespace Lab

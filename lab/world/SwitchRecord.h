@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "host/text/Mistake.h"
+
+namespace Lab {
+
+/// What has happened to a switch since the start of the simulation.
+struct SwitchRecord {
+  std::vector<int> exits;  ///< the status of each process that ended itself
+  uint64_t writes = 0;     ///< attributes written in all its trees
+  uint64_t configurationWrites = 0;
+  /// Of the last reload; nothing when there was none.
+  std::optional<std::vector<Macsecd::Mistake>> reloadMistakes;
+};
+
+}  // namespace Lab

@@ -1,0 +1,160 @@
+#include "lab/world/TreeWatch.h"
+
+#include <algorithm>
+
+#include "lab/world/PortView.h"
+
+namespace Lab {
+
+namespace {
+
+using Place = std::pair<bool, uint8_t>;  // transmit, association number
+
+std::string textOf(Lumo::IntfId intfId) { return intfId.stringValue().charPtr(); }
+
+KeyName keyName(Vesk::String8 const& id, uint32_t number) { return {id.charPtr(), number}; }
+
+template <class Map>
+std::vector<std::string> names(Map const& peers) {
+  std::vector<std::string> ids;
+  for (auto& peer : peers) ids.emplace_back(peer.msgId().charPtr());
+  std::sort(ids.begin(), ids.end());
+  return ids;
+}
+
+// Tells what differs between two tables of places: first what went, then what came or changed.
+template <class Table, class Gone, class Stands>
+void tellDifference(Table const& before, Table const& after, Gone gone, Stands stands) {
+  for (auto const& [place, value] : before) {
+    if (!after.count(place)) gone(place);
+  }
+  for (auto const& [place, value] : after) {
+    auto const old = before.find(place);
+    if (old == before.end() || old->second != value) stands(place, value);
+  }
+}
+
+}  // namespace
+
+void TreeWatch::written(Vesk::AttributeWrite const& write) {
+  Vesk::Entity const* const entity = &write.entity;
+  if (auto* actor = dynamic_cast<Macsec::MkaActorStatus const*>(entity)) {
+    lookAtActor(*actor);
+    lookAtPrincipals();
+  } else if (dynamic_cast<Macsec::MkaPortStatus const*>(entity)) {
+    lookAtPrincipals();
+  } else if (auto* cpStatus = dynamic_cast<Macsec::CpStatus const*>(entity)) {
+    lookAtPorts();
+    lookAtAsked(cpStatus->intfId());
+  } else if (entity == host_.status().ptr()) {
+    lookAtPorts();
+    lookAtPrincipals();
+    for (Lumo::IntfId const intfId : interfaces_) lookAtAsked(intfId);
+  } else if (dynamic_cast<Interface::IntfForwardingModelInputDir const*>(entity)) {
+    lookAtForwarding();
+    lookAtPorts();
+  } else if (dynamic_cast<Macsec::SaStatus const*>(entity) ||
+             dynamic_cast<Macsec::MacSecIntfStatus const*>(entity)) {
+    for (Lumo::IntfId const intfId : interfaces_) lookAtInstalled(intfId);
+    lookAtPorts();
+  }
+}
+
+void TreeWatch::lookAtPorts() {
+  for (Lumo::IntfId const intfId : interfaces_) {
+    char const* const state = stateOf(host_, intfId);
+    if (told_[intfId].state == state) continue;
+    told_[intfId].state = state;
+    tell_(PortChanged{textOf(intfId), state});
+  }
+}
+
+void TreeWatch::lookAtAsked(Lumo::IntfId intfId) {
+  std::map<Place, KeyName> asked;
+  if (auto const cpStatus = host_.status()->cpStatus(intfId)) {
+    for (auto& entry : cpStatus->rxSak()) {
+      Macsec::Sak const& sak = entry.value();
+      asked[{false, sak.an().value()}] = keyName(sak.keyMsgId(), sak.keyNum());
+    }
+    Macsec::Sak const& sak = cpStatus->txSak();
+    if (sak != Macsec::Sak()) {
+      asked[{true, sak.an().value()}] = keyName(sak.keyMsgId(), sak.keyNum());
+    }
+  }
+  std::map<Place, KeyName> const before = std::exchange(told_[intfId].asked, asked);
+  bool const transmits =
+      std::any_of(asked.begin(), asked.end(), [](auto const& entry) { return entry.first.first; });
+  tellDifference(
+      before, asked,
+      [&](Place place) {
+        // Another association number for transmit takes over and withdraws nothing.
+        if (place.first && transmits) return;
+        tell_(SaAsked{textOf(intfId), place.first, place.second, std::nullopt});
+      },
+      [&](Place place, KeyName const& key) {
+        tell_(SaAsked{textOf(intfId), place.first, place.second, key});
+      });
+}
+
+void TreeWatch::lookAtInstalled(Lumo::IntfId intfId) {
+  decltype(Told::installed) installed;
+  auto const put = [&](bool transmit, Macsec::SaStatus const& sa) {
+    installed[{transmit, sa.associationNumber().value()}] = {keyName(sa.keyId(), sa.keyNum()),
+                                                             sa.lpn()};
+  };
+  if (auto const entry = slice_->status(intfId)) {
+    for (Macsec::SaStatus& sa : entry->rxSaStatus()) put(false, sa);
+    if (auto const& sa = entry->txSaStatus()) put(true, *sa);
+  }
+  auto const before = std::exchange(told_[intfId].installed, installed);
+  tellDifference(
+      before, installed,
+      [&](Place place) {
+        tell_(SaInstalled{textOf(intfId), place.first, place.second, std::nullopt, 0});
+      },
+      [&](Place place, auto const& sa) {
+        tell_(SaInstalled{textOf(intfId), place.first, place.second, sa.first, sa.second});
+      });
+}
+
+void TreeWatch::lookAtForwarding() {
+  for (Lumo::IntfId const intfId : interfaces_) {
+    bool const unauthorized =
+        host_.forwardingModelInputDir()->forwardingModelInput(intfId) != nullptr;
+    if (told_[intfId].unauthorized == unauthorized) continue;
+    told_[intfId].unauthorized = unauthorized;
+    tell_(ForwardingChanged{textOf(intfId), unauthorized});
+  }
+}
+
+void TreeWatch::lookAtPrincipals() {
+  for (Lumo::IntfId const intfId : interfaces_) {
+    std::optional<std::string> ckn;
+    if (auto const actor = PortView(*host_.status(), intfId).principal())
+      ckn = actor->ckn().charPtr();
+    if (told_[intfId].principal == ckn) continue;
+    told_[intfId].principal = ckn;
+    tell_(PrincipalChanged{textOf(intfId), ckn});
+  }
+}
+
+void TreeWatch::lookAtActor(Macsec::MkaActorStatus const& actor) {
+  auto const* const port = dynamic_cast<Macsec::MkaPortStatus const*>(actor.parent());
+  if (!port || port->parent() != host_.status().ptr()) return;
+  std::string const interface = textOf(port->intfId());
+  std::string const ckn = actor.ckn().charPtr();
+  ToldActor& told = toldActors_[{port->intfId(), ckn}];
+
+  std::optional<std::string> sci;
+  if (actor.keyServer() != Macsec::Sci()) sci = sciText(actor.keyServer());
+  if (std::pair now(sci, actor.electedSelf()); told.keyServer != now) {
+    told.keyServer = now;
+    tell_(KeyServerChanged{interface, ckn, now.first, now.second});
+  }
+  if (std::pair now(names(actor.livePeer()), names(actor.potentialPeer())); told.peers != now) {
+    told.peers = now;
+    tell_(PeersChanged{interface, ckn, now.first, now.second});
+  }
+}
+
+}  // namespace Lab

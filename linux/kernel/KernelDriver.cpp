@@ -1,0 +1,336 @@
+#include "linux/kernel/KernelDriver.h"
+
+#include <algorithm>
+
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Linux {
+
+using Macsec::AssociationNumber;
+using Macsec::CpStatus;
+using Macsec::MkaPortStatus;
+using Macsec::Status;
+
+namespace {
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
+constexpr double kFirstLook = 1, kLastLook = 60;  // delays
+
+Vesk::LogHandle const MACSEC_KERNEL_MISSING(
+    "MACSEC_KERNEL_MISSING", Vesk::LogSeverity::error, "Interface %s can't be secured: %s",
+    "The kernel of this machine offers no MACsec. It is looked for again, at least every minute.",
+    "Install the kernel's module 'macsec' and load it with 'modprobe macsec'.", 3600.0, 0.0);
+
+bool isKey(Macsec::KeyInfo const& info, Macsec::Sak const& sak) {
+  return info.keyServerMsgId() == sak.keyMsgId() && info.keyNum() == sak.keyNum();
+}
+
+// While the ends of a cable don't agree which key is the old one, the number of one key may stand
+// at the place of another; what a peer says of the key itself tells.
+bool isToldOfAnotherKey(MkaPortStatus const& portStatus, CpStatus const& cpStatus,
+                        AssociationNumber an) {
+  auto const* const told = cpStatus.rxLPN(an);
+  auto const* const sak = cpStatus.rxSak(an);
+  if (!told || !sak) return false;
+  for (Macsec::MkaActorStatus& actor : portStatus.actorStatus()) {
+    for (Macsec::MkaPeer& peer : actor.livePeer()) {
+      Macsec::SakUseInfo const& use = peer.sakUseInfo();
+      for (auto const* info : {&use.latestKeyInfo(), &use.oldKeyInfo()}) {
+        if (actor.principal() && isKey(*info, *sak)) return info->keyLLPN() != told->lpn();
+      }
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+struct KernelDriver::StatusReactor final
+    : Vesk::Reactor<Status const, KernelDriver, StatusReactor> {
+  StatusReactor(KernelDriver& driver, Vesk::Ptr<Status const> status);
+  void onCpStatus(Lumo::IntfId const& intfId) override;
+  void onCpStatusImmediate() override;
+  void onPortStatus(Lumo::IntfId const& intfId) override;
+  void onPortStatusImmediate() override;
+  void onMkpduPeriod() override;
+  void retireAll();
+
+ private:
+  void followCp(Lumo::IntfId intfId);
+  void followPort(Lumo::IntfId intfId);
+
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
+  Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> portStatus_;
+};
+
+struct KernelDriver::CpStatusReactor final
+    : Vesk::Reactor<CpStatus const, KernelDriver, CpStatusReactor> {
+  using Reactor::Reactor;
+  Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
+  void onTxSak() override { owner().changed(fwkKey()); }
+  void onRxSak(AssociationNumber const&) override { owner().changed(fwkKey()); }
+  void onRxSakImmediate() override { owner().changed(fwkKey()); }
+  void onRxLPN(AssociationNumber const& an) override { owner().lowestIs(fwkKey(), an); }
+  void onMySsci() override { owner().changed(fwkKey()); }
+  void onPeerSsci() override { owner().changed(fwkKey()); }
+};
+
+struct KernelDriver::PortStatusReactor final
+    : Vesk::Reactor<MkaPortStatus const, KernelDriver, PortStatusReactor> {
+  using Reactor::Reactor;
+  Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
+  void onMySci() override { owner().changed(fwkKey()); }
+};
+
+KernelDriver::StatusReactor::StatusReactor(KernelDriver& driver, Vesk::Ptr<Status const> status)
+    : Reactor(driver, std::move(status)) {
+  for (CpStatus& member : notifier()->cpStatus()) followCp(member.intfId());
+  for (MkaPortStatus& member : notifier()->portStatus()) followPort(member.intfId());
+}
+
+void KernelDriver::StatusReactor::followCp(Lumo::IntfId intfId) {
+  Vesk::Ptr<CpStatus const> const member = notifier()->cpStatus(intfId);
+  if (!member) return cpStatus_.xDel(intfId);
+  cpStatus_.xIs(intfId, member, [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
+}
+
+void KernelDriver::StatusReactor::followPort(Lumo::IntfId intfId) {
+  Vesk::Ptr<MkaPortStatus const> const member = notifier()->portStatus(intfId);
+  if (!member) return portStatus_.xDel(intfId);
+  portStatus_.xIs(intfId, member, [&] { return Vesk::make<PortStatusReactor>(owner(), member); });
+}
+
+void KernelDriver::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
+  followCp(intfId);
+  owner().changed(intfId);
+}
+
+void KernelDriver::StatusReactor::onCpStatusImmediate() {
+  for (auto const& [intfId, port] : owner().ports_) onCpStatus(intfId);
+}
+
+void KernelDriver::StatusReactor::onPortStatus(Lumo::IntfId const& intfId) {
+  followPort(intfId);
+  owner().changed(intfId);
+}
+
+void KernelDriver::StatusReactor::onPortStatusImmediate() {
+  for (auto const& [intfId, port] : owner().ports_) onPortStatus(intfId);
+}
+
+void KernelDriver::StatusReactor::onMkpduPeriod() {
+  owner().nextPoll_ = std::min(owner().nextPoll_, Vesk::now() + notifier()->mkpduPeriod());
+}
+
+void KernelDriver::StatusReactor::retireAll() {
+  cpStatus_.retireAll();
+  portStatus_.retireAll();
+}
+
+KernelDriver::KernelDriver(Vesk::Ptr<Status const> status, Vesk::Ptr<Macsec::MacSecStatus> slice,
+                           MacsecKernel& kernel, KernelDriverOptions options)
+    : slice_(std::move(slice)), kernel_(kernel), options_(std::move(options)) {
+  follow(std::move(status));
+}
+
+KernelDriver::~KernelDriver() {
+  if (status_) status_->retireAll();
+  Vesk::retire(status_);
+}
+
+void KernelDriver::follow(Vesk::Ptr<Status const> status) {
+  if (status_) status_->retireAll();
+  Vesk::retire(status_);
+  if (!status) return;
+  status_ = Vesk::make<StatusReactor>(*this, std::move(status));
+  status_->hasNotificationActiveIs(true);
+  for (auto const& [intfId, port] : ports_) changed(intfId);
+}
+
+void KernelDriver::deviceIs(Lumo::IntfId intfId, DeviceOptions const& device) {
+  devices_[intfId] = device;
+  auto const port = ports_.find(intfId);
+  if (port == ports_.end()) return;
+  if (port->second->canStay(device)) return port->second->deviceIs(device);
+  int const index = port->second->parent();
+  auto mtu = mtus_.extract(intfId);
+  interfaceDel(intfId);
+  mtus_.insert(std::move(mtu));
+  interfaceIs(intfId, index);
+}
+
+DeviceOptions KernelDriver::deviceOf(Lumo::IntfId intfId) const {
+  auto const found = devices_.find(intfId);
+  return found == devices_.end() ? DeviceOptions() : found->second;
+}
+
+void KernelDriver::faultIs(Lumo::IntfId intfId, std::string const& fault,
+                           std::string const& remedy) const {
+  if (options_.faultIs) options_.faultIs(intfId, fault, remedy);
+}
+
+void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
+  auto const known = ports_.find(intfId);
+  if (known != ports_.end() && known->second->parent() == index) return;
+  if (known != ports_.end()) interfaceDel(intfId);
+  if (auto const answer = kernel_.present(); !answer) {
+    if (waiting_.empty()) nextLook_ = Vesk::now() + (lookDelay_ = kFirstLook);
+    waiting_[intfId] = index;
+    ++counts_.refusals;
+    Vesk::log(MACSEC_KERNEL_MISSING, intfId, answer.text);
+    faultIs(intfId, "the kernel of this machine offers no MACsec: " + answer.text,
+            "load its module: 'modprobe macsec'; it is looked for again, at least every minute");
+    return;
+  }
+  if (waiting_.erase(intfId) > 0) faultIs(intfId, "", "");
+  // The entry makes the engine start a port, which is known when the entry is back.
+  auto const entry = slice_->statusIs(intfId);
+  auto& history = options_.history ? *options_.history : ownHistory_;
+  ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, history,
+                                                counts_, kernel_, entry);
+  if (mtus_.contains(intfId)) ports_[intfId]->parentMtuIs(mtus_.at(intfId));
+  ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
+  ports_[intfId]->transmitHeldIs(transmitHeld_.contains(intfId));
+  changed(intfId);
+}
+
+void KernelDriver::interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu) {
+  mtus_[intfId] = mtu;
+  auto const port = ports_.find(intfId);
+  if (port != ports_.end()) port->second->parentMtuIs(mtu);
+}
+
+// Its device has gone with it, unless only the name has: then nobody would know it any more.
+void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
+  waiting_.erase(intfId);
+  mtus_.erase(intfId);
+  auto port = ports_.extract(intfId);
+  if (!port) return;
+  if (auto const* const held = port.mapped()->held()) kernel_.secYDel(held->index);
+  slice_->statusDel(intfId);
+  faultIs(intfId, "", "");
+}
+
+void KernelDriver::deviceChanged(int index, bool isThere) {
+  for (auto const& [intfId, port] : ports_) {
+    if (port->held() && port->held()->index == index) return port->deviceChanged(isThere);
+  }
+}
+
+void KernelDriver::removeOthers() {
+  std::vector<MacsecLink> links;
+  if (!kernel_.present() || !kernel_.links(links)) return;
+  std::set<int> parents;
+  for (auto const& [intfId, port] : ports_) parents.insert(port->parent());
+  for (MacsecLink const& link : links) {
+    if (link.isOurs && !parents.contains(link.parent)) kernel_.secYDel(link.index);
+  }
+}
+
+void KernelDriver::tellPort(KernelPort& port) {
+  if (!status_) return;
+  auto const& tree = status_->notifier();
+  auto const portStatus = tree->portStatus(port.intfId());
+  port.wantedIs(tree->cpStatus(port.intfId()), portStatus ? portStatus->mySci() : Macsec::Sci());
+}
+
+// What has no port any more is taken away when all is quiet: another port may be on its way, whose
+// device is the same.
+void KernelDriver::changed(Lumo::IntfId intfId) {
+  auto const port = ports_.find(intfId);
+  if (port == ports_.end() || !status_) return;
+  tellPort(*port->second);
+  if (port->second->isWanted()) {
+    port->second->work();
+  } else {
+    leftovers_ = true;
+  }
+}
+
+void KernelDriver::lowestIs(Lumo::IntfId intfId, AssociationNumber an) {
+  auto const port = ports_.find(intfId);
+  if (port == ports_.end() || !status_) return;
+  auto const portStatus = status_->notifier()->portStatus(intfId);
+  auto const cpStatus = status_->notifier()->cpStatus(intfId);
+  if (!portStatus || !isToldOfAnotherKey(*portStatus, *cpStatus, an)) port->second->lowestIs(an);
+}
+
+void KernelDriver::authorizedIs(Lumo::IntfId intfId, bool authorized) {
+  if (authorized) {
+    unauthorized_.erase(intfId);
+  } else {
+    unauthorized_.insert(intfId);
+  }
+  auto const port = ports_.find(intfId);
+  if (port != ports_.end()) port->second->authorizedIs(authorized);
+}
+
+void KernelDriver::transmitHeldIs(Lumo::IntfId intfId, bool held) {
+  if (held) {
+    transmitHeld_.insert(intfId);
+  } else {
+    transmitHeld_.erase(intfId);
+  }
+  auto const port = ports_.find(intfId);
+  if (port != ports_.end()) port->second->transmitHeldIs(held);
+}
+
+void KernelDriver::removeAll() {
+  follow(nullptr);
+  for (auto const& [intfId, port] : ports_) port->remove();
+}
+
+double KernelDriver::nextTime() const {
+  double next = leftovers_ ? Vesk::now() : kNever;
+  if (!waiting_.empty()) next = std::min(next, nextLook_);
+  for (auto const& [intfId, port] : ports_) {
+    next = std::min(next, port->retryTime());
+    if (port->held()) next = std::min(next, nextPoll_);
+  }
+  return next;
+}
+
+void KernelDriver::run() {
+  double const now = Vesk::now();
+  if (!waiting_.empty() && nextLook_ <= now) {
+    lookDelay_ = std::min(2 * lookDelay_, kLastLook);
+    nextLook_ = now + lookDelay_;
+    for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index);
+  }
+  bool const leftovers = std::exchange(leftovers_, false);
+  for (auto const& [intfId, port] : ports_) {
+    if (port->retryTime() <= now || (leftovers && !port->isWanted())) port->work();
+  }
+  if (nextPoll_ <= now) poll();
+}
+
+void KernelDriver::poll() {
+  double const period = status_ ? status_->notifier()->mkpduPeriod() : Status::mkpduPeriodDefault;
+  nextPoll_ = Vesk::now() + period;
+  ++counts_.polls;
+  std::vector<SecY> all;
+  if (!kernel_.secYs(all)) return;
+  for (auto const& [intfId, port] : ports_) port->polled(all);
+}
+
+KernelPort const* KernelDriver::port(Lumo::IntfId intfId) const {
+  auto const found = ports_.find(intfId);
+  return found != ports_.end() ? found->second.get() : nullptr;
+}
+
+SecY const* KernelDriver::held(Lumo::IntfId intfId) const {
+  KernelPort const* const found = port(intfId);
+  return found ? found->held() : nullptr;
+}
+
+std::optional<uint64_t> KernelDriver::packetNumber(Lumo::IntfId intfId) const {
+  SecY const* const secY = held(intfId);
+  if (!secY) return {};
+  for (HeldSa const& sa : secY->txSas) {
+    if (sa.an == secY->encodingSa) return sa.packetNumber;
+  }
+  return {};
+}
+
+}  // namespace Linux

@@ -1,0 +1,369 @@
+#include "linux/kernel/KernelPort.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "host/config/DeviceName.h"
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Linux {
+
+using Macsec::CipherSuite;
+
+namespace {
+
+constexpr uint32_t kMacsecOctets = 32;  // of the SecTAG with SCI, and the ICV
+constexpr double kFirstRetry = 1, kLastRetry = 60;
+
+uint64_t cipherOf(CipherSuite suite) {
+  switch (suite) {
+    case CipherSuite::gcmAesXpn128:
+      return kGcmAesXpn128;
+    case CipherSuite::gcmAesXpn256:
+      return kGcmAesXpn256;
+    default:
+      return 0;
+  }
+}
+
+Vesk::LogHandle const MACSEC_DEVICE_OF_FORMER_NAME(
+    "MACSEC_DEVICE_OF_FORMER_NAME", Vesk::LogSeverity::warning,
+    "The device of interface %s still has its former name, %s; it will be %s when it is made anew",
+    "Devices had another default name in former versions. One that is there stays in use.",
+    "Give what stands on the device the new name, or write the former one as 'device' of the "
+    "interface.",
+    0.0, 0.0);
+
+std::string nameOf(Lumo::IntfId intfId, DeviceOptions const& device) {
+  if (!device.name.empty()) return device.name;
+  return Macsecd::defaultDeviceName(intfId.stringValue().view());
+}
+
+struct FoundDevice {
+  MacsecLink const* link;
+  SecY const* secY;
+};
+
+// The device of this name on this interface; nothing if there is none.
+std::optional<FoundDevice> deviceOf(std::string const& name, int parent,
+                                    std::vector<MacsecLink> const& links,
+                                    std::vector<SecY> const& all) {
+  auto const link = std::find_if(links.begin(), links.end(), [&](MacsecLink const& l) {
+    return l.name == name && l.parent == parent;
+  });
+  if (link == links.end()) return {};
+  auto const found =
+      std::find_if(all.begin(), all.end(), [&](SecY const& s) { return s.index == link->index; });
+  if (found == all.end()) return {};
+  return FoundDevice{&*link, &*found};
+}
+
+uint64_t notValidFrames(SecY const& secY) {
+  uint64_t frames = 0;
+  for (HeldRxSc const& sc : secY.rxScs) frames += sc.counters.notValid;
+  return frames;
+}
+
+}  // namespace
+
+KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
+                       KernelDriverOptions const& options, Macsecd::KeyHistory& history,
+                       KernelCounts& counts, MacsecKernel& kernel,
+                       Vesk::Ptr<Macsec::MacSecIntfStatus> report)
+    : intfId_(intfId),
+      parent_(parent),
+      options_(options),
+      history_(history),
+      counts_(counts),
+      kernel_(kernel),
+      report_(std::move(report)),
+      device_(std::move(device)),
+      name_(nameOf(intfId, device_)) {}
+
+void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
+  cpStatus_ = std::move(cpStatus);
+  SciNumber const former = std::exchange(mySci_, sciNumber(mySci));
+  if (former != mySci_ && !held_) known_ = false;
+}
+
+// A report may make the engine ask for the next thing at once: that is done in another pass.
+void KernelPort::work() {
+  again_ = true;
+  if (working_) return;
+  working_ = true;
+  bool isDone = true;
+  while (again_) {
+    again_ = false;
+    problems_.clear();
+    isDone = pass();
+  }
+  working_ = false;
+  showProblems();
+  tellIfChanged();
+  if (!isDone) return tryAgainLater();
+  retryDelay_ = 0;
+  retryTime_ = std::numeric_limits<double>::infinity();
+}
+
+// Each step ends with its reports: what stands behind them in a pass may have changed by then.
+bool KernelPort::pass() {
+  if (!known()) return false;
+  if (!cpStatus_) return device_.standing ? stands() : deviceGone();
+  if (mySci_ == 0) return true;
+  if (!deviceThere()) return false;
+  if (again_ || !cpStatus_) return true;
+  bool const isReceived = received();
+  if (again_) return true;
+  return transmitted() && isReceived;
+}
+
+// A change of what is asked for is tried at once, and puts off nothing.
+void KernelPort::tryAgainLater() {
+  if (retryDelay_ > 0 && Vesk::now() < retryTime_) return;
+  retryDelay_ = retryDelay_ == 0 ? kFirstRetry : std::min(2 * retryDelay_, kLastRetry);
+  retryTime_ = Vesk::now() + retryDelay_;
+}
+
+bool KernelPort::known() {
+  if (known_) return true;
+  std::vector<MacsecLink> links;
+  std::vector<SecY> all;
+  if (!did(kernel_.present(), "offer MACsec") || !did(kernel_.links(links), "list its devices") ||
+      !did(kernel_.secYs(all), "list its secure associations")) {
+    return false;
+  }
+  takeFrom(links, all);
+  known_ = true;
+  return true;
+}
+
+// A device can't be renamed while it is up, and what stands on it would go if it went down: one of
+// the former name stays.
+void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all) {
+  std::string const wanted = nameOf(intfId_, device_);
+  std::string const former = Macsecd::formerDeviceName(intfId_.stringValue().view());
+  auto const kind = wantedKind();
+  auto found = deviceOf(wanted, parent_, links, all);
+  if (!found && device_.name.empty() && kind) {
+    found = deviceOf(former, parent_, links, all);
+    if (found && found->secY->sci != kind->sci) found.reset();
+  }
+  std::string const before = std::exchange(name_, found ? found->link->name : wanted);
+  if (name_ == former && before != former && wanted != former) {
+    Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, wanted);
+  }
+  upWanted_ = found && !found->link->up;
+  removeOthers(links, found ? found->link->index : 0);
+  mtu_ = 0;
+  take(found ? found->secY : nullptr);
+}
+
+// A former process has made them, under another name: the kernel has one device for one SCI.
+void KernelPort::removeOthers(std::vector<MacsecLink> const& links, int index) {
+  for (MacsecLink const& link : links) {
+    if (!link.isOurs || link.parent != parent_ || link.index == index) continue;
+    if (did(kernel_.secYDel(link.index), "remove a former device")) ++counts_.devicesRemoved;
+  }
+}
+
+void KernelPort::take(SecY const* secY) {
+  held_.reset();
+  if (!secY) return;
+  held_ = *secY;
+  for (HeldSa const& sa : held_->txSas) {
+    history_.sends(intfId_, sakIdOf(sa.keyId), sa.ssci, sa.packetNumber);
+    if (reserved_ && reserved_->first == sa.keyId) reserved_.reset();
+  }
+  for (HeldRxSc const& sc : held_->rxScs) {
+    for (HeldSa const& sa : sc.sas) {
+      history_.receives(intfId_, sakIdOf(sa.keyId), sc.sci, sa.packetNumber);
+    }
+  }
+}
+
+std::optional<DeviceKind> KernelPort::wantedKind() const {
+  if (!cpStatus_) return device_.standing;
+  return DeviceKind{mySci_, cipherOf(cpStatus_->cipher()), cpStatus_->includeSci()};
+}
+
+bool KernelPort::deviceGone() {
+  if (!held_) {
+    reportNothing();
+    return true;
+  }
+  auto const answer = kernel_.secYDel(held_->index);
+  if (answer.error != ENODEV && !did(answer, "remove the device")) return false;
+  ++counts_.devicesRemoved;
+  held_.reset();
+  reportNothing();
+  return true;
+}
+
+// Whatever is attached to the device stays while there is no port.
+bool KernelPort::stands() {
+  if (!deviceThere()) return false;
+  if (cpStatus_) return true;
+  bool const isBare = dropOtherChannels(0) && dropOtherTransmitSas(nullptr);
+  reportNothing();
+  return isBare;
+}
+
+bool KernelPort::deviceThere() {
+  auto const wanted = wantedKind();
+  if (wanted->cipher == 0) {
+    refuse(kMakeDevice, "the cipher suite is none", "give its profile a 'cipher-suite'");
+    return false;
+  }
+  bool const isAdopted = held_ && DeviceKind{held_->sci, held_->cipher, held_->sendSci} == wanted;
+  if (held_ && !isAdopted && !deviceGone()) return false;
+  if (wantedKind() != wanted) return true;
+  if (!held_ && (!make(*wanted) || !held_)) {
+    reportNothing();
+    return false;
+  }
+  if (!settled()) return false;
+  sized();
+  if (isAdopted && cpStatus_ && !report_->configured()) ++counts_.devicesAdopted;
+  upIfItCan();
+  showAuthorized();
+  if (!cpStatus_) return true;
+  report_->secHdrSizeIs(wanted->sendSci ? Macsec::Constants::secHdrSizeWithSci
+                                        : Macsec::Constants::secHdrSize);
+  report_->configuredIs(true);
+  return true;
+}
+
+bool KernelPort::make(DeviceKind const& kind) {
+  name_ = nameOf(intfId_, device_);
+  if (name_.size() > Macsecd::maxDeviceName) {
+    refuse(kMakeDevice, "the name has more than 15 characters",
+           "give the interface a shorter 'device' in the configuration");
+    return false;
+  }
+  NewSecY wanted;
+  wanted.name = name_;
+  wanted.parent = parent_;
+  wanted.sci = kind.sci;
+  wanted.cipher = kind.cipher;
+  wanted.sendSci = kind.sendSci;
+  wanted.dormant = options_.dormant;
+  wanted.settings.window = device_.replayWindow;
+  if (!did(kernel_.secYAdd(wanted), kMakeDevice)) return false;
+  ++counts_.devicesMade;
+  ++devicesMade_;
+  shown_.reset();
+  known_ = false;
+  return known();
+}
+
+bool KernelPort::settled() {
+  SecYSettings wanted;
+  wanted.window = device_.replayWindow;
+  if (held_->settings == wanted) return true;
+  if (!did(kernel_.settingsAre(held_->index, wanted), "set up the device")) return false;
+  held_->settings = wanted;
+  return true;
+}
+
+// The kernel lowers the device's with the interface's, and never raises it. In between it is the
+// operator's: nobody sets it back.
+void KernelPort::sized() {
+  if (parentMtu_ <= kMacsecOctets) return;
+  uint32_t const most = parentMtu_ - kMacsecOctets;
+  if (device_.mtu > most) refuseMtu();
+  uint32_t const wanted = device_.mtu == 0 ? most : std::min(device_.mtu, most);
+  if (mtu_ == wanted || !did(kernel_.mtuIs(held_->index, wanted), "set the MTU of the device")) {
+    return;
+  }
+  mtu_ = wanted;
+}
+
+void KernelPort::parentMtuIs(uint32_t mtu) {
+  if (std::exchange(parentMtu_, mtu) == mtu) return;
+  mtu_ = 0;
+  work();
+}
+
+// A device can't be up while its parent is down: later, then.
+void KernelPort::upIfItCan() {
+  if (!held_ || !upWanted_) return;
+  auto const answer = kernel_.linkUp(held_->index);
+  if (answer.error == ENETDOWN || !did(answer, "bring up the device")) return;
+  upWanted_ = false;
+}
+
+void KernelPort::authorizedIs(bool authorized) {
+  authorized_ = authorized;
+  showAuthorized();
+}
+
+void KernelPort::showAuthorized() {
+  bool const isShown = authorized_ && cpStatus_;
+  if (!held_ || upWanted_ || !options_.dormant || shown_ == isShown) return;
+  if (did(kernel_.authorizedIs(held_->index, isShown), "set the state of the device")) {
+    shown_ = isShown;
+  }
+}
+
+void KernelPort::tellIfChanged() {
+  std::tuple<int, bool, bool> now = {0, false, false};
+  if (held_) now = {held_->index, sends(*held_), receives(*held_)};
+  if (std::exchange(toldOf_, now) != now && options_.changed) options_.changed(intfId_);
+}
+
+// The kernel forgets what it was told when a device goes down, and makes it dormant again. One that
+// has gone is made anew when all of this turn has been heard: its parent may be going too.
+void KernelPort::deviceChanged(bool isThere) {
+  shown_.reset();
+  if (isThere) {
+    showAuthorized();
+    if (options_.changed) options_.changed(intfId_);
+    return;
+  }
+  take(nullptr);
+  known_ = false;
+  retryTime_ = Vesk::now();
+  tellIfChanged();
+}
+
+void KernelPort::transmitHeldIs(bool held) {
+  if (std::exchange(transmitHeld_, held) != held) work();
+}
+
+void KernelPort::deviceIs(DeviceOptions const& device) {
+  if (std::exchange(device_, device) == device) return;
+  if (!held_) known_ = false;
+  work();
+}
+
+bool KernelPort::canStay(DeviceOptions const& device) const {
+  return device.name == device_.name || nameOf(intfId_, device) == name_;
+}
+
+void KernelPort::remove() {
+  cpStatus_ = nullptr;
+  device_.standing.reset();
+  work();
+}
+
+void KernelPort::polled(std::vector<SecY> const& all) {
+  if (!known_ || working_) return;
+  shown_.reset();  // the kernel forgets it when the link goes down
+  if (held_) {
+    int const index = held_->index;
+    auto const found = std::find_if(all.begin(), all.end(),
+                                    [index](SecY const& secY) { return secY.index == index; });
+    if (found != all.end()) lookForNotValid(*found);
+    take(found != all.end() ? &*found : nullptr);
+  }
+  if (retryTime_ == std::numeric_limits<double>::infinity()) work();
+  reportNumbers();
+}
+
+// A channel that was made anew counts from nothing again.
+void KernelPort::lookForNotValid(SecY const& now) {
+  if (notValidFrames(now) > notValidFrames(*held_)) notValidTime_ = Vesk::now();
+}
+
+}  // namespace Linux

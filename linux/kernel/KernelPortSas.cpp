@@ -1,0 +1,249 @@
+#include <algorithm>
+#include <cerrno>
+
+#include "linux/kernel/KernelPort.h"
+
+namespace Linux {
+
+namespace {
+
+constexpr char kNextKey[] =
+    "wait for the next key; if none comes within a minute, run 'macsecctl explain' at both ends";
+
+HeldSa* find(std::vector<HeldSa>& sas, uint8_t an) {
+  auto const found =
+      std::find_if(sas.begin(), sas.end(), [an](HeldSa const& sa) { return sa.an == an; });
+  return found != sas.end() ? &*found : nullptr;
+}
+
+// The number nearest to one that is known, of which only the lower half was told.
+uint64_t extended(uint32_t lower, uint64_t near) {
+  constexpr uint64_t kHalf = uint64_t{1} << 31;
+  uint64_t const number = (near & ~uint64_t{0xffffffff}) | lower;
+  if (number + kHalf < near) return number + 2 * kHalf;
+  if (number > near + kHalf && number >= 2 * kHalf) return number - 2 * kHalf;
+  return number;
+}
+
+bool isSameKey(Macsec::Sak const& a, Macsec::Sak const& b) {
+  return a.an() == b.an() && a.keyMsgId() == b.keyMsgId() && a.keyNum() == b.keyNum();
+}
+
+}  // namespace
+
+HeldRxSc* KernelPort::rxSc(SciNumber sci) {
+  auto const found = std::find_if(held_->rxScs.begin(), held_->rxScs.end(),
+                                  [sci](HeldRxSc const& sc) { return sc.sci == sci; });
+  return found != held_->rxScs.end() ? &*found : nullptr;
+}
+
+HeldSa* KernelPort::txSa(KeyId const& keyId) {
+  auto& sas = held_->txSas;
+  auto const found =
+      std::find_if(sas.begin(), sas.end(), [&](HeldSa const& sa) { return sa.keyId == keyId; });
+  return found != sas.end() ? &*found : nullptr;
+}
+
+/// Whether a receive SA of the peer's channel is one that is asked for.
+bool KernelPort::isHeldAsWanted(HeldSa const& sa) const {
+  Sak const* const wanted = cpStatus_->rxSak(AssociationNumber(sa.an));
+  return wanted && sa.on && sa.ssci == ssciNumber(cpStatus_->peerSsci()) &&
+         keyIdOf(*wanted) == sa.keyId;
+}
+
+bool KernelPort::received() {
+  auto const ssci = ssciNumber(cpStatus_->peerSsci());
+  SciNumber const sci = ssci ? sciNumber(cpStatus_->peerSsci().sci()) : 0;
+  bool isDone = dropOtherChannels(sci) && dropOtherReceiveSas(sci);
+  if (ssci) {
+    for (auto const& entry : cpStatus_->rxSak()) {
+      isDone = installReceive(*cpStatus_->rxSak(entry.fwkKey()), sci) && isDone;
+    }
+  }
+  reportReceive();
+  return isDone;
+}
+
+bool KernelPort::dropOtherChannels(SciNumber sci) {
+  auto& scs = held_->rxScs;
+  for (auto sc = scs.begin(); sc != scs.end();) {
+    if (sc->sci == sci) {
+      ++sc;
+      continue;
+    }
+    if (!did(kernel_.rxScDel(held_->index, sc->sci), "remove a receive channel")) return false;
+    counts_.sasRemoved += sc->sas.size();
+    sc = scs.erase(sc);
+  }
+  return true;
+}
+
+bool KernelPort::dropOtherReceiveSas(SciNumber sci) {
+  HeldRxSc* const sc = rxSc(sci);
+  if (!sc) return true;
+  for (size_t i = 0; i < sc->sas.size();) {
+    if (isHeldAsWanted(sc->sas[i])) {
+      ++i;
+    } else if (!dropSa({held_->index, sci, sc->sas[i].an}, sc->sas)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// An SA that was there before goes on where it stood: frames that were recorded are old ones.
+bool KernelPort::installReceive(Sak const& sak, SciNumber sci) {
+  HeldRxSc* sc = rxSc(sci);
+  if (sc && find(sc->sas, sak.an().value())) return true;
+  if (!sc) {
+    if (!did(kernel_.rxScAdd(held_->index, sci), "add the receive channel")) return false;
+    sc = &held_->rxScs.emplace_back(HeldRxSc{sci, true});
+  }
+  SaPlace const place{held_->index, sci, sak.an().value()};
+  uint64_t first = 1;
+  if (auto const id = Macsecd::SakId::of(sak)) {
+    first = history_.firstToReceive(intfId_, *id, sci);
+    if (auto const mine = ssciNumber(cpStatus_->mySsci())) history_.ssciIs(intfId_, *id, *mine);
+  }
+  return install(place, sak, first, *ssciNumber(cpStatus_->peerSsci()), "install the receive key",
+                 sc->sas);
+}
+
+// Opens the key for this one request.
+bool KernelPort::install(SaPlace const& place, Sak const& sak, uint64_t packetNumber, uint32_t ssci,
+                         char const* what, std::vector<HeldSa>& sas) {
+  SaKey clear;
+  if (char const* const why = openSak(sak, cpStatus_->cipher(), clear)) {
+    refuse(what, why, kNextKey);
+    return true;
+  }
+  NewSa sa{packetNumber, ssci, *keyIdOf(sak), clear.salt, clear.key.octets()};
+  if (!did(kernel_.saAdd(place, sa), what)) return false;
+  sas.push_back({place.an, true, packetNumber, ssci, sa.keyId});
+  ++counts_.sasInstalled;
+  return true;
+}
+
+bool KernelPort::dropSa(SaPlace const& place, std::vector<HeldSa>& sas) {
+  HeldSa* const sa = find(sas, place.an);
+  if (sa->on) {
+    if (!did(kernel_.saOnIs(place, false), "switch off a secure association")) return false;
+    sa->on = false;
+  }
+  if (!did(kernel_.saDel(place), "remove a secure association")) return false;
+  ++counts_.sasRemoved;
+  sas.erase(sas.begin() + (sa - sas.data()));
+  return true;
+}
+
+// The new SA, then the switch to it, then the end of the old one: nothing is lost on the way.
+bool KernelPort::transmitted() {
+  Sak const sak = transmitHeld_ ? Sak() : cpStatus_->txSak();
+  if (sak == Sak()) {
+    bool const isDone = dropOtherTransmitSas(nullptr);
+    reportTransmit();
+    return isDone;
+  }
+  auto const keyId = keyIdOf(sak);
+  if (!keyId || sak.key().empty()) {
+    refuse("install the transmit key", sak.key().empty() ? "it is empty" : "it has no identifier",
+           kNextKey);
+    return true;
+  }
+  bool const isDone = installTransmit(sak, *keyId);
+  if (HeldSa* const sa = txSa(*keyId); isDone && sa) {
+    uint8_t const an = sa->an;
+    if (held_->encodingSa != an) {
+      if (!did(kernel_.encodingSaIs(held_->index, an), "transmit under the new key")) return false;
+      held_->encodingSa = an;
+    }
+    if (!dropOtherTransmitSas(sa)) return false;
+  }
+  reportTransmit();
+  return isDone;
+}
+
+// An SA that the kernel has under this key stays: its packet numbers go on.
+bool KernelPort::installTransmit(Sak const& sak, KeyId const& keyId) {
+  auto const ssci = ssciNumber(cpStatus_->mySsci());
+  if (!ssci) return true;
+  SaPlace const place{held_->index, {}, sak.an().value()};
+  HeldSa* const there = txSa(keyId);
+  if (there && there->an == place.an && there->ssci == *ssci) {
+    if (there->on) return true;
+    if (there->packetNumber == 0) {
+      refuse("transmit", "the packet numbers of the key are used up", kNextKey);
+      return true;
+    }
+    if (!did(kernel_.saOnIs(place, true), "switch on the transmit key")) return false;
+    return there->on = true;
+  }
+  if (there && !dropSa({held_->index, {}, there->an}, held_->txSas)) return false;
+  if (find(held_->txSas, place.an) && !dropSa(place, held_->txSas)) return false;
+  auto const first = firstPacketNumber(sak, keyId, *ssci);
+  if (!first) return refuseSpent(keyId);
+  history_.sends(intfId_, sakIdOf(keyId), *ssci, *first);
+  reserved_ = {keyId, *first};
+  if (!install(place, sak, *first, *ssci, "install the transmit key", held_->txSas)) return false;
+  reserved_.reset();
+  return true;
+}
+
+// A key that the tree says was sent with, and of which nothing else is known, may have sent
+// anything.
+std::optional<uint64_t> KernelPort::firstPacketNumber(Sak const& sak, KeyId const& keyId,
+                                                      uint32_t ssci) const {
+  auto const first = history_.firstToSend(intfId_, sakIdOf(keyId), ssci);
+  if (first && reserved_ && reserved_->first == keyId) return reserved_->second;
+  if (first != 1) return first;
+  for (auto const* context : {&cpStatus_->latestSakContext(), &cpStatus_->oldSakContext()}) {
+    if (context->txInstalled() && isSameKey(context->sak(), sak)) return {};
+  }
+  return first;
+}
+
+// There is nothing more to do for this key.
+bool KernelPort::refuseSpent(KeyId const& keyId) {
+  refuse("install the transmit key",
+         "it was sent with before, and a packet number could be used twice", kNextKey);
+  history_.spend(intfId_, sakIdOf(keyId));
+  if (options_.keyIsSpent) options_.keyIsSpent(intfId_, sakIdOf(keyId));
+  return true;
+}
+
+bool KernelPort::dropOtherTransmitSas(HeldSa const* keep) {
+  std::vector<uint8_t> others;
+  for (HeldSa const& sa : held_->txSas) {
+    if (&sa != keep) others.push_back(sa.an);
+  }
+  for (uint8_t const an : others) {
+    if (!dropSa({held_->index, {}, an}, held_->txSas)) return false;
+  }
+  return true;
+}
+
+// A number is raised only above what the kernel says right now, since it counts on meanwhile.
+void KernelPort::lowestIs(AssociationNumber an) {
+  Macsec::RxLPN const* const told = cpStatus_ ? cpStatus_->rxLPN(an) : nullptr;
+  if (!told || told->lpn() == 0 || !held_ || !known_ || working_) return;
+  SciNumber const sci = sciNumber(cpStatus_->peerSsci().sci());
+  auto const sa = [&]() -> HeldSa* {
+    HeldRxSc* const sc = held_ ? rxSc(sci) : nullptr;
+    HeldSa* const held = sc ? find(sc->sas, an.value()) : nullptr;
+    return held && isHeldAsWanted(*held) ? held : nullptr;
+  };
+  if (!sa() || extended(told->lpn(), sa()->packetNumber) <= sa()->packetNumber) return;
+  std::vector<SecY> all;
+  if (!did(kernel_.secYs(all), "list its secure associations")) return;
+  polled(all);
+  HeldSa* const now = sa();
+  if (!now) return;
+  uint64_t const lowest = extended(told->lpn(), now->packetNumber);
+  if (lowest <= now->packetNumber) return;
+  if (did(kernel_.packetNumberIs({held_->index, sci, an.value()}, lowest),
+          "raise the lowest acceptable packet number")) {
+    now->packetNumber = lowest;
+  }
+}
+
+}  // namespace Linux

@@ -1,0 +1,183 @@
+#include "linux/kernel/ParentFilters.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <utility>
+
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+namespace Linux {
+
+namespace {
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
+constexpr double kCheckPeriod = 2;
+constexpr double kFirstDelay = 1, kLongestDelay = 60;
+
+Vesk::LogHandle const MACSEC_PARENT_NOT_CLOSED(
+    "MACSEC_PARENT_NOT_CLOSED", Vesk::LogSeverity::error,
+    "Clear frames aren't kept from interface %s: %s",
+    "The filter that lets MACsec and EAPOL through alone couldn't be set. Frames without "
+    "protection reach this machine beside the secured ones. It is tried again in a while.",
+    "Do what the message says. The kernel needs its modules 'sch_ingress', 'cls_bpf' and "
+    "'act_gact', and the process CAP_NET_ADMIN.",
+    0.0, 0.0);
+
+Vesk::LogHandle const MACSEC_PARENT_CLOSED_AGAIN(
+    "MACSEC_PARENT_CLOSED_AGAIN", Vesk::LogSeverity::warning,
+    "The filter of interface %s was changed by somebody, and is set again",
+    "Until now frames without protection may have passed the interface.",
+    "See which program changes traffic control filters of interfaces that must be secure.", 60.0,
+    1.0);
+
+std::string refused(char const* what, KernelAnswer const& answer) {
+  return std::string("the kernel refuses to ") + what + ": " + answer.text;
+}
+
+// Another kind of hooks has no side for what goes out, though it takes filters for it.
+std::string foreignHooks(std::string const& kind) {
+  return "another program has a qdisc of the kind '" + kind +
+         "' there; replace it by one of the kind 'clsact'";
+}
+
+std::string refusedFilter(KernelAnswer const& answer) {
+  std::string const text = refused("set the filter", answer);
+  if (answer.error != EINVAL && answer.error != EEXIST) return text;
+  return text + "; another program's filter may have its preference 3: give that another one";
+}
+
+}  // namespace
+
+bool ParentFilters::interfaceIs(Lumo::IntfId intfId, int index, Macsecd::EtherTypes clear) {
+  auto const known = parents_.find(intfId);
+  if (known != parents_.end() && known->second.index != index) left_.insert(known->second.index);
+  left_.erase(index);
+  Parent& parent = parents_[intfId];
+  bool const isOther = parent.index != index || parent.clear != clear;
+  if (isOther) parent.wasClosed = false;
+  parent.index = index;
+  parent.clear = std::move(clear);
+  return close(intfId, parent);
+}
+
+void ParentFilters::interfaceDel(Lumo::IntfId intfId) {
+  if (auto const parent = parents_.extract(intfId)) left_.insert(parent.mapped().index);
+}
+
+// Once, until it is over or something else is wrong.
+bool ParentFilters::close(Lumo::IntfId intfId, Parent& parent) {
+  std::string const problem = closeNow(intfId, parent);
+  if (!problem.empty() && problem != parent.problem) {
+    Vesk::log(MACSEC_PARENT_NOT_CLOSED, intfId, problem);
+    parent.delay = 0;
+  }
+  if (troubleIs_ && problem != parent.problem) troubleIs_(intfId, problem);
+  parent.problem = problem;
+  parent.delay = problem.empty() ? 0 : std::clamp(2 * parent.delay, kFirstDelay, kLongestDelay);
+  parent.retryTime = Vesk::now() + parent.delay;
+  return problem.empty();
+}
+
+std::string ParentFilters::closeNow(Lumo::IntfId intfId, Parent& parent) {
+  std::vector<FilterHooks> all;
+  if (auto const answer = kernel_.hooks(all); !answer) return refused("list qdiscs", answer);
+  auto const hooks = std::find_if(all.begin(), all.end(),
+                                  [&](FilterHooks const& h) { return h.index == parent.index; });
+  if (hooks != all.end() && hooks->kind != kBothSides) return foreignHooks(hooks->kind);
+  HeldFilters held;
+  bool const hadHooks = hooks != all.end();
+  KernelAnswer const answer =
+      hadHooks ? kernel_.filters(parent.index, parent.clear, held) : kernel_.hooksAdd(parent.index);
+  if (answer.error == ENODEV) return {};  // it is gone, which the watch of the links tells next
+  if (!answer) return refused(hadHooks ? "list filters" : "make the qdisc 'clsact'", answer);
+  bool const isWhole = held.in.isWhole && held.out.isWhole;
+  if (!isWhole && parent.wasClosed) Vesk::log(MACSEC_PARENT_CLOSED_AGAIN, intfId);
+  bool const areOurs = !hadHooks || held.in.hooksAreOurs || held.out.hooksAreOurs;
+  if (auto const set = this->set(parent, held, areOurs); !set) return refusedFilter(set);
+  parent.wasClosed = true;
+  return {};
+}
+
+// One that stands is changed under its own handle, which tells whose the hooks are. Where the
+// kernel doesn't change it, it goes first: it kept nothing out any more.
+KernelAnswer ParentFilters::set(Parent const& parent, HeldFilters const& held, bool hooksAreOurs) {
+  int const index = parent.index;
+  for (auto const& [side, filter] :
+       {std::pair(FilterSide::in, held.in), std::pair(FilterSide::out, held.out)}) {
+    if (filter.isWhole) continue;
+    bool const mark = filter.isThere ? filter.hooksAreOurs : hooksAreOurs;
+    KernelAnswer answer = kernel_.filterIs(index, side, mark, parent.clear);
+    if (answer.error == EINVAL && filter.isThere && kernel_.filterDel(index, side, mark)) {
+      answer = kernel_.filterIs(index, side, mark, parent.clear);
+    }
+    if (!answer) return answer;
+  }
+  return {};
+}
+
+// The interface may have gone, and its filter with it. What the kernel doesn't remove now is
+// removed by the next process.
+void ParentFilters::open(int index) {
+  HeldFilters held;
+  if (!kernel_.filters(index, {}, held)) return;
+  bool const hooksAreOurs = held.in.hooksAreOurs || held.out.hooksAreOurs;
+  if (hooksAreOurs && !held.hasOthers) {
+    kernel_.hooksDel(index);
+    return;
+  }
+  for (auto const& [side, filter] :
+       {std::pair(FilterSide::in, held.in), std::pair(FilterSide::out, held.out)}) {
+    if (filter.isThere) kernel_.filterDel(index, side, filter.hooksAreOurs);
+  }
+}
+
+void ParentFilters::openLeft() {
+  for (int const index : std::exchange(left_, {})) open(index);
+}
+
+bool ParentFilters::isClosed(int index) const {
+  return std::any_of(parents_.begin(), parents_.end(),
+                     [&](auto const& entry) { return entry.second.index == index; });
+}
+
+void ParentFilters::removeOthers() {
+  std::vector<FilterHooks> all;
+  if (!kernel_.hooks(all)) return;
+  for (FilterHooks const& hooks : all) {
+    if (hooks.kind == kBothSides && !isClosed(hooks.index)) open(hooks.index);
+  }
+}
+
+void ParentFilters::removeAll() {
+  for (auto const& [intfId, parent] : std::exchange(parents_, {})) left_.insert(parent.index);
+  openLeft();
+}
+
+std::optional<std::string> ParentFilters::trouble(Lumo::IntfId intfId) const {
+  auto const parent = parents_.find(intfId);
+  if (parent == parents_.end() || parent->second.problem.empty()) return {};
+  return parent->second.problem;
+}
+
+double ParentFilters::nextTime() const {
+  if (!left_.empty()) return Vesk::now();
+  double next = kNever;
+  for (auto const& [intfId, parent] : parents_) {
+    next = std::min(next, parent.problem.empty() ? nextCheck_ : parent.retryTime);
+  }
+  return next;
+}
+
+void ParentFilters::run() {
+  openLeft();
+  double const now = Vesk::now();
+  bool const isCheck = nextCheck_ <= now;
+  if (isCheck) nextCheck_ = now + kCheckPeriod;
+  for (auto& [intfId, parent] : parents_) {
+    if (parent.problem.empty() ? isCheck : parent.retryTime <= now) close(intfId, parent);
+  }
+}
+
+}  // namespace Linux

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "linux/kernel/FilterKernel.h"
+#include "runtime/IntfId.h"
+
+namespace Linux {
+
+/// Keeps clear frames from going past MACsec: an interface that is closed lets MACsec and EAPOL
+/// through alone, in and out, and what may pass in clear beside them. Without it the kernel takes
+/// clear frames to the MACsec device's address as its parent's own, which has the same one.
+///
+/// What stands in the kernel outlives this, as over a restart of the process; another one takes it
+/// up untouched, and one that was changed or removed by somebody is set anew.
+class ParentFilters {
+ public:
+  /// Told why a closed interface isn't, and an empty text when it is.
+  using TroubleIs = std::function<void(Lumo::IntfId, std::string const&)>;
+
+  /// `kernel` lives longer than this.
+  explicit ParentFilters(FilterKernel& kernel, TroubleIs troubleIs = nullptr)
+      : kernel_(kernel), troubleIs_(std::move(troubleIs)) {}
+
+  /// The interface with this index is closed from now on, but for these types. False if the kernel
+  /// refuses, which is logged, and tried again in a while.
+  bool interfaceIs(Lumo::IntfId intfId, int index, Macsecd::EtherTypes clear = {});
+  /// It is open, with the next `run()`: one that is closed again before was closed throughout.
+  void interfaceDel(Lumo::IntfId intfId);
+  /// Takes away what another process has left on interfaces that aren't closed here.
+  void removeOthers();
+  /// Opens all interfaces, as at the end of MACsec on this machine.
+  void removeAll();
+
+  /// Why a closed interface isn't; nothing if it is.
+  std::optional<std::string> trouble(Lumo::IntfId intfId) const;
+
+  /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
+  double nextTime() const;
+  void run();
+
+ private:
+  struct Parent {
+    int index = 0;
+    Macsecd::EtherTypes clear = {};
+    std::string problem = {};
+    double delay = 0;      // between attempts, in seconds; 0 without a problem
+    double retryTime = 0;  // while there is a problem
+    bool wasClosed = false;
+  };
+
+  bool close(Lumo::IntfId intfId, Parent& parent);
+  std::string closeNow(Lumo::IntfId intfId, Parent& parent);
+  KernelAnswer set(Parent const& parent, HeldFilters const& held, bool hooksAreOurs);
+  void open(int index);
+  void openLeft();
+  bool isClosed(int index) const;
+
+  FilterKernel& kernel_;
+  TroubleIs const troubleIs_;
+  std::map<Lumo::IntfId, Parent> parents_;
+  std::set<int> left_;  // interfaces that are to be opened
+  double nextCheck_ = 0;
+};
+
+}  // namespace Linux

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "host/state/KeyHistory.h"
+#include "linux/kernel/MacsecKernel.h"
+#include "model/CipherSuite.h"
+#include "model/Keys.h"
+#include "model/Sci.h"
+#include "platform/SecretOctets.h"
+
+namespace Linux {
+
+/// The key of an SA in clear, for the time of one request.
+struct SaKey {
+  Macsec::SecretOctets<32> key;
+  Salt salt = {};
+};
+
+/// Fills `out` from a SAK whose key has this many bits. Returns what is wrong with the SAK; null
+/// when all is well.
+[[nodiscard]] char const* openSak(Macsec::Sak const& sak, Macsec::CipherSuite suite, SaKey& out);
+
+/// Member identifier and key number, as the kernel labels an SA; nothing if the member identifier
+/// isn't one.
+std::optional<KeyId> keyIdOf(Macsec::Sak const& sak);
+/// The SAK that is labelled so.
+Macsecd::SakId sakIdOf(KeyId const& keyId);
+
+SciNumber sciNumber(Macsec::Sci const& sci);
+/// Nothing as long as there is none.
+std::optional<uint32_t> ssciNumber(Macsec::Ssci const& ssci);
+
+}  // namespace Linux

@@ -1,0 +1,84 @@
+#include "linux/net/LinkTable.h"
+
+#include <algorithm>
+
+namespace Linux {
+
+using What = LinkChange::What;
+
+Link const* LinkTable::linkNamed(std::string const& name) const {
+  auto const found = std::ranges::find_if(
+      links_, [&name](auto const& entry) { return entry.second.name == name; });
+  return found == links_.end() ? nullptr : &found->second;
+}
+
+void LinkTable::linkIs(Link const& link) {
+  unheard_.erase(link.index);
+  giveWay(link);
+  auto const known = links_.find(link.index);
+  if (known == links_.end()) return come(link);
+  change(known->second, link);
+}
+
+// Another interface that had the name has lost it, though nothing was said of that: it will come
+// again under its new one, if it is still there.
+void LinkTable::giveWay(Link const& link) {
+  Link const* const holder = linkNamed(link.name);
+  if (holder && holder->index != link.index) linkDel(holder->index);
+}
+
+void LinkTable::come(Link const& link) {
+  Link& known = links_[link.index];
+  known = link;
+  known.up = false;
+  told_({What::came, known, {}});
+  upIs(known, link.up);
+}
+
+void LinkTable::change(Link& known, Link const& link) {
+  bool const isSame = known.name == link.name && known.addr == link.addr;
+  upIs(known, known.up && link.up && isSame);
+  std::string const formerName = std::exchange(known.name, link.name);
+  if (formerName != known.name) told_({What::renamed, known, formerName});
+  auto const formerAddr = std::exchange(known.addr, link.addr);
+  if (formerAddr != known.addr) told_({What::address, known, {}});
+  if (link.mtu != 0 && std::exchange(known.mtu, link.mtu) != link.mtu) {
+    told_({What::mtu, known, {}});
+  }
+  upIs(known, link.up);
+  stateIs(known, link);
+}
+
+void LinkTable::stateIs(Link& known, Link const& link) {
+  bool const wasSetUp = std::exchange(known.isSetUp, link.isSetUp);
+  bool const wasDormant = std::exchange(known.isDormant, link.isDormant);
+  int const former = std::exchange(known.master, link.master);
+  bool const isSame =
+      wasSetUp == known.isSetUp && wasDormant == known.isDormant && former == known.master;
+  if (!isSame) told_({What::state, known, {}});
+}
+
+void LinkTable::upIs(Link& known, bool up) {
+  if (std::exchange(known.up, up) != up) told_({up ? What::up : What::down, known, {}});
+}
+
+void LinkTable::linkDel(int index) {
+  unheard_.erase(index);
+  auto const known = links_.find(index);
+  if (known == links_.end()) return;
+  upIs(known->second, false);
+  Link const last = known->second;
+  links_.erase(known);
+  told_({What::gone, last, {}});
+}
+
+void LinkTable::resyncBegins() {
+  unheard_.clear();
+  for (auto const& [index, link] : links_) unheard_.insert(index);
+}
+
+void LinkTable::resyncEnds() {
+  for (int const index : std::exchange(unheard_, {})) linkDel(index);
+}
+
+}  // namespace Linux

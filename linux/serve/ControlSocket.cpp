@@ -1,0 +1,67 @@
+#include "linux/serve/ControlSocket.h"
+
+#include <grp.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "host/text/JsonText.h"
+
+namespace Linux {
+
+namespace {
+
+constexpr size_t kMaxClients = 32;
+// The status of some thousands of ports.
+constexpr size_t kMaxUnread = 16 << 20;
+
+std::optional<gid_t> groupNamed(std::string const& name) {
+  if (name.empty()) return std::nullopt;
+  group const* const found = getgrnam(name.c_str());
+  return found ? std::optional(found->gr_gid) : std::nullopt;
+}
+
+std::string lineOf(Macsecd::Fault const& fault) {
+  nlohmann::ordered_json const json = {{"version", Macsecd::Control::kVersion},
+                                       {"ok", false},
+                                       {"error", fault.what},
+                                       {"remedy", fault.remedy}};
+  return Macsecd::jsonText(json) + "\n";
+}
+
+}  // namespace
+
+ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload)
+    : ControlSocket(host, std::move(reload), Options()) {}
+
+ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options)
+    : control_(host, {std::move(reload),
+                      [this](uint64_t connection, std::string const& line) {
+                        server_.push(connection, line + "\n");
+                      },
+                      options.trace, options.trial}),
+      group_(groupNamed(options.group)),
+      server_(
+          {[this](SocketPeer const& peer) { return mayChange(peer) || mayLook(peer); },
+           [this](SocketPeer const& peer, std::span<uint8_t> line) {
+             std::string_view const request(reinterpret_cast<char const*>(line.data()),
+                                            line.size());
+             return control_.answer(request, mayChange(peer), peer.connection) + "\n";
+           },
+           lineOf, [this](SocketPeer const& peer) { control_.connectionEnded(peer.connection); },
+           [this](SocketPeer const& peer) { return control_.isToBeTold(peer.connection); }},
+          {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
+
+std::optional<std::string> ControlSocket::listenAt(std::string const& path) {
+  return server_.listenAt(path, group_ ? 0666 : 0600);
+}
+
+bool ControlSocket::mayChange(SocketPeer const& peer) const {
+  return peer.user == 0 || peer.user == geteuid();
+}
+
+bool ControlSocket::mayLook(SocketPeer const& peer) const {
+  return group_ && std::ranges::find(peer.groups, *group_) != peer.groups.end();
+}
+
+}  // namespace Linux

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "linux/serve/LineServer.h"
+#include "platform/EapKeyStatus.h"
+
+namespace Linux {
+
+struct EapKeyFeedOptions {
+  /// Whose processes may publish.
+  std::vector<uid_t> users = {0, geteuid()};
+  /// Connections at one time; for a further one an idle one makes room.
+  size_t maxClients = 16;
+};
+
+/// Takes keys from 802.1X authenticators and supplicants, which are other programs, and publishes
+/// them: one JSON object on each line of a Unix stream socket (`readEapKeyLine`), one answer on a
+/// line to each, {"ok":true} or {"error":"...","remedy":"..."}. The end of a connection withdraws
+/// nothing.
+///
+/// It has no loop of its own and never blocks: whoever runs one waits for `fd()` to become readable
+/// and calls `run()`, in the world of the switch (`Vesk::WorldScope`).
+class EapKeyFeed {
+ public:
+  /// What has come so far.
+  struct Counts {
+    uint64_t published = 0;
+    uint64_t withdrawn = 0;
+    uint64_t refusedLines = 0;
+    uint64_t refusedUsers = 0;  ///< connections of somebody who may not publish
+    uint64_t turnedAway = 0;    ///< connections beyond the most
+    uint64_t madeRoom = 0;      ///< connections ended so that another could be had
+    uint64_t slowReaders = 0;   ///< connections ended because nobody read the answers
+    friend bool operator==(Counts const&, Counts const&) = default;
+  };
+
+  explicit EapKeyFeed(Vesk::Ptr<Dot1x::EapKeyStatus> keys, EapKeyFeedOptions options = {});
+
+  /// Opens the socket at this path. The file is for its owner alone, unless others may publish:
+  /// then everybody can connect, and is asked who it is. Returns what is wrong and what to do about
+  /// it, with the path in front; nothing when all is well.
+  [[nodiscard]] std::optional<std::string> listenAt(std::string const& path);
+  /// Readable when there is something to do; the same for as long as the feed lives.
+  int fd() const { return server_.fd(); }
+  /// Does what there is to do; returns when it would have to wait.
+  void run() { server_.run(); }
+
+  Counts counts() const;
+  /// Those of the socket alone.
+  LineServer::Counts const& socketCounts() const { return server_.counts(); }
+  size_t clients() const { return server_.clients(); }
+
+ private:
+  std::string take(SocketPeer const& peer, std::span<uint8_t> line);
+  std::string refuse(Macsecd::Fault const& fault);
+
+  Vesk::Ptr<Dot1x::EapKeyStatus> const keys_;
+  EapKeyFeedOptions const options_;
+  uint64_t published_ = 0;
+  uint64_t withdrawn_ = 0;
+  uint64_t refusedLines_ = 0;
+  LineServer server_;
+};
+
+}  // namespace Linux

@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "lab/scenario/ScenarioParser.h"
+#include "lab/world/Simulation.h"
+
+namespace Lab {
+namespace {
+
+using Records = std::map<std::string, std::vector<std::string>>;
+
+// Everything that the switches of a scenario trace and write, in order, for each switch; and what
+// concerns one port, for each port.
+struct Record {
+  Records traces;
+  Records writes;
+};
+
+std::string textOf(Vesk::AttributeWrite const& write) {
+  return write.entity.fullName() + "." + write.attribute + "[" + write.key + "] = " + write.value;
+}
+
+Record recordOf(Scenario const& scenario, bool filtered) {
+  Vesk::NotifieeListBase::visitsAreFiltered = filtered;
+  Vesk::TraceHandle::streamLevelsIs("", Vesk::kAllTraceLevels);
+  Record record;
+  {
+    Simulation simulation(scenario, 3);
+    for (auto const& one : simulation.switches()) {
+      auto& sinks = one->world().sinks;
+      sinks.trace = [&, name = one->name()](Vesk::TraceRecord const& trace) {
+        record.traces[name].push_back(std::string(trace.handle) + " " +
+                                      std::to_string(trace.level) + " " + trace.text);
+      };
+      sinks.attribute = [&, name = one->name()](Vesk::AttributeWrite const& write) {
+        record.writes[name].push_back(textOf(write));
+      };
+    }
+    simulation.run();
+  }
+  Vesk::TraceHandle::streamLevelsIs("", 0);
+  Vesk::NotifieeListBase::visitsAreFiltered = true;
+  return record;
+}
+
+// The lines that name an interface, for each switch and interface.
+Records byPort(Records const& records) {
+  Records ports;
+  for (auto const& [name, lines] : records) {
+    for (std::string const& line : lines) {
+      for (std::string const interface : {"Ethernet1", "Ethernet2"}) {
+        if (line.find(interface) != std::string::npos) ports[name + interface].push_back(line);
+      }
+    }
+  }
+  return ports;
+}
+
+void expectEqual(Records const& filtered, Records const& all) {
+  ASSERT_EQ(filtered.size(), all.size());
+  for (auto const& [place, lines] : filtered) {
+    auto const& others = all.at(place);
+    size_t const common = std::min(lines.size(), others.size());
+    for (size_t i = 0; i < common; ++i) {
+      ASSERT_EQ(lines[i], others[i]) << place << ", line " << i;
+    }
+    EXPECT_EQ(lines.size(), others.size()) << place;
+  }
+}
+
+class KeyedVisits : public testing::TestWithParam<char const*> {};
+
+TEST_P(KeyedVisits, LeaveTheSameTracesAndWritesAsVisitsToEverybody) {
+  auto const result = readScenario(std::string(EXAMPLES "/") + GetParam() + ".scenario");
+  ASSERT_TRUE(result.good());
+  Record const filtered = recordOf(result.scenario, true);
+  Record const all = recordOf(result.scenario, false);
+  ASSERT_EQ(filtered.traces.size(), result.scenario.switches.size());
+  for (auto const& [name, lines] : filtered.traces) EXPECT_GT(lines.size(), 400u) << name;
+  for (auto const& [name, lines] : filtered.writes) EXPECT_GT(lines.size(), 300u) << name;
+  expectEqual(byPort(filtered.traces), byPort(all.traces));
+  expectEqual(byPort(filtered.writes), byPort(all.writes));
+  expectEqual(filtered.traces, all.traces);
+  expectEqual(filtered.writes, all.writes);
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, KeyedVisits,
+                         testing::Values("three-switches", "two-switches", "restart", "shutdown"),
+                         [](auto const& info) {
+                           std::string name = info.param;
+                           name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
+                           return name;
+                         });
+
+}  // namespace
+}  // namespace Lab
