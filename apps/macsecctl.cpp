@@ -5,17 +5,18 @@
 #include <nlohmann/json.hpp>
 
 #include "host/client/ControlText.h"
-#include "host/control/Control.h"
-#include "host/text/JsonText.h"
+#include "host/text/ControlProtocol.h"
 #include "linux/client/ControlClient.h"
 #include "linux/client/ControlFollow.h"
 #include "linux/client/ControlTrial.h"
 #include "linux/trace/TraceText.h"
+#include "runtime/Glimmer.h"
 
 namespace {
 
 using Macsecd::ControlView;
 using Macsecd::Json;
+using Macsecd::requestOf;
 
 struct Options {
   std::string socket = "/run/macsecd/control";
@@ -53,10 +54,6 @@ constexpr Command kCommands[] = {
      "Make a new SAK; this switch has to be the key server"},
     {"reload", "reload", ControlView::reload, Command::none, "Read the configuration again"},
 };
-
-Json requestOf(char const* command) {
-  return {{"version", Macsecd::Control::kVersion}, {"command", command}};
-}
 
 /// 0 when done, 1 when the switch refused, 3 when it can't be asked.
 int ask(Json const& request, ControlView view, Options const& options) {
@@ -138,7 +135,7 @@ void addTrial(CLI::App& app, Options& options) {
       "try", "Take a configuration over, and go back to the former one unless it is kept in time");
   trial.add_option("file", options.file, "The configuration")->required();
   trial.add_option("--timeout", options.timeout, "Go back after this time in seconds")
-      ->check(CLI::Range(1u, Macsecd::Trial::kMostSeconds))
+      ->check(CLI::Range(1u, Macsecd::kMostTrialSeconds))
       ->capture_default_str();
   app.add_subcommand("keep", "Keep the configuration that is on trial");
 }

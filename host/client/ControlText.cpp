@@ -175,6 +175,7 @@ ControlReading reloaded(Json const& result) {
 }
 
 ControlReading resultText(ControlView view, Json const& result) {
+  if (result.is_array() && result.empty()) return {"no interface is configured\n"};
   switch (view) {
     case ControlView::status:
       return {status(result)};

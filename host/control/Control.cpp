@@ -8,6 +8,7 @@
 #include "host/control/ControlJson.h"
 #include "host/control/ControlRequest.h"
 #include "host/control/Rekey.h"
+#include "host/text/ControlProtocol.h"
 #include "host/text/JsonText.h"
 #include "host/text/KeyText.h"
 #include "platform/Corruption.h"
@@ -111,8 +112,7 @@ class Answering {
   Json tryFile() {
     constexpr unsigned kUsualSeconds = 120;
     auto const file = request_.text("file");
-    unsigned const seconds =
-        request_.number("timeout", Trial::kMostSeconds).value_or(kUsualSeconds);
+    unsigned const seconds = request_.number("timeout", kMostTrialSeconds).value_or(kUsualSeconds);
     if (!file) throw Fault{"no file is named", "say \"file\": its whole path"};
     if (seconds == 0) throw Fault{"no time is left to keep it", "give it some seconds"};
     return takenOver(theTrial().begin(*file, seconds));
@@ -188,14 +188,14 @@ std::array<Answering::Command, 12> const Answering::kCommands = {{
 template <class Result>
 Json answerOf(Result result) {
   try {
-    return {{"version", Control::kVersion}, {"ok", true}, {"result", result()}};
+    return {{"version", kControlVersion}, {"ok", true}, {"result", result()}};
   } catch (Fault const& fault) {
-    return {{"version", Control::kVersion},
+    return {{"version", kControlVersion},
             {"ok", false},
             {"error", fault.what},
             {"remedy", fault.remedy}};
   } catch (Pollux::CorruptionDetectedException const& damage) {
-    return {{"version", Control::kVersion},
+    return {{"version", kControlVersion},
             {"ok", false},
             {"error", damage.what()},
             {"remedy", "clear the counters: what is damaged starts anew"}};

@@ -37,7 +37,6 @@ namespace Macsecd {
 /// No answer ever holds a key.
 class Control {
  public:
-  static constexpr int kVersion = 2;
   /// Reads the configuration again and takes it over; the mistakes because of which it wasn't.
   using Reload = std::function<std::vector<Mistake>()>;
   /// Puts what is to be traced into force. Throws `Fault` if it can't be traced anywhere.

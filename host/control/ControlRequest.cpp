@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "host/control/Control.h"
+#include "host/text/ControlProtocol.h"
 #include "host/text/JsonText.h"
 #include "host/text/KeyText.h"
 
@@ -11,9 +11,9 @@ namespace Macsecd {
 ControlRequest::ControlRequest(std::string_view text) : json_(Json::parse(text, nullptr, false)) {
   if (!json_.is_object()) throw Fault{"the request isn't a JSON object", "send one on one line"};
   Json const* const version = find("version");
-  if (version && *version == Control::kVersion) return;
+  if (version && *version == kControlVersion) return;
   throw Fault{"the request is of another version",
-              fmt::format("say \"version\": {}", Control::kVersion)};
+              fmt::format("say \"version\": {}", kControlVersion)};
 }
 
 Json const* ControlRequest::find(char const* member) const {

@@ -1,6 +1,6 @@
 #include "host/control/EventJson.h"
 
-#include "host/control/Control.h"
+#include "host/text/ControlProtocol.h"
 #include "host/text/TimeText.h"
 #include "platform/Hex.h"
 #include "runtime/World.h"
@@ -15,7 +15,7 @@ Json orNull(std::string const& text) { return text.empty() ? Json() : Json(text)
 
 Json headOf(double time, std::string const& interface, char const* event) {
   double const wallTime = Vesk::world().wallTime() + time - Vesk::now();
-  return {{"version", Control::kVersion},
+  return {{"version", kControlVersion},
           {"time", timeText(wallTime)},
           {"monotonic", time},
           {"interface", interface},

@@ -22,7 +22,6 @@ class Trial {
   enum class State : uint8_t { none, running, kept, wentBack, replaced };
   /// Takes over what the tree doesn't hold of a configuration.
   using Apply = std::function<void(SwitchConfig const&)>;
-  static constexpr unsigned kMostSeconds = 24 * 3600;
 
   /// `file` is the one that a start reads. The host lives longer.
   Trial(Host& host, std::string file, Apply apply)

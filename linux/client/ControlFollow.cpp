@@ -2,14 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "host/client/ControlText.h"
 #include "host/client/EventText.h"
 #include "host/client/Pcap.h"
-#include "host/control/Control.h"
-#include "host/text/JsonText.h"
+#include "host/text/ControlProtocol.h"
 #include "linux/client/ControlClient.h"
 #include "linux/process/WallClock.h"
 
@@ -21,7 +19,7 @@ constexpr int kRefused = 1;
 constexpr int kNoAnswer = 3;
 
 std::string requestOf(char const* command, ControlFollow const& follow) {
-  nlohmann::ordered_json request = {{"version", Macsecd::Control::kVersion}, {"command", command}};
+  Macsecd::Json request = Macsecd::requestOf(command);
   if (!follow.interface.empty()) request["interface"] = follow.interface;
   return Macsecd::jsonText(request);
 }

@@ -8,8 +8,7 @@
 #include <ostream>
 
 #include "host/client/ControlText.h"
-#include "host/control/Control.h"
-#include "host/text/JsonText.h"
+#include "host/text/ControlProtocol.h"
 #include "linux/client/ControlClient.h"
 
 namespace Linux {
@@ -18,14 +17,11 @@ namespace {
 
 using Macsecd::ControlView;
 using Macsecd::Json;
+using Macsecd::requestOf;
 
 constexpr int kRefused = 1;
 constexpr int kNoAnswer = 3;
 constexpr int kMillisecondsBetween = 1000;
-
-Json requestOf(char const* command) {
-  return {{"version", Macsecd::Control::kVersion}, {"command", command}};
-}
 
 /// Asks, and shows what hinders it. The status, and what was answered.
 struct Asked {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "host/text/ControlProtocol.h"
 #include "host/text/JsonText.h"
 
 namespace Linux {
@@ -22,7 +23,7 @@ std::optional<gid_t> groupNamed(std::string const& name) {
 }
 
 std::string lineOf(Macsecd::Fault const& fault) {
-  nlohmann::ordered_json const json = {{"version", Macsecd::Control::kVersion},
+  nlohmann::ordered_json const json = {{"version", Macsecd::kControlVersion},
                                        {"ok", false},
                                        {"error", fault.what},
                                        {"remedy", fault.remedy}};

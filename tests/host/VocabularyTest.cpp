@@ -6,6 +6,7 @@
 #include "host/control/Control.h"
 #include "host/control/ControlJson.h"
 #include "host/control/EventJson.h"
+#include "host/text/ControlProtocol.h"
 #include "tests/host/HostFixture.h"
 
 namespace Macsecd {
@@ -37,7 +38,7 @@ TEST(Vocabulary, NamesEachMemberOfAnAnswerInKebabCase) {
   Control control(a.host, [] { return std::vector<Mistake>{{"f", 1, 2, "what", "remedy"}}; });
   std::vector<std::string> names;
   for (char const* const command : {"status", "explain", "counters", "reload"}) {
-    auto const request = Json{{"version", Control::kVersion}, {"command", command}};
+    auto const request = requestOf(command);
     Json const answer = Json::parse(control.answer(request.dump(), true));
     ASSERT_TRUE(answer["ok"]) << answer;
     collectNames(answer, names);

@@ -199,7 +199,7 @@ class Operator(unittest.TestCase):
         status, out, _ = self.ask("trace", "dump", "--file", self.trace)
         self.assertEqual(status, 0)
         self.assertRegex(out.splitlines()[-1],
-                         "^[-0-9]+ [0-9:.]+  3  LineServer  linux/serve/LineServer.cpp:[0-9]+  void .*")
+                         "^[-0-9]+ [0-9:.]+  3  LineServer  serve/LineServer.cpp:[0-9]+  void .*")
         status, out, _ = self.ask("--json", "trace", "dump", "--file", self.trace)
         self.assertEqual({json.loads(line)["handle"] for line in out.splitlines()}, {"LineServer"})
         self.assertEqual(stat.S_IMODE(os.stat(self.trace).st_mode), 0o600)

@@ -21,6 +21,18 @@ ROOMS = {
     "lab": ENGINE_FLOORS + ("host",),
     "apps": ENGINE_FLOORS + ("host", "linux", "lab"),
 }
+# Room -> its shelves, from the lowest up; "" is the room itself. A shelf may include those below it.
+SHELVES = {
+    "host": ("text", "config", "state", "watch", "", "port", "explain", "journal", "control", "client",
+             "eap"),
+    "linux": ("process", "net", "kernel", "trace", "keep", "serve", "client", ""),
+    "lab": ("scenario", "world", "judge", "report", "random", ""),
+}
+# Shelves for who only asks a daemon: what they may include beside themselves. No engine, no cryptography.
+CLIENTS = {
+    "host/client": ("host/text", "platform", "runtime"),
+    "linux/client": ("linux/process", "linux/trace", "host/client", "host/text", "platform", "runtime"),
+}
 # Folders beside the house, that may include everything.
 OUTSIDE = ("tests", "bench", "fuzz", "examples")
 
@@ -41,10 +53,43 @@ def check(source):
                              "move the file into a room, or give the room a row in "
                              "tests/tidy/floors.py")
         return
+    shelf = shelf_of(source.path)
+    if shelf not in SHELVES.get(source.room, ("",)):
+        yield source.finding(1, "floors", f"'{source.room}/{shelf}/' is no shelf of the room",
+                             "move the file onto a shelf, or give the shelf a place in "
+                             "tests/tidy/floors.py")
+        return
     for include in source.includes:
-        problem = check_include(source.room, include)
+        problem = (check_include(source.room, include) or check_shelf(source.room, shelf, include)
+                   or check_client(f"{source.room}/{shelf}", include))
         if problem:
             yield source.finding(include.line, "floors", *problem)
+
+
+def shelf_of(path):
+    """The folder within the room, "" for the room itself."""
+    return "/".join(path.split("/")[1:-1])
+
+
+def check_client(here, include):
+    """What is wrong with an include on a shelf of clients; None if nothing is."""
+    target = include.name.rpartition("/")[0]
+    if here not in CLIENTS or not include.quoted or target in CLIENTS[here] + (here,):
+        return None
+    return (f"{here}/ includes {target}/", f"{here}/ stands on {', '.join(CLIENTS[here])}, so that "
+            "macsecctl stays small; ask for it over the control socket")
+
+
+def check_shelf(room, shelf, include):
+    """What is wrong with an include between the shelves of a room; None if nothing is."""
+    if not include.quoted or not include.name.startswith(f"{room}/") or room not in SHELVES:
+        return None
+    order, target = SHELVES[room], shelf_of(include.name)
+    if target in order and order.index(target) <= order.index(shelf):
+        return None
+    here, there = (f"{room}/{name}".rstrip("/") + "/" for name in (shelf, target))
+    return (f"{here} includes {there}", "includes between the shelves of a room run one way; hand "
+            "the thing in from above, or move it down")
 
 
 def check_include(room, include):

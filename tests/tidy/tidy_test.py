@@ -60,6 +60,27 @@ class FloorsTest(unittest.TestCase):
         self.assertEqual(self.floors("lab", '"linux/Loop.h"'), ["floors"])
         self.assertEqual(self.floors("lab", '"host/Switch.h"'), [])
 
+    def test_includes_between_the_shelves_of_a_room_run_one_way(self):
+        self.assertEqual(self.floors("host/config", '"host/text/Mistake.h"'), [])
+        self.assertEqual(self.floors("host/config", '"host/config/ConfigFile.h"'), [])
+        self.assertEqual(self.floors("host/port", '"host/Host.h"'), [])
+        self.assertEqual(self.floors("host/text", '"host/config/ConfigFile.h"'), ["floors"])
+        self.assertEqual(self.floors("host", '"host/port/PortSummary.h"'), ["floors"])
+        self.assertEqual(self.floors("linux/kernel", '"linux/Daemon.h"'), ["floors"])
+        self.assertEqual(self.floors("lab/world", '"lab/judge/Finding.h"'), ["floors"])
+        self.assertEqual(self.floors("tests/host/text", '"host/Host.h"'), [])
+
+    def test_a_folder_that_is_no_shelf_is_found(self):
+        self.assertEqual(self.floors("host/cellar", '"host/text/Mistake.h"'), ["floors"])
+        self.assertEqual(self.floors("runtime/cellar", "<vector>"), ["floors"])
+
+    def test_a_client_knows_no_engine(self):
+        self.assertEqual(self.floors("host/client", '"host/text/TimeText.h"'), [])
+        self.assertEqual(self.floors("host/client", '"host/config/ConfigFile.h"'), ["floors"])
+        self.assertEqual(self.floors("host/client", '"model/Status.h"'), ["floors"])
+        self.assertEqual(self.floors("linux/client", '"linux/process/WallClock.h"'), [])
+        self.assertEqual(self.floors("linux/client", '"linux/net/LinkTable.h"'), ["floors"])
+
     def test_a_header_is_included_by_its_room(self):
         self.assertEqual(self.floors("model", '"Macsec.h"'), ["floors"])
 

@@ -34,6 +34,15 @@ TEST(ControlText, HasALineForEachPort) {
             "-           -\n");
 }
 
+TEST(ControlText, SaysThatNoInterfaceIsConfigured) {
+  using enum ControlView;
+  for (ControlView const view : {status, peers, keys, counters, explain}) {
+    auto const reading = readingOf(view, R"({"version":2,"ok":true,"result":[]})");
+    EXPECT_EQ(reading.text, "no interface is configured\n");
+    EXPECT_TRUE(reading.isGood);
+  }
+}
+
 TEST(ControlText, ShowsTheLossOfAllPeersOnAPortThatIsStillOpen) {
   std::string status = kStatus;
   status.replace(status.find("\"principal\":true"), 16, "\"principal\":false");
