@@ -7,9 +7,10 @@ import os
 import tempfile
 import unittest
 
+import graph
 import tidy
 from shape import functions
-from source import code_of
+from source import Source, code_of
 
 
 def rules(path, text):
@@ -35,6 +36,16 @@ class CodeTest(unittest.TestCase):
 
     def test_a_quote_in_a_comment_opens_no_literal(self):
         self.assertIn("f()", code_of("// don't\nf(); // it's"))
+
+
+class GraphTest(unittest.TestCase):
+    def test_it_has_an_arrow_for_each_two_places_that_an_include_joins(self):
+        sources = [Source("host/config/File.cpp", '#include "host/text/Mistake.h"\n#include <map>\n'),
+                   Source("host/Host.h", '#include "engine/MkaSm.h"\n#include "engine/MkaRootSm.h"\n'),
+                   Source("engine/MkaSm.cpp", '#include "engine/MkaSm.h"\n'),
+                   Source("tests/host/HostTest.cpp", '#include "host/Host.h"\n')]
+        self.assertEqual(graph.arrows(sources), {("host/config", "host/text"): 1, ("host", "engine"): 2})
+        self.assertIn('"host" -> "engine" [label=2];', graph.drawn(graph.arrows(sources)))
 
 
 class FloorsTest(unittest.TestCase):
