@@ -1,7 +1,5 @@
 #include "host/explain/Explain.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
 #include "host/explain/Explainer.h"
@@ -43,16 +41,6 @@ void Explainer::note(CauseKind kind, std::string what, std::string remedy) {
 
 Explanation explain(Host const& host, Lumo::IntfId intfId) {
   return Explainer(host, intfId).explanation();
-}
-
-std::string textOf(Explanation const& explanation) {
-  std::string text = fmt::format("{} is {}secured\n", explanation.intfId.stringValue().view(),
-                                 explanation.secured ? "" : "not ");
-  for (Cause const& cause : explanation.causes) {
-    text +=
-        fmt::format("  {}: {}\n    {}\n", Vesk::stringValue(cause.kind), cause.what, cause.remedy);
-  }
-  return text;
 }
 
 }  // namespace Macsecd

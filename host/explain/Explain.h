@@ -66,9 +66,6 @@ struct Explanation {
 /// Looks at the trees of a switch and at the frames of the last life time. Changes nothing.
 Explanation explain(Host const& host, Lumo::IntfId intfId);
 
-/// In plain words: a line on the state, and two for each cause.
-std::string textOf(Explanation const& explanation);
-
 }  // namespace Macsecd
 
 template <>
