@@ -6,12 +6,6 @@ namespace Macsecd {
 
 namespace {
 
-Json orNull(std::string const& text) { return text.empty() ? Json() : Json(text); }
-template <class Number>
-Json orNull(std::optional<Number> const& number) {
-  return number ? Json(*number) : Json();
-}
-
 Json jsonOf(KeyAge const& age) { return {{"seconds", age.seconds}, {"at-least", age.isLeast}}; }
 
 Json jsonOf(PeerSummary const& peer) {

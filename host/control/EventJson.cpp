@@ -11,8 +11,6 @@ namespace {
 
 using Kind = PortEventKind;
 
-Json orNull(std::string const& text) { return text.empty() ? Json() : Json(text); }
-
 Json headOf(double time, std::string const& interface, char const* event) {
   double const wallTime = Vesk::world().wallTime() + time - Vesk::now();
   return {{"version", kControlVersion},

@@ -4,6 +4,7 @@
 
 #include "host/explain/Explainer.h"
 #include "host/text/PortText.h"
+#include "host/watch/PortActors.h"
 #include "platform/CknOctets.h"
 #include "platform/Hex.h"
 
@@ -40,8 +41,6 @@ std::string namesOf(Macsec::IntfStatus const& intfStatus) {
                      nameText(intfStatus.defaultKey()));
 }
 
-bool hasLivePeer(MkaActorStatus const& actor) { return !actor.livePeer().empty(); }
-
 }  // namespace
 
 // Frames are looked at for what is wrong with them only while no peer is live: the fallback key's
@@ -49,7 +48,7 @@ bool hasLivePeer(MkaActorStatus const& actor) { return !actor.livePeer().empty()
 bool Explainer::frames() {
   notePeersLost();
   noteRefusedFrames();
-  if (anyActor(*port_, hasLivePeer)) return true;
+  if (hasLivePeer(*port_)) return true;
   noteReplayedFrames();
   if (!evidence_.anyFrame(lifeTime())) {
     note(CauseKind::noFrames,
@@ -136,7 +135,7 @@ bool Explainer::members() {
       anyActor(*port_, [](MkaActorStatus const& actor) { return actor.livePeer().members() > 1; });
   if (areMany && !out_.has(CauseKind::tooManyMembers)) noteTooManyMembers();
   bool const isElected = anyActor(*port_, [](MkaActorStatus const& actor) {
-    return hasLivePeer(actor) && actor.keyServer() != Macsec::Sci();
+    return !actor.livePeer().empty() && actor.keyServer() != Macsec::Sci();
   });
   if (isElected) return true;
   note(CauseKind::noKeyServer, "the members of the link can't agree on a key server",

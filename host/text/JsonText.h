@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 namespace Macsecd {
@@ -11,6 +12,13 @@ using Json = nlohmann::ordered_json;
 /// replaced.
 inline std::string jsonText(Json const& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// What isn't known, and so is empty, is null.
+inline Json orNull(std::string const& text) { return text.empty() ? Json() : Json(text); }
+template <class Number>
+Json orNull(std::optional<Number> const& number) {
+  return number ? Json(*number) : Json();
 }
 
 }  // namespace Macsecd

@@ -5,7 +5,7 @@
 namespace Codec {
 namespace {
 
-Macsec::MemberIdentifier member(uint16_t number) {
+Macsec::MemberIdentifier numbered(uint16_t number) {
   std::array<uint8_t, 12> bytes{0xaa};
   bytes[10] = static_cast<uint8_t>(number >> 8);
   bytes[11] = static_cast<uint8_t>(number);
@@ -17,46 +17,46 @@ Macsec::CknOctets const kOther("c0de0002");
 
 TEST(HeardMembers, KnowTheNumberThatWasHeardAndAllBeforeIt) {
   HeardMembers heard;
-  EXPECT_FALSE(heard.has(kName, member(1), 1));
-  heard.heard(kName, member(1), 7);
-  EXPECT_TRUE(heard.has(kName, member(1), 6));
-  EXPECT_TRUE(heard.has(kName, member(1), 7));
-  EXPECT_FALSE(heard.has(kName, member(1), 8));
+  EXPECT_FALSE(heard.has(kName, numbered(1), 1));
+  heard.heard(kName, numbered(1), 7);
+  EXPECT_TRUE(heard.has(kName, numbered(1), 6));
+  EXPECT_TRUE(heard.has(kName, numbered(1), 7));
+  EXPECT_FALSE(heard.has(kName, numbered(1), 8));
 }
 
 TEST(HeardMembers, NeverCountBack) {
   HeardMembers heard;
-  heard.heard(kName, member(1), 7);
-  heard.heard(kName, member(1), 3);
-  EXPECT_TRUE(heard.has(kName, member(1), 7));
+  heard.heard(kName, numbered(1), 7);
+  heard.heard(kName, numbered(1), 3);
+  EXPECT_TRUE(heard.has(kName, numbered(1), 7));
 }
 
 TEST(HeardMembers, OfOneNameAreNotThoseOfAnother) {
   HeardMembers heard;
-  heard.heard(kName, member(1), 7);
-  EXPECT_FALSE(heard.has(kOther, member(1), 7));
-  EXPECT_FALSE(heard.has(kName, member(2), 7));
+  heard.heard(kName, numbered(1), 7);
+  EXPECT_FALSE(heard.has(kOther, numbered(1), 7));
+  EXPECT_FALSE(heard.has(kName, numbered(2), 7));
 }
 
 TEST(HeardMembers, ForgetTheOneThatHasBeenSilentForLongestWhenTheyAreTooMany) {
   HeardMembers heard;
-  for (uint16_t i = 0; i < HeardMembers::kMostMembers; ++i) heard.heard(kName, member(i), 1);
-  heard.heard(kName, member(0), 2);
-  heard.heard(kName, member(HeardMembers::kMostMembers), 1);
-  EXPECT_TRUE(heard.has(kName, member(0), 2));
-  EXPECT_FALSE(heard.has(kName, member(1), 1));
-  EXPECT_TRUE(heard.has(kName, member(2), 1));
+  for (uint16_t i = 0; i < HeardMembers::kMostMembers; ++i) heard.heard(kName, numbered(i), 1);
+  heard.heard(kName, numbered(0), 2);
+  heard.heard(kName, numbered(HeardMembers::kMostMembers), 1);
+  EXPECT_TRUE(heard.has(kName, numbered(0), 2));
+  EXPECT_FALSE(heard.has(kName, numbered(1), 1));
+  EXPECT_TRUE(heard.has(kName, numbered(2), 1));
 }
 
 TEST(HeardMembers, ForgetTheNameThatHasBeenSilentForLongestWhenTheyAreTooMany) {
   HeardMembers heard;
   auto const name = [](size_t i) { return Macsec::CknOctets("aa0" + std::to_string(i)); };
-  for (size_t i = 0; i < HeardMembers::kMostNames; ++i) heard.heard(name(i), member(1), 1);
-  heard.heard(name(0), member(1), 2);
-  heard.heard(name(HeardMembers::kMostNames), member(1), 1);
-  EXPECT_TRUE(heard.has(name(0), member(1), 1));
-  EXPECT_FALSE(heard.has(name(1), member(1), 1));
-  EXPECT_TRUE(heard.has(name(2), member(1), 1));
+  for (size_t i = 0; i < HeardMembers::kMostNames; ++i) heard.heard(name(i), numbered(1), 1);
+  heard.heard(name(0), numbered(1), 2);
+  heard.heard(name(HeardMembers::kMostNames), numbered(1), 1);
+  EXPECT_TRUE(heard.has(name(0), numbered(1), 1));
+  EXPECT_FALSE(heard.has(name(1), numbered(1), 1));
+  EXPECT_TRUE(heard.has(name(2), numbered(1), 1));
 }
 
 }  // namespace

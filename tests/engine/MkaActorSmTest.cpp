@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/KeyNames.h"
 #include "tests/support/Peer.h"
 
 namespace Macsec {
@@ -8,11 +9,11 @@ namespace {
 
 using Support::ActorPort;
 using Support::ActorWrites;
+using Support::kCkn;
 using Support::key;
 using Support::Peer;
 using ::testing::ElementsAre;
 
-constexpr char const* kCkn = "6162";
 constexpr char const* kLongCkn = "6162636465666768696a6b6c6d6e6f707172737475767778797a303132333435";
 
 TEST(Actor, DerivesItsKeysAtItsFirstStartTheKekBeforeTheIck) {

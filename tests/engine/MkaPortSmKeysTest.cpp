@@ -11,9 +11,6 @@ using Support::kOtherCak;
 using Support::Port;
 using ::testing::ElementsAre;
 
-constexpr char const* kPrimary = Port::kPrimary;
-constexpr char const* kFallback = Port::kFallback;
-
 size_t placeOf(Port const& port, std::string const& text) {
   for (size_t i = 0; i < port.world.traces.size(); ++i) {
     if (port.world.traces[i].find(text) != std::string::npos) return i;
@@ -23,10 +20,10 @@ size_t placeOf(Port const& port, std::string const& text) {
 
 TEST(KeysOfAPort, BothKeysBecomeActorsTheFallbackFirst) {
   Port port;
-  EXPECT_FALSE(port.actor(kPrimary)->defaultActor());
-  EXPECT_TRUE(port.actor(kFallback)->defaultActor());
-  EXPECT_TRUE(port.actorSm(kPrimary));
-  EXPECT_TRUE(port.actorSm(kFallback));
+  EXPECT_FALSE(port.actor(Port::kPrimary)->defaultActor());
+  EXPECT_TRUE(port.actor(Port::kFallback)->defaultActor());
+  EXPECT_TRUE(port.actorSm(Port::kPrimary));
+  EXPECT_TRUE(port.actorSm(Port::kFallback));
   EXPECT_LT(placeOf(port, ": Creating actor 6364"), placeOf(port, ": Creating actor 6162"));
 }
 
@@ -55,56 +52,56 @@ TEST(KeysOfAPort, TheHandlerTracesItsFullSignature) {
 
 TEST(KeysOfAPort, AnotherEncodingOfTheSameKeyRebuildsNothing) {
   Port port;
-  auto const sm = port.actorSm(kPrimary);
-  auto const status = port.actor(kPrimary);
-  port.keyIs(key(kPrimary));
-  EXPECT_EQ(port.actorSm(kPrimary), sm);
-  EXPECT_EQ(port.actor(kPrimary), status);
+  auto const sm = port.actorSm(Port::kPrimary);
+  auto const status = port.actor(Port::kPrimary);
+  port.keyIs(key(Port::kPrimary));
+  EXPECT_EQ(port.actorSm(Port::kPrimary), sm);
+  EXPECT_EQ(port.actor(Port::kPrimary), status);
   EXPECT_EQ(port.world.logged("MKA_CA_CREATED"), 1u);
 }
 
 TEST(KeysOfAPort, AnotherKeyUnderTheSameNameRebuildsTheActor) {
   Port port;
-  auto const sm = port.actorSm(kPrimary);
-  auto const status = port.actor(kPrimary);
-  port.keyIs(key(kPrimary, kOtherCak));
-  EXPECT_NE(port.actorSm(kPrimary), sm);
-  EXPECT_NE(port.actor(kPrimary), status);
+  auto const sm = port.actorSm(Port::kPrimary);
+  auto const status = port.actor(Port::kPrimary);
+  port.keyIs(key(Port::kPrimary, kOtherCak));
+  EXPECT_NE(port.actorSm(Port::kPrimary), sm);
+  EXPECT_NE(port.actor(Port::kPrimary), status);
 }
 
 TEST(KeysOfAPort, AnElectionFollowsTheRebuildOfAPrincipalKeyServer) {
   Port port;
-  port.succeed(kPrimary, true);
-  port.succeed(kFallback, true);
-  ASSERT_EQ(port.principal(), kPrimary);
-  port.keyIs(key(kPrimary, kOtherCak));
-  EXPECT_EQ(port.principal(), kFallback);
+  port.succeed(Port::kPrimary, true);
+  port.succeed(Port::kFallback, true);
+  ASSERT_EQ(port.principal(), Port::kPrimary);
+  port.keyIs(key(Port::kPrimary, kOtherCak));
+  EXPECT_EQ(port.principal(), Port::kFallback);
   EXPECT_EQ(port.world.logged("MKA_FALLBACK_KEY_IN_USE"), 1u);
 }
 
 TEST(KeysOfAPort, NoElectionFollowsTheLossOfAPrincipalThatWasNotKeyServer) {
   Port port;
-  port.succeed(kFallback, true);
-  port.distSakIs(kPrimary, Support::sak());
-  ASSERT_EQ(port.principal(), kPrimary);
+  port.succeed(Port::kFallback, true);
+  port.distSakIs(Port::kPrimary, Support::sak());
+  ASSERT_EQ(port.principal(), Port::kPrimary);
   port.keyIs(Cak());
   EXPECT_EQ(port.principal(), "");
-  EXPECT_FALSE(port.actor(kPrimary));
-  EXPECT_TRUE(port.actor(kFallback));
+  EXPECT_FALSE(port.actor(Port::kPrimary));
+  EXPECT_TRUE(port.actor(Port::kFallback));
 }
 
 TEST(KeysOfAPort, DeletingThePrimaryKeyOfAPrincipalKeyServerElectsTheFallback) {
   Port port;
-  port.succeed(kPrimary, true);
-  port.succeed(kFallback, true);
+  port.succeed(Port::kPrimary, true);
+  port.succeed(Port::kFallback, true);
   port.keyIs(Cak());
-  EXPECT_EQ(port.principal(), kFallback);
-  EXPECT_FALSE(port.actorSm(kPrimary));
+  EXPECT_EQ(port.principal(), Port::kFallback);
+  EXPECT_FALSE(port.actorSm(Port::kPrimary));
 }
 
 TEST(KeysOfAPort, DeletingBothKeysLeavesNoActorAndNoPrincipal) {
   Port port;
-  port.succeed(kPrimary, true);
+  port.succeed(Port::kPrimary, true);
   port.keyIs(Cak());
   port.defaultKeyIs(Cak());
   EXPECT_TRUE(port.portStatus()->actorStatus().empty());
@@ -113,47 +110,47 @@ TEST(KeysOfAPort, DeletingBothKeysLeavesNoActorAndNoPrincipal) {
 }
 
 TEST(KeysOfAPort, AnOlderActorThatIsPrincipalStaysUntilTheSweepFindsItDisplaced) {
-  Port port(key(kPrimary), Cak());
-  port.distSakIs(kPrimary, Support::sak());
+  Port port(key(Port::kPrimary), Cak());
+  port.distSakIs(Port::kPrimary, Support::sak());
   port.keyIs(key("6566"));
-  EXPECT_TRUE(port.actorSm(kPrimary));
+  EXPECT_TRUE(port.actorSm(Port::kPrimary));
   EXPECT_TRUE(port.actorSm("6566"));
   port.distSakIs("6566", Support::sak(1, 2));
   EXPECT_EQ(port.principal(), "6566");
-  EXPECT_TRUE(port.actorSm(kPrimary));
+  EXPECT_TRUE(port.actorSm(Port::kPrimary));
   port.runUntil(port.world.time + 7.999);
-  EXPECT_TRUE(port.actorSm(kPrimary));
+  EXPECT_TRUE(port.actorSm(Port::kPrimary));
   port.runUntil(port.world.time + 0.001);
-  EXPECT_FALSE(port.actorSm(kPrimary));
-  EXPECT_FALSE(port.actor(kPrimary));
+  EXPECT_FALSE(port.actorSm(Port::kPrimary));
+  EXPECT_FALSE(port.actor(Port::kPrimary));
   EXPECT_FALSE(port.portSm()->actorDeletionTimer().isArmed());
 }
 
 TEST(KeysOfAPort, AnOlderActorThatIsNotPrincipalGoesAtOnce) {
   Port port;
   port.keyIs(key("6566"));
-  EXPECT_FALSE(port.actor(kPrimary));
-  EXPECT_FALSE(port.actorSm(kPrimary));
+  EXPECT_FALSE(port.actor(Port::kPrimary));
+  EXPECT_FALSE(port.actorSm(Port::kPrimary));
   EXPECT_TRUE(port.actorSm("6566"));
-  EXPECT_TRUE(port.actorSm(kFallback));
+  EXPECT_TRUE(port.actorSm(Port::kFallback));
 }
 
 TEST(KeysOfAPort, TheSweepSparesThePrincipalAndTheConfiguredActors) {
   Port port;
-  port.distSakIs(kFallback, Support::sak());
+  port.distSakIs(Port::kFallback, Support::sak());
   port.defaultKeyIs(key("6768"));
   port.in([&] { port.portSm()->handleActorDeletion(); });
-  EXPECT_TRUE(port.actor(kPrimary));
-  EXPECT_TRUE(port.actor(kFallback));
+  EXPECT_TRUE(port.actor(Port::kPrimary));
+  EXPECT_TRUE(port.actor(Port::kFallback));
   EXPECT_TRUE(port.actor("6768"));
 }
 
 TEST(KeysOfAPort, AFallbackKeyUnderThePrimaryNameReplacesThePrimaryActor) {
-  Port port(key(kPrimary), Cak());
-  auto const sm = port.actorSm(kPrimary);
-  port.defaultKeyIs(key(kPrimary));
-  EXPECT_NE(port.actorSm(kPrimary), sm);
-  EXPECT_TRUE(port.actor(kPrimary)->defaultActor());
+  Port port(key(Port::kPrimary), Cak());
+  auto const sm = port.actorSm(Port::kPrimary);
+  port.defaultKeyIs(key(Port::kPrimary));
+  EXPECT_NE(port.actorSm(Port::kPrimary), sm);
+  EXPECT_TRUE(port.actor(Port::kPrimary)->defaultActor());
 }
 
 TEST(KeysOfAPort, AnEmptyNameMakesAnActorWithoutAName) {
@@ -193,17 +190,17 @@ TEST(KeysOfAPort, ARestartDeletesActorsWithoutAKeyAndTakesUpThePrincipal) {
   s.in([&] {
     auto portStatus = s.status->portStatusIs(s.intfId);
     portStatus->actorStatusIs("9999");
-    auto actor = portStatus->actorStatusIs(kPrimary);
+    auto actor = portStatus->actorStatusIs(Port::kPrimary);
     actor->msgIdIs("a1a2a3a4a5a6a7a8a9aaabac");
-    actor->cakIs(key(kPrimary).cak());
+    actor->cakIs(key(Port::kPrimary).cak());
     actor->principalIs(true);
   });
-  s.start(key(kPrimary));
+  s.start(key(Port::kPrimary));
   EXPECT_FALSE(s.actor("9999"));
-  EXPECT_EQ(s.portSm()->principalActorCkn(), kPrimary);
-  EXPECT_EQ(s.actor(kPrimary)->msgId(), "a1a2a3a4a5a6a7a8a9aaabac");
-  EXPECT_TRUE(s.actorSm(kPrimary)->keyServerSm());
-  EXPECT_TRUE(s.actorSm(kPrimary)->cpSm());
+  EXPECT_EQ(s.portSm()->principalActorCkn(), Port::kPrimary);
+  EXPECT_EQ(s.actor(Port::kPrimary)->msgId(), "a1a2a3a4a5a6a7a8a9aaabac");
+  EXPECT_TRUE(s.actorSm(Port::kPrimary)->keyServerSm());
+  EXPECT_TRUE(s.actorSm(Port::kPrimary)->cpSm());
 }
 
 }  // namespace

@@ -2,14 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "runtime/Exceptions.h"
+#include "tests/support/KeyNames.h"
 #include "tests/support/Switch.h"
 
 namespace Macsec {
 namespace {
 
+using Support::kCkn;
 using Support::Switch;
-
-constexpr char const* kCkn = "6162";
 
 Sak someSak(uint8_t an = 1) {
   Sak sak{AssociationNumber(an)};

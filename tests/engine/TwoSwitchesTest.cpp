@@ -1,14 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/KeyNames.h"
 #include "tests/support/Switch.h"
 
 namespace Macsec {
 namespace {
 
+using Support::kCkn;
 using ::testing::ElementsAre;
-
-constexpr char const* kCkn = "6162";
 
 class TwoSwitches : public ::testing::Test {
  protected:

@@ -7,7 +7,7 @@
 namespace Macsec {
 namespace {
 
-Lumo::IntfId const kIntf("Ethernet1");
+Lumo::IntfId const kPamIntf("Ethernet1");
 
 class Exchange : public ::testing::Test {
  protected:
@@ -82,15 +82,15 @@ TEST_F(Exchange, TheCountIsTheEventAndAnEqualOneIsNone) {
 }
 
 TEST_F(Exchange, CountersOfPacketsWrapAround) {
-  auto const tx = manager->txPamCounterIs(kIntf);
-  EXPECT_EQ(manager->txPamCounterIs(kIntf), tx);
+  auto const tx = manager->txPamCounterIs(kPamIntf);
+  EXPECT_EQ(manager->txPamCounterIs(kPamIntf), tx);
   EXPECT_EQ(tx->success(), 0u);
   EXPECT_EQ(tx->failure(), 0u);
   tx->successIs(0xFFFFFFFF);
   EXPECT_EQ(tx->successInc(2), 1u);
   EXPECT_EQ(tx->failureInc(3), 3u);
-  EXPECT_EQ(manager->rxPamCounterIs(kIntf)->intfId(), kIntf);
-  EXPECT_EQ(manager->mkaIntfIs(kIntf), manager->mkaIntfIs(kIntf));
+  EXPECT_EQ(manager->rxPamCounterIs(kPamIntf)->intfId(), kPamIntf);
+  EXPECT_EQ(manager->mkaIntfIs(kPamIntf), manager->mkaIntfIs(kPamIntf));
   manager->mkaIntfDelAll();
   EXPECT_TRUE(manager->mkaIntf().empty());
 }

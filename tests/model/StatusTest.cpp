@@ -6,7 +6,7 @@
 namespace Macsec {
 namespace {
 
-Lumo::IntfId const kIntf("Ethernet1");
+Lumo::IntfId const kPortIntf("Ethernet1");
 
 template <class F>
 std::string thrownBy(F run) {
@@ -59,7 +59,7 @@ TEST(StatusTree, TheDefaultsHaveNames) {
 }
 
 TEST(StatusTree, AFreshInterfaceHasItsDefaults) {
-  auto intf = statusFactory("status")->intfStatusIs(kIntf, MacsecParams());
+  auto intf = statusFactory("status")->intfStatusIs(kPortIntf, MacsecParams());
   EXPECT_EQ(intf->key(), Cak());
   EXPECT_EQ(intf->defaultKey(), Cak());
   EXPECT_EQ(intf->keyServerPriority(), 0);
@@ -72,7 +72,7 @@ TEST(StatusTree, AFreshInterfaceHasItsDefaults) {
 }
 
 TEST(StatusTree, AFreshActorHasItsDefaults) {
-  auto port = statusFactory("status")->portStatusIs(kIntf);
+  auto port = statusFactory("status")->portStatusIs(kPortIntf);
   EXPECT_EQ(port->mySci(), Sci());
   EXPECT_EQ(port->anOfNextKey(), AssociationNumber(0));
   auto actor = port->actorStatusIs("6162");
@@ -99,7 +99,7 @@ TEST(StatusTree, AFreshActorHasItsDefaults) {
 }
 
 TEST(StatusTree, AFreshControlledPortHasItsDefaults) {
-  auto cp = statusFactory("status")->cpStatusIs(kIntf, MacsecParams());
+  auto cp = statusFactory("status")->cpStatusIs(kPortIntf, MacsecParams());
   EXPECT_FALSE(cp->protectFrames() || cp->validateFrames() || cp->portValid());
   EXPECT_FALSE(cp->controlledPortEnabled());
   EXPECT_EQ(cp->replayProtect(), 0u);
@@ -117,34 +117,34 @@ TEST(StatusTree, CreatesOrReturnsAnEntryAndTellsOnce) {
   int told = 0;
   auto count = Vesk::make<Count>(told, status);
   MacsecParams const params(CipherSuite::gcmAesXpn256, true);
-  auto const entry = status->intfStatusIs(kIntf, params);
-  EXPECT_EQ(status->intfStatusIs(kIntf, params), entry);
+  auto const entry = status->intfStatusIs(kPortIntf, params);
+  EXPECT_EQ(status->intfStatusIs(kPortIntf, params), entry);
   EXPECT_EQ(told, 1);
-  EXPECT_EQ(status->portStatusIs(kIntf), status->portStatusIs(kIntf));
+  EXPECT_EQ(status->portStatusIs(kPortIntf), status->portStatusIs(kPortIntf));
   EXPECT_EQ(told, 2);
   EXPECT_FALSE(status->intfStatus(Lumo::IntfId("Ethernet2")));
   EXPECT_FALSE(status->intfStatusDel(Lumo::IntfId("Ethernet2")));
   EXPECT_EQ(told, 2);
-  EXPECT_EQ(status->intfStatusDel(kIntf), entry);
+  EXPECT_EQ(status->intfStatusDel(kPortIntf), entry);
   EXPECT_EQ(told, 3);
   Vesk::retire(count);
 }
 
 TEST(StatusTree, OtherParametersForALiveEntryThrow) {
   auto status = statusFactory("status");
-  auto const entry = status->intfStatusIs(kIntf, MacsecParams());
-  status->cpStatusIs(kIntf, MacsecParams());
+  auto const entry = status->intfStatusIs(kPortIntf, MacsecParams());
+  status->cpStatusIs(kPortIntf, MacsecParams());
   MacsecParams const other(CipherSuite::gcmAesXpn256, false);
   std::string const text =
       "Reinstantiating the entity with name Ethernet1 where constructor parameter attribute "
       "_macsecParams has a different value of " +
       Vesk::valueToStrep(other) + " than the current value of " +
       Vesk::valueToStrep(MacsecParams()) + " not allowed";
-  EXPECT_EQ(thrownBy([&] { status->intfStatusIs(kIntf, other); }), text);
-  EXPECT_EQ(thrownBy([&] { status->cpStatusIs(kIntf, other); }), text);
-  EXPECT_EQ(status->intfStatus(kIntf), entry);
-  status->intfStatusDel(kIntf);
-  EXPECT_EQ(status->intfStatusIs(kIntf, other)->macsecParams(), other);
+  EXPECT_EQ(thrownBy([&] { status->intfStatusIs(kPortIntf, other); }), text);
+  EXPECT_EQ(thrownBy([&] { status->cpStatusIs(kPortIntf, other); }), text);
+  EXPECT_EQ(status->intfStatus(kPortIntf), entry);
+  status->intfStatusDel(kPortIntf);
+  EXPECT_EQ(status->intfStatusIs(kPortIntf, other)->macsecParams(), other);
 }
 
 TEST(StatusTree, CountersWrapAroundAndZeroIsSilent) {
@@ -173,7 +173,7 @@ TEST(StatusTree, AnEqualKeyForAnAssociationNumberIsSilent) {
     void onRxSak(AssociationNumber const& an) override { owner() += 10 + an.value(); }
     void onRxLPN(AssociationNumber const&) override { owner() += 1000; }
   };
-  auto cp = CpStatus::CpStatusIs(kIntf, MacsecParams());
+  auto cp = CpStatus::CpStatusIs(kPortIntf, MacsecParams());
   int told = 0;
   auto writes = Vesk::make<Writes>(told, cp);
   Sak sak{AssociationNumber(2)};
@@ -197,7 +197,7 @@ TEST(StatusTree, AnEqualKeyForAnAssociationNumberIsSilent) {
 // The hardware side.
 
 TEST(HardwareStatus, AFreshOneHasItsDefaults) {
-  auto hw = MacSecIntfStatus::MacSecIntfStatusIs(kIntf);
+  auto hw = MacSecIntfStatus::MacSecIntfStatusIs(kPortIntf);
   EXPECT_EQ(hw->secHdrSize(), 24u);
   EXPECT_FALSE(hw->configured());
   EXPECT_FALSE(hw->txSaStatus());
@@ -209,7 +209,7 @@ TEST(HardwareStatus, TheTransmitSlotIsReplacedWheneverTheKeyChanges) {
     using Reactor::Reactor;
     void onTxSaStatus() override { ++owner(); }
   };
-  auto hw = MacSecIntfStatus::MacSecIntfStatusIs(kIntf);
+  auto hw = MacSecIntfStatus::MacSecIntfStatusIs(kPortIntf);
   int told = 0;
   auto writes = Vesk::make<Writes>(told, hw);
   auto const first = hw->txSaStatusIs(AssociationNumber(1), "id", 7);
@@ -229,7 +229,7 @@ TEST(HardwareStatus, TheTransmitSlotIsReplacedWheneverTheKeyChanges) {
 }
 
 TEST(HardwareStatus, AReceiveEntryMustGoBeforeItsNumberServesAnotherKey) {
-  auto hw = MacSecIntfStatus::MacSecIntfStatusIs(kIntf);
+  auto hw = MacSecIntfStatus::MacSecIntfStatusIs(kPortIntf);
   AssociationNumber const an(1);
   auto const first = hw->rxSaStatusIs(an, "id", 7);
   EXPECT_EQ(hw->rxSaStatusIs(an, "id", 7), first);
@@ -249,12 +249,12 @@ TEST(HardwareStatus, AReceiveEntryMustGoBeforeItsNumberServesAnotherKey) {
 TEST(HardwareStatus, TheDirectoryOnlyPointsAtItsEntries) {
   auto slice = macSecStatusFactory("slice");
   auto dir = macSecIntfStatusPtrDirFactory("dir");
-  auto const hw = slice->statusIs(kIntf);
+  auto const hw = slice->statusIs(kPortIntf);
   dir->statusIs(hw);
-  slice->statusDel(kIntf);
-  EXPECT_EQ(dir->status(kIntf), hw);
-  dir->statusDel(kIntf);
-  EXPECT_FALSE(dir->status(kIntf));
+  slice->statusDel(kPortIntf);
+  EXPECT_EQ(dir->status(kPortIntf), hw);
+  dir->statusDel(kPortIntf);
+  EXPECT_FALSE(dir->status(kPortIntf));
 }
 
 TEST(HardwareStatus, TheDirectoryReplacesAPointerAndTellsUnlessItIsTheSame) {
@@ -265,14 +265,14 @@ TEST(HardwareStatus, TheDirectoryReplacesAPointerAndTellsUnlessItIsTheSame) {
   auto dir = macSecIntfStatusPtrDirFactory("dir");
   int told = 0;
   auto writes = Vesk::make<Writes>(told, dir);
-  auto const first = MacSecIntfStatus::MacSecIntfStatusIs(kIntf);
-  auto const second = MacSecIntfStatus::MacSecIntfStatusIs(kIntf);
+  auto const first = MacSecIntfStatus::MacSecIntfStatusIs(kPortIntf);
+  auto const second = MacSecIntfStatus::MacSecIntfStatusIs(kPortIntf);
   dir->statusIs(first);
   dir->statusIs(first);
   EXPECT_EQ(told, 1);
   dir->statusIs(second);
   EXPECT_EQ(told, 2);
-  EXPECT_EQ(dir->status(kIntf), second);
+  EXPECT_EQ(dir->status(kPortIntf), second);
   Vesk::retire(writes);
 }
 

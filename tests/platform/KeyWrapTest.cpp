@@ -13,8 +13,8 @@ namespace {
 
 constexpr char kKek128[] = "000102030405060708090a0b0c0d0e0f";
 constexpr char kKek256[] = "000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f";
-constexpr char kKey128[] = "00112233445566778899aabbccddeeff";
-constexpr char kKey256[] = "00112233445566778899aabbccddeeff000102030405060708090a0b0c0d0e0f";
+constexpr char kWrapped128[] = "00112233445566778899aabbccddeeff";
+constexpr char kWrapped256[] = "00112233445566778899aabbccddeeff000102030405060708090a0b0c0d0e0f";
 
 struct Vector {
   char const* kek;
@@ -24,9 +24,9 @@ struct Vector {
 
 // RFC 3394 4.1, 4.3 and 4.6, and the key of an MKPDU.
 constexpr Vector kVectors[] = {
-    {kKek128, kKey128, "1fa68b0a8112b447aef34bd8fb5a7b829d3e862371d2cfe5"},
-    {kKek256, kKey128, "64e8c3f9ce0f5ba263e9777905818a2a93c8191e7d6e8ae7"},
-    {kKek256, kKey256,
+    {kKek128, kWrapped128, "1fa68b0a8112b447aef34bd8fb5a7b829d3e862371d2cfe5"},
+    {kKek256, kWrapped128, "64e8c3f9ce0f5ba263e9777905818a2a93c8191e7d6e8ae7"},
+    {kKek256, kWrapped256,
      "28c9f404c4b810f4cbccb35cfb87f8263f5786e2d80ed326cbc7f0e71a99f43bfb988b9b7a02dd21"},
     {"d1eed7b4638f373c9b5891bb6342cdb8", "378f101a582e734030e761c62b7ab8c9",
      "116771c88648360e9aaff76dc6e18292b6496b89c29c10fe"},
@@ -86,7 +86,7 @@ TEST(KeyWrap, RefusesOtherSizes) {
     EXPECT_TRUE(allZero(octets)) << size;
   }
   std::vector<uint8_t> small(23);
-  EXPECT_FALSE(wrap.wrap(octetsOf(kKey128), small));
+  EXPECT_FALSE(wrap.wrap(octetsOf(kWrapped128), small));
 }
 
 TEST(KeyWrap, DoesNothingWithoutAKekOfAnAesLength) {
@@ -94,14 +94,14 @@ TEST(KeyWrap, DoesNothingWithoutAKekOfAnAesLength) {
     KeyWrap wrap{std::vector<uint8_t>(size)};
     std::vector<uint8_t> out(24);
     EXPECT_FALSE(wrap.keyed()) << size;
-    EXPECT_FALSE(wrap.wrap(octetsOf(kKey128), out)) << size;
+    EXPECT_FALSE(wrap.wrap(octetsOf(kWrapped128), out)) << size;
   }
 }
 
 TEST(KeyWrap, AllocatesNothingPerKey) {
   ASSERT_TRUE(opensslIsCounted());
   KeyWrap wrap(octetsOf(kKek128));
-  auto const key = octetsOf(kKey128);
+  auto const key = octetsOf(kWrapped128);
   std::vector<uint8_t> wrapped(24);
   std::vector<uint8_t> out(16);
   uint64_t const before = allocations();
@@ -116,7 +116,7 @@ TEST(KeyWrap, LeavesNoKekInTheMemoryThatItFrees) {
   {
     KeyWrap wrap(kek);
     std::vector<uint8_t> wrapped(24);
-    EXPECT_TRUE(wrap.wrap(octetsOf(kKey128), wrapped));
+    EXPECT_TRUE(wrap.wrap(octetsOf(kWrapped128), wrapped));
     freedOctetsWatchedIs(kek);
   }
   uint64_t const blocks = freedBlocks();

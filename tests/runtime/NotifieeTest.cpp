@@ -11,8 +11,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-Lumo::IntfId const one("Ethernet1");
-Lumo::IntfId const two("Ethernet2");
+Lumo::IntfId const kFirst("Ethernet1");
+Lumo::IntfId const kSecond("Ethernet2");
 
 class KeyedVisitTest : public testing::Test {
  protected:
@@ -24,15 +24,15 @@ class KeyedVisitTest : public testing::Test {
   Owner owner;
   Ptr<Port> port = make<Port>();
   // Attached in the order of their letters.
-  Ptr<SpeedReactor> a = reactor("a", two), b = reactor("b"), c = reactor("c", one),
-                    d = reactor("d"), e = reactor("e", two);
+  Ptr<SpeedReactor> a = reactor("a", kSecond), b = reactor("b"), c = reactor("c", kFirst),
+                    d = reactor("d"), e = reactor("e", kSecond);
 };
 
 TEST_F(KeyedVisitTest, CallsThoseWithoutAKeyAndThoseOfTheKeyInOrderOfAttachment) {
-  port->speedOfIs(one, 1);
+  port->speedOfIs(kFirst, 1);
   EXPECT_THAT(owner.heard, ElementsAre("b speed", "c speed", "d speed"));
   owner.heard.clear();
-  port->speedOfIs(two, 2);
+  port->speedOfIs(kSecond, 2);
   EXPECT_THAT(owner.heard, ElementsAre("a speed", "b speed", "d speed", "e speed"));
   owner.heard.clear();
   port->speedOfIs(Lumo::IntfId("Ethernet3"), 3);
@@ -47,7 +47,7 @@ TEST_F(KeyedVisitTest, WithTheEmptyKeyReachesAllInOrderOfAttachment) {
 TEST_F(KeyedVisitTest, WithTheEmptyKeySurvivesThatKeyedReactorsLeaveAndJoin) {
   Ptr<SpeedReactor> late;
   owner.then = [&](auto& what) {
-    if (what == "b speed") c = nullptr, late = reactor("late", one);
+    if (what == "b speed") c = nullptr, late = reactor("late", kFirst);
     if (what == "d speed") e->isRegisteredNotifieeIs(false);
   };
   port->speedIs(1);
@@ -61,16 +61,16 @@ TEST_F(KeyedVisitTest, WithTheEmptyKeySurvivesThatKeyedReactorsLeaveAndJoin) {
 TEST_F(KeyedVisitTest, OfOneKeySurvivesThatItsReactorsLeaveAndJoin) {
   Ptr<SpeedReactor> late;
   owner.then = [&](auto& what) {
-    if (what == "a speed") e = nullptr, late = reactor("late", two);
+    if (what == "a speed") e = nullptr, late = reactor("late", kSecond);
   };
-  port->speedOfIs(two, 1);
+  port->speedOfIs(kSecond, 1);
   EXPECT_THAT(owner.heard, ElementsAre("a speed", "b speed", "d speed"));
 }
 
 TEST_F(KeyedVisitTest, OfACollectionKeyedByInterfaceGoesByTheMembersKey) {
-  auto lanes = make<PortReactor>(owner, port, "one", one);
-  port->laneIs(one);
-  port->laneIs(two);
+  auto lanes = make<PortReactor>(owner, port, "one", kFirst);
+  port->laneIs(kFirst);
+  port->laneIs(kSecond);
   EXPECT_THAT(owner.heard, ElementsAre("one lane Ethernet1"));
 }
 
@@ -89,16 +89,16 @@ TEST_F(KeyedVisitTest, KeyIsKeptWhenTheReactorIsRepointed) {
   Ptr<Port> other = make<Port>("other");
   c->notifierIs(other);
   owner.heard.clear();
-  other->speedOfIs(two, 1);
+  other->speedOfIs(kSecond, 1);
   EXPECT_THAT(owner.heard, IsEmpty());
-  other->speedOfIs(one, 2);
+  other->speedOfIs(kFirst, 2);
   EXPECT_THAT(owner.heard, ElementsAre("c speed"));
 }
 
 TEST_F(KeyedVisitTest, SwitchedOffCallsEveryReactorThatEntersForEverything) {
   NotifieeListBase::visitsAreFiltered = false;
-  auto f = reactor("f", two);
-  port->speedOfIs(one, 1);
+  auto f = reactor("f", kSecond);
+  port->speedOfIs(kFirst, 1);
   EXPECT_THAT(owner.heard, ElementsAre("b speed", "c speed", "d speed", "f speed"));
   auto deaf = make<DeafReactor>(owner, port);
   EXPECT_TRUE(deaf->isRegisteredNotifiee());
@@ -126,9 +126,9 @@ TEST(Notifiee, OfWhichNoneWatchesTheAttributeNoneIsCalled) {
   Owner owner;
   auto port = make<Port>();
   auto a = make<SpeedReactor>(owner, port, "a");
-  auto b = make<SpeedReactor>(owner, port, "b", one);
+  auto b = make<SpeedReactor>(owner, port, "b", kFirst);
   port->labelIs("x");
-  port->laneIs(one);
+  port->laneIs(kFirst);
   EXPECT_THAT(owner.heard, IsEmpty());
   EXPECT_EQ(port->notifiees(), 2u);
 }

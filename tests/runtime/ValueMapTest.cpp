@@ -11,16 +11,16 @@
 namespace Vesk::Test {
 namespace {
 
-using Map = ValueMap<String8, String8>;
+using Values = ValueMap<String8, String8>;
 
-std::set<void const*> addresses(Map const& map) {
+std::set<void const*> addresses(Values const& map) {
   std::set<void const*> found;
   for (auto& entry : map) found.insert(&entry);
   return found;
 }
 
 TEST(ValueMap, AbsentKeyGivesNull) {
-  Map map;
+  Values map;
   EXPECT_EQ(map["a"], nullptr);
   map.xIs("a", "1");
   EXPECT_EQ(*map["a"], "1");
@@ -28,7 +28,7 @@ TEST(ValueMap, AbsentKeyGivesNull) {
 }
 
 TEST(ValueMap, SaysWhetherAWriteChangedIt) {
-  Map map;
+  Values map;
   EXPECT_TRUE(map.xIs("a", "1"));
   EXPECT_FALSE(map.xIs("a", "1"));
   EXPECT_TRUE(map.xIs("a", "2"));
@@ -39,7 +39,7 @@ TEST(ValueMap, SaysWhetherAWriteChangedIt) {
 }
 
 TEST(ValueMap, EmptiedAndRefilledUsesItsEntriesAgain) {
-  Map map;
+  Values map;
   for (char const* key : {"a", "b", "c"}) map.xIs(key, "1");
   auto const first = addresses(map);
   for (char const* key : {"a", "b", "c"}) map.xDel(key);
@@ -63,7 +63,7 @@ TEST(ValueMap, SpareEntryGivesUpItsTextsAtOnce) {
 }
 
 TEST(ValueMap, EntryUnderAnIteratorIsNotUsedAgainWhileItIsHeld) {
-  Map map;
+  Values map;
   for (int i = 0; i < 8; ++i) map.xIs(String8(std::to_string(i)), "1");
   std::vector<std::string> seen;
   for (auto i = map.iterator(); i; ++i) {

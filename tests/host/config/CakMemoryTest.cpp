@@ -86,17 +86,17 @@ class CakMemory : public ::testing::Test {
   std::string const path_ = ::testing::TempDir() + "/cak-memory-" + std::to_string(getpid());
 };
 
-constexpr char const* kFile =
+constexpr char const* kFileWithKeys =
     "profiles:\n  one:\n    key: {ckn: '6162', cak: %}\n    fallback-key: {ckn: '63', cak: \"%\"}\n"
     "interfaces: {Ethernet1: {profile: one}}\n";
 
 TEST_F(CakMemory, NoKeyStaysInClearAfterTheStartAndAReload) {
   Switch s(1);
-  fileIs(kFile, 1);
+  fileIs(kFileWithKeys, 1);
   s.bringUp(readConfigFile(path_).config);
   ASSERT_TRUE(s.actor());
   EXPECT_EQ(copiesOf(1), 0u);
-  fileIs(kFile, 2, kForms[2]);
+  fileIs(kFileWithKeys, 2, kForms[2]);
   EXPECT_EQ(s.host.reload(path_).size(), 0u);
   EXPECT_EQ(copiesOf(1), 0u);
   EXPECT_EQ(copiesOf(2), 0u);

@@ -13,7 +13,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-constexpr char const* kFile = R"(
+constexpr char const* kReloaded = R"(
 profiles:
   one:
     key: {ckn: c0de0001, cak: 0123456789abcdef0123456789abcdef}
@@ -33,7 +33,7 @@ std::string replaced(std::string text, std::string const& from, std::string cons
 /// A running switch, and everything that it writes from then on.
 class Reload : public ::testing::Test {
  protected:
-  Reload() { s.bringUp(parseConfig(kFile, "switch.yaml").config); }
+  Reload() { s.bringUp(parseConfig(kReloaded, "switch.yaml").config); }
   ~Reload() override { Vesk::attributeLogEnabled = false; }
   /// What is written meanwhile.
   std::vector<std::string> reload(std::string const& text) {
@@ -48,26 +48,29 @@ class Reload : public ::testing::Test {
 };
 
 TEST_F(Reload, OfTheSameFileWritesNothing) {
-  EXPECT_THAT(reload(kFile), IsEmpty());
+  EXPECT_THAT(reload(kReloaded), IsEmpty());
   EXPECT_TRUE(taken);
 }
 
 TEST_F(Reload, OfKeysInAnotherLetterCaseAndOfNamesInAnotherEncodingWritesNothing) {
-  EXPECT_THAT(reload(replaced(kFile, "0123456789abcdef0123", "0123456789ABCDEF0123")), IsEmpty());
-  EXPECT_THAT(reload(replaced(kFile, "c0de0001", "C0DE0001")), IsEmpty());
-  EXPECT_THAT(reload(replaced(kFile, "c0de0001", "c0De0001")), IsEmpty());
+  EXPECT_THAT(reload(replaced(kReloaded, "0123456789abcdef0123", "0123456789ABCDEF0123")),
+              IsEmpty());
+  EXPECT_THAT(reload(replaced(kReloaded, "c0de0001", "C0DE0001")), IsEmpty());
+  EXPECT_THAT(reload(replaced(kReloaded, "c0de0001", "c0De0001")), IsEmpty());
   EXPECT_TRUE(taken);
 }
 
 TEST_F(Reload, OfANameInCharactersAndThenInItsOctetsWritesNothing) {
-  EXPECT_FALSE(reload(replaced(kFile, "c0de0001", "xyz")).empty());
-  EXPECT_THAT(reload(replaced(kFile, "c0de0001", "78797a")), IsEmpty());
+  EXPECT_FALSE(reload(replaced(kReloaded, "c0de0001", "xyz")).empty());
+  EXPECT_THAT(reload(replaced(kReloaded, "c0de0001", "78797a")), IsEmpty());
 }
 
 TEST_F(Reload, WritesWhatHasChangedAlone) {
   auto const profile = s.host.config()->profile("one");
-  EXPECT_THAT(reload(replaced(kFile, "profile: one", "profile: one, port-number: 1")), IsEmpty());
-  auto const writes = reload(replaced(kFile, "  one:\n", "  one:\n    key-server-priority: 7\n"));
+  EXPECT_THAT(reload(replaced(kReloaded, "profile: one", "profile: one, port-number: 1")),
+              IsEmpty());
+  auto const writes =
+      reload(replaced(kReloaded, "  one:\n", "  one:\n    key-server-priority: 7\n"));
   EXPECT_EQ(std::ranges::count(writes, "keyServerPriority"), 2) << "changed, in force";
   EXPECT_EQ(std::ranges::count(writes, "key") + std::ranges::count(writes, "defaultKey"), 2)
       << "of the profile under which the interface waits";
@@ -75,7 +78,7 @@ TEST_F(Reload, WritesWhatHasChangedAlone) {
 }
 
 TEST_F(Reload, OfAFileWithMistakesTellsThemAllAndChangesNothing) {
-  std::string bad = replaced(kFile, "  two:", "    rekey: 5\n  two:");
+  std::string bad = replaced(kReloaded, "  two:", "    rekey: 5\n  two:");
   bad = replaced(bad, "interfaces:", "delay-protection: perhaps\ninterfaces:");
   bad += "  Ethernet1: {profile: two}\n";
   ConfigResult const read = parseConfig(bad, "switch.yaml");
@@ -91,14 +94,14 @@ TEST_F(Reload, OfAFileWithMistakesTellsThemAllAndChangesNothing) {
 TEST_F(Reload, ReadsAFileAndReturnsItsMistakes) {
   auto const path = std::filesystem::temp_directory_path() /
                     ("reload-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
-  std::ofstream(path) << replaced(kFile, "profile: one", "profile: three");
+  std::ofstream(path) << replaced(kReloaded, "profile: one", "profile: three");
   std::filesystem::permissions(path, std::filesystem::perms(0600));
   Vesk::attributeLogEnabled = true;
   auto const mistakes = s.host.reload(path.string());
   ASSERT_EQ(mistakes.size(), 1u);
   EXPECT_THAT(mistakes[0].text(), HasSubstr(":9:24: there is no profile 'three'"));
   EXPECT_THAT(s.world.writes, IsEmpty());
-  std::ofstream(path) << replaced(kFile, "profile: one", "profile: two");
+  std::ofstream(path) << replaced(kReloaded, "profile: one", "profile: two");
   EXPECT_THAT(s.host.reload(path.string()), IsEmpty());
   EXPECT_EQ(s.intfStatus()->profileName(), "two");
   std::filesystem::remove(path);
@@ -108,7 +111,7 @@ TEST_F(Reload, ReadsAFileAndReturnsItsMistakes) {
 
 TEST_F(Reload, AnInterfaceThatMovesKeepsItsStatusAndBothPlacesAreInStep) {
   auto const status = s.intfStatus();
-  reload(replaced(kFile, "profile: one", "profile: two"));
+  reload(replaced(kReloaded, "profile: one", "profile: two"));
   EXPECT_EQ(s.intfStatus(), status);
   EXPECT_EQ(status->profileName(), "two");
   Macsec::Config const& config = *s.host.config();
@@ -120,7 +123,7 @@ TEST_F(Reload, AnInterfaceThatMovesKeepsItsStatusAndBothPlacesAreInStep) {
 
 TEST_F(Reload, AnInterfaceThatMovesToAnotherSuiteIsMadeAnew) {
   std::string const file =
-      replaced(replaced(kFile, "cak: 00112233445566778899aabbccddeeff}",
+      replaced(replaced(kReloaded, "cak: 00112233445566778899aabbccddeeff}",
                         "cak: 00112233445566778899aabbccddeeff00112233445566778899aabbccddeeff}\n"
                         "    cipher-suite: gcm-aes-xpn-256"),
                "profile: one", "profile: two");
@@ -134,24 +137,24 @@ TEST_F(Reload, AnInterfaceThatMovesToAnotherSuiteIsMadeAnew) {
 
 TEST_F(Reload, AnotherPortNumberMakesTheInterfaceAnew) {
   EXPECT_EQ(s.host.status()->portStatus(kIntf)->mySci().portNum(), 1);
-  reload(replaced(kFile, "profile: one", "profile: one, port-number: 9"));
+  reload(replaced(kReloaded, "profile: one", "profile: one, port-number: 9"));
   EXPECT_EQ(s.host.status()->portStatus(kIntf)->mySci().portNum(), 9);
   EXPECT_EQ(s.host.ethIntfStatusDir()->intfStatus(kIntf)->linkStatus(), Interface::linkUp);
 }
 
 TEST_F(Reload, ADialectThatIsLeftOutGoesBackToTheDefault) {
   std::string const dialect =
-      replaced(kFile, "profile: one", "profile: one, dialect: {icv-indicator: left-out}");
+      replaced(kReloaded, "profile: one", "profile: one, dialect: {icv-indicator: left-out}");
   reload(dialect);
   EXPECT_EQ(s.host.codec()->dialect(kIntf).icvIndicator, Codec::IcvIndicator::leftOut);
-  reload(replaced(kFile, "  Ethernet1: {profile: one}\n", "  {}\n"));
+  reload(replaced(kReloaded, "  Ethernet1: {profile: one}\n", "  {}\n"));
   EXPECT_EQ(s.host.codec()->dialect(kIntf).icvIndicator, Codec::Dialect().icvIndicator);
 }
 
 // Everything else is in the tree by then.
 TEST_F(Reload, WhatEndsTheProcessIsWrittenLast) {
   auto const writes =
-      reload("fips: true\n" + replaced(kFile, "  one:\n", "  one:\n    rekey-period: 9\n"));
+      reload("fips: true\n" + replaced(kReloaded, "  one:\n", "  one:\n    rekey-period: 9\n"));
   EXPECT_THAT(s.world.exits, ElementsAre(0));
   EXPECT_EQ(s.host.config()->profile("one")->sessionReKeyPeriod(), 9u);
   EXPECT_LT(std::ranges::find(writes, "sessionReKeyPeriod"),
@@ -161,7 +164,7 @@ TEST_F(Reload, WhatEndsTheProcessIsWrittenLast) {
 
 TEST_F(Reload, ShuttingDownComesFirst) {
   auto const writes =
-      reload("shutdown: true\n" + replaced(kFile, "  one:\n", "  one:\n    rekey-period: 9\n"));
+      reload("shutdown: true\n" + replaced(kReloaded, "  one:\n", "  one:\n    rekey-period: 9\n"));
   EXPECT_EQ(writes.front(), "shutdown");
 }
 

@@ -28,9 +28,9 @@ std::string sends(double from = 20.25) {
 
 /// Everything that a scenario brings about but refused frames: events, and each write to the trees
 /// of A.
-class Record final : public Audience {
+class Recorded final : public Audience {
  public:
-  explicit Record(std::string const& text)
+  explicit Recorded(std::string const& text)
       : result_(parseScenario(text, "f")), simulation_(result_.scenario, 1), events_(lines_) {
     auto& sinks = simulation_.switchOf("A").world().sinks;
     sinks.attribute = [this, former = sinks.attribute](Vesk::AttributeWrite const& write) {
@@ -90,9 +90,9 @@ TEST(MadeFrame, EachDefectIsRefusedUnderItsNameInEveryFormOfTheIcvIndicator) {
 }
 
 TEST(MadeFrame, NothingButItsCounterChanges) {
-  std::string const undisturbed = Record(pair("", "40")).text();
+  std::string const undisturbed = Recorded(pair("", "40")).text();
   EXPECT_NE(undisturbed.find("Ethernet1.rxSak[0]"), std::string::npos);
-  Record const disturbed(pair(sends(), "40"));
+  Recorded const disturbed(pair(sends(), "40"));
   EXPECT_TRUE(disturbed.text() == undisturbed);
   EXPECT_EQ(disturbed.failures, defects().size());
 }
