@@ -33,12 +33,12 @@ ConfigSm::ConfigSm(Vesk::Ptr<Config const> config, Vesk::Ptr<Status> status,
   handleInitialized();
 }
 
-ConfigSm::~ConfigSm() {
-  Vesk::retire(config_);
-  Vesk::retire(status_);
-  Vesk::retire(eapKeyStatus_);
+ConfigSm::~ConfigSm() = default;
+
+void ConfigSm::end() {
+  Vesk::endReactors(config_, status_, eapKeyStatus_);
   ethIntfStatusDir_->retireAll();
-  Vesk::retire(ethIntfStatusDir_);
+  Vesk::endReactors(ethIntfStatusDir_);
   profile_.retireAll();
 }
 

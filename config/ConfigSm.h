@@ -12,7 +12,7 @@ namespace Macsec {
 /// Turns the configuration tree into the `IntfStatus` entries of the status tree, which are all
 /// that the engine sees of configuration. An entry exists while some profile binds the interface
 /// and has something to run on: a configured primary key, or 802.1X enabled.
-class ConfigSm final : public Vesk::PtrInterface {
+class ConfigSm final : public Vesk::StateMachine {
  public:
   /// `eapKeyStatus` and `brineCounters` may be null where there is no 802.1X module and no table of
   /// message counters.
@@ -58,6 +58,9 @@ class ConfigSm final : public Vesk::PtrInterface {
   // Message counters.
   void handleClearMkaCounters();
   void doClearCounters(Lumo::IntfId intfId);
+
+ protected:
+  void end() override;
 
  private:
   struct ConfigReactor;

@@ -18,8 +18,10 @@ ConfigSm::ProfileReactor::ProfileReactor(ConfigSm& sm, Vesk::Ptr<Profile const> 
   handleIntf();
 }
 
-// A fallback key alone doesn't make an interface wanted.
+// A fallback key alone doesn't make an interface wanted, and a profile that has been deleted inside
+// one of these steps wants none.
 bool ConfigSm::ProfileReactor::isWanted(Lumo::IntfId intfId) const {
+  if (isMarkedForDeletion()) return false;
   bool const* const isBound = notifier()->intf(intfId);
   return isBound && *isBound && (notifier()->key() != Cak() || notifier()->dot1xEnabled());
 }
@@ -86,12 +88,12 @@ void ConfigSm::ProfileReactor::updateIntf(IntfStatus& intfStatus) {
 }
 
 void ConfigSm::ProfileReactor::handleCipherSuite() {
-  VESK_TRACE(3, " Updating Cipher");
+  VESK_TRACE(8, " Updating Cipher");
   recreateIntfs();
 }
 
 void ConfigSm::ProfileReactor::handleIncludeSci() {
-  VESK_TRACE(3, " Updating SCI Inclusion Flag ");
+  VESK_TRACE(8, " Updating SCI Inclusion Flag ");
   recreateIntfs();
 }
 

@@ -32,23 +32,30 @@ bool isGreater(Sci const& a, Sci const& b) {
 
 }  // namespace
 
-ControlledPortSm::ControlledPortSm(Vesk::String8 ckn, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+ControlledPortSm::ControlledPortSm(Vesk::Unstarted, Vesk::String8 ckn, Lumo::IntfId intfId,
+                                   Vesk::Ptr<Status> status,
                                    Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
                                    Vesk::Ptr<Zorn::TimerWheel> timerWheel)
     : ckn_(std::move(ckn)),
       intfId_(intfId),
       status_(std::move(status)),
       hwStatus_(Vesk::make<HwStatusReactor>(*this, std::move(hwStatus))),
-      timerWheel_(std::move(timerWheel)) {
+      timerWheel_(std::move(timerWheel)) {}
+
+ControlledPortSm::ControlledPortSm(Vesk::String8 ckn, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+                                   Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                                   Vesk::Ptr<Zorn::TimerWheel> timerWheel)
+    : ControlledPortSm(Vesk::Unstarted(), std::move(ckn), intfId, std::move(status),
+                       std::move(hwStatus), std::move(timerWheel)) {
   handleInitialized();
 }
 
-ControlledPortSm::~ControlledPortSm() {
-  Vesk::retire(actorStatus_);
-  Vesk::retire(latestKeyTxEnableTimer_);
-  Vesk::retire(oldKeyRetirementTimer_);
+ControlledPortSm::~ControlledPortSm() = default;
+
+void ControlledPortSm::end() {
+  Vesk::endReactors(actorStatus_, latestKeyTxEnableTimer_, oldKeyRetirementTimer_);
   hwStatus_->retireAll();
-  Vesk::retire(hwStatus_);
+  Vesk::endReactors(hwStatus_);
 }
 
 Vesk::Ptr<ControlledPortSm> ControlledPortSm::ControlledPortSmIs(
@@ -77,6 +84,14 @@ bool ControlledPortSm::isFor(Vesk::String8 const& ckn, Lumo::IntfId intfId,
                              Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) const {
   return ckn == ckn_ && intfId == intfId_ && status == status_ &&
          hwStatus == hwStatus_->notifier() && timerWheel == timerWheel_;
+}
+
+Vesk::Ptr<MkaActorStatus const> const& ControlledPortSm::actorStatus() const {
+  return actorStatus_->notifier();
+}
+
+Vesk::Ptr<MacSecIntfStatusPtrDir const> const& ControlledPortSm::hwStatus() const {
+  return hwStatus_->notifier();
 }
 
 Zorn::TimerWheel::NotifieeConst const& ControlledPortSm::latestKeyTxEnableTimer() const {

@@ -24,10 +24,13 @@ namespace Macsec {
 ///
 /// The first stages lie in `latestSakContext`. The key in steady use lies in `oldSakContext`, and
 /// the latest context is empty until the next key comes.
-class ControlledPortSm final : public Vesk::PtrInterface {
+class ControlledPortSm final : public Vesk::StateMachine {
  public:
   ControlledPortSm(Vesk::String8 ckn, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
                    Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                   Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+  ControlledPortSm(Vesk::Unstarted, Vesk::String8 ckn, Lumo::IntfId intfId,
+                   Vesk::Ptr<Status> status, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
                    Vesk::Ptr<Zorn::TimerWheel> timerWheel);
   ~ControlledPortSm() override;
   static Vesk::Ptr<ControlledPortSm> ControlledPortSmIs(
@@ -62,6 +65,9 @@ class ControlledPortSm final : public Vesk::PtrInterface {
   /// The timer's handler, and the direct step of several paths.
   void handleLatestKeyTxEnable();
   void handleOldKeyRetirement();
+
+ protected:
+  void end() override;
 
  private:
   struct ActorStatusReactor;

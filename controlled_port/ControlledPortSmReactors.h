@@ -65,12 +65,4 @@ struct ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor final
   void takeTransmitUp(SakContext latest);
 };
 
-inline Vesk::Ptr<MkaActorStatus const> const& ControlledPortSm::actorStatus() const {
-  return actorStatus_->notifier();
-}
-
-inline Vesk::Ptr<MacSecIntfStatusPtrDir const> const& ControlledPortSm::hwStatus() const {
-  return hwStatus_->notifier();
-}
-
 }  // namespace Macsec

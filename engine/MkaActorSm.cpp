@@ -36,7 +36,7 @@ Vesk::String8 derived(Derivation derive, Vesk::String8 const& cak, Vesk::String8
 
 }  // namespace
 
-MkaActorSm::MkaActorSm(Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId,
+MkaActorSm::MkaActorSm(Vesk::Unstarted, Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId,
                        Vesk::Ptr<Status> status, Vesk::Ptr<MkaPamManager> pamManager,
                        Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
                        Vesk::Ptr<Zorn::TimerWheel> timerWheel)
@@ -44,16 +44,22 @@ MkaActorSm::MkaActorSm(Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId
   if (pamManager) pamManager_ = Vesk::make<PamManagerReactor>(*this, pamManager);
   hwStatus_ = std::move(hwStatus);
   timerWheel_ = std::move(timerWheel);
-  handleInitialized();
-  rxMessageInfoReactorIs(rxMessageInfo());
 }
 
-MkaActorSm::~MkaActorSm() {
+MkaActorSm::MkaActorSm(Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId,
+                       Vesk::Ptr<Status> status, Vesk::Ptr<MkaPamManager> pamManager,
+                       Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                       Vesk::Ptr<Zorn::TimerWheel> timerWheel)
+    : MkaActorSm(Vesk::Unstarted(), std::move(ckn), std::move(cak), intfId, std::move(status),
+                 std::move(pamManager), std::move(hwStatus), std::move(timerWheel)) {
+  handleInitialized();
+}
+
+MkaActorSm::~MkaActorSm() = default;
+
+void MkaActorSm::end() {
   handleCleanUp();
-  Vesk::retire(actorStatus_);
-  Vesk::retire(pamManager_);
-  Vesk::retire(rxMessageInfo_);
-  Vesk::retire(mkpduTimer_);
+  Vesk::endReactors(actorStatus_, pamManager_, rxMessageInfo_, mkpduTimer_);
 }
 
 Vesk::Ptr<MkaActorSm> MkaActorSm::MkaActorSmIs(Vesk::String8 ckn, Vesk::String8 cak,
@@ -80,6 +86,10 @@ void MkaActorSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
   Vesk::passNotificationActive(active, actorStatus_, pamManager_, rxMessageInfo_, keyServerSm_,
                                cpSm_, mkpduTimer_);
+}
+
+Vesk::Ptr<MkaActorStatus> const& MkaActorSm::actorStatus() const {
+  return actorStatus_->notifier();
 }
 
 Vesk::Ptr<MkaPamManager> MkaActorSm::pamManager() const {
@@ -111,9 +121,9 @@ Vesk::Ptr<MkaKeyServerSm> MkaActorSm::keyServerSmIs(
   if (keyServerSm_ && keyServerSm_->isFor(intfId, ckn, status, mkaPeriodicTimer, reKeyTimer))
     return keyServerSm_;
   keyServerSmDel();
-  keyServerSm_ =
-      MkaKeyServerSm::MkaKeyServerSmIs(intfId, ckn, status, mkaPeriodicTimer, reKeyTimer);
-  return keyServerSm_;
+  return Vesk::childIs(keyServerSm_,
+                       Vesk::make<MkaKeyServerSm>(Vesk::Unstarted(), intfId, ckn, status,
+                                                  mkaPeriodicTimer, reKeyTimer));
 }
 
 Vesk::Ptr<ControlledPortSm> MkaActorSm::cpSmIs(
@@ -122,8 +132,8 @@ Vesk::Ptr<ControlledPortSm> MkaActorSm::cpSmIs(
     Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) {
   if (cpSm_ && cpSm_->isFor(ckn, intfId, status, hwStatus, timerWheel)) return cpSm_;
   cpSmDel();
-  cpSm_ = ControlledPortSm::ControlledPortSmIs(ckn, intfId, status, hwStatus, timerWheel);
-  return cpSm_;
+  return Vesk::childIs(cpSm_, Vesk::make<ControlledPortSm>(Vesk::Unstarted(), ckn, intfId, status,
+                                                           hwStatus, timerWheel));
 }
 
 void MkaActorSm::handleInitialized() {
@@ -141,6 +151,7 @@ void MkaActorSm::handleInitialized() {
   handlePrincipalActor();
   mkpduTimer_ = Vesk::make<MkpduTimerReactor>(*this, timerWheel_);
   armFirstMkpdu();
+  rxMessageInfoReactorIs(rxMessageInfo());
 }
 
 void MkaActorSm::deriveKeys() {
@@ -192,6 +203,7 @@ void MkaActorSm::handlePrincipalActor() {
     return;
   }
   keyServerSmIs(intfId_, ckn_, status_, timerWheel_, timerWheel_);
+  if (!actorStatus()->principal()) return;
   cpSmIs(ckn_, intfId_, status_, hwStatus_, timerWheel_);
 }
 
@@ -230,7 +242,7 @@ void MkaActorSm::handleCleanUp() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   keyServerSmDel();
   cpSmDel();
-  mkpduTimer_->timeMinIs(Zorn::never);
+  if (mkpduTimer_) mkpduTimer_->timeMinIs(Zorn::never);
 }
 
 }  // namespace Macsec

@@ -15,11 +15,15 @@ namespace Macsec {
 /// server election and its transmit timer; while it is principal it owns a key server and
 /// a controlled port as well. Its state lies in `MkaActorStatus`: an actor that is made over one
 /// that has been used continues where that one stopped.
-class MkaActorSm final : public Vesk::HashMapEntry {
+class MkaActorSm final : public Vesk::StateMachine {
  public:
   /// `cak` is encoded; `pamManager` may be null, and no MKPDU flows then.
   MkaActorSm(Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
              Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+             Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+  MkaActorSm(Vesk::Unstarted, Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId,
+             Vesk::Ptr<Status> status, Vesk::Ptr<MkaPamManager> pamManager,
+             Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
              Vesk::Ptr<Zorn::TimerWheel> timerWheel);
   ~MkaActorSm() override;
   static Vesk::Ptr<MkaActorSm> MkaActorSmIs(Vesk::String8 ckn, Vesk::String8 cak,
@@ -83,6 +87,9 @@ class MkaActorSm final : public Vesk::HashMapEntry {
   void parseCakDistInfo();
   void parseSakDistInfo();
   void parseSakUseInfo();
+
+ protected:
+  void end() override;
 
  private:
   struct ActorStatusReactor;

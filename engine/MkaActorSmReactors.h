@@ -28,8 +28,4 @@ struct MkaActorSm::MkpduTimerReactor final : Zorn::TimerReactor<MkaActorSm> {
   void onTime() override { owner().handleMkpduTimerExpiry(); }
 };
 
-inline Vesk::Ptr<MkaActorStatus> const& MkaActorSm::actorStatus() const {
-  return actorStatus_->notifier();
-}
-
 }  // namespace Macsec

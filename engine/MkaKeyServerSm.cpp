@@ -52,22 +52,28 @@ struct MkaKeyServerSm::MkaIntfStatusReactor final
   void onReKeyPeriod() override { owner().handleReKeyPeriod(); }
 };
 
-MkaKeyServerSm::MkaKeyServerSm(Lumo::IntfId intfId, Vesk::String8 ckn, Vesk::Ptr<Status> status,
+MkaKeyServerSm::MkaKeyServerSm(Vesk::Unstarted, Lumo::IntfId intfId, Vesk::String8 ckn,
+                               Vesk::Ptr<Status> status,
                                Vesk::Ptr<Zorn::TimerWheel> mkaPeriodicTimer,
                                Vesk::Ptr<Zorn::TimerWheel> reKeyTimer)
     : intfId_(intfId),
       ckn_(std::move(ckn)),
       status_(std::move(status)),
       mkaPeriodicTimer_(Vesk::make<MkaPeriodicTimerReactor>(*this, std::move(mkaPeriodicTimer))),
-      reKeyTimer_(Vesk::make<ReKeyTimerReactor>(*this, std::move(reKeyTimer))) {
+      reKeyTimer_(Vesk::make<ReKeyTimerReactor>(*this, std::move(reKeyTimer))) {}
+
+MkaKeyServerSm::MkaKeyServerSm(Lumo::IntfId intfId, Vesk::String8 ckn, Vesk::Ptr<Status> status,
+                               Vesk::Ptr<Zorn::TimerWheel> mkaPeriodicTimer,
+                               Vesk::Ptr<Zorn::TimerWheel> reKeyTimer)
+    : MkaKeyServerSm(Vesk::Unstarted(), intfId, std::move(ckn), std::move(status),
+                     std::move(mkaPeriodicTimer), std::move(reKeyTimer)) {
   handleInitialized();
 }
 
-MkaKeyServerSm::~MkaKeyServerSm() {
-  Vesk::retire(mkaPeriodicTimer_);
-  Vesk::retire(reKeyTimer_);
-  Vesk::retire(mkaActorStatus_);
-  Vesk::retire(mkaIntfStatus_);
+MkaKeyServerSm::~MkaKeyServerSm() = default;
+
+void MkaKeyServerSm::end() {
+  Vesk::endReactors(mkaPeriodicTimer_, reKeyTimer_, mkaActorStatus_, mkaIntfStatus_);
 }
 
 Vesk::Ptr<MkaKeyServerSm> MkaKeyServerSm::MkaKeyServerSmIs(

@@ -21,10 +21,13 @@ namespace Macsec {
 ///                                                     +-----------------------+
 ///
 /// The rekey period and the exhaustion of packet numbers make a key without asking the guard.
-class MkaKeyServerSm final : public Vesk::PtrInterface {
+class MkaKeyServerSm final : public Vesk::StateMachine {
  public:
   /// The two wheels drive the guard and the rekey timer.
   MkaKeyServerSm(Lumo::IntfId intfId, Vesk::String8 ckn, Vesk::Ptr<Status> status,
+                 Vesk::Ptr<Zorn::TimerWheel> mkaPeriodicTimer,
+                 Vesk::Ptr<Zorn::TimerWheel> reKeyTimer);
+  MkaKeyServerSm(Vesk::Unstarted, Lumo::IntfId intfId, Vesk::String8 ckn, Vesk::Ptr<Status> status,
                  Vesk::Ptr<Zorn::TimerWheel> mkaPeriodicTimer,
                  Vesk::Ptr<Zorn::TimerWheel> reKeyTimer);
   ~MkaKeyServerSm() override;
@@ -56,6 +59,9 @@ class MkaKeyServerSm final : public Vesk::PtrInterface {
   void handleMkaLifetimeTimerExpiry();
   void handleReKeyTimerExpiry();
   void generateNewSak();
+
+ protected:
+  void end() override;
 
  private:
   struct MkaPeriodicTimerReactor;

@@ -14,7 +14,7 @@ Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 
 }  // namespace
 
-MkaPortSm::MkaPortSm(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+MkaPortSm::MkaPortSm(Vesk::Unstarted, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
                      Vesk::Ptr<MkaPamManager> pamManager,
                      Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
                      Vesk::Ptr<Zorn::TimerWheel> timerWheel)
@@ -22,20 +22,24 @@ MkaPortSm::MkaPortSm(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
       status_(Vesk::make<StatusReactor>(*this, std::move(status))),
       pamManager_(Vesk::make<PamManagerReactor>(*this, std::move(pamManager))),
       hwStatus_(Vesk::make<HwStatusReactor>(*this, std::move(hwStatus))),
-      timerWheel_(std::move(timerWheel)) {
+      timerWheel_(std::move(timerWheel)) {}
+
+MkaPortSm::MkaPortSm(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+                     Vesk::Ptr<MkaPamManager> pamManager,
+                     Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+                     Vesk::Ptr<Zorn::TimerWheel> timerWheel)
+    : MkaPortSm(Vesk::Unstarted(), intfId, std::move(status), std::move(pamManager),
+                std::move(hwStatus), std::move(timerWheel)) {
   handleInitialized();
 }
 
-MkaPortSm::~MkaPortSm() {
-  handleCleanUp();
-  Vesk::retire(status_);
-  Vesk::retire(intfStatus_);
-  portStatus_->retireAll();
-  Vesk::retire(portStatus_);
-  Vesk::retire(pamManager_);
-  Vesk::retire(hwStatus_);
-  Vesk::retire(defaultActorTimer_);
-  Vesk::retire(actorDeletionTimer_);
+MkaPortSm::~MkaPortSm() = default;
+
+void MkaPortSm::end() {
+  if (portStatus_) handleCleanUp();
+  Vesk::endReactors(status_, intfStatus_);
+  if (portStatus_) portStatus_->retireAll();
+  Vesk::endReactors(portStatus_, pamManager_, hwStatus_, defaultActorTimer_, actorDeletionTimer_);
   mkaActorSmDelAll();
 }
 
@@ -87,15 +91,12 @@ Vesk::Ptr<MkaActorSm> MkaPortSm::mkaActorSmIs(
     Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
     Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) {
   if (auto actorSm = mkaActorSm_[ckn]) return actorSm;
-  auto actorSm = Vesk::make<MkaActorSm>(ckn, cak, intfId, status, pamManager, hwStatus, timerWheel);
-  mkaActorSm_.insert(actorSm.ptr());
-  actorSm->hasNotificationActiveIs(true);
-  return actorSm;
+  return Vesk::childIs(
+      mkaActorSm_, Vesk::make<MkaActorSm>(Vesk::Unstarted(), ckn, cak, intfId, status, pamManager,
+                                          hwStatus, timerWheel));
 }
 
-void MkaPortSm::mkaActorSmDel(Vesk::String8 const& ckn) {
-  if (auto actorSm = mkaActorSm_.xDel(ckn)) actorSm->hasNotificationActiveIs(false);
-}
+void MkaPortSm::mkaActorSmDel(Vesk::String8 const& ckn) { Vesk::childDel(mkaActorSm_, ckn); }
 
 void MkaPortSm::mkaActorSmDelAll() {
   for (MkaActorSm& actorSm : mkaActorSm_) mkaActorSmDel(actorSm.ckn());

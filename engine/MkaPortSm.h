@@ -22,10 +22,13 @@ namespace Macsec {
 ///     +----------------------+   election with a candidate                  |
 ///     | Waiting for fallback | ---------------------------------------------+
 ///     +----------------------+
-class MkaPortSm final : public Vesk::HashMapEntry {
+class MkaPortSm final : public Vesk::StateMachine {
  public:
   MkaPortSm(Lumo::IntfId intfId, Vesk::Ptr<Status> status, Vesk::Ptr<MkaPamManager> pamManager,
             Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+            Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+  MkaPortSm(Vesk::Unstarted, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
+            Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
             Vesk::Ptr<Zorn::TimerWheel> timerWheel);
   ~MkaPortSm() override;
   static Vesk::Ptr<MkaPortSm> MkaPortSmIs(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
@@ -57,6 +60,8 @@ class MkaPortSm final : public Vesk::HashMapEntry {
   /// Destroys the state machine of an actor and leaves its `MkaActorStatus` alone.
   void mkaActorSmDel(Vesk::String8 const& ckn);
   void mkaActorSmDelAll();
+  /// A state machine has no notifiees: this reaches nobody.
+  void mkaActorSmNotify(Vesk::String8 const&) const {}
   /// CKN of the principal actor, or empty: the only memory of the port's choice.
   Vesk::String8 const& principalActorCkn() const { return principalActorCkn_; }
   void principalActorCknIs(Vesk::String8 const& ckn) { principalActorCkn_ = ckn; }
@@ -72,6 +77,9 @@ class MkaPortSm final : public Vesk::HashMapEntry {
   void doElectPrincipalActor();
   void handleCleanUp();
 
+ protected:
+  void end() override;
+
  private:
   struct StatusReactor;
   struct IntfStatusReactor;
@@ -85,12 +93,17 @@ class MkaPortSm final : public Vesk::HashMapEntry {
   void takeUpActors();
   bool deleteActorsOfGoneKey(bool defaultActors);
   bool deleteReplacedActor(MkaActorStatus& actor);
+  bool isInForce(Cak const& key, bool defaultKey) const;
+  bool isHere(MkaActorStatus const& actor) const;
+  bool lacksActor(Cak const& key, bool defaultKey) const;
+  void createActorStatus(Cak const& key, bool defaultActor);
   void createActor(Cak const& key);
   void deleteActorsOfOlderKeys(Cak const& key, bool defaultActors);
   Candidates candidates() const;
   Vesk::Ptr<MkaActorStatus> pick(Candidates const& from) const;
   Vesk::Ptr<MkaActorStatus> oldPrincipal();
   void cleanUpOldPrincipal(Vesk::Ptr<MkaActorStatus> const& old);
+  void unmark(Vesk::Ptr<MkaActorStatus> const& principal);
   void logKeyInUse(MkaActorStatus const& actor) const;
   void checkPrincipal() const;
 

@@ -61,11 +61,15 @@ void MkaPortSm::doElectPrincipalActor() {
     return;
   }
   bool const isOther = !old || old->name() != chosen->name();
-  if (old && isOther) old->principalIs(false);
+  if (old && isOther) unmark(old);
   VESK_TRACE(1, ": Marking ", chosen->name(), " as principal actor on ", intfId_);
   if (isOther) logKeyInUse(*chosen);
-  chosen->principalIs(true);
+  if (!isHere(*chosen) || (isOther && !principalActorCkn_.empty())) {
+    doElectPrincipalActor();
+    return;
+  }
   principalActorCknIs(chosen->name());
+  chosen->principalIs(true);
   checkPrincipal();
 }
 
@@ -120,8 +124,13 @@ Vesk::Ptr<MkaActorStatus> MkaPortSm::pick(Candidates const& from) const {
 void MkaPortSm::cleanUpOldPrincipal(Vesk::Ptr<MkaActorStatus> const& old) {
   if (!old) return;
   VESK_TRACE(3, ": Cleaning up old principal actor ", old->name(), " on ", intfId_);
-  old->principalIs(false);
+  unmark(old);
+}
+
+// Whoever is told finds the port without a principal, and may elect one.
+void MkaPortSm::unmark(Vesk::Ptr<MkaActorStatus> const& principal) {
   principalActorCknIs("");
+  principal->principalIs(false);
 }
 
 void MkaPortSm::handleDefaultKeyActivation() {
@@ -173,8 +182,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleFailed(MkaActorStat
     return;
   }
   VESK_TRACE(1, ": Unmarking ", actor.name(), " as the principal actor on ", sm.intfId_);
-  actor.principalIs(false);
-  sm.principalActorCknIs("");
+  sm.unmark(&actor);
   sm.checkPrincipal();
 }
 
@@ -183,6 +191,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleDistSak() {
   VESK_TRACE(8, ": Actor ", fwkKey(), " on ", sm.intfId_);
   auto actor = sm.portStatus()->actorStatus(fwkKey());
   if (actor->distSak() != Sak()) advanceAn(actor->distSak().an());
+  if (!sm.isHere(*actor)) return;
   if (!actor->electedSelf()) markPrincipal(*actor);
   VESK_TRACE(3, ": Starting actor deletion timer on ", sm.intfId_);
   sm.actorDeletionTimer_->timeMinIs(Vesk::now() + sm.status()->actorDelPeriod());
@@ -197,15 +206,19 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::markPrincipal(MkaActorSta
   MkaPortSm& sm = owner();
   VESK_TRACE(3, ": Actor ", actor.name(), " on ", sm.intfId_,
              " is not the key server. Marking it as the principal actor");
-  if (!sm.principalActorCkn_.empty() && sm.principalActorCkn_ != actor.name()) {
+  while (!sm.principalActorCkn_.empty() && sm.principalActorCkn_ != actor.name()) {
     auto old = sm.portStatus()->actorStatus(sm.principalActorCkn_);
     VESK_TRACE(3, ": Removing old principal actor ", sm.principalActorCkn_, " on ", sm.intfId_);
-    old->principalIs(false);
+    sm.unmark(old);
   }
   VESK_TRACE(1, ": Marking actor ", actor.name(), " to be principal", " on ", sm.intfId_);
   if (actor.name() != sm.principalActorCkn_) sm.logKeyInUse(actor);
-  actor.principalIs(true);
+  if (!sm.isHere(actor)) {
+    sm.doElectPrincipalActor();
+    return;
+  }
   sm.principalActorCknIs(actor.name());
+  actor.principalIs(true);
   sm.checkPrincipal();
 }
 

@@ -3,7 +3,9 @@
 #include "runtime/Log.h"
 #include "runtime/Trace.h"
 
-// How the keys of an interface become actors, and how actors end.
+// How the keys of an interface become actors, and how actors end. Who is told of a step may change
+// the key again: that change has been handled when the step returns, and what remains of the former
+// handling has nothing to do.
 
 namespace Macsec {
 
@@ -38,9 +40,9 @@ void MkaPortSm::handleKey() {
     if (!actor || actor->defaultActor() || !isSameKey(key.cak(), actor->cak())) {
       if (actor) elect = deleteReplacedActor(*actor);
       VESK_TRACE(3, ": Creating actor ", key.ckn(), " on ", intfId_);
-      portStatus()->actorStatusIs(key.ckn())->defaultActorIs(false);
+      createActorStatus(key, false);
     }
-    if (!mkaActorSm_.find(key.ckn())) {
+    if (lacksActor(key, false)) {
       createActor(key);
       Vesk::log(MKA_CA_CREATED, key.ckn(), intfId_);
     }
@@ -65,19 +67,32 @@ void MkaPortSm::handleDefaultKey() {
     if (!actor || !actor->defaultActor() || !isSameKey(key.cak(), actor->cak())) {
       if (actor) elect = deleteReplacedActor(*actor);
       VESK_TRACE(8, ": Creating actor ", key.ckn(), " on ", intfId_);
-      portStatus()->actorStatusIs(key.ckn())->defaultActorIs(true);
+      createActorStatus(key, true);
     }
-    if (!mkaActorSm_.find(key.ckn())) createActor(key);
+    if (lacksActor(key, true)) createActor(key);
     deleteActorsOfOlderKeys(key, true);
   }
   checkPrincipal();
   if (elect) doElectPrincipalActor();
 }
 
+bool MkaPortSm::isInForce(Cak const& key, bool defaultKey) const {
+  return key == (defaultKey ? intfStatus()->defaultKey() : intfStatus()->key());
+}
+
+bool MkaPortSm::isHere(MkaActorStatus const& actor) const {
+  return portStatus()->actorStatus().find(actor.ckn()) == &actor;
+}
+
+bool MkaPortSm::lacksActor(Cak const& key, bool defaultKey) const {
+  return !mkaActorSm_.find(key.ckn()) && isInForce(key, defaultKey) &&
+         portStatus()->actorStatus().find(key.ckn());
+}
+
 // Tells whether the principal actor went that was key server: losing any other runs no election.
 bool MkaPortSm::deleteActorsOfGoneKey(bool defaultActors) {
   bool elect = false;
-  for (auto i = portStatus()->actorStatus().iterator(); i; ++i) {
+  for (auto i = portStatus()->actorStatus().iterator(); i && isInForce(Cak(), defaultActors); ++i) {
     if (i->defaultActor() != defaultActors) continue;
     if (i->principal() && i->electedSelf()) elect = true;
     VESK_TRACE(3, ": Deleting actor ", i->name(), " on ", intfId_);
@@ -98,13 +113,25 @@ bool MkaPortSm::deleteReplacedActor(MkaActorStatus& actor) {
   return elect;
 }
 
+// Whoever is told of a new actor doesn't see yet that it is a fallback: one that went with a
+// primary key is made again, and one of a key that has gone meanwhile goes.
+void MkaPortSm::createActorStatus(Cak const& key, bool defaultActor) {
+  Vesk::String8 const& ckn = key.ckn();
+  portStatus()->actorStatusIs(ckn)->defaultActorIs(defaultActor);
+  if (!isInForce(key, defaultActor)) {
+    if (!mkaActorSm_.find(ckn)) portStatus()->actorStatusDel(ckn);
+  } else if (!portStatus()->actorStatus(ckn)) {
+    portStatus()->actorStatusIs(ckn)->defaultActorIs(defaultActor);
+  }
+}
+
 void MkaPortSm::createActor(Cak const& key) {
   mkaActorSmIs(key.ckn(), key.cak(), intfId_, status(), pamManager(), hwStatus(), timerWheel_);
 }
 
 // An actor of an older key that is principal stays until an election or the sweep removes it.
 void MkaPortSm::deleteActorsOfOlderKeys(Cak const& key, bool defaultActors) {
-  for (auto i = portStatus()->actorStatus().iterator(); i; ++i) {
+  for (auto i = portStatus()->actorStatus().iterator(); i && isInForce(key, defaultActors); ++i) {
     if (i->defaultActor() != defaultActors || i->principal() || i->name() == key.ckn()) continue;
     VESK_TRACE(3, ": Deleting actor ", i->name(), " on ", intfId_);
     mkaActorSmDel(i->name());

@@ -30,8 +30,10 @@ MkaRootSm::MkaRootSm(Vesk::Ptr<Status> status,
   handleInitialized();
 }
 
-MkaRootSm::~MkaRootSm() {
-  Vesk::retire(status_);
+MkaRootSm::~MkaRootSm() = default;
+
+void MkaRootSm::end() {
+  Vesk::endReactors(status_);
   mkaSmDel();
 }
 
@@ -60,11 +62,15 @@ void MkaRootSm::hasNotificationActiveIs(bool active) {
 
 Vesk::Ptr<Status> const& MkaRootSm::status() const { return status_->notifier(); }
 
-Vesk::Ptr<MkaSm> MkaRootSm::mkaSmIs() {
-  if (!mkaSm_) {
-    mkaSm_ = MkaSm::MkaSmIs(status(), ethIntfStatusDir_, pamManager_, hwStatus_, timerWheel_);
-  }
-  return mkaSm_;
+Vesk::Ptr<MkaSm> MkaRootSm::mkaSmIs(
+    Vesk::Ptr<Status> const& status,
+    Vesk::Ptr<Interface::EthIntfStatusDir const> const& ethIntfStatusDir,
+    Vesk::Ptr<MkaPamManager> const& pamManager,
+    Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
+    Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) {
+  if (mkaSm_) return mkaSm_;
+  return Vesk::childIs(mkaSm_, Vesk::make<MkaSm>(Vesk::Unstarted(), status, ethIntfStatusDir,
+                                                 pamManager, hwStatus, timerWheel));
 }
 
 void MkaRootSm::handleInitialized() {
@@ -74,11 +80,9 @@ void MkaRootSm::handleInitialized() {
 
 void MkaRootSm::handleMacsecEnabled() {
   VESK_TRACE(8, "");
-  if (status()->macsecEnabled()) {
-    mkaSmIs();
-  } else {
-    mkaSmDel();
-  }
+  if (!status()->macsecEnabled()) mkaSmDel();
+  if (!status()->macsecEnabled()) return;
+  mkaSmIs(status(), ethIntfStatusDir_, pamManager_, hwStatus_, timerWheel_);
 }
 
 }  // namespace Macsec

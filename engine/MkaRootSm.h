@@ -6,7 +6,7 @@ namespace Macsec {
 
 /// The top of the key agreement engine: has an `MkaSm` exist exactly while `Status::macsecEnabled`
 /// is true.
-class MkaRootSm final : public Vesk::PtrInterface {
+class MkaRootSm final : public Vesk::StateMachine {
  public:
   MkaRootSm(Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
             Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
@@ -26,12 +26,20 @@ class MkaRootSm final : public Vesk::PtrInterface {
   Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const { return hwStatus_; }
   Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
   Vesk::Ptr<MkaSm> const& mkaSm() const { return mkaSm_; }
-  Vesk::Ptr<MkaSm> mkaSmIs();
+  /// The one that there is, or a new one of these.
+  Vesk::Ptr<MkaSm> mkaSmIs(Vesk::Ptr<Status> const& status,
+                           Vesk::Ptr<Interface::EthIntfStatusDir const> const& ethIntfStatusDir,
+                           Vesk::Ptr<MkaPamManager> const& pamManager,
+                           Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
+                           Vesk::Ptr<Zorn::TimerWheel> const& timerWheel);
   void mkaSmDel() { Vesk::childDel(mkaSm_); }
   bool initialized() const { return initialized_; }
 
   void handleInitialized();
   void handleMacsecEnabled();
+
+ protected:
+  void end() override;
 
  private:
   struct StatusReactor;

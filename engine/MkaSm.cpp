@@ -19,7 +19,7 @@ void resetCpStatus(CpStatus& cpStatus) {
   cpStatus.controlledPortEnabledIs(false);
 }
 
-MkaSm::MkaSm(Vesk::Ptr<Status> status,
+MkaSm::MkaSm(Vesk::Unstarted, Vesk::Ptr<Status> status,
              Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
              Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
              Vesk::Ptr<Zorn::TimerWheel> timerWheel)
@@ -27,16 +27,24 @@ MkaSm::MkaSm(Vesk::Ptr<Status> status,
       ethIntfStatusDir_(Vesk::make<EthIntfStatusDirReactor>(*this, std::move(ethIntfStatusDir))),
       pamManager_(std::move(pamManager)),
       hwStatus_(Vesk::make<HwStatusReactor>(*this, std::move(hwStatus))),
-      timerWheel_(std::move(timerWheel)) {
+      timerWheel_(std::move(timerWheel)) {}
+
+MkaSm::MkaSm(Vesk::Ptr<Status> status,
+             Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+             Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+             Vesk::Ptr<Zorn::TimerWheel> timerWheel)
+    : MkaSm(Vesk::Unstarted(), std::move(status), std::move(ethIntfStatusDir),
+            std::move(pamManager), std::move(hwStatus), std::move(timerWheel)) {
   handleInitialized();
 }
 
-MkaSm::~MkaSm() {
+MkaSm::~MkaSm() = default;
+
+void MkaSm::end() {
   handleCleanUp();
-  Vesk::retire(status_);
+  Vesk::endReactors(status_);
   ethIntfStatusDir_->retireAll();
-  Vesk::retire(ethIntfStatusDir_);
-  Vesk::retire(hwStatus_);
+  Vesk::endReactors(ethIntfStatusDir_, hwStatus_);
   mkaPortSmDelAll();
 }
 
@@ -79,17 +87,21 @@ bool MkaSm::isLinkUp(Lumo::IntfId intfId) const {
   return ethIntfStatus && ethIntfStatus->linkStatus() == Interface::linkUp;
 }
 
-Vesk::Ptr<MkaPortSm> MkaSm::mkaPortSmIs(Lumo::IntfId intfId) {
-  if (auto portSm = mkaPortSm_[intfId]) return portSm;
-  auto portSm = Vesk::make<MkaPortSm>(intfId, status(), pamManager_, hwStatus(), timerWheel_);
-  mkaPortSm_.insert(portSm.ptr());
-  portSm->hasNotificationActiveIs(true);
-  return portSm;
+// Who is told of a step towards a port may have taken back what asks for it.
+bool MkaSm::isPortAskedFor(Lumo::IntfId intfId) const {
+  return status()->intfStatus(intfId) && status()->portStatus(intfId);
 }
 
-void MkaSm::mkaPortSmDel(Lumo::IntfId intfId) {
-  if (auto portSm = mkaPortSm_.xDel(intfId)) portSm->hasNotificationActiveIs(false);
+Vesk::Ptr<MkaPortSm> MkaSm::mkaPortSmIs(Lumo::IntfId intfId, Vesk::Ptr<Status> const& status,
+                                        Vesk::Ptr<MkaPamManager> const& pamManager,
+                                        Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
+                                        Vesk::Ptr<Zorn::TimerWheel> const& timerWheel) {
+  if (auto portSm = mkaPortSm_[intfId]) return portSm;
+  return Vesk::childIs(mkaPortSm_, Vesk::make<MkaPortSm>(Vesk::Unstarted(), intfId, status,
+                                                         pamManager, hwStatus, timerWheel));
 }
+
+void MkaSm::mkaPortSmDel(Lumo::IntfId intfId) { Vesk::childDel(mkaPortSm_, intfId); }
 
 void MkaSm::mkaPortSmDelAll() {
   for (Lumo::IntfId intfId : portSmKeys()) mkaPortSmDel(intfId);
@@ -176,17 +188,20 @@ void MkaSm::createOrDeletePortSm(Lumo::IntfId intfId, bool del) {
 }
 
 void MkaSm::createPort(Lumo::IntfId intfId) {
+  ++portsAskedFor_;
   VESK_TRACE(1, ": Creating new port status for ", intfId);
   status()->portStatusIs(intfId);
+  if (!isPortAskedFor(intfId)) return;
   VESK_TRACE(1, ": Creating new cpStatus for ", intfId);
   status()->cpStatusIs(intfId, status()->intfStatus(intfId)->macsecParams());
   updateSci(intfId);
-  if (mkaPortSm_.find(intfId)) return;
+  if (mkaPortSm_.find(intfId) || !isPortAskedFor(intfId) || !isLinkUp(intfId)) return;
   VESK_TRACE(1, ": Creating a new portSm for ", intfId);
-  mkaPortSmIs(intfId);
+  mkaPortSmIs(intfId, status(), pamManager_, hwStatus(), timerWheel_);
 }
 
 void MkaSm::deletePort(Lumo::IntfId intfId) {
+  uint64_t const askedFor = portsAskedFor_;
   if (mkaPortSm_.find(intfId)) {
     VESK_TRACE(1, ": Cleaning up portSm for ", intfId);
     mkaPortSmDel(intfId);
@@ -199,6 +214,8 @@ void MkaSm::deletePort(Lumo::IntfId intfId) {
     VESK_TRACE(1, ": Deleting cpStatus for ", intfId);
     status()->cpStatusDel(intfId);
   }
+  bool const isAskedForAgain = portsAskedFor_ != askedFor && status()->intfStatus(intfId);
+  if (isAskedForAgain && !isEnding()) createOrDeletePortSm(intfId, false);
 }
 
 void MkaSm::updateSci(Lumo::IntfId intfId) {

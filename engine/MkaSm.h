@@ -23,9 +23,13 @@ namespace Macsec {
 ///          +---------------------------------------------------------------+
 ///
 /// Waiting keeps `MkaPortStatus` and `CpStatus`; Running has an `MkaPortSm` as well.
-class MkaSm final : public Vesk::PtrInterface {
+class MkaSm final : public Vesk::StateMachine {
  public:
   MkaSm(Vesk::Ptr<Status> status, Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
+        Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
+        Vesk::Ptr<Zorn::TimerWheel> timerWheel);
+  MkaSm(Vesk::Unstarted, Vesk::Ptr<Status> status,
+        Vesk::Ptr<Interface::EthIntfStatusDir const> ethIntfStatusDir,
         Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
         Vesk::Ptr<Zorn::TimerWheel> timerWheel);
   ~MkaSm() override;
@@ -45,9 +49,15 @@ class MkaSm final : public Vesk::PtrInterface {
   using MkaPortSmMap = Vesk::HashMap<MkaPortSm, Lumo::IntfId>;
   MkaPortSmMap const& mkaPortSm() const { return mkaPortSm_; }
   Vesk::Ptr<MkaPortSm> mkaPortSm(Lumo::IntfId intfId) const { return mkaPortSm_[intfId]; }
-  Vesk::Ptr<MkaPortSm> mkaPortSmIs(Lumo::IntfId intfId);
+  /// The port that there is, or a new one of these.
+  Vesk::Ptr<MkaPortSm> mkaPortSmIs(Lumo::IntfId intfId, Vesk::Ptr<Status> const& status,
+                                   Vesk::Ptr<MkaPamManager> const& pamManager,
+                                   Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus,
+                                   Vesk::Ptr<Zorn::TimerWheel> const& timerWheel);
   void mkaPortSmDel(Lumo::IntfId intfId);
   void mkaPortSmDelAll();
+  /// A state machine has no notifiees: this reaches nobody.
+  void mkaPortSmNotify(Lumo::IntfId) const {}
   bool initialized() const { return initialized_; }
 
   void handleInitialized();
@@ -59,12 +69,16 @@ class MkaSm final : public Vesk::PtrInterface {
   void updateSci(Lumo::IntfId intfId);
   void handleCleanUp();
 
+ protected:
+  void end() override;
+
  private:
   struct StatusReactor;
   struct EthIntfStatusDirReactor;
   struct HwStatusReactor;
 
   bool isLinkUp(Lumo::IntfId intfId) const;
+  bool isPortAskedFor(Lumo::IntfId intfId) const;
   std::vector<Lumo::IntfId> portSmKeys() const;
   void repairCpStatus();
   void repairPortStatus();
@@ -77,6 +91,8 @@ class MkaSm final : public Vesk::PtrInterface {
   Vesk::Ptr<HwStatusReactor> hwStatus_;
   Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
   MkaPortSmMap mkaPortSm_;
+  // Counts the steps towards a port: the end of one sees whether another has been asked for in it.
+  uint64_t portsAskedFor_ = 0;
   bool initialized_ = false;
 };
 

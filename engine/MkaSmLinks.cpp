@@ -57,20 +57,21 @@ void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleLinkStatus() {
     VESK_TRACE(3, ": MkaSm not initialized, bailing.");
     return;
   }
-  auto intfStatus = sm.status()->intfStatus(intfId);
-  if (!intfStatus) return;
+  if (!sm.status()->intfStatus(intfId)) return;
   if (notifier()->linkStatus() != Interface::linkUp) {
     VESK_TRACE(3, ": Intf ", intfId, " not up, cleaning up portSm.");
     sm.mkaPortSmDel(intfId);
-    return;
+    if (!sm.isLinkUp(intfId) || !sm.status()->intfStatus(intfId)) return;
   }
   VESK_TRACE(3, ": Intf ", intfId, " is back up. Creating portSm and other statuses.");
   if (!sm.status()->portStatus(intfId)) sm.status()->portStatusIs(intfId);
+  if (!sm.isPortAskedFor(intfId)) return;
   if (!sm.status()->cpStatus(intfId)) {
-    sm.status()->cpStatusIs(intfId, intfStatus->macsecParams());
+    sm.status()->cpStatusIs(intfId, sm.status()->intfStatus(intfId)->macsecParams());
   }
   sm.updateSci(intfId);
-  if (!sm.mkaPortSm_.find(intfId)) sm.mkaPortSmIs(intfId);
+  if (sm.mkaPortSm_.find(intfId) || !sm.isPortAskedFor(intfId) || !sm.isLinkUp(intfId)) return;
+  sm.mkaPortSmIs(intfId, sm.status(), sm.pamManager_, sm.hwStatus(), sm.timerWheel_);
 }
 
 void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleEthIntfDelete() {

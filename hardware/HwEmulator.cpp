@@ -46,9 +46,11 @@ HwEmulator::HwEmulator(Vesk::Ptr<Status const> status, Vesk::Ptr<MacSecIntfStatu
   handleInitialized();
 }
 
-HwEmulator::~HwEmulator() {
+HwEmulator::~HwEmulator() = default;
+
+void HwEmulator::end() {
   status_->retireAll();
-  Vesk::retire(status_);
+  Vesk::endReactors(status_);
 }
 
 Vesk::Ptr<HwEmulator> HwEmulator::HwEmulatorIs(Vesk::Ptr<Status const> status,
@@ -126,6 +128,7 @@ void HwEmulator::StatusReactor::CpStatusReactor::updateRxSaStatus(AssociationNum
   Sak const sak = rxSak ? *rxSak : Sak();
   if (sak == Sak()) return;
   auto const macsec = owner().allMacsec_->status(fwkKey());
+  if (!macsec) return;
   if (macsec->rxSaStatus(an)) macsec->rxSaStatusDel(an);
   macsec->rxSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
 }
@@ -135,6 +138,7 @@ void HwEmulator::StatusReactor::CpStatusReactor::updateTxSaStatus() {
   Sak const txSak = notifier()->txSak();
   if (txSak == Sak()) return;
   auto const macsec = owner().allMacsec_->status(fwkKey());
+  if (!macsec) return;
   macsec->txSaStatusIs(txSak.an(), txSak.keyMsgId(), txSak.keyNum());
 }
 

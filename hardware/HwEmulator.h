@@ -10,7 +10,7 @@ namespace Macsec {
 /// controlled port asks in `CpStatus`, at once. It moves no frames and holds no keys, never deletes
 /// what it has reported, and needs an entry of the directory for each interface that is given a
 /// key.
-class HwEmulator final : public Vesk::PtrInterface {
+class HwEmulator final : public Vesk::StateMachine {
  public:
   HwEmulator(Vesk::Ptr<Status const> status, Vesk::Ptr<MacSecIntfStatusPtrDir> allMacsec);
   ~HwEmulator() override;
@@ -22,6 +22,9 @@ class HwEmulator final : public Vesk::PtrInterface {
   Vesk::Ptr<MacSecIntfStatusPtrDir> const& allMacsec() const { return allMacsec_; }
   bool initialized() const { return initialized_; }
   void handleInitialized();
+
+ protected:
+  void end() override;
 
  private:
   struct StatusReactor;

@@ -18,8 +18,10 @@ HwStatusSm::HwStatusSm(Vesk::Ptr<MacSecIntfStatusPtrDir> hwStatus,
   doInit();
 }
 
-HwStatusSm::~HwStatusSm() {
-  Vesk::retire(hwStatusSliceDir_);
+HwStatusSm::~HwStatusSm() = default;
+
+void HwStatusSm::end() {
+  Vesk::endReactors(hwStatusSliceDir_);
   for (HwSliceReactor& slice : hwSlice_.map()) slice.intfHwStatusDelAll();
   hwSlice_.retireAll();
 }

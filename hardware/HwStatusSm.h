@@ -9,7 +9,7 @@ namespace Macsec {
 /// Merges the slices of the hardware into the one view that the engine reads, and remembers which
 /// slice each interface came from, so that a slice that goes takes exactly its own interfaces
 /// along.
-class HwStatusSm final : public Vesk::PtrInterface {
+class HwStatusSm final : public Vesk::StateMachine {
  public:
   HwStatusSm(Vesk::Ptr<MacSecIntfStatusPtrDir> hwStatus,
              Vesk::Ptr<Vesk::Dir const> hwStatusSliceDir);
@@ -37,6 +37,9 @@ class HwStatusSm final : public Vesk::PtrInterface {
                         Vesk::Name const& sliceName, Lumo::IntfId intfId);
   /// Dumps the state at level 8.
   void trace() const;
+
+ protected:
+  void end() override;
 
  private:
   struct HwStatusSliceDirReactor;

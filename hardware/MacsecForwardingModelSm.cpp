@@ -35,8 +35,10 @@ MacsecForwardingModelSm::MacsecForwardingModelSm(
   handleInitialized();
 }
 
-MacsecForwardingModelSm::~MacsecForwardingModelSm() {
-  Vesk::retire(status_);
+MacsecForwardingModelSm::~MacsecForwardingModelSm() = default;
+
+void MacsecForwardingModelSm::end() {
+  Vesk::endReactors(status_);
   cpStatus_.retireAll();
 }
 

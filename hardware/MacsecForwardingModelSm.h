@@ -8,7 +8,7 @@ namespace Macsec {
 
 /// Tells forwarding which ports may not carry traffic: an entry for each port whose controlled port
 /// is closed, none for the others.
-class MacsecForwardingModelSm final : public Vesk::PtrInterface {
+class MacsecForwardingModelSm final : public Vesk::StateMachine {
  public:
   MacsecForwardingModelSm(
       Vesk::Ptr<Status const> status,
@@ -29,6 +29,9 @@ class MacsecForwardingModelSm final : public Vesk::PtrInterface {
   void handleControlledPortStatus();
   void handleControlledPortStatus(Lumo::IntfId intfId);
   void updateForwardingModel(Lumo::IntfId intfId);
+
+ protected:
+  void end() override;
 
  private:
   struct StatusReactor;

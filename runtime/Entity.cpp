@@ -10,7 +10,9 @@ namespace {
 
 uint64_t lastEntityId = 0;
 
+// A follower may do what sets off handlers; who writes goes on in `tell`.
 void tellWorld(AttributeWrite const& write) {
+  RunningHandler outside(nullptr);
   world().attributeWritten(write);
   for (AttributeFollower* follower : world().attributeFollowers()) {
     follower->attributeWritten(write);

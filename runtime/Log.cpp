@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "runtime/StateMachine.h"
 #include "runtime/World.h"
 
 namespace Vesk {
@@ -41,7 +42,7 @@ bool LogHandle::okToLog(uint32_t hash) const {
 
 void LogHandle::log(uint32_t hash, std::string const& text, uint8_t facility,
                     std::vector<std::string> const& arguments) const {
-  world().syslog(LogMessage{*this, arguments, text, hash, facility});
+  callOut([&] { world().syslog(LogMessage{*this, arguments, text, hash, facility}); });
 }
 
 bool RateLimits::take(uint32_t hash, double interval) {

@@ -7,6 +7,7 @@
 
 #include "runtime/HashMap.h"
 #include "runtime/IntfId.h"
+#include "runtime/StateMachine.h"
 
 namespace Vesk {
 
@@ -23,6 +24,8 @@ class NotifieeBase : public HashMapEntry {
   bool isRegisteredNotifiee() const { return list_ != nullptr; }
   /// The notifier that this reactor was registered with has lost its last reference.
   virtual void onZeroReferences() {}
+  /// Whose handlers it calls, if that is a state machine.
+  virtual StateMachine* machine() const { return nullptr; }
 
  protected:
   NotifieeBase() = default;
@@ -62,17 +65,17 @@ class NotifieeListBase {
 
   /// Calls `call(NotifieeBase&)` for each notifiee that watches `attribute`, is not marked for
   /// deletion, and has no key or the key given; with the empty key, for all notifiees. A reference
-  /// is held around each call.
+  /// is held around each call. Doesn't return into a handler whose state machine has ended.
   template <class Call>
   static void doVisit(NotifieeListBase* list, uint8_t attribute, Lumo::IntfId key, Call call) {
     Watch const watch = Watch{1} << attribute;
     if (!list || !(list->watch_ & watch)) return;
-    Cursor cursor(*list, key, watch);
-    while (NotifieeBase* notifiee = cursor.next()) {
+    for (Cursor cursor(*list, key, watch); NotifieeBase* notifiee = cursor.next();) {
       if (!(notifiee->watch_ & watch) || notifiee->isMarkedForDeletion()) continue;
       Ptr<NotifieeBase> held(notifiee);
-      call(*notifiee);
+      runHandler(notifiee->machine(), [&] { call(*notifiee); });
     }
+    RunningHandler::goOnOrLeave();
   }
   /// The same whatever they watch, and marked or not.
   template <class Call>
@@ -81,7 +84,7 @@ class NotifieeListBase {
     Cursor cursor(*list, Lumo::IntfId(), ~Watch{0});
     while (NotifieeBase* notifiee = cursor.next()) {
       Ptr<NotifieeBase> held(notifiee);
-      call(*notifiee);
+      runHandler(notifiee->machine(), [&] { call(*notifiee); });
     }
   }
 

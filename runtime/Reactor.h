@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <type_traits>
 #include <utility>
@@ -56,7 +57,9 @@ struct CatchUp {
     next(onImmediate);
   }
   void next(void (N::*on)()) {
-    if ((watch & 1) && !notifiee.isMarkedForDeletion()) (notifiee.*on)();
+    if ((watch & 1) && !notifiee.isMarkedForDeletion()) {
+      runHandler(notifiee.machine(), [&] { (notifiee.*on)(); });
+    }
     watch >>= 1;
   }
 };
@@ -94,6 +97,7 @@ class Reactor
       Handlers::template handlers<Handlers>(catchUp);
     }
     this->hasNotificationActiveIs(true);
+    RunningHandler::goOnOrLeave();
   }
   void isRegisteredNotifieeIs(bool on) {
     if (!on || !notifier_) {
@@ -105,6 +109,11 @@ class Reactor
   }
 
   Owner& owner() const { return *owner_; }
+  StateMachine* machine() const override {
+    if constexpr (std::is_base_of_v<StateMachine, Owner>) return owner_;
+    if constexpr (std::is_base_of_v<NotifieeBase, Owner>) return owner_->machine();
+    return nullptr;
+  }
   /// Takes the reactor out of service: no handler of it runs any more.
   void retire() {
     this->isMarkedForDeletionIs(true);
@@ -138,6 +147,13 @@ void retire(Ptr<R>& reactor) {
   reactor = nullptr;
 }
 
+/// Takes the reactors of a state machine that ends out of service, in the order given; nulls are
+/// skipped. They go with the state machine: a handler of theirs may be on the stack.
+template <class... R>
+void endReactors(Ptr<R> const&... reactors) {
+  ((reactors ? (reactors->retire(), reactors->ownerDel()) : void()), ...);
+}
+
 /// The nested reactors that a reactor on a collection keeps, one for each member, by its key.
 template <class Nested, class Key>
 class NestedReactors {
@@ -157,14 +173,14 @@ class NestedReactors {
     }
     map_.insert(create().ptr());
   }
-  /// Lets the nested reactor of `key` go. `onDelete(Nested&)` runs while it can still be read.
+  /// Lets the nested reactor of `key` go. `onDelete(Nested&)` runs while it can still be read. One
+  /// whose handler is on the stack keeps its owner, who goes on with it.
   template <class OnDelete>
   void xDel(Key const& key, OnDelete onDelete) {
     Ptr<Nested> nested = map_.xDel(key);
     if (!nested) return;
     nested->retire();
     onDelete(*nested);
-    nested->ownerDel();
   }
   void xDel(Key const& key) {
     xDel(key, [](Nested&) {});
@@ -203,6 +219,58 @@ void childDel(Ptr<T>& child) {
   Ptr<T> going;
   std::swap(going, child);
   going->hasNotificationActiveIs(false);
+}
+/// The same for a state machine, which ends. It stays in its place until its clean-up is done, so
+/// that nobody who is told of that puts another there.
+template <std::derived_from<StateMachine> T>
+void childDel(Ptr<T>& child) {
+  if (!child || child->isEnding()) return;
+  {
+    Ptr<T> const going = child;
+    going->hasNotificationActiveIs(false);
+    going->endNow();
+    child = nullptr;
+  }
+  RunningHandler::goOnOrLeave();
+}
+template <std::derived_from<StateMachine> T, class Key>
+void childDel(HashMap<T, Key>& children, Key const& key) {
+  {
+    Ptr<T> const going = children[key];
+    if (!going || going->isEnding()) return;
+    going->hasNotificationActiveIs(false);
+    going->endNow();
+    children.xDel(going->fwkKey());
+  }
+  RunningHandler::goOnOrLeave();
+}
+
+/// Starts a child that has been entered, and that nobody but its owner holds: what it sets off may
+/// end it.
+template <class T>
+void startChild(T& child) {
+  runHandler(&child, [&] {
+    child.handleInitialized();
+    child.hasNotificationActiveIs(true);
+  });
+  RunningHandler::goOnOrLeave();
+}
+
+/// Enters an owned child that is `Unstarted`, and starts it. Null if it has ended by then.
+template <class T>
+Ptr<T> childIs(Ptr<T>& child, Ptr<T> made) {
+  child = std::move(made);
+  startChild(*child);
+  return child;
+}
+template <class T, class Key>
+Ptr<T> childIs(HashMap<T, Key>& children, Ptr<T> made) {
+  T& child = *made;
+  Key const key(child.fwkKey());
+  children.insert(&child);
+  made = nullptr;
+  startChild(child);
+  return children[key];
 }
 
 }  // namespace Vesk

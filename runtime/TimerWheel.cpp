@@ -37,7 +37,8 @@ bool TimerWheel::runOne() {
 void TimerWheel::fireFirst() {
   Vesk::Ptr<NotifieeConst> timer(heap_.front().timer);
   disarm(*timer);
-  if (!timer->isMarkedForDeletion()) timer->onTime();
+  if (timer->isMarkedForDeletion()) return;
+  Vesk::runHandler(timer->machine(), [&] { timer->onTime(); });
 }
 
 void TimerWheel::arm(NotifieeConst& timer, double time) {

@@ -2,9 +2,10 @@
 
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 #include <vector>
 
-#include "runtime/PtrInterface.h"
+#include "runtime/StateMachine.h"
 
 namespace Zorn {
 
@@ -67,6 +68,8 @@ class TimerWheel::NotifieeConst : public Vesk::PtrInterface {
   /// The logic's test: `time` is a finite number.
   bool isArmed() const { return time_ <= std::numeric_limits<double>::max(); }
   virtual void onTime() {}
+  /// Whose handlers it calls, if that is a state machine.
+  virtual Vesk::StateMachine* machine() const { return nullptr; }
 
   void isRegisteredNotifieeIs(bool on);
   void retire();
@@ -97,6 +100,10 @@ class TimerReactor : public Base {
       : Base(std::move(wheel)), owner_(&owner) {}
 
   Owner& owner() const { return *owner_; }
+  Vesk::StateMachine* machine() const override {
+    if constexpr (std::is_base_of_v<Vesk::StateMachine, Owner>) return owner_;
+    return nullptr;
+  }
   void ownerDel() { owner_ = nullptr; }
 
  private:

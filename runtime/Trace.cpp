@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "runtime/StateMachine.h"
 #include "runtime/World.h"
 
 namespace Vesk {
@@ -14,8 +15,15 @@ uint16_t ringLevelsOfAll = 0;
 }  // namespace
 
 TraceHandle::TraceHandle(char const* name)
-    : name_(name), ringLevels_(ringLevelsOfAll), next_(firstHandle) {
+    : name_(name), next_(firstHandle) {
   firstHandle = this;
+  levelsAre(0, ringLevelsOfAll);
+}
+
+void TraceHandle::levelsAre(uint16_t stream, uint16_t ring) {
+  streamLevels_ = stream;
+  ringLevels_ = ring;
+  levels_ = stream | ring;
 }
 
 std::vector<std::string> TraceHandle::names() {
@@ -28,7 +36,7 @@ std::vector<std::string> TraceHandle::names() {
 
 void TraceHandle::streamLevelsIs(std::string_view name, uint16_t levels) {
   for (TraceHandle* handle = firstHandle; handle; handle = handle->next_) {
-    if (name.empty() || name == handle->name_) handle->streamLevels_ = levels;
+    if (name.empty() || name == handle->name_) handle->levelsAre(levels, handle->ringLevels_);
   }
 }
 
@@ -36,13 +44,13 @@ void TraceHandle::ringLevelsIs(uint16_t levels) {
   levels &= kAllTraceLevels;
   ringLevelsOfAll = levels;
   for (TraceHandle* handle = firstHandle; handle; handle = handle->next_) {
-    handle->ringLevels_ = levels;
+    handle->levelsAre(handle->streamLevels_, levels);
   }
 }
 
 void TraceHelper::trace(char const* file, int line, char const* function) {
   std::string const text = std::move(stream_).str();
-  world().trace(TraceRecord{handle_.name(), level_, file, line, function, text});
+  callOut([&] { world().trace(TraceRecord{handle_.name(), level_, file, line, function, text}); });
 }
 
 }  // namespace Vesk

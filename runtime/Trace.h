@@ -26,7 +26,7 @@ class TraceHandle {
   char const* name() const { return name_; }
   /// True if a statement of this level goes anywhere: the load and the branch that a disabled
   /// statement costs.
-  bool isEnabled(FacilityLevel level) const { return (streamLevels_ | ringLevels_) >> level & 1; }
+  bool isEnabled(FacilityLevel level) const { return levels_ >> level & 1; }
   bool goesToStream(FacilityLevel level) const { return streamLevels_ >> level & 1; }
   bool goesToRing(FacilityLevel level) const { return ringLevels_ >> level & 1; }
 
@@ -39,7 +39,11 @@ class TraceHandle {
   static void ringLevelsIs(uint16_t levels);
 
  private:
+  void levelsAre(uint16_t stream, uint16_t ring);
+
   char const* name_;
+  // What goes anywhere: the two below in one.
+  uint16_t levels_ = 0;
   uint16_t streamLevels_ = 0;
   uint16_t ringLevels_ = 0;
   TraceHandle* next_;

@@ -264,6 +264,36 @@ TEST_F(Configuration, StaleEntriesGoBeforeItIsInitialized) {
   Vesk::retire(watch);
 }
 
+/// Does something once, inside the next notification of an interface's status.
+struct InsideIntfStatus final : Vesk::Reactor<Status const, int, InsideIntfStatus> {
+  InsideIntfStatus(Vesk::Ptr<Status> const& status, std::function<void()> deed)
+      : Reactor(none, status), deed(std::move(deed)) {}
+  void onIntfStatus(Lumo::IntfId const&) override {
+    if (deed) std::exchange(deed, nullptr)();
+  }
+  std::function<void()> deed;
+  static inline int none = 0;
+};
+
+TEST_F(Configuration, AProfileDeletedWhileItsEntriesAreMadeAnewLeavesNone) {
+  auto profile = bind();
+  begin();
+  auto inside =
+      Vesk::make<InsideIntfStatus>(status, [this] { config->profileDel(Vesk::Name("one")); });
+  profile->cipherSuiteIs(CipherSuite::gcmAesXpn256);
+  EXPECT_FALSE(intfStatus());
+  Vesk::retire(inside);
+}
+
+TEST_F(Configuration, DroppedInsideANotificationWritesNothingMore) {
+  auto profile = bind();
+  begin();
+  auto inside = Vesk::make<InsideIntfStatus>(status, [this] { sm = nullptr; });
+  profile->cipherSuiteIs(CipherSuite::gcmAesXpn256);
+  EXPECT_FALSE(intfStatus());
+  Vesk::retire(inside);
+}
+
 TEST_F(Configuration, DelayProtectionShortensThePeriodAndKeepsTheThreshold) {
   begin();
   EXPECT_FALSE(status->delayProtection());

@@ -59,6 +59,15 @@ TEST_F(Ports, TheEngineExistsExactlyWhileMacsecIsEnabled) {
   EXPECT_FALSE(s.root->mkaSm());
 }
 
+TEST_F(Ports, AnEngineOrPortThatIsThereIsGivenBackWhateverItIsAskedForWith) {
+  s.start(Support::key(kCkn));
+  auto const engine = s.root->mkaSm();
+  auto const other = statusFactory("other");
+  EXPECT_EQ(s.root->mkaSmIs(other, s.ethDir, s.pamManager, s.hwStatus, s.wheel), engine);
+  EXPECT_EQ(engine->mkaPortSmIs(s.intfId, other, s.pamManager, s.hwStatus, s.wheel), s.portSm());
+  EXPECT_EQ(s.portSm()->status(), s.status);
+}
+
 TEST_F(Ports, AnyOrderOfLinkHardwareAndConfigurationLeadsToARunningPort) {
   enum Step { link, hardware, configuration };
   std::vector<Step> order = {link, hardware, configuration};
