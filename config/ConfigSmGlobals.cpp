@@ -29,7 +29,7 @@ void ConfigSm::updateFipsStatus() {
 
 // The mode of a running process never changes.
 void ConfigSm::handleFipsRestrictions() {
-  VESK_TRACE(3, " Handle Fips Restrictions");
+  VESK_TRACE(8, " Handle Fips Restrictions");
   if (status()->macsecEnabled()) cleanUpAndDie();
 }
 
@@ -51,7 +51,7 @@ void ConfigSm::cleanUpAndDie() {
 }
 
 void ConfigSm::handleDelayProtection() {
-  VESK_TRACE(3, " Updating Delay Protection Flag");
+  VESK_TRACE(8, " Updating Delay Protection Flag");
   bool const isOn = config()->delayProtection();
   status()->mkpduPeriodIs(isOn ? Status::mkpduPeriodBounded : Status::mkpduPeriodDefault);
   status()->delayProtectionIs(isOn);
@@ -59,7 +59,7 @@ void ConfigSm::handleDelayProtection() {
 }
 
 void ConfigSm::handleClearMkaCounters() {
-  VESK_TRACE(3, "");
+  VESK_TRACE(8, "");
   for (IntfStatus& intfStatus : status()->intfStatus()) doClearCounters(intfStatus.intfId());
 }
 

@@ -126,7 +126,12 @@ Host::~Host() {
   Vesk::retire(configReactor_);
 }
 
+// Address and port number are part of what an interface is: others make it anew.
 void Host::interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t portNumber) {
+  auto const former = ethIntfStatusDir_->intfStatus(intfId);
+  if (former && (former->ethAddr() != addr || former->portNumber() != portNumber)) {
+    ethIntfStatusDir_->intfStatusDel(intfId);
+  }
   ethIntfStatusDir_->intfStatusIs(intfId, addr, portNumber);
   if (!options_.emulateHardware) return;
   Vesk::ptrCast<MacSecStatus>(slices_->entry(kEmulatedSlice))->statusIs(intfId);

@@ -84,6 +84,9 @@ class MacSecIntfStatusPtrDir final : public Vesk::DescribedEntity<MacSecIntfStat
   Vesk::Ptr<MacSecIntfStatus> status(Lumo::IntfId key) const;
   void statusIs(Vesk::Ptr<MacSecIntfStatus> const& ptr);
   Vesk::Ptr<MacSecIntfStatus> statusDel(Lumo::IntfId key);
+  Vesk::Ptr<MacSecIntfStatus> statusDel(StatusMap::Iterator const& i) {
+    return statusDel(i->fwkKey());
+  }
   void statusDelAll();
   void statusNotify(Lumo::IntfId key);
 

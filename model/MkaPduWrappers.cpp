@@ -2,6 +2,7 @@
 
 #include "model/Overlay.h"
 #include "runtime/Assert.h"
+#include "runtime/Reactor.h"
 #include "runtime/Trace.h"
 
 namespace Macsec {
@@ -23,7 +24,7 @@ T* overlayIn(Vesk::Ptr<Lumo::Pkt> const& pkt) {
 EapolWrapper::EapolWrapper(Vesk::Ptr<Lumo::Pkt> pkt) : pkt_(pkt) { handlePkt(); }
 
 Vesk::Ptr<EapolWrapper> EapolWrapper::EapolWrapperIs(Vesk::Ptr<Lumo::Pkt> pkt) {
-  return Vesk::make<EapolWrapper>(pkt);
+  return Vesk::makeActive<EapolWrapper>(pkt);
 }
 
 void EapolWrapper::handlePkt() {
@@ -41,7 +42,7 @@ BasicParameterSetWrapper::BasicParameterSetWrapper(Vesk::Ptr<Lumo::Pkt> pkt) : p
 
 Vesk::Ptr<BasicParameterSetWrapper> BasicParameterSetWrapper::BasicParameterSetWrapperIs(
     Vesk::Ptr<Lumo::Pkt> pkt) {
-  return Vesk::make<BasicParameterSetWrapper>(pkt);
+  return Vesk::makeActive<BasicParameterSetWrapper>(pkt);
 }
 
 void BasicParameterSetWrapper::handlePkt() {
@@ -71,7 +72,7 @@ PeerInfoParameterWrapper::PeerInfoParameterWrapper(Vesk::Ptr<Lumo::Pkt> pkt) : p
 
 Vesk::Ptr<PeerInfoParameterWrapper> PeerInfoParameterWrapper::PeerInfoParameterWrapperIs(
     Vesk::Ptr<Lumo::Pkt> pkt) {
-  return Vesk::make<PeerInfoParameterWrapper>(pkt);
+  return Vesk::makeActive<PeerInfoParameterWrapper>(pkt);
 }
 
 void PeerInfoParameterWrapper::handlePkt() {
@@ -86,7 +87,7 @@ Vesk::Ptr<PeerInfoParameterWrapper> peerInfoParameterWrapperFactory(Vesk::Ptr<Lu
 PeerListSetWrapper::PeerListSetWrapper(Vesk::Ptr<Lumo::Pkt> pkt) : pkt_(pkt) { handlePkt(); }
 
 Vesk::Ptr<PeerListSetWrapper> PeerListSetWrapper::PeerListSetWrapperIs(Vesk::Ptr<Lumo::Pkt> pkt) {
-  return Vesk::make<PeerListSetWrapper>(pkt);
+  return Vesk::makeActive<PeerListSetWrapper>(pkt);
 }
 
 void PeerListSetWrapper::handlePkt() {
@@ -101,7 +102,7 @@ Vesk::Ptr<PeerListSetWrapper> peerListSetWrapperFactory(Vesk::Ptr<Lumo::Pkt> pkt
 SakUseSetWrapper::SakUseSetWrapper(Vesk::Ptr<Lumo::Pkt> pkt) : pkt_(pkt) { handlePkt(); }
 
 Vesk::Ptr<SakUseSetWrapper> SakUseSetWrapper::SakUseSetWrapperIs(Vesk::Ptr<Lumo::Pkt> pkt) {
-  return Vesk::make<SakUseSetWrapper>(pkt);
+  return Vesk::makeActive<SakUseSetWrapper>(pkt);
 }
 
 void SakUseSetWrapper::handlePkt() {
@@ -116,7 +117,7 @@ Vesk::Ptr<SakUseSetWrapper> sakUseSetWrapperFactory(Vesk::Ptr<Lumo::Pkt> pkt) {
 DistSakSetWrapper::DistSakSetWrapper(Vesk::Ptr<Lumo::Pkt> pkt) : pkt_(pkt) { handlePkt(); }
 
 Vesk::Ptr<DistSakSetWrapper> DistSakSetWrapper::DistSakSetWrapperIs(Vesk::Ptr<Lumo::Pkt> pkt) {
-  return Vesk::make<DistSakSetWrapper>(pkt);
+  return Vesk::makeActive<DistSakSetWrapper>(pkt);
 }
 
 void DistSakSetWrapper::handlePkt() {

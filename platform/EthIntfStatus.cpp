@@ -5,6 +5,10 @@ namespace Interface {
 Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::intfStatusIs(Lumo::IntfId key,
                                                         Lumo::EthAddr const& ethAddr,
                                                         uint16_t portNumber) {
+  if (auto* member = intfStatus_.find(key)) {
+    Vesk::requireSameParameter(member->name(), "ethAddr", ethAddr, member->ethAddr());
+    Vesk::requireSameParameter(member->name(), "portNumber", portNumber, member->portNumber());
+  }
   return memberIs(
       kIntfStatus, intfStatus_, key, [&] { return newIntfStatus(key, ethAddr, portNumber); },
       &NotifieeConst::onIntfStatus);

@@ -30,7 +30,7 @@ class PtrInterface : public VFPtrInterface {
   uint32_t references() const { return word_ & kCountMask; }
   /// True once the object has been taken out of service: no handler of it runs any more.
   bool isMarkedForDeletion() const { return static_cast<int32_t>(word_) < 0; }
-  void isMarkedForDeletionIs(bool marked) { flagIs(kMarkedForDeletion, marked); }
+  virtual void isMarkedForDeletionIs(bool marked) { flagIs(kMarkedForDeletion, marked); }
 
   bool hasNotificationActive() const { return (word_ & kNotificationActive) != 0; }
   /// Kept and passed on to what the object owns; it gates no delivery.

@@ -178,6 +178,32 @@ TEST_F(FipsMode, AnotherConfigurationIsFollowedInOrder) {
   EXPECT_EQ(status->mkpduPeriod(), Status::mkpduPeriodBounded);
 }
 
+TEST_F(FipsMode, HandlersOpenWithATraceAtLevelEight) {
+  bind();
+  begin();
+  constexpr uint16_t kLevelEight = 1 << 8;
+  for (uint16_t levels :
+       {kLevelEight, static_cast<uint16_t>(Vesk::kAllTraceLevels - kLevelEight)}) {
+    size_t const expected = levels == kLevelEight;
+    Vesk::TraceHandle::streamLevelsIs("Macsec::Config", levels);
+    world.traces.clear();
+    status->macsecEnabledIs(false);
+    config->fipsRestrictionsIs(!config->fipsRestrictions());
+    config->delayProtectionIs(!config->delayProtection());
+    config->clearMkaCountersInc(1);
+    auto const profile = config->profile("one");
+    profile->cipherSuiteIs(profile->cipherSuite() == CipherSuite::gcmAesXpn128
+                               ? CipherSuite::gcmAesXpn256
+                               : CipherSuite::gcmAesXpn128);
+    profile->includeSciIs(!profile->includeSci());
+    EXPECT_EQ(world.traced(" Handle Fips Restrictions"), expected);
+    EXPECT_EQ(world.traced(" Updating Delay Protection Flag"), expected);
+    EXPECT_EQ(world.traced("handleClearMkaCounters()"), expected);
+    EXPECT_EQ(world.traced(" Updating Cipher"), expected);
+    EXPECT_EQ(world.traced(" Updating SCI Inclusion Flag "), expected);
+  }
+}
+
 TEST_F(FipsMode, AnotherStatusIsLookedAtForTheModeOfTheProcess) {
   begin();
   world.calls.clear();

@@ -80,6 +80,16 @@ TEST(MkaPduWrappers, StayWhereTheyAreUntilTheyAreHandledThePacketAgain) {
   EXPECT_EQ(static_cast<void*>(wrapper->peerListSetPkt()), pkt->bytes().data() + 10);
 }
 
+TEST(MkaPduWrappers, AreBuiltWithTheirNotificationOn) {
+  auto const packet = Vesk::make<Lumo::Pkt>(size_t{200});
+  EXPECT_TRUE(eapolWrapperFactory(packet)->hasNotificationActive());
+  EXPECT_TRUE(basicParameterSetWrapperFactory(packet)->hasNotificationActive());
+  EXPECT_TRUE(peerInfoParameterWrapperFactory(packet)->hasNotificationActive());
+  EXPECT_TRUE(peerListSetWrapperFactory(packet)->hasNotificationActive());
+  EXPECT_TRUE(sakUseSetWrapperFactory(packet)->hasNotificationActive());
+  EXPECT_TRUE(distSakSetWrapperFactory(packet)->hasNotificationActive());
+}
+
 TEST(MkaPduWrappersDeathTest, AnOverlayBeyondTheEndOfItsPacketIsABrokenInvariant) {
   auto const pkt = Vesk::make<Lumo::Pkt>(sizeof(SakUseSet) - 1);
   EXPECT_DEATH(sakUseSetWrapperFactory(pkt), "an overlay lies within its packet");

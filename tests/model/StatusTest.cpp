@@ -276,6 +276,14 @@ TEST(HardwareStatus, TheDirectoryReplacesAPointerAndTellsUnlessItIsTheSame) {
   Vesk::retire(writes);
 }
 
+TEST(HardwareStatus, TheDirectoryLetsGoWhatAnIteratorStandsOn) {
+  auto dir = macSecIntfStatusPtrDirFactory("dir");
+  auto const hw = MacSecIntfStatus::MacSecIntfStatusIs(kIntf);
+  dir->statusIs(hw);
+  for (auto i = dir->status().iterator(); i; ++i) EXPECT_EQ(dir->statusDel(i), hw);
+  EXPECT_TRUE(dir->status().empty());
+}
+
 TEST(HardwareStatus, ANullPointerThrowsWithItsClosingQuote) {
   auto dir = macSecIntfStatusPtrDirFactory("dir");
   EXPECT_EQ(thrownBy([&] { dir->statusIs(nullptr); }),

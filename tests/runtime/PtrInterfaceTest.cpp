@@ -77,6 +77,20 @@ TEST(PtrInterface, WithBothFlagsSetIsDestroyedByTheLastReferenceToo) {
   EXPECT_EQ(destroyed, 1);
 }
 
+TEST(PtrInterface, ADerivedClassHearsOfItsMark) {
+  struct Marked final : PtrInterface {
+    void isMarkedForDeletionIs(bool marked) override {
+      ++heard;
+      PtrInterface::isMarkedForDeletionIs(marked);
+    }
+    int heard = 0;
+  };
+  Ptr<Marked> marked = make<Marked>();
+  Ptr<PtrInterface>(marked)->isMarkedForDeletionIs(true);
+  EXPECT_EQ(marked->heard, 1);
+  EXPECT_TRUE(marked->isMarkedForDeletion());
+}
+
 TEST(PtrInterface, WordIsOneOf32Bits) {
   EXPECT_EQ(sizeof(PtrInterface), sizeof(void*) + 8);  // with the table of virtuals, padded
 }

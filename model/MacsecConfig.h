@@ -1,0 +1,6 @@
+#pragma once
+
+// The configuration tree, whole.
+
+#include "model/Config.h"
+#include "model/Profile.h"
