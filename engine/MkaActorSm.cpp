@@ -154,6 +154,7 @@ void MkaActorSm::handleInitialized() {
   rxMessageInfoReactorIs(rxMessageInfo());
 }
 
+// IEEE 802.1X-2010, 9.3.3.
 void MkaActorSm::deriveKeys() {
   CipherSuite const cipher = intfStatus_->macsecParams().cipher();
   actorStatus()->kekIs(derived(&deriveKek, cak_, ckn_, cipher));
@@ -169,6 +170,7 @@ void MkaActorSm::armFirstMkpdu() {
   mkpduTimer_->timeMinIs(Vesk::now() + delay);
 }
 
+// IEEE 802.1X-2010, 9.4.2: a random number, and message numbers that begin again with it.
 void MkaActorSm::updateMsgId() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   Vesk::String8 msgId;

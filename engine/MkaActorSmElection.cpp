@@ -45,6 +45,7 @@ Vesk::Ptr<MkaPeer const> MkaActorSm::selfCandidate() {
   return selfCandidate_;
 }
 
+// IEEE 802.1X-2010, 9.5.
 void MkaActorSm::doUpdateKeyServer() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   MkaPeer const* best = bestClaimingPeer(actorStatus()->livePeer());

@@ -52,6 +52,7 @@ void MkaActorSm::parseCakDistInfo() {
   actorStatus()->distCakIs(Cak(dist.ckn(), dist.cak()));
 }
 
+// IEEE 802.1X-2010, 9.8.
 void MkaActorSm::parseSakDistInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   auto const info = rxMessageInfo()->mkaInfo();
@@ -95,6 +96,7 @@ void MkaActorSm::takeSak(Sak const& sak) {
   actorStatus()->distSakIs(sak);
 }
 
+// IEEE 802.1X-2010, 9.10.
 void MkaActorSm::parseSakUseInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   auto const info = rxMessageInfo()->mkaInfo();

@@ -87,6 +87,7 @@ bool MkaActorSm::hasAgedOut(MkaPeer const& peer, double now) const {
   return now > peer.timeStamp() && now - peer.timeStamp() > status_->mkaLifeTime();
 }
 
+// IEEE 802.1X-2010, 9.4.3.
 void MkaActorSm::handlePeerReview() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);

@@ -45,6 +45,7 @@ bool MkaActorSm::parseBasicInfo() {
   return true;
 }
 
+// IEEE 802.1X-2010, 9.4.3: who lists a late message number of ours is live.
 bool MkaActorSm::isListed(MkaMessageInfo::LivePeerMap const& peers, char const* where) const {
   uint32_t const* listedNumber = peers[actorStatus()->msgId()];
   if (!listedNumber || !isAcceptable(*listedNumber)) return false;
