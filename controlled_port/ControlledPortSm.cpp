@@ -3,6 +3,7 @@
 #include "controlled_port/ControlledPortSmReactors.h"
 #include "platform/Hex.h"
 #include "platform/KeyDerivation.h"
+#include "runtime/Assert.h"
 #include "runtime/NetValues.h"
 #include "runtime/Trace.h"
 
@@ -107,6 +108,7 @@ void ControlledPortSm::handleInitialized() {
   portStatus_ = status_->portStatus(intfId_);
   actorStatus_ = Vesk::make<ActorStatusReactor>(*this, portStatus_->actorStatus(ckn_));
   cpStatus_ = status_->cpStatus(intfId_);
+  VESK_ASSERT(actorStatus() && cpStatus_);
   latestKeyTxEnableTimer_ = Vesk::make<LatestKeyTxEnableTimerReactor>(*this, timerWheel_);
   oldKeyRetirementTimer_ = Vesk::make<OldKeyRetirementTimerReactor>(*this, timerWheel_);
   initialized_ = true;
@@ -139,6 +141,7 @@ void ControlledPortSm::handleDistSak() {
 
 // The salt exists only in what the hardware is given.
 void ControlledPortSm::askForReceive(Sak const& sak) {
+  VESK_ASSERT(sak != Sak());
   SakContext latest;
   latest.sakIs(sak);
   latest.rxEnabledIs(true);

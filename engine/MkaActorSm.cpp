@@ -3,6 +3,7 @@
 #include "engine/MkaActorSmReactors.h"
 #include "platform/KeyDerivation.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Assert.h"
 #include "runtime/Log.h"
 #include "runtime/Trace.h"
 #include "runtime/World.h"
@@ -140,6 +141,7 @@ void MkaActorSm::handleInitialized() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   intfStatus_ = status_->intfStatus(intfId_);
   portStatus_ = status_->portStatus(intfId_);
+  VESK_ASSERT(portStatus_ && portStatus_->actorStatus(ckn_));
   actorStatus_ = Vesk::make<ActorStatusReactor>(*this, portStatus_->actorStatus(ckn_));
   cpStatus_ = status_->cpStatus(intfId_);
   if (actorStatus()->msgId().empty()) {

@@ -1,4 +1,5 @@
 #include "engine/MkaActorSmReactors.h"
+#include "runtime/Assert.h"
 #include "runtime/Trace.h"
 #include "runtime/World.h"
 
@@ -61,6 +62,7 @@ BasicInfo MkaActorSm::basicInfo() {
   if (actorStatus()->msgNum() == kLastMessageNumber) updateMsgId();
   Vesk::String8 const msgId = actorStatus()->msgId();
   uint32_t const msgNum = actorStatus()->msgNumInc(1);
+  VESK_ASSERT(!msgId.empty() && msgNum != 0);
   return BasicInfo(priority, claims, actorStatus()->macsecDesired(),
                    macsecCapability(intfStatus_->macsecParams().cipher()), portStatus_->mySci(),
                    msgId, msgNum, ckn_);

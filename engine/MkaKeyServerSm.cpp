@@ -3,6 +3,7 @@
 #include "platform/Hex.h"
 #include "platform/KeyDerivation.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Assert.h"
 #include "runtime/Log.h"
 #include "runtime/NetValues.h"
 #include "runtime/Trace.h"
@@ -145,6 +146,7 @@ void MkaKeyServerSm::generateAndArmGuard() {
 void MkaKeyServerSm::handleInitialized() {
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
   mkaPortStatus_ = status_->portStatus(intfId_);
+  VESK_ASSERT(mkaPortStatus_ && mkaPortStatus_->actorStatus(ckn_));
   mkaActorStatus_ = Vesk::make<MkaActorStatusReactor>(*this, mkaPortStatus_->actorStatus(ckn_));
   mkaIntfStatus_ = Vesk::make<MkaIntfStatusReactor>(*this, status_->intfStatus(intfId_));
   if (mkaActorStatus()->electedSelf()) {

@@ -2,6 +2,7 @@
 
 #include "engine/MkaPortSmReactors.h"
 #include "engine/MkaSm.h"
+#include "runtime/Assert.h"
 #include "runtime/Trace.h"
 
 // Construction and end of a port, and what stands around its actors.
@@ -106,6 +107,7 @@ void MkaPortSm::handleInitialized() {
   VESK_TRACE(8, ": IntfId ", intfId_);
   intfStatus_ = Vesk::make<IntfStatusReactor>(*this, status()->intfStatus(intfId_));
   cpStatus_ = status()->cpStatus(intfId_);
+  VESK_ASSERT(intfStatus() && cpStatus_ && status()->portStatus(intfId_));
   portStatus_ = Vesk::make<PortStatusReactor>(*this, status()->portStatus(intfId_));
   defaultActorTimer_ = Vesk::make<DefaultActorTimerReactor>(*this, timerWheel_);
   actorDeletionTimer_ = Vesk::make<ActorDeletionTimerReactor>(*this, timerWheel_);

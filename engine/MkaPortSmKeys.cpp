@@ -1,5 +1,6 @@
 #include "engine/MkaPortSmReactors.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Assert.h"
 #include "runtime/Log.h"
 #include "runtime/Trace.h"
 
@@ -126,6 +127,7 @@ void MkaPortSm::createActorStatus(Cak const& key, bool defaultActor) {
 }
 
 void MkaPortSm::createActor(Cak const& key) {
+  VESK_ASSERT(portStatus()->actorStatus(key.ckn()));
   mkaActorSmIs(key.ckn(), key.cak(), intfId_, status(), pamManager(), hwStatus(), timerWheel_);
 }
 

@@ -1,6 +1,7 @@
 #include "engine/MkaSm.h"
 
 #include "engine/MkaSmReactors.h"
+#include "runtime/Assert.h"
 #include "runtime/Trace.h"
 
 namespace Macsec {
@@ -197,6 +198,7 @@ void MkaSm::createPort(Lumo::IntfId intfId) {
   updateSci(intfId);
   if (mkaPortSm_.find(intfId) || !isPortAskedFor(intfId) || !isLinkUp(intfId)) return;
   VESK_TRACE(1, ": Creating a new portSm for ", intfId);
+  VESK_ASSERT(status()->portStatus(intfId) && status()->cpStatus(intfId));
   mkaPortSmIs(intfId, status(), pamManager_, hwStatus(), timerWheel_);
 }
 

@@ -8,8 +8,7 @@ namespace Macsec {
 
 /// Stands in for the MACsec data path where there is none: answers in `MacSecIntfStatus` what the
 /// controlled port asks in `CpStatus`, at once. It moves no frames and holds no keys, never deletes
-/// what it has reported, and needs an entry of the directory for each interface that is given a
-/// key.
+/// what it has reported, and answers for the interfaces that the directory has.
 class HwEmulator final : public Vesk::StateMachine {
  public:
   HwEmulator(Vesk::Ptr<Status const> status, Vesk::Ptr<MacSecIntfStatusPtrDir> allMacsec);

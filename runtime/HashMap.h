@@ -83,6 +83,7 @@ class HashMap {
     HashMapEntry** place = &buckets_[bucketOf(entry->fwkHmOrder_)];
     while (*place != entry) place = &(*place)->fwkHmNext_;
     *place = entry->fwkHmNext_;
+    VESK_DEBUG_ASSERT(entry->fwkHmMap_ == this);
     entry->fwkHmNext_ = nullptr;
     entry->fwkHmMap_ = nullptr;
     --members_;

@@ -1,5 +1,7 @@
 #include "runtime/Notifiee.h"
 
+#include "runtime/Assert.h"
+
 namespace Vesk {
 
 bool NotifieeListBase::visitsAreFiltered = true;
@@ -44,6 +46,7 @@ NotifieeListBase::Chain& NotifieeListBase::chainOf(NotifieeBase const& notifiee)
 }
 
 void NotifieeListBase::add(NotifieeBase& notifiee) {
+  VESK_ASSERT(!notifiee.list_);
   Chain& chain = chainOf(notifiee);
   notifiee.list_ = this;
   notifiee.place_ = nextPlace_++;
@@ -59,6 +62,7 @@ void NotifieeListBase::add(NotifieeBase& notifiee) {
 }
 
 void NotifieeListBase::remove(NotifieeBase& notifiee) {
+  VESK_ASSERT(notifiee.list_ == this && notifiees_ > 0);
   for (Cursor* c = cursors_; c; c = c->outer_) {
     if (c->unkeyed_ == &notifiee) c->unkeyed_ = notifiee.next_;
     if (c->keyed_ == &notifiee) {
@@ -88,7 +92,9 @@ NotifieeListBase::Cursor::Cursor(NotifieeListBase& list, Lumo::IntfId key, Watch
 }
 
 NotifieeListBase::Cursor::~Cursor() {
-  if (list_) list_->cursors_ = outer_;
+  if (!list_) return;
+  VESK_ASSERT(list_->cursors_ == this);
+  list_->cursors_ = outer_;
 }
 
 NotifieeBase* NotifieeListBase::Cursor::firstOfAllKeys(uint64_t place) const {

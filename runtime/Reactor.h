@@ -249,6 +249,7 @@ void childDel(HashMap<T, Key>& children, Key const& key) {
 /// end it.
 template <class T>
 void startChild(T& child) {
+  VESK_ASSERT(!child.isEnding());
   runHandler(&child, [&] {
     child.handleInitialized();
     child.hasNotificationActiveIs(true);

@@ -31,6 +31,7 @@ void StateMachine::endNow() {
 void StateMachine::zeroReferencesIs() {
   endNow();
   if (RunningHandler* outermost = RunningHandler::outermostOf(*this)) {
+    VESK_ASSERT(!outermost->last_);
     outermost->last_ = Ptr<StateMachine>::adopt(this);
   } else {
     HashMapEntry::zeroReferencesIs();

@@ -22,7 +22,10 @@ class RunningHandler {
   explicit RunningHandler(StateMachine* machine) : machine_(machine), outer_(innermost_) {
     innermost_ = this;
   }
-  ~RunningHandler() { innermost_ = outer_; }
+  ~RunningHandler() {
+    VESK_DEBUG_ASSERT(innermost_ == this);
+    innermost_ = outer_;
+  }
   RunningHandler(RunningHandler const&) = delete;
   RunningHandler& operator=(RunningHandler const&) = delete;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "runtime/Assert.h"
 #include "runtime/World.h"
 
 namespace Zorn {
@@ -51,11 +52,13 @@ void TimerWheel::arm(NotifieeConst& timer, double time) {
   }
   siftUp(timer.heapPlace_);
   siftDown(timer.heapPlace_);
+  VESK_ASSERT(heap_[timer.heapPlace_].timer == &timer);
 }
 
 void TimerWheel::disarm(NotifieeConst& timer) {
   size_t const at = timer.heapPlace_;
   if (at == NotifieeConst::kNowhere) return;
+  VESK_ASSERT(heap_[at].timer == &timer);
   timer.heapPlace_ = NotifieeConst::kNowhere;
   Place const last = heap_.back();
   heap_.pop_back();

@@ -14,8 +14,7 @@ uint16_t ringLevelsOfAll = 0;
 
 }  // namespace
 
-TraceHandle::TraceHandle(char const* name)
-    : name_(name), next_(firstHandle) {
+TraceHandle::TraceHandle(char const* name) : name_(name), next_(firstHandle) {
   firstHandle = this;
   levelsAre(0, ringLevelsOfAll);
 }

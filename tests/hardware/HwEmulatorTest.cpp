@@ -40,6 +40,16 @@ TEST_F(Emulator, ReportsAKeyAskedForReceptionAtOnce) {
   EXPECT_FALSE(hw->configured());
 }
 
+TEST_F(Emulator, LeavesAnInterfaceAloneThatTheHardwareNoLongerKnows) {
+  begin();
+  auto const asked = cpStatus();
+  dir->statusDel(kIntf);
+  asked->rxSakIs(sak(1, 7));
+  asked->txSakIs(sak(1, 7));
+  EXPECT_FALSE(rx(1));
+  EXPECT_FALSE(hw->txSaStatus());
+}
+
 TEST_F(Emulator, ReplacesTheReportOfAnAssociationNumberThatIsUsedAgain) {
   begin();
   cpStatus()->rxSakIs(sak(1, 7));
