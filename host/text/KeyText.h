@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/text/Result.h"
 #include "platform/CknOctets.h"
 #include "runtime/String8.h"
 
@@ -11,12 +12,6 @@ namespace Macsecd {
 
 /// Longest key name on the wire, in octets (IEEE 802.1X-2010 9.3.1).
 inline constexpr size_t maxKeyNameOctets = Macsec::CknOctets::kMaxSize;
-
-/// What is wrong with a text, and what to do about it. Never holds the text of a key.
-struct Fault {
-  std::string what;
-  std::string remedy;
-};
 
 /// The octets of a key name (CKN) on the wire: an even number of hexadecimal digits, at most 64,
 /// stands for its octets; any other text goes as its characters. Wiped, since an operator may have
