@@ -142,10 +142,10 @@ Daemon::Daemon(DaemonOptions options, Macsecd::StateStore* store,
       trial_(host_, options_.configFile, [this](auto const& config) { configIs(config); }),
       unreadableKeys_([this] { return host_.status(); }),
       driver_(options_.emulateHardware ? nullptr : driverFactory(host_, loop_)),
-      eapKeys_(host_.eapKeyStatus()),
-      control_(host_, [this] { return reload(); },
+      eapKeys_(loop_, host_.eapKeyStatus()),
+      control_(loop_, host_, [this] { return reload(); },
                {.trace = [this](auto const& wish) { tracing_.wishIs(wish); }, .trial = &trial_}),
-      metricsServer_([this] { return metrics_->text(); }),
+      metricsServer_(loop_, [this] { return metrics_->text(); }),
       links_([this](LinkChange const& change) { linkChanged(change); }),
       ports_(links_, *this) {}
 
@@ -228,15 +228,17 @@ bool Daemon::goOnAsBefore() {
 }
 
 bool Daemon::listen() {
-  std::optional<std::string> error;
-  if (!options_.eapKeySocket.empty()) error = eapKeys_.listenAt(options_.eapKeySocket);
-  if (!error && !options_.controlSocket.empty()) error = control_.listenAt(options_.controlSocket);
-  if (!error && !options_.metrics.empty()) {
-    metrics_.emplace(host_, loopDelay_, control_.counts(), eapKeys_.socketCounts());
-    error = metricsServer_.listenAt(options_.metrics);
+  Macsecd::Result<> listens;
+  if (!options_.eapKeySocket.empty()) listens = eapKeys_.listenAt(options_.eapKeySocket);
+  if (listens && !options_.controlSocket.empty()) {
+    listens = control_.listenAt(options_.controlSocket);
   }
-  if (error) Vesk::log(MACSECD_CANNOT_RUN, *error);
-  return !error;
+  if (listens && !options_.metrics.empty()) {
+    metrics_.emplace(host_, loopDelay_, control_.counts(), eapKeys_.socketCounts());
+    listens = metricsServer_.listenAt(options_.metrics);
+  }
+  if (!listens) Vesk::log(MACSECD_CANNOT_RUN, listens.fault().text());
+  return static_cast<bool>(listens);
 }
 
 void Daemon::connect() {
@@ -246,10 +248,8 @@ void Daemon::connect() {
   loop_.signalIs(SIGINT, [this] { stop(); });
   loop_.signalIs(SIGUSR1, [this] { leave(); });
   linkWatch_.emplace(links_, [this] { start(); });
-  loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); });
-  loop_.watch(eapKeys_.fd(), [this] { eapKeys_.run(); });
-  loop_.watch(control_.fd(), [this] { control_.run(); });
-  loop_.watch(metricsServer_.fd(), [this] { metricsServer_.run(); });
+  auto const watched = loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); });
+  if (!watched) throw std::runtime_error(watched.fault().text());
   loop_.timerIs([this] { handleDue(); });
   loop_.beforeWaitIs([this] { endTurn(); });
 }

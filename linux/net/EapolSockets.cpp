@@ -1,6 +1,5 @@
 #include "linux/net/EapolSockets.h"
 
-#include <system_error>
 #include <utility>
 
 #include "runtime/Trace.h"
@@ -44,11 +43,8 @@ bool EapolSockets::open(Lumo::IntfId intfId, Interface& interface) {
     return refused(intfId, interface, *error);
   }
   auto socket = std::make_unique<EapolSocket>(std::get<EapolSocket>(std::move(opened)));
-  try {
-    loop_.watch(socket->fd(), [this, intfId] { receive(intfId); });
-  } catch (std::system_error const& error) {
-    return refused(intfId, interface, error.what());
-  }
+  auto const watched = loop_.watch(socket->fd(), [this, intfId] { receive(intfId); });
+  if (!watched) return refused(intfId, interface, watched.fault().what);
   interface.hasFailed = false;
   interface.socket = std::move(socket);
   return true;

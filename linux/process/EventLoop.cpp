@@ -4,6 +4,7 @@
 #include <systemd/sd-event.h>
 
 #include <cmath>
+#include <cstring>
 #include <system_error>
 
 namespace Linux {
@@ -53,17 +54,27 @@ std::shared_ptr<EventLoop::Watch> EventLoop::watchOf(Handler handler) {
   return std::make_shared<Watch>(std::move(handler));
 }
 
-void EventLoop::watch(int fd, Handler readable) {
+Macsecd::Result<> EventLoop::watch(int fd, Handler ready) {
   forget(fd);
-  auto const watch = watchOf(std::move(readable));
+  auto const watch = watchOf(std::move(ready));
   sd_event_source* source = nullptr;
   auto const run = [](sd_event_source*, int, uint32_t, void* userData) {
     Watch::run(userData);
     return 0;
   };
-  checked(sd_event_add_io(event_.get(), &source, fd, EPOLLIN, run, watch.get()), "watching");
+  int const result = sd_event_add_io(event_.get(), &source, fd, EPOLLIN, run, watch.get());
+  if (result < 0) {
+    return Macsecd::Fault{std::string("watching: ") + std::strerror(-result),
+                          "raise fs.epoll.max_user_watches"};
+  }
   watch->source.reset(source);
   descriptors_[fd] = watch;
+  return {};
+}
+
+void EventLoop::awaitedIs(int fd, Awaited awaited) {
+  auto const events = static_cast<uint32_t>(awaited == Awaited::room ? EPOLLOUT : EPOLLIN);
+  checked(sd_event_source_set_io_events(descriptors_.at(fd)->source.get(), events), "watching");
 }
 
 void EventLoop::forget(int fd) {
@@ -117,13 +128,21 @@ void EventLoop::makeTimer(uint64_t microseconds) {
 
 int EventLoop::run() {
   while (sd_event_get_state(event_.get()) != SD_EVENT_FINISHED) {
-    if (beforeWait_) beforeWait_();
-    checked(sd_event_run(event_.get(), UINT64_MAX), "event loop");
+    turn(UINT64_MAX);
   }
   int status = 0;
   sd_event_get_exit_code(event_.get(), &status);
   return status;
 }
+
+bool EventLoop::turn(uint64_t timeout) {
+  if (beforeWait_) beforeWait_();
+  return checked(sd_event_run(event_.get(), timeout), "event loop") > 0;
+}
+
+bool EventLoop::runNext() { return turn(0); }
+
+int EventLoop::fd() const { return checked(sd_event_get_fd(event_.get()), "event loop"); }
 
 void EventLoop::exit(int status) { checked(sd_event_exit(event_.get(), status), "exit"); }
 

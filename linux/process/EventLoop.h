@@ -4,6 +4,8 @@
 #include <map>
 #include <memory>
 
+#include "host/text/Result.h"
+
 struct sd_event;
 struct sd_event_source;
 
@@ -18,16 +20,21 @@ class EventLoop {
  public:
   using Handler = std::function<void()>;
 
-  /// Throws `std::system_error` if the kernel gives no loop; every other call does too when it
-  /// can't be done.
+  /// What a descriptor is watched for; an error is told always.
+  enum class Awaited { octets, room };
+
+  /// Throws `std::system_error` if the kernel gives no loop; so do timers and signals.
   EventLoop();
   ~EventLoop();
   EventLoop(EventLoop const&) = delete;
   EventLoop& operator=(EventLoop const&) = delete;
 
   /// Runs the handler in each turn in which the descriptor has something to read, or an error to
-  /// tell. One handler for a descriptor: the last one given.
-  void watch(int fd, Handler readable);
+  /// tell. One handler for a descriptor: the last one given. A fault says why the kernel doesn't
+  /// let it be watched.
+  Macsecd::Result<> watch(int fd, Handler ready);
+  /// A descriptor that is watched is, from now on, watched for this.
+  void awaitedIs(int fd, Awaited awaited);
   /// Before the descriptor is closed.
   void forget(int fd);
 
@@ -47,6 +54,12 @@ class EventLoop {
   int run();
   void exit(int status);
 
+  /// Runs one handler that is due now, if there is one. Returns whether there was: for whoever has
+  /// the loop within another one.
+  bool runNext();
+  /// Readable when a descriptor that is watched is ready.
+  int fd() const;
+
  private:
   struct Unref {
     void operator()(sd_event* event) const;
@@ -57,6 +70,7 @@ class EventLoop {
 
   static std::shared_ptr<Watch> watchOf(Handler handler);
   void makeTimer(uint64_t microseconds);
+  bool turn(uint64_t timeout);
 
   std::unique_ptr<sd_event, Unref> event_;
   Handler due_;

@@ -7,6 +7,7 @@
 
 #include "host/text/ControlProtocol.h"
 #include "host/text/JsonText.h"
+#include "linux/serve/UnixListener.h"
 
 namespace Linux {
 
@@ -32,29 +33,31 @@ std::string lineOf(Macsecd::Fault const& fault) {
 
 }  // namespace
 
-ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload)
-    : ControlSocket(host, std::move(reload), Options()) {}
+ControlSocket::ControlSocket(EventLoop& loop, Macsecd::Host& host, Macsecd::Control::Reload reload)
+    : ControlSocket(loop, host, std::move(reload), Options()) {}
 
-ControlSocket::ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options)
+ControlSocket::ControlSocket(EventLoop& loop, Macsecd::Host& host, Macsecd::Control::Reload reload,
+                             Options options)
     : control_(host, {std::move(reload),
                       [this](uint64_t connection, std::string const& line) {
                         server_.push(connection, line + "\n");
                       },
                       options.trace, options.trial}),
       group_(groupNamed(options.group)),
-      server_(
-          {[this](SocketPeer const& peer) { return mayChange(peer) || mayLook(peer); },
-           [this](SocketPeer const& peer, std::span<uint8_t> line) {
-             std::string_view const request(reinterpret_cast<char const*>(line.data()),
-                                            line.size());
-             return control_.answer(request, mayChange(peer), peer.connection) + "\n";
-           },
-           lineOf, [this](SocketPeer const& peer) { control_.connectionEnded(peer.connection); },
-           [this](SocketPeer const& peer) { return control_.isToBeTold(peer.connection); }},
-          {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
+      protocol_({[this](SocketPeer const& peer) { return mayChange(peer) || mayLook(peer); },
+                 [this](SocketPeer const& peer, std::span<uint8_t> line) {
+                   std::string_view const request(reinterpret_cast<char const*>(line.data()),
+                                                  line.size());
+                   return control_.answer(request, mayChange(peer), peer.connection) + "\n";
+                 },
+                 lineOf,
+                 [this](SocketPeer const& peer) { control_.connectionEnded(peer.connection); },
+                 [this](SocketPeer const& peer) { return control_.isToBeTold(peer.connection); }}),
+      server_(loop, protocol_,
+              {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
 
-std::optional<std::string> ControlSocket::listenAt(std::string const& path) {
-  return server_.listenAt(path, group_ ? 0666 : 0600);
+Macsecd::Result<> ControlSocket::listenAt(std::string const& path) {
+  return server_.serve(listenAtPath(path, group_ ? 0666 : 0600));
 }
 
 bool ControlSocket::mayChange(SocketPeer const& peer) const {

@@ -4,7 +4,8 @@
 #include <string>
 
 #include "host/control/Control.h"
-#include "linux/serve/LineServer.h"
+#include "linux/serve/LineProtocol.h"
+#include "linux/serve/StreamServer.h"
 
 namespace Linux {
 
@@ -22,16 +23,15 @@ class ControlSocket {
     Macsecd::Trial* trial = nullptr;
   };
 
-  ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload, Options options);
-  ControlSocket(Macsecd::Host& host, Macsecd::Control::Reload reload);
+  /// The loop, which runs in the world of the switch, lives longer.
+  ControlSocket(EventLoop& loop, Macsecd::Host& host, Macsecd::Control::Reload reload,
+                Options options);
+  ControlSocket(EventLoop& loop, Macsecd::Host& host, Macsecd::Control::Reload reload);
 
-  /// Opens the socket at this path. Returns what is wrong and what to do about it.
-  [[nodiscard]] std::optional<std::string> listenAt(std::string const& path);
-  /// Readable when there is something to do: then `run()`, in the world of the switch.
-  int fd() const { return server_.fd(); }
-  void run() { server_.run(); }
+  /// Opens the socket at this path. A fault has the path in front.
+  Macsecd::Result<> listenAt(std::string const& path);
 
-  LineServer::Counts const& counts() const { return server_.counts(); }
+  StreamServer::Counts const& counts() const { return server_.counts(); }
 
  private:
   bool mayChange(SocketPeer const& peer) const;
@@ -39,7 +39,8 @@ class ControlSocket {
 
   Macsecd::Control control_;
   std::optional<gid_t> const group_;
-  LineServer server_;
+  LineProtocol protocol_;
+  StreamServer server_;
 };
 
 }  // namespace Linux

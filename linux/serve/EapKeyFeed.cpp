@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/eap/EapKeyLine.h"
+#include "linux/serve/UnixListener.h"
 #include "runtime/Trace.h"
 
 namespace Linux {
@@ -24,20 +25,22 @@ std::string lineOf(Fault const& fault) {
 
 }  // namespace
 
-EapKeyFeed::EapKeyFeed(Vesk::Ptr<Dot1x::EapKeyStatus> keys, EapKeyFeedOptions options)
+EapKeyFeed::EapKeyFeed(EventLoop& loop, Vesk::Ptr<Dot1x::EapKeyStatus> keys,
+                       EapKeyFeedOptions options)
     : keys_(std::move(keys)),
       options_(std::move(options)),
-      server_({[this](SocketPeer const& peer) {
-                 return std::ranges::find(options_.users, peer.user) != options_.users.end();
-               },
-               [this](SocketPeer const& peer, std::span<uint8_t> line) { return take(peer, line); },
-               [](Fault const& fault) { return lineOf(fault); }},
-              {.maxClients = options_.maxClients, .purpose = "publish keys"}) {}
+      protocol_(
+          {[this](SocketPeer const& peer) {
+             return std::ranges::find(options_.users, peer.user) != options_.users.end();
+           },
+           [this](SocketPeer const& peer, std::span<uint8_t> line) { return take(peer, line); },
+           [](Fault const& fault) { return lineOf(fault); }}),
+      server_(loop, protocol_, {.maxClients = options_.maxClients, .purpose = "publish keys"}) {}
 
-std::optional<std::string> EapKeyFeed::listenAt(std::string const& path) {
+Macsecd::Result<> EapKeyFeed::listenAt(std::string const& path) {
   bool const othersToo = std::ranges::any_of(
       options_.users, [](uid_t user) { return user != 0 && user != geteuid(); });
-  return server_.listenAt(path, othersToo ? 0666 : 0600);
+  return server_.serve(listenAtPath(path, othersToo ? 0666 : 0600));
 }
 
 std::string EapKeyFeed::take(SocketPeer const& peer, std::span<uint8_t> line) {
@@ -63,7 +66,7 @@ std::string EapKeyFeed::refuse(Fault const& fault) {
 }
 
 EapKeyFeed::Counts EapKeyFeed::counts() const {
-  LineServer::Counts const& server = server_.counts();
+  StreamServer::Counts const& server = server_.counts();
   return {.published = published_,
           .withdrawn = withdrawn_,
           .refusedLines = refusedLines_ + server.brokenLines,

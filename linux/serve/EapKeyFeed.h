@@ -3,11 +3,11 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "linux/serve/LineServer.h"
+#include "linux/serve/LineProtocol.h"
+#include "linux/serve/StreamServer.h"
 #include "platform/EapKeyStatus.h"
 
 namespace Linux {
@@ -22,10 +22,7 @@ struct EapKeyFeedOptions {
 /// Takes keys from 802.1X authenticators and supplicants, which are other programs, and publishes
 /// them: one JSON object on each line of a Unix stream socket (`readEapKeyLine`), one answer on a
 /// line to each, {"ok":true} or {"error":"...","remedy":"..."}. The end of a connection withdraws
-/// nothing.
-///
-/// It has no loop of its own and never blocks: whoever runs one waits for `fd()` to become readable
-/// and calls `run()`, in the world of the switch (`Vesk::WorldScope`).
+/// nothing. The loop runs in the world of the switch (`Vesk::WorldScope`).
 class EapKeyFeed {
  public:
   /// What has come so far.
@@ -40,20 +37,16 @@ class EapKeyFeed {
     friend bool operator==(Counts const&, Counts const&) = default;
   };
 
-  explicit EapKeyFeed(Vesk::Ptr<Dot1x::EapKeyStatus> keys, EapKeyFeedOptions options = {});
+  /// The loop lives longer.
+  EapKeyFeed(EventLoop& loop, Vesk::Ptr<Dot1x::EapKeyStatus> keys, EapKeyFeedOptions options = {});
 
   /// Opens the socket at this path. The file is for its owner alone, unless others may publish:
-  /// then everybody can connect, and is asked who it is. Returns what is wrong and what to do about
-  /// it, with the path in front; nothing when all is well.
-  [[nodiscard]] std::optional<std::string> listenAt(std::string const& path);
-  /// Readable when there is something to do; the same for as long as the feed lives.
-  int fd() const { return server_.fd(); }
-  /// Does what there is to do; returns when it would have to wait.
-  void run() { server_.run(); }
+  /// then everybody can connect, and is asked who it is. A fault has the path in front.
+  Macsecd::Result<> listenAt(std::string const& path);
 
   Counts counts() const;
   /// Those of the socket alone.
-  LineServer::Counts const& socketCounts() const { return server_.counts(); }
+  StreamServer::Counts const& socketCounts() const { return server_.counts(); }
   size_t clients() const { return server_.clients(); }
 
  private:
@@ -65,7 +58,8 @@ class EapKeyFeed {
   uint64_t published_ = 0;
   uint64_t withdrawn_ = 0;
   uint64_t refusedLines_ = 0;
-  LineServer server_;
+  LineProtocol protocol_;
+  StreamServer server_;
 };
 
 }  // namespace Linux

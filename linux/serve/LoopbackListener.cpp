@@ -14,6 +14,8 @@ namespace Linux {
 
 namespace {
 
+using Macsecd::Fault;
+
 constexpr int kBacklog = 8;
 
 union Address {
@@ -56,31 +58,46 @@ bool isLoopback(Address const& address) {
   return ntohl(address.v4.sin_addr.s_addr) >> 24 == 127;
 }
 
+// TCP doesn't tell who asks.
+class LoopbackListener final : public Listener {
+ public:
+  LoopbackListener(Descriptor socket, std::string address)
+      : Listener(std::move(socket), std::move(address)) {}
+  std::optional<SocketPeer> peerOf(Descriptor const&) const override {
+    return SocketPeer{kNobodyKnown, {}};
+  }
+
+ private:
+  static constexpr uid_t kNobodyKnown = static_cast<uid_t>(-1);
+};
+
 }  // namespace
 
-std::variant<Descriptor, std::string> listenAtLoopback(std::string const& text) {
+Macsecd::Result<std::unique_ptr<Listener>> listenAtLoopback(std::string const& text) {
   auto const address = addressOf(text);
-  if (!address) return text + ": is no address with a port; write 127.0.0.1:9464 or [::1]:9464";
+  if (!address) {
+    return Fault{text + ": is no address with a port", "write 127.0.0.1:9464 or [::1]:9464"};
+  }
   if (!isLoopback(*address)) {
-    return text + ": others could reach it; name a loopback address, as 127.0.0.1:9464";
+    return Fault{text + ": others could reach it", "name a loopback address, as 127.0.0.1:9464"};
   }
   bool const isV6 = address->any.sa_family == AF_INET6;
-  Descriptor listener(
-      socket(address->any.sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  Descriptor socket(
+      ::socket(address->any.sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   int const on = 1;
-  setsockopt(listener.fd(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  setsockopt(socket.fd(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   socklen_t const size = isV6 ? sizeof address->v6 : sizeof address->v4;
-  if (bind(listener.fd(), &address->any, size) == 0 && listen(listener.fd(), kBacklog) == 0) {
-    return listener;
+  if (bind(socket.fd(), &address->any, size) == 0 && listen(socket.fd(), kBacklog) == 0) {
+    return std::make_unique<LoopbackListener>(std::move(socket), text);
   }
-  return text + ": " + std::strerror(errno) +
-         "; stop the program that listens there, or name another port";
+  return Fault{text + ": " + std::strerror(errno),
+               "stop the program that listens there, or name another port"};
 }
 
-uint16_t portOf(Descriptor const& socket) {
+uint16_t portOf(int socket) {
   Address address{};
   socklen_t size = sizeof address;
-  if (getsockname(socket.fd(), &address.any, &size) != 0) return 0;
+  if (getsockname(socket, &address.any, &size) != 0) return 0;
   return ntohs(address.any.sa_family == AF_INET6 ? address.v6.sin6_port : address.v4.sin_port);
 }
 

@@ -182,7 +182,7 @@ MetricFamily cures(Macsecd::Host const& host) {
   return family;
 }
 
-MetricFamily refusals(char const* name, char const* help, LineServer::Counts const& counts) {
+MetricFamily refusals(char const* name, char const* help, StreamServer::Counts const& counts) {
   MetricFamily family{name, help, MetricType::Counter, {}};
   std::pair<char const*, uint64_t> const reasons[] = {{"user", counts.refusedUsers},
                                                       {"too-many", counts.turnedAway},
@@ -197,8 +197,8 @@ MetricFamily refusals(char const* name, char const* help, LineServer::Counts con
 
 }  // namespace
 
-Metrics::Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control,
-                 LineServer::Counts const& eapKeys)
+Metrics::Metrics(Macsecd::Host& host, LoopDelay const& delay, StreamServer::Counts const& control,
+                 StreamServer::Counts const& eapKeys)
     : host_(host), delay_(delay), control_(control), eapKeys_(eapKeys), history_(host) {}
 
 std::vector<MetricFamily> Metrics::Collect() const {

@@ -6,7 +6,7 @@
 
 #include "host/port/PortHistory.h"
 #include "linux/process/LoopDelay.h"
-#include "linux/serve/LineServer.h"
+#include "linux/serve/StreamServer.h"
 
 namespace Linux {
 
@@ -16,8 +16,8 @@ class Metrics final : public prometheus::Collectable {
  public:
   /// In the world of the host. All have to outlive this; `control` and `eapKeys` count what the
   /// control socket and the feed of 802.1X keys refused.
-  Metrics(Macsecd::Host& host, LoopDelay const& delay, LineServer::Counts const& control,
-          LineServer::Counts const& eapKeys);
+  Metrics(Macsecd::Host& host, LoopDelay const& delay, StreamServer::Counts const& control,
+          StreamServer::Counts const& eapKeys);
 
   std::vector<prometheus::MetricFamily> Collect() const override;
   /// All of it in the text format 0.0.4.
@@ -26,8 +26,8 @@ class Metrics final : public prometheus::Collectable {
  private:
   Macsecd::Host& host_;
   LoopDelay const& delay_;
-  LineServer::Counts const& control_;
-  LineServer::Counts const& eapKeys_;
+  StreamServer::Counts const& control_;
+  StreamServer::Counts const& eapKeys_;
   Macsecd::PortHistory history_;
 };
 

@@ -190,23 +190,23 @@ class Operator(unittest.TestCase):
         self.start()
         self.assertEqual(self.ask("trace", "dump", "--file", self.trace)[0], 1)
         self.assertFalse(os.path.exists(self.trace))
-        status, _, err = self.ask("trace", "on", "LineServr")
-        self.assertEqual((status, err), (1, "there is no trace handle 'LineServr'; "
-                                            "write 'LineServer'\n"))
-        self.assertEqual(self.ask("trace", "on", "--level", "3", "LineServer"), (0, "", ""))
+        status, _, err = self.ask("trace", "on", "StreamServr")
+        self.assertEqual((status, err), (1, "there is no trace handle 'StreamServr'; "
+                                            "write 'StreamServer'\n"))
+        self.assertEqual(self.ask("trace", "on", "--level", "3", "StreamServer"), (0, "", ""))
         self.ask("status")
         self.kill()
         status, out, _ = self.ask("trace", "dump", "--file", self.trace)
         self.assertEqual(status, 0)
         self.assertRegex(out.splitlines()[-1],
-                         "^[-0-9]+ [0-9:.]+  3  LineServer  serve/LineServer.cpp:[0-9]+  void .*")
+                         "^[-0-9]+ [0-9:.]+  3  StreamServer  serve/StreamServer.cpp:[0-9]+  void .*")
         status, out, _ = self.ask("--json", "trace", "dump", "--file", self.trace)
-        self.assertEqual({json.loads(line)["handle"] for line in out.splitlines()}, {"LineServer"})
+        self.assertEqual({json.loads(line)["handle"] for line in out.splitlines()}, {"StreamServer"})
         self.assertEqual(stat.S_IMODE(os.stat(self.trace).st_mode), 0o600)
 
     def test_keeps_what_was_traced_when_tracing_ends(self):
         self.start()
-        self.ask("trace", "on", "LineServer")
+        self.ask("trace", "on", "StreamServer")
         self.assertEqual(self.ask("trace", "off"), (0, "", ""))
         before = self.ask("trace", "dump", "--file", self.trace)
         self.ask("status")

@@ -1,5 +1,6 @@
 #include "linux/process/EventLoop.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -36,13 +37,17 @@ struct Pipe {
   Descriptor in;
 };
 
+void watch(EventLoop& loop, int fd, EventLoop::Handler ready) {
+  EXPECT_TRUE(loop.watch(fd, std::move(ready)));
+}
+
 TEST(EventLoop, RunsTheHandlerOfADescriptorForAsLongAsThereIsSomethingToRead) {
   EventLoop loop;
   Pipe pipe;
   pipe.put();
   pipe.put();
   int runs = 0;
-  loop.watch(pipe.out.fd(), [&] {
+  watch(loop, pipe.out.fd(), [&] {
     pipe.take();
     if (++runs == 2) loop.exit(7);
   });
@@ -57,7 +62,7 @@ TEST(EventLoop, RunsTheTimerWhileThereIsAlwaysSomethingToRead) {
   pipe.put();
   int reads = 0;
   double const due = now() + 0.02;
-  loop.watch(pipe.out.fd(), [&] {
+  watch(loop, pipe.out.fd(), [&] {
     if (++reads == 1000000) loop.exit(1);
   });
   loop.timerIs([&] { loop.exit(2); });
@@ -70,13 +75,13 @@ TEST(EventLoop, LetsAHandlerForgetItsOwnDescriptorAndCloseIt) {
   Pipe first, second;
   std::vector<int> runs;
   first.put();
-  loop.watch(first.out.fd(), [&, held = std::vector<int>(100, 1)] {
+  watch(loop, first.out.fd(), [&, held = std::vector<int>(100, 1)] {
     loop.forget(first.out.fd());
     first = Pipe();
     runs.push_back(held.back());
     second.put();
   });
-  loop.watch(second.out.fd(), [&] {
+  watch(loop, second.out.fd(), [&] {
     runs.push_back(2);
     loop.exit(0);
   });
@@ -87,8 +92,8 @@ TEST(EventLoop, LetsAHandlerForgetItsOwnDescriptorAndCloseIt) {
 TEST(EventLoop, GivesADescriptorToTheHandlerThatWasGivenLast) {
   EventLoop loop;
   Pipe pipe;
-  loop.watch(pipe.out.fd(), [&] { loop.exit(1); });
-  loop.watch(pipe.out.fd(), [&] { loop.exit(2); });
+  watch(loop, pipe.out.fd(), [&] { loop.exit(1); });
+  watch(loop, pipe.out.fd(), [&] { loop.exit(2); });
   pipe.put();
   EXPECT_EQ(loop.run(), 2);
 }
@@ -96,7 +101,7 @@ TEST(EventLoop, GivesADescriptorToTheHandlerThatWasGivenLast) {
 TEST(EventLoop, DoesNothingForADescriptorThatWasForgotten) {
   EventLoop loop;
   Pipe pipe;
-  loop.watch(pipe.out.fd(), [&] { loop.exit(1); });
+  watch(loop, pipe.out.fd(), [&] { loop.exit(1); });
   loop.forget(pipe.out.fd());
   loop.forget(pipe.out.fd());
   pipe.put();
@@ -136,7 +141,7 @@ TEST(EventLoop, DisarmsTheTimerForATimeThatNeverComes) {
   loop.timeIs(std::numeric_limits<double>::infinity());
   pipe.put();
   int turns = 0;
-  loop.watch(pipe.out.fd(), [&] {
+  watch(loop, pipe.out.fd(), [&] {
     if (++turns == 5) loop.exit(2);
   });
   EXPECT_EQ(loop.run(), 2);
@@ -175,6 +180,26 @@ TEST(EventLoopDeathTest, EndsTheProcessForAnExceptionThatLeavesAHandler) {
         loop.run();
       },
       "left a handler");
+}
+
+TEST(EventLoop, WaitsForRoomWhereRoomIsAwaited) {
+  EventLoop loop;
+  Pipe pipe;
+  int runs = 0;
+  watch(loop, pipe.in.fd(), [&] { ++runs; });
+  EXPECT_FALSE(loop.runNext());
+  loop.awaitedIs(pipe.in.fd(), EventLoop::Awaited::room);
+  EXPECT_TRUE(loop.runNext());
+  loop.awaitedIs(pipe.in.fd(), EventLoop::Awaited::octets);
+  EXPECT_FALSE(loop.runNext());
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(EventLoop, SaysWhyADescriptorCannotBeWatched) {
+  EventLoop loop;
+  Descriptor const file(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  EXPECT_EQ(loop.watch(file.fd(), [] {}).fault().what, "watching: Operation not permitted");
+  loop.forget(file.fd());
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "linux/client/ControlClient.h"
 #include "linux/client/ControlFollow.h"
 #include "tests/host/HostFixture.h"
+#include "tests/linux/Settle.h"
 
 namespace Linux {
 namespace {
@@ -53,9 +54,9 @@ class ControlSocketTest : public ::testing::Test {
     close(pipes[1]);
     Descriptor const from(pipes[0]);
     std::string told;
-    pollfd waited[] = {{socket.fd(), POLLIN, 0}, {from.fd(), POLLIN, 0}};
+    pollfd waited[] = {{loop.fd(), POLLIN, 0}, {from.fd(), POLLIN, 0}};
     while (poll(waited, 2, 10000) > 0) {
-      socket.run();
+      settle(loop);
       if (!(waited[1].revents & (POLLIN | POLLHUP))) continue;
       char part[4096];
       ssize_t const got = read(from.fd(), part, sizeof part);
@@ -68,7 +69,8 @@ class ControlSocketTest : public ::testing::Test {
 
   Macsecd::Switch a{1};
   int reloads = 0;
-  ControlSocket socket{a.host, [this] {
+  EventLoop loop;
+  ControlSocket socket{loop, a.host, [this] {
                          ++reloads;
                          return std::vector<Macsecd::Mistake>();
                        }};
@@ -76,7 +78,7 @@ class ControlSocketTest : public ::testing::Test {
 };
 
 TEST_F(ControlSocketTest, AnswersAnotherProcess) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   a.bringUp();
   auto const answer = nlohmann::json::parse(asked(R"({"version":2,"command":"status"})"));
   EXPECT_EQ(answer["result"][0]["interface"], "Ethernet1");
@@ -85,12 +87,12 @@ TEST_F(ControlSocketTest, AnswersAnotherProcess) {
 }
 
 TEST_F(ControlSocketTest, AnswersWithMoreThanASocketHolds) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   a.host.configIs(manyPorts(4000));
   std::string const text = asked(R"({"version":2,"command":"status"})");
   EXPECT_GT(text.size(), 500'000u);
   EXPECT_EQ(nlohmann::json::parse(text)["result"].size(), 4000u);
-  EXPECT_EQ(socket.counts(), LineServer::Counts());
+  EXPECT_EQ(socket.counts(), StreamServer::Counts());
 }
 
 TEST_F(ControlSocketTest, SaysWhatIsWrongWhenNobodyListens) {
@@ -101,7 +103,7 @@ TEST_F(ControlSocketTest, SaysWhatIsWrongWhenNobodyListens) {
 }
 
 TEST_F(ControlSocketTest, IsForItsUserAloneWhereThereIsNoGroup) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   struct stat status;
   ASSERT_EQ(stat(path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600u);
@@ -127,45 +129,45 @@ std::string readAll(Descriptor const& fd) {
 }
 
 TEST_F(ControlSocketTest, TellsEventsToAConnectionThatStaysOpen) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   a.bringUp();
   Descriptor const watching = connectedTo(path);
   std::string const request = "{\"version\":2,\"command\":\"watch\"}\n";
   ASSERT_GT(write(watching.fd(), request.data(), request.size()), 0);
-  for (int i = 0; i < 2; ++i) socket.run();
+  settle(loop);
   EXPECT_EQ(readAll(watching), "{\"version\":2,\"ok\":true,\"result\":null}\n");
   a.host.hardwareFaultIs(Macsecd::kIntf, "no room");
   EXPECT_THAT(readAll(watching), HasSubstr("\"fault\":\"no room\""));
   shutdown(watching.fd(), SHUT_RDWR);
-  socket.run();
+  settle(loop);
   EXPECT_FALSE(Vesk::attributeLogEnabled);
 }
 
 /// Connections that are open and say nothing.
-std::vector<Descriptor> silentOnes(size_t count, std::string const& path, ControlSocket& socket) {
+std::vector<Descriptor> silentOnes(size_t count, std::string const& path, EventLoop& loop) {
   std::vector<Descriptor> all;
   for (size_t i = 0; i < count; ++i) {
     all.push_back(connectedTo(path));
-    socket.run();
+    settle(loop);
   }
   return all;
 }
 
 TEST_F(ControlSocketTest, AnswersThoughSilentConnectionsHoldEveryPlace) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
-  auto const silent = silentOnes(32, path, socket);
+  ASSERT_TRUE(socket.listenAt(path));
+  auto const silent = silentOnes(32, path, loop);
   EXPECT_TRUE(nlohmann::json::parse(asked(R"({"version":2,"command":"status"})"))["ok"]);
-  EXPECT_EQ(socket.counts(), LineServer::Counts{.madeRoom = 1});
+  EXPECT_EQ(socket.counts(), StreamServer::Counts{.madeRoom = 1});
   EXPECT_THAT(readAll(silent[0]), HasSubstr("another connection needed the place"));
 }
 
 TEST_F(ControlSocketTest, WhoWatchesKeepsItsPlaceBeforeWhoIsSilent) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   Descriptor const watching = connectedTo(path);
   std::string const request = "{\"version\":2,\"command\":\"watch\"}\n";
   ASSERT_GT(write(watching.fd(), request.data(), request.size()), 0);
-  for (int i = 0; i < 2; ++i) socket.run();
-  auto const silent = silentOnes(40, path, socket);
+  settle(loop);
+  auto const silent = silentOnes(40, path, loop);
   EXPECT_EQ(socket.counts().madeRoom, 9u);
   EXPECT_EQ(readAll(watching), "{\"version\":2,\"ok\":true,\"result\":null}\n");
   EXPECT_THAT(readAll(silent[0]), HasSubstr("another connection needed the place"));
@@ -188,41 +190,42 @@ class OtherUser {
 TEST(ControlSocketPlaces, OneUserWhoWatchesWithEveryPlaceShutsNobodyOut) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can connect as several users";
   Macsecd::Switch a{1};
-  ControlSocket socket(a.host, nullptr, {.group = OtherUser::kGroup});
+  EventLoop loop;
+  ControlSocket socket(loop, a.host, nullptr, {.group = OtherUser::kGroup});
   std::string const path = "/tmp/control-places-" + std::to_string(getpid());
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   auto const watchAs = [&](uid_t user) {
     std::optional<OtherUser> other(user);
     Descriptor fd = connectedTo(path);
     other.reset();
     std::string const request = "{\"version\":2,\"command\":\"watch\"}\n";
     EXPECT_GT(write(fd.fd(), request.data(), request.size()), 0);
-    for (int i = 0; i < 2; ++i) socket.run();
+    settle(loop);
     return fd;
   };
   std::vector<Descriptor> greedy;
   for (int i = 0; i < 33; ++i) greedy.push_back(watchAs(60001));
-  EXPECT_EQ(socket.counts(), LineServer::Counts{.turnedAway = 1});
+  EXPECT_EQ(socket.counts(), StreamServer::Counts{.turnedAway = 1});
   EXPECT_THAT(readAll(greedy.back()), HasSubstr("too many connections"));
   Descriptor const modest = watchAs(60002);
   Descriptor const root = watchAs(0);
   EXPECT_THAT(readAll(modest), HasSubstr("\"ok\":true"));
   EXPECT_THAT(readAll(root), HasSubstr("\"ok\":true"));
-  EXPECT_EQ(socket.counts(), (LineServer::Counts{.turnedAway = 1, .madeRoom = 2}));
+  EXPECT_EQ(socket.counts(), (StreamServer::Counts{.turnedAway = 1, .madeRoom = 2}));
 }
 
 TEST_F(ControlSocketTest, EndsAConnectionThatDoesNotReadWhatItIsTold) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   a.bringUp();
   Descriptor const capturing = connectedTo(path);
   std::string const request =
       "{\"version\":2,\"command\":\"capture\",\"interface\":\"Ethernet1\"}\n";
   ASSERT_GT(write(capturing.fd(), request.data(), request.size()), 0);
-  for (int i = 0; i < 2; ++i) socket.run();
+  settle(loop);
   std::vector<uint8_t> const frame(1000, 0x5a);
   for (int i = 0; i < 2000; ++i) a.host.receive(Macsecd::kIntf, frame);
   EXPECT_EQ(socket.counts().slowReaders, 1u);
-  socket.run();
+  settle(loop);
   std::string const told = readAll(capturing);
   EXPECT_GT(told.size(), 100'000u);
   EXPECT_LT(told.size(), 2'000'000u);
@@ -238,9 +241,9 @@ class ControlFollowTest : public ControlSocketTest {
     pid_t const other = fork();
     if (other == 0) _exit(follow());
     int status = 0;
-    pollfd waited{socket.fd(), POLLIN, 0};
+    pollfd waited{loop.fd(), POLLIN, 0};
     while (waitpid(other, &status, WNOHANG) == 0) {
-      if (poll(&waited, 1, 10) > 0) socket.run();
+      if (poll(&waited, 1, 10) > 0) settle(loop);
       happens();
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -252,7 +255,7 @@ class ControlFollowTest : public ControlSocketTest {
 };
 
 TEST_F(ControlFollowTest, ShowsEventsWithTheTimeOfDay) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   a.bringUp();
   int faults = 0;
   int const status = statusOf(
@@ -271,7 +274,7 @@ TEST_F(ControlFollowTest, ShowsEventsWithTheTimeOfDay) {
 }
 
 TEST_F(ControlFollowTest, WritesFramesThatCanBeReadBack) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   a.bringUp();
   std::vector<uint8_t> frame(60, 0x11);
   int const status = statusOf(
@@ -293,7 +296,7 @@ TEST_F(ControlFollowTest, WritesFramesThatCanBeReadBack) {
 }
 
 TEST_F(ControlFollowTest, SaysWhatIsWrong) {
-  ASSERT_EQ(socket.listenAt(path), std::nullopt);
+  ASSERT_TRUE(socket.listenAt(path));
   std::ostringstream err;
   EXPECT_EQ(captureFrames(follow(1), "/no/such/folder/file", err, err), 1);
   EXPECT_THAT(err.str(), HasSubstr("/no/such/folder/file: can't be written"));

@@ -12,7 +12,9 @@
 #include <fstream>
 
 #include "host/Host.h"
+#include "linux/serve/LineBuffer.h"
 #include "platform/WardcodeLib.h"
+#include "tests/linux/Settle.h"
 #include "tests/support/TestWorld.h"
 
 namespace Linux {
@@ -83,23 +85,19 @@ class EapKeyFeeds : public ::testing::Test {
   }
   ~EapKeyFeeds() override { std::filesystem::remove_all(folder_); }
 
-  static bool isReadable(EapKeyFeed const& feed) {
-    pollfd waited{feed.fd(), POLLIN, 0};
+  bool isReadable() const {
+    pollfd waited{loop_.fd(), POLLIN, 0};
     return poll(&waited, 1, 0) == 1;
   }
-  /// Does what an event loop does, until nothing is left to do.
-  static void settle(EapKeyFeed& feed) {
-    for (int i = 0; i < 100 && isReadable(feed); ++i) feed.run();
-    EXPECT_FALSE(isReadable(feed));
-  }
-  std::string asked(EapKeyFeed& feed, Client& client, std::string const& text) {
+  std::string asked(Client& client, std::string const& text) {
     EXPECT_EQ(client.send(text), text.size());
-    settle(feed);
+    settle(loop_);
     return client.answers();
   }
 
   Support::TestWorld world_;
   Vesk::WorldScope scope_{world_};
+  EventLoop loop_;
   std::string const folder_;
   std::string const path_ = folder_ + "/eap-keys";
   Vesk::Ptr<Dot1x::EapKeyStatus> keys_ = Dot1x::EapKeyStatus::EapKeyStatusIs("keys");
@@ -108,38 +106,38 @@ class EapKeyFeeds : public ::testing::Test {
 /// A feed that listens.
 class EapKeyFeedTest : public EapKeyFeeds {
  protected:
-  EapKeyFeedTest() { EXPECT_EQ(feed_.listenAt(path_), std::nullopt); }
-  EapKeyFeed feed_{keys_};
+  EapKeyFeedTest() { EXPECT_TRUE(feed_.listenAt(path_)); }
+  EapKeyFeed feed_{loop_, keys_};
 };
 
 TEST_F(EapKeyFeedTest, APublishedKeyIsThereUnderItsInterfaceUntilItIsWithdrawn) {
   Client client(path_);
-  EXPECT_EQ(asked(feed_, client, keyLine("Ethernet7", 1)), kOk);
+  EXPECT_EQ(asked(client, keyLine("Ethernet7", 1)), kOk);
   auto const* const key = keys_->key(Lumo::IntfId("Ethernet7"));
   ASSERT_NE(key, nullptr);
   EXPECT_EQ(key->type(), 1);
   EXPECT_EQ(WardcodeLib::doDecodeKey(key->masterSessionKey()), octets(0x40, 0x7f).c_str());
-  EXPECT_EQ(asked(feed_, client, "{\"interface\":\"Ethernet7\",\"withdrawn\":true}\n"), kOk);
+  EXPECT_EQ(asked(client, "{\"interface\":\"Ethernet7\",\"withdrawn\":true}\n"), kOk);
   EXPECT_EQ(keys_->key(Lumo::IntfId("Ethernet7")), nullptr);
   EXPECT_EQ(feed_.counts(), (EapKeyFeed::Counts{.published = 1, .withdrawn = 1}));
 }
 
 TEST_F(EapKeyFeedTest, ThereIsNothingToDoUntilSomebodySaysSomething) {
-  EXPECT_FALSE(isReadable(feed_));
-  feed_.run();
+  EXPECT_FALSE(isReadable());
+  settle(loop_);
   Client client(path_);
-  EXPECT_TRUE(isReadable(feed_));
-  settle(feed_);
+  EXPECT_TRUE(isReadable());
+  settle(loop_);
   EXPECT_EQ(feed_.clients(), 1u);
   client.send("{");
-  EXPECT_TRUE(isReadable(feed_));
+  EXPECT_TRUE(isReadable());
 }
 
 TEST_F(EapKeyFeedTest, TheEndOfAConnectionWithdrawsNothing) {
   Client client(path_);
-  asked(feed_, client, keyLine());
+  asked(client, keyLine());
   client.leave();
-  settle(feed_);
+  settle(loop_);
   EXPECT_EQ(feed_.clients(), 0u);
   EXPECT_NE(keys_->key(kIntf), nullptr);
 }
@@ -148,7 +146,7 @@ TEST_F(EapKeyFeedTest, LinesOfAClientThatDoesNotWaitForAnswersAreAllTaken) {
   Client client(path_);
   client.send(keyLine("Ethernet1") + keyLine("Ethernet2") + keyLine("Ethernet3"));
   client.leave();
-  settle(feed_);
+  settle(loop_);
   for (char const* const name : {"Ethernet1", "Ethernet2", "Ethernet3"}) {
     EXPECT_NE(keys_->key(Lumo::IntfId(name)), nullptr);
   }
@@ -163,7 +161,7 @@ TEST_F(EapKeyFeedTest, ALineInPiecesOfAnySizeIsOneLine) {
     std::string answers;
     for (size_t at = 0; at < line.size(); at += size) {
       EXPECT_EQ(answers, "");
-      answers += asked(feed_, client, line.substr(at, size));
+      answers += asked(client, line.substr(at, size));
     }
     EXPECT_EQ(answers, kOk);
     EXPECT_NE(keys_->key(kIntf), nullptr);
@@ -174,17 +172,17 @@ TEST_F(EapKeyFeedTest, TwoLinesAtOnceAndABitOfAThirdAreAnsweredInOrder) {
   Client client(path_);
   std::string const third = keyLine("Ethernet3");
   std::string const answers =
-      asked(feed_, client, keyLine("Ethernet1") + "nonsense\n" + third.substr(0, 50));
+      asked(client, keyLine("Ethernet1") + "nonsense\n" + third.substr(0, 50));
   EXPECT_THAT(answers, StartsWith(std::string(kOk) + "{\"error\":"));
-  EXPECT_EQ(asked(feed_, client, third.substr(50)), kOk);
+  EXPECT_EQ(asked(client, third.substr(50)), kOk);
   EXPECT_EQ(feed_.counts(), (EapKeyFeed::Counts{.published = 2, .refusedLines = 1}));
 }
 
 TEST_F(EapKeyFeedTest, ABadLineIsAnsweredWithWhatToDoAndChangesNothing) {
   Client client(path_);
-  asked(feed_, client, keyLine());
+  asked(client, keyLine());
   Dot1x::EapKey const before = *keys_->key(kIntf);
-  EXPECT_EQ(asked(feed_, client, keyLine("Ethernet1", 2)),
+  EXPECT_EQ(asked(client, keyLine("Ethernet1", 2)),
             "{\"error\":\"'type' 2 stands for a key that is configured\","
             "\"remedy\":\"give 0 (may be key server) or 1 (may not)\"}\n");
   EXPECT_EQ(*keys_->key(kIntf), before);
@@ -195,8 +193,8 @@ TEST_F(EapKeyFeedTest, ALineOfTheLimitIsTakenAndALongerOneEndsTheConnection) {
   Client client(path_);
   std::string line = keyLine();
   line.insert(line.size() - 1, LineBuffer::kMaxLine + 1 - line.size(), ' ');
-  EXPECT_EQ(asked(feed_, client, line), kOk);
-  EXPECT_THAT(asked(feed_, client, " " + line), HasSubstr("a line of more than 4096 octets"));
+  EXPECT_EQ(asked(client, line), kOk);
+  EXPECT_THAT(asked(client, " " + line), HasSubstr("a line of more than 4096 octets"));
   EXPECT_TRUE(client.ended);
   EXPECT_EQ(feed_.clients(), 0u);
 }
@@ -206,7 +204,7 @@ TEST_F(EapKeyFeedTest, AConnectionThatEndsWithinALineIsToldSo) {
   std::string const line = keyLine();
   client.send(line.substr(0, line.size() - 1));
   client.finish();
-  settle(feed_);
+  settle(loop_);
   EXPECT_THAT(client.answers(), HasSubstr("the connection ended within a line"));
   EXPECT_TRUE(client.ended);
   EXPECT_EQ(keys_->key(kIntf), nullptr);
@@ -215,10 +213,10 @@ TEST_F(EapKeyFeedTest, AConnectionThatEndsWithinALineIsToldSo) {
 TEST_F(EapKeyFeedTest, SilentClientsHoldNobodyUpAndTheOneSilentForLongestMakesRoom) {
   std::vector<std::unique_ptr<Client>> silent;
   for (int i = 0; i < 16; ++i) silent.push_back(std::make_unique<Client>(path_));
-  settle(feed_);
-  EXPECT_EQ(asked(feed_, *silent[0], keyLine()), kOk);
+  settle(loop_);
+  EXPECT_EQ(asked(*silent[0], keyLine()), kOk);
   Client late(path_);
-  EXPECT_EQ(asked(feed_, late, keyLine()), kOk);
+  EXPECT_EQ(asked(late, keyLine()), kOk);
   EXPECT_THAT(silent[1]->answers(), HasSubstr("another connection needed the place"));
   EXPECT_TRUE(silent[1]->ended);
   EXPECT_EQ(silent[0]->answers(), "");
@@ -229,10 +227,10 @@ TEST_F(EapKeyFeedTest, SilentClientsHoldNobodyUpAndTheOneSilentForLongestMakesRo
 TEST_F(EapKeyFeedTest, ALineThatHasComeIsTakenThoughItsConnectionIsTheOldest) {
   std::vector<std::unique_ptr<Client>> clients;
   for (int i = 0; i < 16; ++i) clients.push_back(std::make_unique<Client>(path_));
-  settle(feed_);
+  settle(loop_);
   Client late(path_);
   clients[0]->send(keyLine());
-  settle(feed_);
+  settle(loop_);
   EXPECT_EQ(clients[0]->answers(), kOk);
   EXPECT_NE(keys_->key(kIntf), nullptr);
   EXPECT_EQ(feed_.counts().madeRoom, 1u);
@@ -240,10 +238,10 @@ TEST_F(EapKeyFeedTest, ALineThatHasComeIsTakenThoughItsConnectionIsTheOldest) {
 
 TEST_F(EapKeyFeedTest, WhoDoesNotReadTheAnswersIsDropped) {
   Client client(path_);
-  settle(feed_);
+  settle(loop_);
   for (int i = 0; i < 10000 && feed_.clients() == 1; ++i) {
     client.send(std::string(1000, '\n'));
-    feed_.run();
+    loop_.runNext();
   }
   EXPECT_EQ(feed_.clients(), 0u);
   EXPECT_EQ(feed_.counts().slowReaders, 1u);
@@ -254,27 +252,27 @@ TEST_F(EapKeyFeedTest, OnlyItsOwnUserCanReachTheFileAndItGoesWithTheFeed) {
   ASSERT_EQ(stat(path_.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0600));
   {
-    EapKeyFeed other(keys_);
-    EXPECT_EQ(other.listenAt(folder_ + "/other"), std::nullopt);
+    EapKeyFeed other(loop_, keys_);
+    EXPECT_TRUE(other.listenAt(folder_ + "/other"));
   }
   EXPECT_FALSE(std::filesystem::exists(folder_ + "/other"));
 }
 
 TEST_F(EapKeyFeeds, AUserWhoIsNotNamedIsToldAndGoesWithoutBeingHeard) {
-  Vesk::TraceHandle::streamLevelsIs("LineServer", Vesk::kAllTraceLevels);
-  EapKeyFeed feed(keys_, {.users = {geteuid() + 1}});
-  ASSERT_EQ(feed.listenAt(path_), std::nullopt);
+  Vesk::TraceHandle::streamLevelsIs("StreamServer", Vesk::kAllTraceLevels);
+  EapKeyFeed feed(loop_, keys_, {.users = {geteuid() + 1}});
+  ASSERT_TRUE(feed.listenAt(path_));
   struct stat status;
   ASSERT_EQ(stat(path_.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0666u);
   Client client(path_);
   std::string const who = "user " + std::to_string(geteuid());
-  EXPECT_THAT(asked(feed, client, keyLine()), HasSubstr(who + " may not publish keys"));
+  EXPECT_THAT(asked(client, keyLine()), HasSubstr(who + " may not publish keys"));
   EXPECT_TRUE(client.ended);
   EXPECT_TRUE(keys_->key().empty());
   EXPECT_EQ(feed.counts(), (EapKeyFeed::Counts{.refusedUsers = 1}));
   EXPECT_EQ(world_.traced("Refusing the connection of " + who), 1u);
-  Vesk::TraceHandle::streamLevelsIs("LineServer", 0);
+  Vesk::TraceHandle::streamLevelsIs("StreamServer", 0);
 }
 
 TEST_F(EapKeyFeeds, ASocketThatNobodyListensOnIsReplaced) {
@@ -285,30 +283,32 @@ TEST_F(EapKeyFeeds, ASocketThatNobodyListensOnIsReplaced) {
     path_.copy(address.sun_path, sizeof address.sun_path - 1);
     ASSERT_EQ(bind(left.fd(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   }
-  EapKeyFeed feed(keys_);
-  ASSERT_EQ(feed.listenAt(path_), std::nullopt);
+  EapKeyFeed feed(loop_, keys_);
+  ASSERT_TRUE(feed.listenAt(path_));
   Client client(path_);
-  EXPECT_EQ(asked(feed, client, keyLine()), kOk);
+  EXPECT_EQ(asked(client, keyLine()), kOk);
 }
 
 TEST_F(EapKeyFeeds, ASocketThatSomebodyListensOnIsLeftToHim) {
-  EapKeyFeed first(keys_);
-  ASSERT_EQ(first.listenAt(path_), std::nullopt);
-  EapKeyFeed second(keys_);
-  EXPECT_EQ(second.listenAt(path_),
+  EapKeyFeed first(loop_, keys_);
+  ASSERT_TRUE(first.listenAt(path_));
+  EapKeyFeed second(loop_, keys_);
+  EXPECT_EQ(second.listenAt(path_).fault().text(),
             path_ + ": another process listens there; stop it, or name another path");
   Client client(path_);
-  EXPECT_EQ(asked(first, client, keyLine()), kOk);
+  EXPECT_EQ(asked(client, keyLine()), kOk);
 }
 
 TEST_F(EapKeyFeeds, AFileOfAnotherKindIsLeftAsItIs) {
   std::ofstream(path_) << "mine";
-  EapKeyFeed feed(keys_);
-  EXPECT_EQ(feed.listenAt(path_), path_ + ": isn't a socket; name another path, or remove it");
+  EapKeyFeed feed(loop_, keys_);
+  EXPECT_EQ(feed.listenAt(path_).fault().text(),
+            path_ + ": isn't a socket; name another path, or remove it");
   EXPECT_EQ(std::filesystem::file_size(path_), 4u);
-  EXPECT_THAT(feed.listenAt(folder_ + "/none/eap-keys").value(), HasSubstr("can't be made"));
-  EXPECT_THAT(feed.listenAt(std::string(108, 'p')).value(), HasSubstr("is no path for a socket"));
-  feed.run();
+  EXPECT_THAT(feed.listenAt(folder_ + "/none/eap-keys").fault().what, HasSubstr("can't be made"));
+  EXPECT_THAT(feed.listenAt(std::string(108, 'p')).fault().what,
+              HasSubstr("is no path for a socket"));
+  settle(loop_);
 }
 
 /// A switch whose profile takes its keys from 802.1X.
@@ -334,15 +334,15 @@ class Switch final : public Codec::FrameSink {
 
 TEST_F(EapKeyFeeds, APublishedKeyLeadsAPortToItsKeyAndAWithdrawalLeavesItThere) {
   Switch s;
-  EapKeyFeed feed(s.host.eapKeyStatus());
-  ASSERT_EQ(feed.listenAt(path_), std::nullopt);
+  EapKeyFeed feed(loop_, s.host.eapKeyStatus());
+  ASSERT_TRUE(feed.listenAt(path_));
   Client client(path_);
   EXPECT_EQ(s.key(), Macsec::Cak());
-  EXPECT_EQ(asked(feed, client, keyLine()), kOk);
+  EXPECT_EQ(asked(client, keyLine()), kOk);
   EXPECT_EQ(s.key().ckn(), "f2f3494f070909bce38f4c3616ca1724");
   EXPECT_EQ(WardcodeLib::doDecodeKey(s.key().cak()), "d595492b9b0faadcc045f48ff84d1ded");
   EXPECT_TRUE(s.host.status()->portStatus(kIntf)->actorStatus(s.key().ckn()));
-  EXPECT_EQ(asked(feed, client, "{\"interface\":\"Ethernet1\",\"withdrawn\":true}\n"), kOk);
+  EXPECT_EQ(asked(client, "{\"interface\":\"Ethernet1\",\"withdrawn\":true}\n"), kOk);
   EXPECT_NE(s.key(), Macsec::Cak());
   s.host.linkIs(kIntf, false);
   EXPECT_EQ(s.key(), Macsec::Cak());

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "linux/serve/EapKeyFeed.h"
+#include "platform/SecretOctets.h"
 #include "platform/WardcodeLib.h"
 #include "tests/support/MemorySearch.h"
 #include "tests/support/TestWorld.h"
@@ -63,12 +64,13 @@ TEST(EapKeyMemory, NoDigitsOfAKeyStayInTheProcessThatTookIt) {
   Vesk::WorldScope scope(world);
   std::string const path = ::testing::TempDir() + "/eap-memory-" + std::to_string(getpid());
   auto const keys = Dot1x::EapKeyStatus::EapKeyStatusIs("keys");
-  EapKeyFeed feed(keys);
-  ASSERT_EQ(feed.listenAt(path), std::nullopt);
+  EventLoop loop;
+  EapKeyFeed feed(loop, keys);
+  ASSERT_TRUE(feed.listenAt(path));
   pid_t const other = fork();
   if (other == 0) publish(path);
-  pollfd waited{feed.fd(), POLLIN, 0};
-  while (feed.counts().refusedLines < 2 && poll(&waited, 1, 10000) == 1) feed.run();
+  pollfd waited{loop.fd(), POLLIN, 0};
+  while (feed.counts().refusedLines < 2 && poll(&waited, 1, 10000) == 1) loop.runNext();
   int status = -1;
   ASSERT_EQ(waitpid(other, &status, 0), other);
   EXPECT_EQ(status, 0);

@@ -9,6 +9,8 @@
 
 #include <vector>
 
+#include "tests/linux/Settle.h"
+
 namespace Linux {
 namespace {
 
@@ -19,7 +21,7 @@ using ::testing::StartsWith;
 class MetricsServerTest : public ::testing::Test {
  protected:
   void listen(std::string const& address = "127.0.0.1:0") {
-    ASSERT_EQ(server.listenAt(address), std::nullopt);
+    ASSERT_TRUE(server.listenAt(address));
     ASSERT_NE(server.port(), 0);
   }
   Descriptor connected() const {
@@ -38,9 +40,9 @@ class MetricsServerTest : public ::testing::Test {
   /// All that comes until the server ends the connection.
   std::string answer(Descriptor const& fd) {
     std::string text;
-    pollfd waited[] = {{server.fd(), POLLIN, 0}, {fd.fd(), POLLIN, 0}};
+    pollfd waited[] = {{loop.fd(), POLLIN, 0}, {fd.fd(), POLLIN, 0}};
     while (poll(waited, 2, 10000) > 0) {
-      server.run();
+      settle(loop);
       if (waited[1].revents == 0) continue;
       char part[65536];
       ssize_t const got = recv(fd.fd(), part, sizeof part, 0);
@@ -58,10 +60,11 @@ class MetricsServerTest : public ::testing::Test {
 
   std::string text = "macsecd_port_secured{interface=\"e1\"} 1\n";
   int made = 0;
-  MetricsServer server{[this] {
-    ++made;
-    return text;
-  }};
+  EventLoop loop;
+  MetricsServer server{loop, [this] {
+                         ++made;
+                         return text;
+                       }};
 };
 
 TEST_F(MetricsServerTest, GivesTheMetricsToWhoeverAsks) {
@@ -88,7 +91,7 @@ TEST_F(MetricsServerTest, WaitsForARequestInPieces) {
   Descriptor const fd = connected();
   for (char const c : std::string("GET /metrics HTTP/1.0\r\n\r")) {
     put(fd, std::string(1, c));
-    server.run();
+    settle(loop);
   }
   EXPECT_EQ(made, 0);
   put(fd, "\n");
@@ -111,20 +114,56 @@ TEST_F(MetricsServerTest, IsNotHeldUpBySilentConnections) {
   std::vector<Descriptor> silent;
   for (int i = 0; i < 40; ++i) {
     silent.push_back(connected());
-    server.run();
+    settle(loop);
   }
   EXPECT_THAT(asked("GET /metrics HTTP/1.0\r\n\r\n"), EndsWith(text));
   char octet;
   EXPECT_EQ(recv(silent[0].fd(), &octet, 1, MSG_DONTWAIT), 0);
 }
 
+TEST_F(MetricsServerTest, AnswersThoughNobodyReadsTheAnswersOfAllItsConnections) {
+  listen();
+  text.assign(20'000'000, 'x');
+  std::vector<Descriptor> deaf;
+  for (int i = 0; i < 8; ++i) {
+    deaf.push_back(connected());
+    put(deaf.back(), "GET /metrics HTTP/1.0\r\n\r\n");
+    settle(loop);
+  }
+  text = "small\n";
+  EXPECT_THAT(asked("GET /metrics HTTP/1.0\r\n\r\n"), EndsWith("\r\n\r\nsmall\n"));
+}
+
+TEST_F(MetricsServerTest, EndsWithoutAnAnswerWhenARequestIsNeverFinished) {
+  listen();
+  Descriptor const fd = connected();
+  put(fd, "GET /metrics HTTP/1.0\r\n");
+  shutdown(fd.fd(), SHUT_WR);
+  EXPECT_EQ(answer(fd), "");
+}
+
+// A connection that can't be taken would keep the loop busy for as long as it waits.
+TEST_F(MetricsServerTest, TurnsAwayWhoConnectsWhileTheProcessHasNoDescriptorLeft) {
+  listen();
+  Descriptor const late = connected();
+  std::vector<Descriptor> all;
+  do {
+    all.emplace_back(dup(STDERR_FILENO));
+  } while (all.back().isOpen());
+  settle(loop);
+  char octet;
+  EXPECT_EQ(recv(late.fd(), &octet, 1, MSG_DONTWAIT), 0);
+  all.clear();
+  EXPECT_THAT(asked("GET /metrics HTTP/1.0\r\n\r\n"), EndsWith(text));
+}
+
 TEST_F(MetricsServerTest, ListensAtTheLoopbackOfEitherProtocol) {
   listen("127.3.2.1:0");
-  MetricsServer other([] { return std::string(); });
-  auto const error = other.listenAt("[::1]:0");
+  MetricsServer other(loop, [] { return std::string(); });
+  auto const listens = other.listenAt("[::1]:0");
   // A machine without IPv6 says so.
-  if (error) {
-    EXPECT_THAT(*error, HasSubstr("[::1]:0: "));
+  if (!listens) {
+    EXPECT_THAT(listens.fault().text(), HasSubstr("[::1]:0: "));
   } else {
     EXPECT_NE(other.port(), 0);
   }
@@ -133,24 +172,26 @@ TEST_F(MetricsServerTest, ListensAtTheLoopbackOfEitherProtocol) {
 TEST_F(MetricsServerTest, RefusesAddressesThatOthersCouldReach) {
   for (char const* const address :
        {"0.0.0.0:9464", "192.0.2.1:9464", "[::]:9464", "[2001:db8::1]:9464"}) {
-    auto const error = server.listenAt(address);
-    ASSERT_TRUE(error) << address;
-    EXPECT_THAT(*error, HasSubstr("others could reach it; name a loopback address"));
+    auto const listens = server.listenAt(address);
+    ASSERT_FALSE(listens) << address;
+    EXPECT_THAT(listens.fault().text(),
+                HasSubstr("others could reach it; name a loopback address"));
   }
   for (char const* const address :
        {"", "9464", "127.0.0.1", "127.0.0.1:", "127.0.0.1:65536", "localhost:9464", "::1:9464"}) {
-    auto const error = server.listenAt(address);
-    ASSERT_TRUE(error) << address;
-    EXPECT_THAT(*error, HasSubstr("is no address with a port")) << address;
+    auto const listens = server.listenAt(address);
+    ASSERT_FALSE(listens) << address;
+    EXPECT_THAT(listens.fault().text(), HasSubstr("is no address with a port")) << address;
   }
 }
 
 TEST_F(MetricsServerTest, SaysThatSomebodyElseListensThere) {
   listen();
-  MetricsServer other([] { return std::string(); });
-  auto const error = other.listenAt("127.0.0.1:" + std::to_string(server.port()));
-  ASSERT_TRUE(error);
-  EXPECT_THAT(*error, HasSubstr("stop the program that listens there, or name another port"));
+  MetricsServer other(loop, [] { return std::string(); });
+  auto const listens = other.listenAt("127.0.0.1:" + std::to_string(server.port()));
+  ASSERT_FALSE(listens);
+  EXPECT_THAT(listens.fault().text(),
+              HasSubstr("stop the program that listens there, or name another port"));
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ class MetricsTest : public ::testing::Test {
 
   Macsecd::Switch b{2}, a{1};
   LoopDelay delay;
-  LineServer::Counts control, eapKeys;
+  StreamServer::Counts control, eapKeys;
   std::optional<Metrics> metrics;
 };
 
