@@ -1,10 +1,10 @@
 #include "host/watch/PortDoctor.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "host/text/KeyText.h"
+#include "host/watch/Backoff.h"
 #include "host/watch/PortActors.h"
 #include "runtime/Log.h"
 #include "runtime/World.h"
@@ -153,8 +153,8 @@ double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
 }
 
 double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
-  double const own = std::min(std::ldexp(2 * lifeTime(), thisCase.boundAnew), kMostPatience);
-  return own + legalWait(intfId, *thisCase.trouble);
+  Backoff const own(2 * lifeTime(), kMostPatience);
+  return own.waitAfter(thisCase.boundAnew) + legalWait(intfId, *thisCase.trouble);
 }
 
 // The new binding makes the port from its beginnings.

@@ -130,7 +130,10 @@ void KernelDriver::StatusReactor::retireAll() {
 
 KernelDriver::KernelDriver(Vesk::Ptr<Status const> status, Vesk::Ptr<Macsec::MacSecStatus> slice,
                            MacsecKernel& kernel, KernelDriverOptions options)
-    : slice_(std::move(slice)), kernel_(kernel), options_(std::move(options)) {
+    : slice_(std::move(slice)),
+      kernel_(kernel),
+      options_(std::move(options)),
+      look_(kFirstLook, kLastLook) {
   follow(std::move(status));
 }
 
@@ -175,7 +178,10 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   if (known != ports_.end() && known->second->parent() == index) return;
   if (known != ports_.end()) interfaceDel(intfId);
   if (auto const answer = kernel_.present(); !answer) {
-    if (waiting_.empty()) nextLook_ = Vesk::now() + (lookDelay_ = kFirstLook);
+    if (waiting_.empty()) {
+      look_.reset();
+      nextLook_ = Vesk::now() + look_.next();
+    }
     waiting_[intfId] = index;
     ++counts_.refusals;
     Vesk::log(MACSEC_KERNEL_MISSING, intfId, answer.text);
@@ -294,8 +300,7 @@ double KernelDriver::nextTime() const {
 void KernelDriver::run() {
   double const now = Vesk::now();
   if (!waiting_.empty() && nextLook_ <= now) {
-    lookDelay_ = std::min(2 * lookDelay_, kLastLook);
-    nextLook_ = now + lookDelay_;
+    nextLook_ = now + look_.next();
     for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index);
   }
   bool const leftovers = std::exchange(leftovers_, false);

@@ -87,7 +87,7 @@ class KernelDriver final {
   std::set<Lumo::IntfId> unauthorized_;
   std::set<Lumo::IntfId> transmitHeld_;
   double nextPoll_ = 0;
-  double lookDelay_ = 0;
+  Macsecd::Backoff look_;
   double nextLook_ = 0;  // at the kernel, while interfaces wait
   bool leftovers_ = false;
 };

@@ -79,7 +79,8 @@ KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
       kernel_(kernel),
       report_(std::move(report)),
       device_(std::move(device)),
-      name_(nameOf(intfId, device_)) {}
+      name_(nameOf(intfId, device_)),
+      retry_(kFirstRetry, kLastRetry) {}
 
 void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
   cpStatus_ = std::move(cpStatus);
@@ -102,7 +103,7 @@ void KernelPort::work() {
   showProblems();
   tellIfChanged();
   if (!isDone) return tryAgainLater();
-  retryDelay_ = 0;
+  retry_.reset();
   retryTime_ = std::numeric_limits<double>::infinity();
 }
 
@@ -120,9 +121,8 @@ bool KernelPort::pass() {
 
 // A change of what is asked for is tried at once, and puts off nothing.
 void KernelPort::tryAgainLater() {
-  if (retryDelay_ > 0 && Vesk::now() < retryTime_) return;
-  retryDelay_ = retryDelay_ == 0 ? kFirstRetry : std::min(2 * retryDelay_, kLastRetry);
-  retryTime_ = Vesk::now() + retryDelay_;
+  if (retry_.isRunning() && Vesk::now() < retryTime_) return;
+  retryTime_ = Vesk::now() + retry_.next();
 }
 
 bool KernelPort::known() {

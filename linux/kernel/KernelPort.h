@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "host/state/KeyHistory.h"
+#include "host/watch/Backoff.h"
 #include "linux/kernel/KernelRemedy.h"
 #include "linux/kernel/SaKey.h"
 #include "model/CpStatus.h"
@@ -203,7 +204,7 @@ class KernelPort {
   std::map<std::string, std::string> problems_;  // with what to do about them
   std::map<std::string, std::string> told_;
   double notValidTime_ = -std::numeric_limits<double>::infinity();
-  double retryDelay_ = 0;
+  Macsecd::Backoff retry_;
   double retryTime_ = std::numeric_limits<double>::infinity();
 };
 

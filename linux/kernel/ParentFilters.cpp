@@ -14,7 +14,6 @@ namespace {
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr double kCheckPeriod = 2;
-constexpr double kFirstDelay = 1, kLongestDelay = 60;
 
 Vesk::LogHandle const MACSEC_PARENT_NOT_CLOSED(
     "MACSEC_PARENT_NOT_CLOSED", Vesk::LogSeverity::error,
@@ -71,12 +70,15 @@ bool ParentFilters::close(Lumo::IntfId intfId, Parent& parent) {
   std::string const problem = closeNow(intfId, parent);
   if (!problem.empty() && problem != parent.problem) {
     Vesk::log(MACSEC_PARENT_NOT_CLOSED, intfId, problem);
-    parent.delay = 0;
+    parent.retry.reset();
   }
   if (troubleIs_ && problem != parent.problem) troubleIs_(intfId, problem);
   parent.problem = problem;
-  parent.delay = problem.empty() ? 0 : std::clamp(2 * parent.delay, kFirstDelay, kLongestDelay);
-  parent.retryTime = Vesk::now() + parent.delay;
+  if (problem.empty()) {
+    parent.retry.reset();
+  } else {
+    parent.retryTime = Vesk::now() + parent.retry.next();
+  }
   return problem.empty();
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "host/watch/Backoff.h"
 #include "linux/kernel/FilterKernel.h"
 #include "runtime/IntfId.h"
 
@@ -44,11 +45,13 @@ class ParentFilters {
   void run();
 
  private:
+  static constexpr double kFirstRetry = 1, kLastRetry = 60;
+
   struct Parent {
     int index = 0;
     Macsecd::EtherTypes clear = {};
     std::string problem = {};
-    double delay = 0;      // between attempts, in seconds; 0 without a problem
+    Macsecd::Backoff retry{kFirstRetry, kLastRetry};
     double retryTime = 0;  // while there is a problem
     bool wasClosed = false;
   };
