@@ -168,9 +168,8 @@ DeviceOptions KernelDriver::deviceOf(Lumo::IntfId intfId) const {
   return found == devices_.end() ? DeviceOptions() : found->second;
 }
 
-void KernelDriver::faultIs(Lumo::IntfId intfId, std::string const& fault,
-                           std::string const& remedy) const {
-  if (options_.faultIs) options_.faultIs(intfId, fault, remedy);
+void KernelDriver::faultIs(Lumo::IntfId intfId, Macsecd::Fault const& fault) const {
+  if (options_.faultIs) options_.faultIs(intfId, fault);
 }
 
 void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
@@ -185,11 +184,12 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
     waiting_[intfId] = index;
     ++counts_.refusals;
     Vesk::log(MACSEC_KERNEL_MISSING, intfId, answer.text);
-    faultIs(intfId, "the kernel of this machine offers no MACsec: " + answer.text,
-            "load its module: 'modprobe macsec'; it is looked for again, at least every minute");
+    faultIs(intfId,
+            {"the kernel of this machine offers no MACsec: " + answer.text,
+             "load its module: 'modprobe macsec'; it is looked for again, at least every minute"});
     return;
   }
-  if (waiting_.erase(intfId) > 0) faultIs(intfId, "", "");
+  if (waiting_.erase(intfId) > 0) faultIs(intfId, {});
   // The entry makes the engine start a port, which is known when the entry is back.
   auto const entry = slice_->statusIs(intfId);
   auto& history = options_.history ? *options_.history : ownHistory_;
@@ -215,7 +215,7 @@ void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
   if (!port) return;
   if (auto const* const held = port.mapped()->held()) kernel_.secYDel(held->index);
   slice_->statusDel(intfId);
-  faultIs(intfId, "", "");
+  faultIs(intfId, {});
 }
 
 void KernelDriver::deviceChanged(int index, bool isThere) {

@@ -71,7 +71,7 @@ class KernelDriver final {
   void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
   void tellPort(KernelPort& port);
   void poll();
-  void faultIs(Lumo::IntfId intfId, std::string const& fault, std::string const& remedy) const;
+  void faultIs(Lumo::IntfId intfId, Macsecd::Fault const& fault) const;
   DeviceOptions deviceOf(Lumo::IntfId intfId) const;
 
   Vesk::Ptr<Macsec::MacSecStatus> const slice_;

@@ -49,16 +49,12 @@ struct KernelHardware::HoldReactor final
 KernelHardware::KernelHardware(Macsecd::Host& host)
     : host_(host),
       filters_(filterKernel_,
-               [this](auto intfId, auto const& why) {
-                 faultIs(intfId, &Faults::filter, {why, {}});
-               }),
+               [this](auto intfId, auto const& fault) { faultIs(intfId, &Faults::filter, fault); }),
       driver_(
           host.status(), sliceOf(host), kernel_,
           {.dormant = true,
-           .faultIs =
-               [this](auto intfId, auto const& fault, auto const& remedy) {
-                 faultIs(intfId, &Faults::driver, {fault, remedy});
-               },
+           .faultIs = [this](auto intfId,
+                             auto const& fault) { faultIs(intfId, &Faults::driver, fault); },
            .masterOf = [this](int device) { return masterOf(device); },
            .history = &host.keyHistory(),
            .keyIsSpent = [&host](auto intfId, auto const& sak) { host.keyIsSpent(intfId, sak); },

@@ -212,7 +212,7 @@ bool KernelPort::stands() {
 bool KernelPort::deviceThere() {
   auto const wanted = wantedKind();
   if (wanted->cipher == 0) {
-    refuse(kMakeDevice, "the cipher suite is none", "give its profile a 'cipher-suite'");
+    refuse(kMakeDevice, {"the cipher suite is none", "give its profile a 'cipher-suite'"});
     return false;
   }
   bool const isAdopted = held_ && DeviceKind{held_->sci, held_->cipher, held_->sendSci} == wanted;
@@ -237,8 +237,8 @@ bool KernelPort::deviceThere() {
 bool KernelPort::make(DeviceKind const& kind) {
   name_ = nameOf(intfId_, device_);
   if (name_.size() > Macsecd::maxDeviceName) {
-    refuse(kMakeDevice, "the name has more than 15 characters",
-           "give the interface a shorter 'device' in the configuration");
+    refuse(kMakeDevice, {"the name has more than 15 characters",
+                         "give the interface a shorter 'device' in the configuration"});
     return false;
   }
   NewSecY wanted;

@@ -40,10 +40,9 @@ struct DeviceOptions {
 struct KernelDriverOptions {
   /// Devices come up dormant, and show by their state whether they are authorized.
   bool dormant = false;
-  /// Runs when what keeps an interface from being secured changes, with what to do about it;
-  /// nothing does if it is empty.
-  std::function<void(Lumo::IntfId, std::string const& fault, std::string const& remedy)> faultIs =
-      {};
+  /// Runs when what keeps an interface from being secured changes; its text is empty when nothing
+  /// does any more. Nothing runs if it is empty.
+  std::function<void(Lumo::IntfId, Macsecd::Fault const&)> faultIs = {};
   /// What the network device of this index is a member of; nobody knows if it is empty.
   std::function<Master(int)> masterOf = {};
   /// What was sent and received with each key, over devices and processes; null for one of the
@@ -165,9 +164,8 @@ class KernelPort {
   static constexpr char kMakeDevice[] = "make the device";
 
   bool did(KernelAnswer const& answer, char const* what);
-  void refuse(char const* what, std::string const& why, std::string const& remedy);
-  void tell(std::string const& what, std::string const& why, std::string const& remedy,
-            bool byKernel);
+  void refuse(char const* what, Macsecd::Fault const& why);
+  void tell(std::string const& what, Macsecd::Fault const& why, bool byKernel);
   void refuseMtu();
   bool isNews(std::string const& problem, std::string const& remedy);
   void showProblems();

@@ -92,13 +92,11 @@ bool KernelPort::did(KernelAnswer const& answer, char const* what) {
   RefusedRequest const request{std::string(intfId_.stringValue().view()), name_,
                                std::string_view(what) == kMakeDevice,
                                options_.masterOf ? options_.masterOf(parent_) : Master()};
-  tell(what, answer.text, remedyOf(answer, request), true);
+  tell(what, {answer.text, remedyOf(answer, request)}, true);
   return false;
 }
 
-void KernelPort::refuse(char const* what, std::string const& why, std::string const& remedy) {
-  tell(what, why, remedy, false);
-}
+void KernelPort::refuse(char const* what, Macsecd::Fault const& why) { tell(what, why, false); }
 
 void KernelPort::refuseMtu() {
   std::string const problem =
@@ -110,12 +108,13 @@ void KernelPort::refuseMtu() {
 
 void KernelPort::showProblems() {
   if (options_.faultIs && told_ != problems_) {
-    std::string fault, remedy;
+    Macsecd::Fault all;
     for (auto const& [problem, cure] : problems_) {
-      fault += (fault.empty() ? "" : "; ") + name_ + ": can't " + problem;
-      if (remedy.find(cure) == std::string::npos) remedy += (remedy.empty() ? "" : "; ") + cure;
+      all.what += (all.what.empty() ? "" : "; ") + name_ + ": can't " + problem;
+      if (all.remedy.find(cure) != std::string::npos) continue;
+      all.remedy += (all.remedy.empty() ? "" : "; ") + cure;
     }
-    options_.faultIs(intfId_, fault, remedy);
+    options_.faultIs(intfId_, all);
   }
   told_ = std::move(problems_);
   problems_.clear();
@@ -126,14 +125,13 @@ bool KernelPort::isNews(std::string const& problem, std::string const& remedy) {
   return problems_.emplace(problem, remedy).second && !told_.contains(problem);
 }
 
-void KernelPort::tell(std::string const& what, std::string const& why, std::string const& remedy,
-                      bool byKernel) {
-  if (!isNews(what + ": " + why, remedy)) return;
+void KernelPort::tell(std::string const& what, Macsecd::Fault const& why, bool byKernel) {
+  if (!isNews(what + ": " + why.what, why.remedy)) return;
   if (byKernel) {
-    Vesk::log(MACSEC_KERNEL_REFUSED, what, intfId_, name_, why, remedy);
+    Vesk::log(MACSEC_KERNEL_REFUSED, what, intfId_, name_, why.what, why.remedy);
   } else {
     ++counts_.keysRefused;
-    Vesk::log(MACSEC_KEY_REFUSED, intfId_, name_, what, why, remedy);
+    Vesk::log(MACSEC_KEY_REFUSED, intfId_, name_, what, why.what, why.remedy);
   }
 }
 

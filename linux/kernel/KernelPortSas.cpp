@@ -7,9 +7,6 @@ namespace Linux {
 
 namespace {
 
-constexpr char kNextKey[] =
-    "wait for the next key; if none comes within a minute, run 'macsecctl explain' at both ends";
-
 HeldSa* find(std::vector<HeldSa>& sas, uint8_t an) {
   auto const found =
       std::find_if(sas.begin(), sas.end(), [an](HeldSa const& sa) { return sa.an == an; });
@@ -113,8 +110,8 @@ bool KernelPort::installReceive(Sak const& sak, SciNumber sci) {
 bool KernelPort::install(SaPlace const& place, Sak const& sak, uint64_t packetNumber, uint32_t ssci,
                          char const* what, std::vector<HeldSa>& sas) {
   SaKey clear;
-  if (char const* const why = openSak(sak, cpStatus_->cipher(), clear)) {
-    refuse(what, why, kNextKey);
+  if (auto const opened = openSak(sak, cpStatus_->cipher(), clear); !opened) {
+    refuse(what, opened.fault());
     return true;
   }
   NewSa sa{packetNumber, ssci, *keyIdOf(sak), clear.salt, clear.key.octets()};
@@ -146,8 +143,8 @@ bool KernelPort::transmitted() {
   }
   auto const keyId = keyIdOf(sak);
   if (!keyId || sak.key().empty()) {
-    refuse("install the transmit key", sak.key().empty() ? "it is empty" : "it has no identifier",
-           kNextKey);
+    refuse("install the transmit key",
+           {sak.key().empty() ? "it is empty" : "it has no identifier", kNextKey});
     return true;
   }
   bool const isDone = installTransmit(sak, *keyId);
@@ -172,7 +169,7 @@ bool KernelPort::installTransmit(Sak const& sak, KeyId const& keyId) {
   if (there && there->an == place.an && there->ssci == *ssci) {
     if (there->on) return true;
     if (there->packetNumber == 0) {
-      refuse("transmit", "the packet numbers of the key are used up", kNextKey);
+      refuse("transmit", {"the packet numbers of the key are used up", kNextKey});
       return true;
     }
     if (!did(kernel_.saOnIs(place, true), "switch on the transmit key")) return false;
@@ -205,7 +202,7 @@ std::optional<uint64_t> KernelPort::firstPacketNumber(Sak const& sak, KeyId cons
 // There is nothing more to do for this key.
 bool KernelPort::refuseSpent(KeyId const& keyId) {
   refuse("install the transmit key",
-         "it was sent with before, and a packet number could be used twice", kNextKey);
+         {"it was sent with before, and a packet number could be used twice", kNextKey});
   history_.spend(intfId_, sakIdOf(keyId));
   if (options_.keyIsSpent) options_.keyIsSpent(intfId_, sakIdOf(keyId));
   return true;

@@ -12,6 +12,8 @@ namespace Linux {
 
 namespace {
 
+using Macsecd::Fault;
+
 constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr double kCheckPeriod = 2;
 
@@ -31,20 +33,22 @@ Vesk::LogHandle const MACSEC_PARENT_CLOSED_AGAIN(
     "See which program changes traffic control filters of interfaces that must be secure.", 60.0,
     1.0);
 
-std::string refused(char const* what, KernelAnswer const& answer) {
-  return std::string("the kernel refuses to ") + what + ": " + answer.text;
+Fault refused(char const* what, KernelAnswer const& answer) {
+  return {std::string("the kernel refuses to ") + what + ": " + answer.text, {}};
 }
 
 // Another kind of hooks has no side for what goes out, though it takes filters for it.
-std::string foreignHooks(std::string const& kind) {
-  return "another program has a qdisc of the kind '" + kind +
-         "' there; replace it by one of the kind 'clsact'";
+Fault foreignHooks(std::string const& kind) {
+  return {"another program has a qdisc of the kind '" + kind + "' there",
+          "replace it by one of the kind 'clsact'"};
 }
 
-std::string refusedFilter(KernelAnswer const& answer) {
-  std::string const text = refused("set the filter", answer);
-  if (answer.error != EINVAL && answer.error != EEXIST) return text;
-  return text + "; another program's filter may have its preference 3: give that another one";
+Fault refusedFilter(KernelAnswer const& answer) {
+  Fault fault = refused("set the filter", answer);
+  if (answer.error == EINVAL || answer.error == EEXIST) {
+    fault.remedy = "another program's filter may have its preference 3: give that another one";
+  }
+  return fault;
 }
 
 }  // namespace
@@ -67,22 +71,23 @@ void ParentFilters::interfaceDel(Lumo::IntfId intfId) {
 
 // Once, until it is over or something else is wrong.
 bool ParentFilters::close(Lumo::IntfId intfId, Parent& parent) {
-  std::string const problem = closeNow(intfId, parent);
+  auto const closed = closeNow(intfId, parent);
+  std::string const problem = closed ? std::string() : closed.fault().text();
   if (!problem.empty() && problem != parent.problem) {
     Vesk::log(MACSEC_PARENT_NOT_CLOSED, intfId, problem);
     parent.retry.reset();
   }
-  if (troubleIs_ && problem != parent.problem) troubleIs_(intfId, problem);
+  if (faultIs_ && problem != parent.problem) faultIs_(intfId, {problem, {}});
   parent.problem = problem;
-  if (problem.empty()) {
+  if (closed) {
     parent.retry.reset();
   } else {
     parent.retryTime = Vesk::now() + parent.retry.next();
   }
-  return problem.empty();
+  return static_cast<bool>(closed);
 }
 
-std::string ParentFilters::closeNow(Lumo::IntfId intfId, Parent& parent) {
+Macsecd::Result<> ParentFilters::closeNow(Lumo::IntfId intfId, Parent& parent) {
   std::vector<FilterHooks> all;
   if (auto const answer = kernel_.hooks(all); !answer) return refused("list qdiscs", answer);
   auto const hooks = std::find_if(all.begin(), all.end(),

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "host/text/Result.h"
 #include "host/watch/Backoff.h"
 #include "linux/kernel/FilterKernel.h"
 #include "runtime/IntfId.h"
@@ -20,12 +21,12 @@ namespace Linux {
 /// up untouched, and one that was changed or removed by somebody is set anew.
 class ParentFilters {
  public:
-  /// Told why a closed interface isn't, and an empty text when it is.
-  using TroubleIs = std::function<void(Lumo::IntfId, std::string const&)>;
+  /// Told why a closed interface isn't, and a fault without a text when it is.
+  using FaultIs = std::function<void(Lumo::IntfId, Macsecd::Fault const&)>;
 
   /// `kernel` lives longer than this.
-  explicit ParentFilters(FilterKernel& kernel, TroubleIs troubleIs = nullptr)
-      : kernel_(kernel), troubleIs_(std::move(troubleIs)) {}
+  explicit ParentFilters(FilterKernel& kernel, FaultIs faultIs = nullptr)
+      : kernel_(kernel), faultIs_(std::move(faultIs)) {}
 
   /// The interface with this index is closed from now on, but for these types. False if the kernel
   /// refuses, which is logged, and tried again in a while.
@@ -57,14 +58,14 @@ class ParentFilters {
   };
 
   bool close(Lumo::IntfId intfId, Parent& parent);
-  std::string closeNow(Lumo::IntfId intfId, Parent& parent);
+  Macsecd::Result<> closeNow(Lumo::IntfId intfId, Parent& parent);
   KernelAnswer set(Parent const& parent, HeldFilters const& held, bool hooksAreOurs);
   void open(int index);
   void openLeft();
   bool isClosed(int index) const;
 
   FilterKernel& kernel_;
-  TroubleIs const troubleIs_;
+  FaultIs const faultIs_;
   std::map<Lumo::IntfId, Parent> parents_;
   std::set<int> left_;  // interfaces that are to be opened
   double nextCheck_ = 0;

@@ -10,6 +10,8 @@ namespace {
 
 constexpr size_t kMemberIdentifier = 12;
 
+Macsecd::Fault wrong(char const* what) { return {what, kNextKey}; }
+
 uint32_t numberOf(std::span<uint8_t const> octets) {
   uint32_t number = 0;
   for (uint8_t const octet : octets) number = number << 8 | octet;
@@ -18,16 +20,17 @@ uint32_t numberOf(std::span<uint8_t const> octets) {
 
 }  // namespace
 
-char const* openSak(Macsec::Sak const& sak, Macsec::CipherSuite suite, SaKey& out) {
-  if (sak.key().empty()) return "it is empty";
-  if (!keyIdOf(sak)) return "its member identifier isn't 24 hexadecimal digits";
+Macsecd::Result<> openSak(Macsec::Sak const& sak, Macsec::CipherSuite suite, SaKey& out) {
+  if (sak.key().empty()) return wrong("it is empty");
+  if (!keyIdOf(sak)) return wrong("its member identifier isn't 24 hexadecimal digits");
   if (!Macsec::hexDecode(sak.salt().view(), out.salt)) {
-    return "its salt isn't 24 hexadecimal digits";
+    return wrong("its salt isn't 24 hexadecimal digits");
   }
   Vesk::String8 const clear = WardcodeLib::doDecodeKey(sak.key());
-  if (clear.empty() || !out.key.hexIs(clear.view())) return "it doesn't decode";
-  if (out.key.size() * 8 != static_cast<size_t>(suite)) return "its length isn't the suite's";
-  return nullptr;
+  if (clear.empty() || !out.key.hexIs(clear.view())) return wrong("it doesn't decode");
+  if (out.key.size() * 8 != static_cast<size_t>(suite))
+    return wrong("its length isn't the suite's");
+  return {};
 }
 
 std::optional<KeyId> keyIdOf(Macsec::Sak const& sak) {

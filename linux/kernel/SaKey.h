@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/state/KeyHistory.h"
+#include "host/text/Result.h"
 #include "linux/kernel/MacsecKernel.h"
 #include "model/CipherSuite.h"
 #include "model/Keys.h"
@@ -15,9 +16,13 @@ struct SaKey {
   Salt salt = {};
 };
 
-/// Fills `out` from a SAK whose key has this many bits. Returns what is wrong with the SAK; null
-/// when all is well.
-[[nodiscard]] char const* openSak(Macsec::Sak const& sak, Macsec::CipherSuite suite, SaKey& out);
+/// What to do about a key that can't be installed.
+inline constexpr char kNextKey[] =
+    "wait for the next key; if none comes within a minute, run 'macsecctl explain' at both ends";
+
+/// Fills `out`, which alone holds the key, from a SAK whose key has this many bits. A fault says
+/// what is wrong with the SAK.
+Macsecd::Result<> openSak(Macsec::Sak const& sak, Macsec::CipherSuite suite, SaKey& out);
 
 /// Member identifier and key number, as the kernel labels an SA; nothing if the member identifier
 /// isn't one.

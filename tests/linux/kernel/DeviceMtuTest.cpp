@@ -7,7 +7,7 @@ class TheMtuOfADevice : public KernelBench {
  protected:
   void startOn(uint32_t parentMtu, uint32_t mtu = 0) {
     portIs();
-    start({.faultIs = [this](auto, auto const& text, auto const&) { fault = text; }}, {.mtu = mtu});
+    start({.faultIs = [this](auto, auto const& told) { fault = told.what; }}, {.mtu = mtu});
     driver->interfaceMtuIs(kIntf, parentMtu);
   }
 

@@ -143,19 +143,15 @@ TEST_F(ADriverInTrouble, RefusesANameThatIsTooLongForTheKernel) {
 
 TEST_F(ADriverInTrouble, NamesTheBridgeInWhichTheInterfaceIs) {
   kernel.refused["make eth0-sec"] = EBUSY;
-  std::string fault, remedy;
+  Macsecd::Fault fault;
   portIs();
-  start({.faultIs =
-             [&](auto, auto const& what, auto const& cure) {
-               fault = what;
-               remedy = cure;
-             },
+  start({.faultIs = [&](auto, auto const& told) { fault = told; },
          .masterOf =
              [](int) {
                return Master{"br0", "bridge"};
              }});
-  EXPECT_THAT(fault, ::testing::StartsWith("eth0-sec: can't make the device: "));
-  EXPECT_THAT(remedy, ::testing::StartsWith("eth0 is a member of the bridge br0: "));
+  EXPECT_THAT(fault.what, ::testing::StartsWith("eth0-sec: can't make the device: "));
+  EXPECT_THAT(fault.remedy, ::testing::StartsWith("eth0 is a member of the bridge br0: "));
 }
 
 TEST_F(ADriverInTrouble, MakesADeviceAnewThatSomebodyHasDeleted) {
