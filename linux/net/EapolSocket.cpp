@@ -20,11 +20,11 @@ constexpr std::array<uint8_t, 6> kPaeGroup = {0x01, 0x80, 0xc2, 0x00, 0x00, 0x03
 constexpr size_t kAddrOctets = 6;
 constexpr int kRoom = 2 << 20;  // octets, of which a short frame takes some 800
 
-std::string failed(char const* what) {
+Macsecd::Fault failed(char const* what) {
   char const* const remedy = errno == EPERM    ? "give the process CAP_NET_RAW"
                              : errno == ENODEV ? "it will be tried again when it is there"
                                                : "it will be tried again";
-  return std::string(what) + ": " + std::strerror(errno) + "; " + remedy;
+  return {std::string(what) + ": " + std::strerror(errno), remedy};
 }
 
 // A card passes no group address that nobody has joined.
@@ -84,7 +84,7 @@ EapolSocket::Counts& EapolSocket::Counts::operator+=(Counts const& o) {
 }
 
 // Without a protocol nothing comes in before the filter is there and the socket bound.
-std::variant<EapolSocket, std::string> EapolSocket::openOn(int index) {
+Macsecd::Result<EapolSocket> EapolSocket::openOn(int index) {
   Descriptor socket(::socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) return failed("no packet socket");
   if (!attachEapolFilter(socket.fd())) return failed("no filter on the packet socket");

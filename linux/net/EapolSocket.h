@@ -2,11 +2,9 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <span>
-#include <string>
-#include <variant>
 
+#include "host/text/Result.h"
 #include "linux/process/Descriptor.h"
 
 namespace Linux {
@@ -29,9 +27,8 @@ class EapolSocket {
   /// The longest frame that is taken whole, in octets; of a longer one, the beginning.
   static constexpr size_t kMostOctets = 16 * 1024;
 
-  /// Opens one on the interface with this index in the kernel. Otherwise what is wrong, and what to
-  /// do about it.
-  static std::variant<EapolSocket, std::string> openOn(int index);
+  /// Opens one on the interface with this index in the kernel.
+  static Macsecd::Result<EapolSocket> openOn(int index);
   /// One over a socket that is there already.
   explicit EapolSocket(Descriptor socket) : socket_(std::move(socket)) {}
 

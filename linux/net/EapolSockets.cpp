@@ -39,10 +39,8 @@ void EapolSockets::interfaceDel(Lumo::IntfId intfId) {
 
 bool EapolSockets::open(Lumo::IntfId intfId, Interface& interface) {
   auto opened = open_(interface.index);
-  if (auto const* const error = std::get_if<std::string>(&opened)) {
-    return refused(intfId, interface, *error);
-  }
-  auto socket = std::make_unique<EapolSocket>(std::get<EapolSocket>(std::move(opened)));
+  if (!opened) return refused(intfId, interface, opened.fault().text());
+  auto socket = std::make_unique<EapolSocket>(*std::move(opened));
   auto const watched = loop_.watch(socket->fd(), [this, intfId] { receive(intfId); });
   if (!watched) return refused(intfId, interface, watched.fault().what);
   interface.hasFailed = false;

@@ -16,7 +16,7 @@ namespace Linux {
 class EapolSockets final : public Codec::FrameSink {
  public:
   using Receiver = std::function<void(Lumo::IntfId, std::span<uint8_t const>)>;
-  using Open = std::function<std::variant<EapolSocket, std::string>(int index)>;
+  using Open = std::function<Macsecd::Result<EapolSocket>(int index)>;
   struct Handlers {
     Receiver received;
     /// A socket couldn't be opened, and why; once until one is.

@@ -17,8 +17,7 @@ constexpr int kWhile = 300;  // ms
 
 Linux::EapolSocket eapolSocket(std::string const& space, std::string const& device) {
   Inside const inside(space);
-  return std::get<Linux::EapolSocket>(
-      Linux::EapolSocket::openOn(static_cast<int>(if_nametoindex(device.c_str()))));
+  return *Linux::EapolSocket::openOn(static_cast<int>(if_nametoindex(device.c_str())));
 }
 
 // What the filter was when it read a tag's value without asking whether there is a tag.

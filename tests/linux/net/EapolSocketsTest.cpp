@@ -16,9 +16,9 @@ Lumo::IntfId const kFirst("eth0");
 Lumo::IntfId const kSecond("eth1");
 
 struct Fixture : ::testing::Test {
-  std::variant<EapolSocket, std::string> open(int index) {
+  Macsecd::Result<EapolSocket> open(int index) {
     opened.push_back(index);
-    if (refuses) return "refused; wait";
+    if (refuses) return Macsecd::Fault{"refused", "wait"};
     SocketPair pair;
     wires[index] = Descriptor(std::move(pair.far));
     return EapolSocket(std::move(pair.near));
