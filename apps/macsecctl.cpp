@@ -58,14 +58,13 @@ constexpr Command kCommands[] = {
 /// 0 when done, 1 when the switch refused, 3 when it can't be asked.
 int ask(Json const& request, ControlView view, Options const& options) {
   auto const answer = Linux::askAt(options.socket, Macsecd::jsonText(request));
-  if (auto const* fault = std::get_if<Macsecd::Fault>(&answer)) {
-    std::cerr << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
+  if (!answer) {
+    std::cerr << "macsecctl: " << answer.fault().text() << '\n';
     return 3;
   }
-  auto const& text = std::get<std::string>(answer);
-  auto const reading = Macsecd::readingOf(view, text);
+  auto const reading = Macsecd::readingOf(view, *answer);
   if (options.json) {
-    std::cout << text << '\n';
+    std::cout << *answer << '\n';
   } else {
     (reading.isGood ? std::cout : std::cerr) << reading.text;
   }

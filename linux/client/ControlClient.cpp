@@ -12,6 +12,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <optional>
 
 #include "linux/process/Descriptor.h"
 
@@ -20,6 +21,7 @@ namespace Linux {
 namespace {
 
 using Macsecd::Fault;
+using Macsecd::Result;
 
 // How long each step may take until the first line comes.
 constexpr int kFollowSeconds = 10;
@@ -52,7 +54,7 @@ bool readLine(int fd, std::string& line) {
 }
 
 /// A socket that is connected to the one at `path`, each step of at most so many seconds.
-std::variant<Descriptor, Fault> connectedTo(std::string const& path, int seconds) {
+Result<Descriptor> connectedTo(std::string const& path, int seconds) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (path.size() >= sizeof address.sun_path) {
@@ -116,11 +118,10 @@ bool takeLines(std::string& text, std::function<bool(std::string_view)> const& t
 
 }  // namespace
 
-std::variant<std::string, Fault> askAt(std::string const& path, std::string const& request,
-                                       int seconds) {
+Result<std::string> askAt(std::string const& path, std::string const& request, int seconds) {
   auto connected = connectedTo(path, seconds);
-  if (auto* const fault = std::get_if<Fault>(&connected)) return *fault;
-  Descriptor const fd = std::get<Descriptor>(std::move(connected));
+  if (!connected) return connected.fault();
+  Descriptor const fd = *std::move(connected);
   std::string answer;
   if (!sendAll(fd.fd(), request + "\n") || !readLine(fd.fd(), answer)) {
     return failed(path, "check whether macsecd hangs");
@@ -129,11 +130,11 @@ std::variant<std::string, Fault> askAt(std::string const& path, std::string cons
   return answer;
 }
 
-std::optional<Fault> followAt(std::string const& path, std::string const& request,
-                              std::function<bool(std::string_view)> const& take, double seconds) {
+Result<> followAt(std::string const& path, std::string const& request,
+                  std::function<bool(std::string_view)> const& take, double seconds) {
   auto connected = connectedTo(path, kFollowSeconds);
-  if (auto* const fault = std::get_if<Fault>(&connected)) return *fault;
-  Descriptor const fd = std::get<Descriptor>(std::move(connected));
+  if (!connected) return connected.fault();
+  Descriptor const fd = *std::move(connected);
   EndSignals const signals;
   std::optional<Clock::time_point> end;
   if (seconds > 0) {
@@ -146,13 +147,13 @@ std::optional<Fault> followAt(std::string const& path, std::string const& reques
   while (takeLines(text, take)) {
     pollfd waited[] = {{fd.fd(), POLLIN, 0}, {signals.fd(), POLLIN, 0}};
     int const ready = poll(waited, 2, millisecondsUntil(end));
-    if (ready == 0 || waited[1].revents != 0) return std::nullopt;
+    if (ready == 0 || waited[1].revents != 0) return {};
     ssize_t const got = recv(fd.fd(), part.data(), part.size(), 0);
     if (got < 0 && errno != EINTR) return failed(path, "see macsecd's log");
     if (got == 0) return Fault{path + ": macsecd ended the connection", "see macsecd's log"};
     if (got > 0) text.append(part.data(), static_cast<size_t>(got));
   }
-  return std::nullopt;
+  return {};
 }
 
 }  // namespace Linux

@@ -40,9 +40,9 @@ int followed(char const* command, ControlFollow const& follow, std::ostream& err
     if (!reading.isGood) status = kRefused;
     return reading.isGood;
   };
-  auto const fault = followAt(follow.socket, requestOf(command, follow), takeAny, follow.seconds);
-  if (!fault) return status;
-  err << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
+  auto const result = followAt(follow.socket, requestOf(command, follow), takeAny, follow.seconds);
+  if (result) return status;
+  err << "macsecctl: " << result.fault().text() << '\n';
   return kNoAnswer;
 }
 

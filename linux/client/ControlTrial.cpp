@@ -27,18 +27,18 @@ constexpr int kMillisecondsBetween = 1000;
 struct Asked {
   Asked(std::string const& socket, Json const& request, ControlView view, std::ostream& err) {
     auto const answer = askAt(socket, Macsecd::jsonText(request));
-    if (auto const* const fault = std::get_if<Macsecd::Fault>(&answer)) {
-      err << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
+    if (!answer) {
+      err << "macsecctl: " << answer.fault().text() << '\n';
       status = kNoAnswer;
       return;
     }
-    auto const reading = Macsecd::readingOf(view, std::get<std::string>(answer));
+    auto const reading = Macsecd::readingOf(view, *answer);
     if (!reading.isGood) {
       err << reading.text;
       status = kRefused;
       return;
     }
-    result = Json::parse(std::get<std::string>(answer)).at("result");
+    result = Json::parse(*answer).at("result");
   }
   int status = 0;
   Json result;
