@@ -115,12 +115,17 @@ bool cryptographyIsReady(std::string const& configFile) {
   return Vesk::world().fipsModeSet(1) == 1;
 }
 
+// What the daemon can't run without ends its start.
+void orCannotRun(Macsecd::Result<> const& result) {
+  if (!result) throw std::runtime_error(result.fault().text());
+}
+
 // The keys in the store are readable under the key beside it, and with it they go.
 std::unique_ptr<LmdbStore> storeAt(std::string const& path) {
   if (path.empty()) return nullptr;
   std::error_code ignored;  // what can't be made is told of the file in it
   std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
-  if (auto const error = Macsecd::useHostKeyFile(path + ".key")) throw std::runtime_error(*error);
+  orCannotRun(Macsecd::useHostKeyFile(path + ".key"));
   auto store = std::make_unique<LmdbStore>(path);
   for (std::string const& notice : store->notices()) Vesk::log(MACSECD_STATE_NOTE, notice);
   return store;
@@ -143,8 +148,9 @@ Daemon::Daemon(DaemonOptions options, Macsecd::StateStore* store,
       unreadableKeys_([this] { return host_.status(); }),
       driver_(options_.emulateHardware ? nullptr : driverFactory(host_, loop_)),
       eapKeys_(loop_, host_.eapKeyStatus()),
-      control_(loop_, host_, [this] { return reload(); },
-               {.trace = [this](auto const& wish) { tracing_.wishIs(wish); }, .trial = &trial_}),
+      control_(
+          loop_, host_, [this] { return reload(); },
+          {.trace = [this](auto const& wish) { return tracing_.wishIs(wish); }, .trial = &trial_}),
       metricsServer_(loop_, [this] { return metrics_->text(); }),
       links_([this](LinkChange const& change) { linkChanged(change); }),
       ports_(links_, *this) {}
@@ -248,8 +254,7 @@ void Daemon::connect() {
   loop_.signalIs(SIGINT, [this] { stop(); });
   loop_.signalIs(SIGUSR1, [this] { leave(); });
   linkWatch_.emplace(links_, [this] { start(); });
-  auto const watched = loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); });
-  if (!watched) throw std::runtime_error(watched.fault().text());
+  orCannotRun(loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); }));
   loop_.timerIs([this] { handleDue(); });
   loop_.beforeWaitIs([this] { endTurn(); });
 }
@@ -364,13 +369,14 @@ DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& d
   try {
     std::optional<NamespaceGuard> guard;
     if (!options.emulateHardware) {
-      if (auto const missing = missingPrivileges()) throw std::runtime_error(*missing);
+      orCannotRun(checkPrivileges());
       guard.emplace();
     }
-    if (auto const error = lockMemory()) Vesk::log(MACSECD_MEMORY_NOT_LOCKED, *error);
+    auto const locked = lockMemory();
+    if (!locked) Vesk::log(MACSECD_MEMORY_NOT_LOCKED, locked.fault().text());
     if (!cryptographyIsReady(options.configFile)) return DaemonEnd::cannotRun;
     auto const store = storeAt(options.stateFile);
-    dropPrivileges();
+    orCannotRun(dropPrivileges());
     return Daemon(options, store.get(), driverFactory).run();
   } catch (std::runtime_error const& error) {
     Vesk::log(MACSECD_CANNOT_RUN, error.what());

@@ -37,7 +37,7 @@ Fault unknown(std::string_view word) {
 
 }  // namespace
 
-std::variant<uint16_t, Fault> clearTypeOf(std::string_view word) {
+Result<uint16_t> clearTypeOf(std::string_view word) {
   for (Protocol const& protocol : kProtocols) {
     if (word == protocol.name) return protocol.type;
   }
@@ -69,13 +69,13 @@ void readClearTypes(YamlReader& yaml, YAML::Node const& node, EtherTypes& types)
     auto const word = yaml.text(item, "clear");
     if (!word) continue;
     auto const type = clearTypeOf(word->view());
-    if (auto const* const fault = std::get_if<Fault>(&type)) {
-      yaml.mistake(item.Mark(), *fault);
-    } else if (!types.insert(std::get<uint16_t>(type)).second) {
-      yaml.mistake(item.Mark(),
-                   fmt::format("{} (0x{:04x}) stands twice in 'clear'", quotedWord(word->view()),
-                               std::get<uint16_t>(type)),
-                   "remove it here");
+    if (!type) {
+      yaml.mistake(item.Mark(), type.fault());
+    } else if (!types.insert(*type).second) {
+      yaml.mistake(
+          item.Mark(),
+          fmt::format("{} (0x{:04x}) stands twice in 'clear'", quotedWord(word->view()), *type),
+          "remove it here");
     } else if (types.size() == maxClearTypes + 1) {
       yaml.mistake(item.Mark(), fmt::format("'clear' has more than {} entries", maxClearTypes),
                    "leave some out");

@@ -18,7 +18,7 @@ inline constexpr size_t maxClearTypes = 16;
 
 /// The EtherType that a word means: the name of a protocol ("lldp", "lacp", "ptp"), or a number as
 /// "0x88cc". What can't or needn't pass in clear is a fault.
-std::variant<uint16_t, Fault> clearTypeOf(std::string_view word);
+Result<uint16_t> clearTypeOf(std::string_view word);
 
 /// Reads the list of an interface, whose mistakes it tells.
 void readClearTypes(YamlReader& yaml, YAML::Node const& node, EtherTypes& types);

@@ -338,14 +338,12 @@ ConfigResult readConfigFile(std::string const& path, Keys keys) {
   InputFile file(path);
   if (file.fault()) return refused(*file.fault());
   auto const text = file.read(maxTextSize);
-  if (auto const* const fault = std::get_if<Fault>(&text)) return refused(*fault);
+  if (!text) return refused(text.fault());
   auto const source = keys == Keys::example ? Source::text : Source::file;
-  auto result = parse(std::get<Vesk::String8>(text).view(), path, 0, source);
+  auto result = parse(text->view(), path, 0, source);
   auto const unsafe = keys != Keys::example ? file.faultOfKeeping() : std::nullopt;
   if (unsafe) result.mistakes.insert(result.mistakes.begin(), refused(*unsafe).mistakes[0]);
-  if (keys == Keys::kept && result.good()) {
-    result.sealed = WardcodeLib::doEncodeKey(std::get<Vesk::String8>(text));
-  }
+  if (keys == Keys::kept && result.good()) result.sealed = WardcodeLib::doEncodeKey(*text);
   return result;
 }
 

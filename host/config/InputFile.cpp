@@ -78,7 +78,7 @@ std::optional<Fault> InputFile::faultOfKeeping() const {
                fmt::format("chmod 600 {}, and replace its keys: others may know them", path_)};
 }
 
-std::variant<Vesk::String8, Fault> InputFile::read(size_t most) {
+Result<Vesk::String8> InputFile::read(size_t most) {
   ssize_t got = 0;
   size_t size = 0;
   auto const all = Vesk::String8::secretFilled(most + 1, [&](char* text) {

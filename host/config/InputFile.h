@@ -4,9 +4,8 @@
 
 #include <optional>
 #include <string>
-#include <variant>
 
-#include "host/text/KeyText.h"
+#include "host/text/Result.h"
 #include "runtime/String8.h"
 
 namespace Macsecd {
@@ -35,7 +34,7 @@ class InputFile {
 
   /// All of it, in memory that is wiped. Refused are more octets than `most`, and a pipe that gives
   /// none: it may have been read before.
-  std::variant<Vesk::String8, Fault> read(size_t most);
+  Result<Vesk::String8> read(size_t most);
 
  private:
   bool wasGiven() const;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cmath>
+#include <type_traits>
 
 #include "host/control/ControlJson.h"
 #include "host/control/ControlRequest.h"
@@ -22,7 +23,8 @@ struct Asker {
   uint64_t connection;
 };
 
-/// One request on its way to its answer. Throws `Fault` for one that can't be answered.
+/// One request on its way to its answer. A `Fault` is thrown for one that can't be answered, from
+/// here to where the answer is made, and no further.
 class Answering {
  public:
   Answering(Host& host, Control::Ways const& ways, Subscriptions& subscriptions, Asker asker,
@@ -47,6 +49,13 @@ class Answering {
     Json (Answering::*run)();
   };
   static std::array<Command, 12> const kCommands;
+
+  /// What came of something, where it went well.
+  template <class T>
+  static T had(Result<T> result) {
+    if (!result) throw result.fault();
+    if constexpr (!std::is_void_v<T>) return *std::move(result);
+  }
 
   Json run(Command const& command) {
     if (!command.changes || asker_.mayChange) return (this->*command.run)();
@@ -115,10 +124,10 @@ class Answering {
     unsigned const seconds = request_.number("timeout", kMostTrialSeconds).value_or(kUsualSeconds);
     if (!file) throw Fault{"no file is named", "say \"file\": its whole path"};
     if (seconds == 0) throw Fault{"no time is left to keep it", "give it some seconds"};
-    return takenOver(theTrial().begin(*file, seconds));
+    return takenOver(had(theTrial().begin(*file, seconds)));
   }
   Json keep() {
-    theTrial().keep();
+    had(theTrial().keep());
     return trial();
   }
   Json trial() {
@@ -131,7 +140,7 @@ class Answering {
   }
   Json rekey() {
     Lumo::IntfId const intfId = interface();
-    Rekeyed const done = Macsecd::rekey(host_, intfId);
+    Rekeyed const done = had(Macsecd::rekey(host_, intfId));
     return {{"interface", intfId.stringValue().charPtr()},
             {"sak", done.sak.empty() ? Json() : Json(done.sak)},
             {"seconds", done.seconds}};
@@ -158,7 +167,7 @@ class Answering {
     TraceWish const wish{request_.flag("on") ? traceLevelsTo(level) : uint16_t{0},
                          request_.texts("handles")};
     if (!ways_.trace) throw Fault{"this process doesn't trace", "ask macsecd"};
-    ways_.trace(wish);
+    had(ways_.trace(wish));
     return nullptr;
   }
 
@@ -185,8 +194,8 @@ std::array<Answering::Command, 12> const Answering::kCommands = {{
 }};
 
 /// The answer with this result, or with what hinders it.
-template <class Result>
-Json answerOf(Result result) {
+template <class Ask>
+Json answerOf(Ask result) {
   try {
     return {{"version", kControlVersion}, {"ok", true}, {"result", result()}};
   } catch (Fault const& fault) {

@@ -39,8 +39,8 @@ class Control {
  public:
   /// Reads the configuration again and takes it over; the mistakes because of which it wasn't.
   using Reload = std::function<std::vector<Mistake>()>;
-  /// Puts what is to be traced into force. Throws `Fault` if it can't be traced anywhere.
-  using Trace = std::function<void(TraceWish const&)>;
+  /// Puts what is to be traced into force; a fault says why it can't be.
+  using Trace = std::function<Result<>(TraceWish const&)>;
   struct Ways {
     Reload reload;
     Subscriptions::Tell tell = nullptr;  ///< null: nobody can subscribe

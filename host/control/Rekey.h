@@ -14,8 +14,8 @@ struct Rekeyed {
 };
 
 /// Has the key server make a new SAK for a port that is secured, without the loss of a frame. There
-/// is at most one in an MKA life time: a further one waits for the rest of it. Throws `Fault` where
+/// is at most one in an MKA life time: a further one waits for the rest of it. A fault says why
 /// there is none to be had, above all where another switch is the key server.
-Rekeyed rekey(Host& host, Lumo::IntfId intfId);
+Result<Rekeyed> rekey(Host& host, Lumo::IntfId intfId);
 
 }  // namespace Macsecd

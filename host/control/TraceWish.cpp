@@ -4,22 +4,22 @@
 
 #include <algorithm>
 
-#include "host/text/KeyText.h"
 #include "host/text/Mistake.h"
 
 namespace Macsecd {
 
-void traceIs(TraceWish const& wish) {
+Result<> traceIs(TraceWish const& wish) {
   std::vector<std::string> const known = Vesk::TraceHandle::names();
   for (std::string const& name : wish.handles) {
     if (std::ranges::find(known, name) != known.end()) continue;
-    throw Fault{fmt::format("there is no trace handle {}", quotedWord(name)),
-                remedyForUnknown(name, known)};
+    return Fault{fmt::format("there is no trace handle {}", quotedWord(name)),
+                 remedyForUnknown(name, known)};
   }
   Vesk::TraceHandle::streamLevelsIs("", wish.handles.empty() ? wish.levels : 0);
   for (std::string const& name : wish.handles) {
     Vesk::TraceHandle::streamLevelsIs(name, wish.levels);
   }
+  return {};
 }
 
 }  // namespace Macsecd

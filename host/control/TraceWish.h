@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "host/text/Result.h"
 #include "runtime/Trace.h"
 
 namespace Macsecd {
@@ -18,8 +19,8 @@ constexpr uint16_t traceLevelsTo(unsigned level) {
   return static_cast<uint16_t>((2U << level) - 1) & Vesk::kAllTraceLevels;
 }
 
-/// Puts it into force: the handles named trace these levels, and all others nothing. Throws `Fault`
-/// for a name that no handle has, and changes nothing.
-void traceIs(TraceWish const& wish);
+/// Puts it into force: the handles named trace these levels, and all others nothing. A fault
+/// names a handle that isn't there; then nothing has changed.
+Result<> traceIs(TraceWish const& wish);
 
 }  // namespace Macsecd

@@ -32,35 +32,38 @@ Vesk::LogHandle const MACSECD_TRIAL_WENT_BACK(
 
 }  // namespace
 
-std::vector<Mistake> Trial::begin(std::string const& path, unsigned seconds) {
+Result<std::vector<Mistake>> Trial::begin(std::string const& path, unsigned seconds) {
   if (InputFile const file(path); file.fault()) {
-    throw Fault{path + ": " + file.fault()->what,
-                "put it where macsecd itself can read it, as in /etc/macsecd"};
+    return Fault{path + ": " + file.fault()->what,
+                 "put it where macsecd itself can read it, as in /etc/macsecd"};
   }
   ConfigResult const read = readConfigFile(path, Keys::kept);
   if (!read.good()) return read.mistakes;
   if (!host_.keptConfig().config()) {
-    throw Fault{"there is no configuration to go back to", "have it read: macsecctl reload"};
+    return Fault{"there is no configuration to go back to", "have it read: macsecctl reload"};
   }
-  host_.keptConfig().triedIs(read.sealed);
-  host_.commit();
+  if (auto const marked = host_.keptConfig().triedIs(read.sealed); !marked) {
+    return Fault{"a start wouldn't know that it is on trial: " + marked.fault().what,
+                 marked.fault().remedy};
+  }
   path_ = path;
   state_ = State::running;
   end_ = Vesk::now() + seconds;
   Vesk::log(MACSECD_TRIAL_BEGINS, path, seconds);
   host_.configIs(read.config);
   apply_(read.config);
-  return {};
+  return std::vector<Mistake>();
 }
 
-void Trial::keep() {
+Result<> Trial::keep() {
   if (state_ != State::running) {
-    throw Fault{"no configuration is on trial", "try one: macsecctl try FILE"};
+    return Fault{"no configuration is on trial", "try one: macsecctl try FILE"};
   }
   host_.keptConfig().keepTried();
   host_.configFaultIs("");
   end(State::kept);
   Vesk::log(MACSECD_TRIAL_KEPT, path_);
+  return {};
 }
 
 bool Trial::isOfAnotherFile() const {

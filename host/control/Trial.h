@@ -27,11 +27,12 @@ class Trial {
   Trial(Host& host, std::string file, Apply apply)
       : host_(host), file_(std::move(file)), apply_(std::move(apply)) {}
 
-  /// Takes a file over for so many seconds; one with mistakes changes nothing. Throws `Fault` if it
-  /// can't be read, or if there is nothing to go back to.
-  std::vector<Mistake> begin(std::string const& path, unsigned seconds);
-  /// It stays in force. Throws `Fault` if none is on trial.
-  void keep();
+  /// Takes a file over for so many seconds; one with mistakes changes nothing. A fault says that it
+  /// can't be read, that there is nothing to go back to, or that the store doesn't take that it is
+  /// tried: then nothing has changed.
+  Result<std::vector<Mistake>> begin(std::string const& path, unsigned seconds);
+  /// It stays in force; a fault says that none is on trial.
+  Result<> keep();
   /// A start takes another file than the one on trial, or than the one kept last.
   bool isOfAnotherFile() const;
   /// Another configuration has been taken over.

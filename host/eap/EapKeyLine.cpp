@@ -146,11 +146,11 @@ EapKeyNews newsOf(Line const& line) {
   throw Fault{"'withdrawn' isn't true", "leave it out when you publish a key"};
 }
 
-std::variant<EapKeyNews, Fault> read(std::string_view text) {
+Result<EapKeyNews> read(std::string_view text) {
   auto members = jsonMembers(text);
-  if (auto* const fault = std::get_if<Fault>(&members)) return std::move(*fault);
+  if (!members) return members.fault();
   try {
-    return newsOf(Line(std::get<std::vector<JsonMember>>(std::move(members))));
+    return newsOf(Line(*std::move(members)));
   } catch (Fault& fault) {
     return std::move(fault);
   }
@@ -158,7 +158,7 @@ std::variant<EapKeyNews, Fault> read(std::string_view text) {
 
 }  // namespace
 
-std::variant<EapKeyNews, Fault> readEapKeyLine(std::span<uint8_t> line) {
+Result<EapKeyNews> readEapKeyLine(std::span<uint8_t> line) {
   struct Wipe {
     ~Wipe() { Macsec::wipe(line); }
     std::span<uint8_t> const line;

@@ -28,6 +28,6 @@ inline constexpr size_t kMaxMskOctets = 128;
 /// A line that isn't one of these to the letter changes nothing and gives what is wrong with it,
 /// without any key. The master session key is encoded at once, and the line is zero on return
 /// whatever it held.
-std::variant<EapKeyNews, Fault> readEapKeyLine(std::span<uint8_t> line);
+Result<EapKeyNews> readEapKeyLine(std::span<uint8_t> line);
 
 }  // namespace Macsecd

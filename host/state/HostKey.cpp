@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <variant>
 
 #include "host/config/InputFile.h"
 #include "platform/SecretOctets.h"
@@ -34,13 +33,13 @@ class File {
   int const descriptor_;
 };
 
-std::string failed(std::string const& path, char const* what, char const* remedy) {
-  return path + ": " + what + ": " + std::strerror(errno) + "; " + remedy;
+Fault failed(std::string const& path, char const* what, char const* remedy) {
+  return {path + ": " + what + ": " + std::strerror(errno), remedy};
 }
 
 void use(Key& key) { WardcodeLib::hostKeyIs(key.octets().first<WardcodeLib::kHostKeySize>()); }
 
-std::optional<std::string> makeFile(std::string const& path) {
+Result<> makeFile(std::string const& path) {
   File const file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!file.isOpen()) return failed(path, "can't be made", "make its folder writable");
   Key key;
@@ -53,34 +52,34 @@ std::optional<std::string> makeFile(std::string const& path) {
     return error;
   }
   use(key);
-  return std::nullopt;
+  return {};
 }
 
-std::string refused(std::string const& path, Fault const& fault) {
-  return path + ": " + fault.what + "; " + fault.remedy;
+Fault refused(std::string const& path, Fault const& fault) {
+  return {path + ": " + fault.what, fault.remedy};
 }
 
-std::optional<std::string> readFile(std::string const& path, InputFile& file) {
+Result<> readFile(std::string const& path, InputFile& file) {
   if (auto const fault = file.faultOfOwner()) return refused(path, *fault);
   if (file.othersMay() != 0) {
-    return path + ": users other than its owner can reach it; chmod 600 " + path +
-           ", and regard the key as known to others";
+    return Fault{path + ": users other than its owner can reach it",
+                 "chmod 600 " + path + ", and regard the key as known to others"};
   }
   auto const content = file.read(WardcodeLib::kHostKeySize);
-  auto const* const text = std::get_if<Vesk::String8>(&content);
-  if (!text || text->size() != WardcodeLib::kHostKeySize) {
-    return path + ": isn't 32 octets long; restore it, or delete it and configure the keys anew";
+  if (!content || content->size() != WardcodeLib::kHostKeySize) {
+    return Fault{path + ": isn't 32 octets long",
+                 "restore it, or delete it and configure the keys anew"};
   }
   Key key;
   key.sizeIs(WardcodeLib::kHostKeySize);
-  std::ranges::copy(text->view(), key.octets().begin());
+  std::ranges::copy(content->view(), key.octets().begin());
   use(key);
-  return std::nullopt;
+  return {};
 }
 
 }  // namespace
 
-std::optional<std::string> useHostKeyFile(std::string const& path) {
+Result<> useHostKeyFile(std::string const& path) {
   InputFile file(path);
   if (file.isMissing()) return makeFile(path);
   if (file.fault()) return refused(path, *file.fault());

@@ -30,9 +30,15 @@ void KeptConfig::textIs(Vesk::String8 const& sealed) {
   pending_.values[kTriedPath] = std::nullopt;
 }
 
-void KeptConfig::triedIs(Vesk::String8 const& sealed) {
+Result<> KeptConfig::triedIs(Vesk::String8 const& sealed) {
+  if (store_) {
+    StateChange change = pending_;
+    change.values[kTriedPath] = std::string(sealed.view());
+    if (auto const taken = store_->commit(change); !taken) return taken;
+    pending_ = {};
+  }
   tried_ = sealed;
-  if (store_) pending_.values[kTriedPath] = std::string(tried_.view());
+  return {};
 }
 
 // Two encryptions of one text differ.
@@ -53,7 +59,7 @@ std::optional<SwitchConfig> KeptConfig::config() const {
 }
 
 bool KeptConfig::commit() {
-  if (pending_.empty() || !store_->commit(pending_).empty()) return false;
+  if (pending_.empty() || !store_->commit(pending_)) return false;
   pending_ = {};
   return true;
 }

@@ -24,8 +24,9 @@ class KeptConfig {
   void takeUp(StateValues const& values);
   /// This text, encrypted, is in force from now on, and goes to the store with the next `commit`.
   void textIs(Vesk::String8 const& sealed);
-  /// This text, encrypted, is tried from now on; what is kept stays.
-  void triedIs(Vesk::String8 const& sealed);
+  /// This text, encrypted, is tried from now on, and the store knows it when this returns; what is
+  /// kept stays. With a fault of the store nothing has changed.
+  Result<> triedIs(Vesk::String8 const& sealed);
   /// What was tried is in force from now on.
   void keepTried() { textIs(Vesk::String8(tried_)); }
   /// Whether this text, encrypted, is the one that was tried last and not kept.

@@ -121,7 +121,7 @@ void KeyHistory::changed(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id
 }
 
 bool KeyHistory::commit() {
-  if (!store_ || pending_.empty() || !store_->commit(pending_).empty()) return false;
+  if (!store_ || pending_.empty() || !store_->commit(pending_)) return false;
   pending_ = {};
   return true;
 }

@@ -33,8 +33,9 @@ StateKeeper::~StateKeeper() {
 
 bool StateKeeper::commit() {
   if (pending_.empty()) return false;
-  error_ = store_.commit(pending_);
-  if (!error_.empty()) return false;
+  auto const taken = store_.commit(pending_);
+  error_ = taken ? std::string() : taken.fault().text();
+  if (!taken) return false;
   pending_.erasedBelow.clear();
   pending_.values.clear();
   return true;

@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 
+#include "host/text/Result.h"
+
 namespace Macsecd {
 
 /// Attributes of the status tree by path, as text: "cpStatus/Ethernet1/rxSak/0" and the printed
@@ -33,10 +35,9 @@ class StateStore {
 
   /// All that was committed. What can't be read is left out; never throws.
   virtual StateValues readAll() = 0;
-  /// Takes the whole change or nothing of it. Empty on success, otherwise what failed and what to
-  /// do about it; never throws because of the store. What it took outlives the process from then
-  /// on, however that ends.
-  virtual std::string commit(StateChange const& change) = 0;
+  /// Takes the whole change or nothing of it; never throws because of the store. What it took
+  /// outlives the process from then on, however that ends.
+  virtual Result<> commit(StateChange const& change) = 0;
 };
 
 }  // namespace Macsecd

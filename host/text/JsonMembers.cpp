@@ -71,7 +71,7 @@ class Scanner {
 
 }  // namespace
 
-std::variant<std::vector<JsonMember>, Fault> jsonMembers(std::string_view text) {
+Result<std::vector<JsonMember>> jsonMembers(std::string_view text) {
   try {
     return Scanner(text).members();
   } catch (Fault& fault) {

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <string_view>
-#include <variant>
 #include <vector>
 
-#include "host/text/KeyText.h"
+#include "host/text/Result.h"
 
 namespace Macsecd {
 
@@ -17,6 +16,6 @@ struct JsonMember {
 /// Splits an object whose values are texts, numbers, `true`, `false` or `null` into its members, in
 /// their order. Copies nothing, so that wiping the text wipes all. Whether a value is well-formed
 /// within itself is the caller's to find out, and so is what it means that a name comes twice.
-std::variant<std::vector<JsonMember>, Fault> jsonMembers(std::string_view text);
+Result<std::vector<JsonMember>> jsonMembers(std::string_view text);
 
 }  // namespace Macsecd

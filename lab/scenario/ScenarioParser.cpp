@@ -276,8 +276,8 @@ ScenarioResult readScenario(std::string const& path) {
   Macsecd::InputFile file(path);
   if (file.fault()) return refused(*file.fault());
   auto const text = file.read(Macsecd::maxTextSize);
-  if (auto const* const fault = std::get_if<Macsecd::Fault>(&text)) return refused(*fault);
-  return parseScenario(std::get<Vesk::String8>(text).view(), path);
+  if (!text) return refused(text.fault());
+  return parseScenario(text->view(), path);
 }
 
 }  // namespace Lab

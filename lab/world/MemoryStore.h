@@ -37,7 +37,7 @@ class MemoryStore final : public Macsecd::StateStore {
     dead_ = false;
     return values_;
   }
-  std::string commit(Macsecd::StateChange const& change) override {
+  Macsecd::Result<> commit(Macsecd::StateChange const& change) override {
     if (dead_) return {};
     ++commits_;
     bool const dies = death_.commit == commits_;

@@ -170,14 +170,13 @@ int LmdbStore::grow() {
   return mdb_env_set_mapsize(env_.get(), mapSize_);
 }
 
-std::string LmdbStore::commit(Macsecd::StateChange const& change) {
+Macsecd::Result<> LmdbStore::commit(Macsecd::StateChange const& change) {
   int error = tryCommit(change);
   while (error == MDB_MAP_FULL && (error = grow()) == 0) error = tryCommit(change);
   if (error == 0) return {};
-  return fmt::format(
-      "{}: the state of the sessions can't be kept: {}; see that its file system has "
-      "room, or restart with another path",
-      path_, mdb_strerror(error));
+  return Macsecd::Fault{
+      fmt::format("{}: the state of the sessions can't be kept: {}", path_, mdb_strerror(error)),
+      "see that its file system has room, or restart with another path"};
 }
 
 }  // namespace Linux

@@ -28,7 +28,7 @@ class LmdbStore final : public Macsecd::StateStore {
   explicit LmdbStore(std::string path, size_t firstMapSize = size_t{16} << 20);
 
   Macsecd::StateValues readAll() override;
-  std::string commit(Macsecd::StateChange const& change) override;
+  Macsecd::Result<> commit(Macsecd::StateChange const& change) override;
 
   /// What happened to the file that the operator should know, a sentence each.
   std::vector<std::string> const& notices() const { return notices_; }

@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <iterator>
-#include <system_error>
+#include <string>
 
 #include "linux/process/SystemCalls.h"
 
@@ -19,19 +19,22 @@ namespace {
 constexpr unsigned kKept[] = {CAP_NET_ADMIN, CAP_NET_RAW};
 constexpr char const* kKeptNames[] = {"CAP_NET_ADMIN", "CAP_NET_RAW"};
 
-void checked(int result, char const* what) {
-  if (result != 0) throw std::system_error(errno, std::generic_category(), what);
+using Macsecd::Fault;
+using Macsecd::Result;
+
+/// What has failed just now; there is nothing to do but to see why the kernel refuses it.
+Fault failed(char const* what) { return {std::string(what) + ": " + std::strerror(errno), {}}; }
+
+Result<> checked(int result, char const* what) {
+  if (result != 0) return failed(what);
+  return {};
 }
 
-void readOwn() {
-  if (capng_get_caps_process() != 0) {
-    throw std::system_error(errno, std::generic_category(), "reading the capabilities");
-  }
-}
+Result<> readOwn() { return checked(capng_get_caps_process(), "reading the capabilities"); }
 
 // What the process itself may do, of the two that it needs: no more than it has.
-void keepOnlyNetworking() {
-  readOwn();
+Result<> keepOnlyNetworking() {
+  if (auto const read = readOwn(); !read) return read;
   bool isPermitted[std::size(kKept)];
   for (size_t i = 0; i < std::size(kKept); ++i) {
     isPermitted[i] = capng_have_capability(CAPNG_PERMITTED, kKept[i]) != 0;
@@ -41,64 +44,70 @@ void keepOnlyNetworking() {
   for (size_t i = 0; i < std::size(kKept); ++i) {
     if (isPermitted[i]) capng_update(CAPNG_ADD, both, kKept[i]);
   }
-  if (capng_apply(CAPNG_SELECT_CAPS) != 0) {
-    throw std::system_error(errno, std::generic_category(), "dropping capabilities");
-  }
+  return checked(capng_apply(CAPNG_SELECT_CAPS), "dropping capabilities");
 }
 
 // The bounding set takes CAP_SETPCAP to change, and the library complains to the log of the machine
 // when it tries without. A service manager that gave none has limited the set itself.
-void limitBounds() {
-  readOwn();
-  if (capng_have_capability(CAPNG_EFFECTIVE, CAP_SETPCAP) == 0) return;
+Result<> limitBounds() {
+  if (auto const read = readOwn(); !read) return read;
+  if (capng_have_capability(CAPNG_EFFECTIVE, CAP_SETPCAP) == 0) return {};
   capng_clear(CAPNG_SELECT_BOUNDS);
   for (unsigned const capability : kKept) {
     capng_update(CAPNG_ADD, CAPNG_BOUNDING_SET, capability);
   }
   capng_apply(CAPNG_SELECT_BOUNDS);
+  return {};
 }
 
 // What any program could come by that it starts. Without the capability to do so it has no way to
 // start one with more either, by the flag that is set after.
-void limitSuccessors() {
+Result<> limitSuccessors() {
   prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
-  limitBounds();
-  checked(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "giving up new privileges");
+  if (auto const limited = limitBounds(); !limited) return limited;
+  return checked(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "giving up new privileges");
 }
+
+Result<> refuseCoreDumps() {
+  rlimit const none{0, 0};
+  return checked(setrlimit(RLIMIT_CORE, &none), "turning core dumps off");
+}
+
+Result<> refuseTracing() { return checked(prctl(PR_SET_DUMPABLE, 0), "turning core dumps off"); }
 
 }  // namespace
 
-std::optional<std::string> missingPrivileges() {
-  readOwn();
+Result<> checkPrivileges() {
+  if (auto const read = readOwn(); !read) return read;
   std::string missing;
   for (size_t i = 0; i < std::size(kKept); ++i) {
     if (capng_have_capability(CAPNG_EFFECTIVE, kKept[i]) != 0) continue;
     missing += (missing.empty() ? "" : " and ") + std::string(kKeptNames[i]);
   }
-  if (missing.empty()) return std::nullopt;
-  return "this process lacks " + missing +
-         ", without which no interface can be secured; run it as root, or as the service";
+  if (missing.empty()) return {};
+  return Fault{"this process lacks " + missing + ", without which no interface can be secured",
+               "run it as root, or as the service"};
 }
 
-void dropPrivileges() {
-  rlimit const none{0, 0};
-  checked(setrlimit(RLIMIT_CORE, &none), "turning core dumps off");
-  limitSuccessors();
-  keepOnlyNetworking();
-  checked(prctl(PR_SET_DUMPABLE, 0), "turning core dumps off");
-  refuseSystemCalls();
+Result<> dropPrivileges() {
+  for (auto const step :
+       {refuseCoreDumps, limitSuccessors, keepOnlyNetworking, refuseTracing, refuseSystemCalls}) {
+    if (auto const done = step(); !done) return done;
+  }
+  return {};
 }
 
 // Under a limit, memory that is asked for later could be refused for being locked.
-std::optional<std::string> lockMemory() {
+Result<> lockMemory() {
+  constexpr char const* kRemedy = "set LimitMEMLOCK=infinity, or turn swap off";
   rlimit const unlimited{RLIM_INFINITY, RLIM_INFINITY};
   rlimit present{};
   if (setrlimit(RLIMIT_MEMLOCK, &unlimited) != 0 &&
       (getrlimit(RLIMIT_MEMLOCK, &present) != 0 || present.rlim_max != RLIM_INFINITY)) {
-    return "the limit of locked memory is low; set LimitMEMLOCK=infinity, or turn swap off";
+    return Fault{"the limit of locked memory is low", kRemedy};
   }
-  if (mlockall(MCL_CURRENT | MCL_FUTURE | MCL_ONFAULT) == 0) return std::nullopt;
-  return std::string(std::strerror(errno)) + "; set LimitMEMLOCK=infinity, or turn swap off";
+  if (mlockall(MCL_CURRENT | MCL_FUTURE | MCL_ONFAULT) == 0) return {};
+  return Fault{std::strerror(errno), kRemedy};
 }
 
 }  // namespace Linux

@@ -1,21 +1,20 @@
 #pragma once
 
-#include <optional>
-#include <string>
+#include "host/text/Result.h"
 
 namespace Linux {
 
-/// What the process lacks of CAP_NET_ADMIN and CAP_NET_RAW, and what to do about it.
-std::optional<std::string> missingPrivileges();
+/// Whether the process has CAP_NET_ADMIN and CAP_NET_RAW; a fault names what it lacks.
+Macsecd::Result<> checkPrivileges();
 
 /// Gives up for good what a process that agrees on keys doesn't need: every capability but
 /// CAP_NET_ADMIN and CAP_NET_RAW, the way to new ones, core dumps, that others trace it,
 /// and system calls that it never makes (linux/process/SystemCalls.h). Nothing that it doesn't have
-/// is missed. Throws `std::system_error` if the kernel refuses.
-void dropPrivileges();
+/// is missed. A fault says what the kernel refuses.
+Macsecd::Result<> dropPrivileges();
 
-/// Keeps all memory of the process, and with it the keys, out of the swap space. Otherwise what is
-/// wrong and what to do about it. Before `dropPrivileges`.
-[[nodiscard]] std::optional<std::string> lockMemory();
+/// Keeps all memory of the process, and with it the keys, out of the swap space. Before
+/// `dropPrivileges`.
+Macsecd::Result<> lockMemory();
 
 }  // namespace Linux

@@ -4,8 +4,9 @@
 #include <seccomp.h>
 
 #include <cerrno>
+#include <cstring>
 #include <memory>
-#include <system_error>
+#include <new>
 
 namespace Linux {
 
@@ -61,33 +62,44 @@ struct Release {
   void operator()(void* filter) const { seccomp_release(filter); }
 };
 
-void checked(int result) {
-  if (result != 0)
-    throw std::system_error(-result, std::generic_category(), "filter of system calls");
-}
+/// The first error of several steps, as a negative number; 0 while there is none.
+class Steps {
+ public:
+  void add(int result) {
+    if (error_ == 0) error_ = result;
+  }
+  int error() const { return error_; }
+
+ private:
+  int error_ = 0;
+};
 
 // The flags of clone3 lie in memory, where no filter looks: it counts as a call that the kernel
 // doesn't have, and the library takes clone instead.
-void refuseNamespaces(void* filter, uint32_t refusal) {
+void refuseNamespaces(void* filter, uint32_t refusal, Steps& steps) {
   for (scmp_datum_t const flag : kNamespaces) {
     scmp_arg_cmp const isSet{kCloneFlagsAt, SCMP_CMP_MASKED_EQ, flag, flag};
-    checked(seccomp_rule_add_array(filter, refusal, SCMP_SYS(clone), 1, &isSet));
+    steps.add(seccomp_rule_add_array(filter, refusal, SCMP_SYS(clone), 1, &isSet));
   }
-  checked(seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0));
+  steps.add(seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0));
 }
 
 }  // namespace
 
 // The calls of another machine or of another way to call the same kernel are refused as a whole.
-void refuseSystemCalls() {
+Macsecd::Result<> refuseSystemCalls() {
   std::unique_ptr<void, Release> const filter(seccomp_init(SCMP_ACT_ALLOW));
   if (!filter) throw std::bad_alloc();
   uint32_t const refusal = SCMP_ACT_ERRNO(EPERM);
-  checked(seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, refusal));
-  checked(seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_NNP, 0));
-  for (int const number : kRefused) checked(seccomp_rule_add(filter.get(), refusal, number, 0));
-  refuseNamespaces(filter.get(), refusal);
-  checked(seccomp_load(filter.get()));
+  Steps steps;
+  steps.add(seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, refusal));
+  steps.add(seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_NNP, 0));
+  for (int const number : kRefused) steps.add(seccomp_rule_add(filter.get(), refusal, number, 0));
+  refuseNamespaces(filter.get(), refusal, steps);
+  if (steps.error() == 0) steps.add(seccomp_load(filter.get()));
+  if (steps.error() == 0) return {};
+  return Macsecd::Fault{std::string("filter of system calls: ") + std::strerror(-steps.error()),
+                        {}};
 }
 
 }  // namespace Linux

@@ -45,8 +45,8 @@ Macsecd::Result<> EapKeyFeed::listenAt(std::string const& path) {
 
 std::string EapKeyFeed::take(SocketPeer const& peer, std::span<uint8_t> line) {
   auto const read = Macsecd::readEapKeyLine(line);
-  if (auto const* const fault = std::get_if<Fault>(&read)) return refuse(*fault);
-  auto const& news = std::get<Macsecd::EapKeyNews>(read);
+  if (!read) return refuse(read.fault());
+  Macsecd::EapKeyNews const& news = *read;
   if (news.key) {
     VESK_TRACE(3, ": Publishing a key on ", news.intfId, " for user ", peer.user);
     ++published_;

@@ -4,10 +4,9 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
-#include "host/text/KeyText.h"
+#include "host/text/Result.h"
 #include "linux/process/Descriptor.h"
 #include "linux/trace/TraceLayout.h"
 #include "runtime/Trace.h"
@@ -56,6 +55,6 @@ struct TracedStatement {
 };
 
 /// The statements that are whole in the file, oldest first, whoever writes there meanwhile.
-std::variant<std::vector<TracedStatement>, Macsecd::Fault> readTrace(std::string const& path);
+Macsecd::Result<std::vector<TracedStatement>> readTrace(std::string const& path);
 
 }  // namespace Linux

@@ -67,7 +67,7 @@ std::vector<TracedStatement> statementsOf(std::string_view text) {
 
 }  // namespace
 
-std::variant<std::vector<TracedStatement>, Fault> readTrace(std::string const& path) {
+Macsecd::Result<std::vector<TracedStatement>> readTrace(std::string const& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) {
     return Fault{path + ": " + std::strerror(errno),

@@ -11,11 +11,11 @@ namespace Linux {
 
 int showTrace(std::string const& path, bool json, std::ostream& out, std::ostream& err) {
   auto const read = readTrace(path);
-  if (auto const* fault = std::get_if<Macsecd::Fault>(&read)) {
-    err << "macsecctl: " << fault->what << "; " << fault->remedy << '\n';
+  if (!read) {
+    err << "macsecctl: " << read.fault().text() << '\n';
     return 1;
   }
-  for (TracedStatement const& one : std::get<std::vector<TracedStatement>>(read)) {
+  for (TracedStatement const& one : *read) {
     if (!json) {
       out << wallTimeText(wallTimeOf(one.time)) << "  " << one.level << "  " << one.handle << "  "
           << one.place << "  " << one.text << '\n';

@@ -19,8 +19,8 @@ class Tracing {
   Tracing(Tracing const&) = delete;
   Tracing& operator=(Tracing const&) = delete;
 
-  /// Throws `Fault` if there is no such handle, or the file can't be had; all stays as it was.
-  void wishIs(Macsecd::TraceWish const& wish);
+  /// A fault says that there is no such handle, or why the file can't be had; all stays as it was.
+  Macsecd::Result<> wishIs(Macsecd::TraceWish const& wish);
 
  private:
   ProcessWorld& world_;

@@ -9,8 +9,8 @@ namespace Macsecd {
 /// A store in memory that takes everything, or refuses it.
 struct KeptState final : StateStore {
   StateValues readAll() override { return values; }
-  std::string commit(StateChange const& change) override {
-    if (!refusal.empty()) return refusal;
+  Result<> commit(StateChange const& change) override {
+    if (!refusal.empty()) return Fault{refusal, "free some"};
     ++commits;
     apply(change, values);
     return {};

@@ -51,7 +51,10 @@ class ControlTest : public ::testing::Test {
                    [this](uint64_t connection, std::string const& line) {
                      told.push_back(std::to_string(connection) + ": " + line);
                    },
-                   [this](TraceWish const& wish) { wishes.push_back(wish); }}};
+                   [this](TraceWish const& wish) {
+                     wishes.push_back(wish);
+                     return Result<>();
+                   }}};
   std::string text;
 };
 

@@ -50,6 +50,7 @@ class ATrial : public ::testing::Test {
   }
   Host& host() { return switch_->host; }
   Trial& trial() { return *trial_; }
+  std::vector<Mistake> tried(std::string const& path) { return *trial().begin(path, 60); }
   bool isNew() { return host().config()->delayProtection(); }
   void runAt(double time) {
     switch_->world.time = time;
@@ -65,7 +66,7 @@ class ATrial : public ::testing::Test {
 };
 
 TEST_F(ATrial, IsInForceForItsTimeAndThenTheFormerOneAgain) {
-  EXPECT_THAT(trial().begin(other_, 60), IsEmpty());
+  EXPECT_THAT(tried(other_), IsEmpty());
   EXPECT_TRUE(isNew());
   EXPECT_EQ(trial().nextTime(), 60);
   runAt(59);
@@ -81,14 +82,14 @@ TEST_F(ATrial, IsInForceForItsTimeAndThenTheFormerOneAgain) {
 }
 
 TEST_F(ATrial, ThatIsKeptInTimeStays) {
-  trial().begin(other_, 60);
+  EXPECT_THAT(tried(other_), IsEmpty());
   runAt(59);
-  trial().keep();
+  EXPECT_TRUE(trial().keep());
   runAt(1000);
   EXPECT_TRUE(isNew());
   EXPECT_EQ(trial().state(), Trial::State::kept);
   EXPECT_TRUE(trial().isOfAnotherFile());
-  EXPECT_THROW(trial().keep(), Fault);
+  EXPECT_FALSE(trial().keep());
   host().commit();
   begin();
   EXPECT_TRUE(host().keptConfig().config()->delayProtection);
@@ -96,23 +97,23 @@ TEST_F(ATrial, ThatIsKeptInTimeStays) {
 
 TEST_F(ATrial, OfAFileWithMistakesOrWithoutAFileChangesNothing) {
   write(other_, kNew + "shutdwon: true\n");
-  EXPECT_EQ(trial().begin(other_, 60).size(), 1u);
-  EXPECT_THROW(trial().begin(other_ + "-none", 60), Fault);
+  EXPECT_EQ(tried(other_).size(), 1u);
+  EXPECT_FALSE(trial().begin(other_ + "-none", 60));
   EXPECT_FALSE(isNew());
   EXPECT_EQ(trial().state(), Trial::State::none);
-  EXPECT_THROW(trial().keep(), Fault);
+  EXPECT_FALSE(trial().keep());
 }
 
 TEST_F(ATrial, NeedsAConfigurationToGoBackTo) {
   store_.values.clear();
   begin();
-  EXPECT_THROW(trial().begin(other_, 60), Fault);
+  EXPECT_FALSE(trial().begin(other_, 60));
 }
 
 TEST_F(ATrial, OfAnotherFileMeanwhileGoesBackToTheFormerOneToo) {
-  trial().begin(other_, 60);
+  EXPECT_THAT(tried(other_), IsEmpty());
   write(other_, textWith("delay-protection: true\nshutdown: true\n"));
-  trial().begin(other_, 60);
+  EXPECT_THAT(tried(other_), IsEmpty());
   EXPECT_TRUE(host().config()->shutdown());
   runAt(60);
   EXPECT_FALSE(host().config()->shutdown());
@@ -120,7 +121,7 @@ TEST_F(ATrial, OfAnotherFileMeanwhileGoesBackToTheFormerOneToo) {
 }
 
 TEST_F(ATrial, EndsWhenAFileIsReadOverIt) {
-  trial().begin(other_, 60);
+  EXPECT_THAT(tried(other_), IsEmpty());
   host().reload(readConfigFile(other_, Keys::kept));
   trial().isReplaced();
   runAt(60);
@@ -130,16 +131,31 @@ TEST_F(ATrial, EndsWhenAFileIsReadOverIt) {
 
 TEST_F(ATrial, IsKnownToTheNextProcessHoweverThisOneDies) {
   write(own_, kNew);
-  trial().begin(own_, 60);  // and no commit comes after
+  EXPECT_THAT(tried(own_), IsEmpty());  // and no commit comes after
   EXPECT_FALSE(trial().isOfAnotherFile());
   begin();
   EXPECT_TRUE(host().keptConfig().isTried(readConfigFile(own_, Keys::kept).sealed));
   EXPECT_FALSE(host().keptConfig().config()->delayProtection);
 }
 
+TEST_F(ATrial, IsRefusedWhenTheStoreDoesNotTakeThatItIsOne) {
+  store_.refusal = "no room in /run";
+  auto const begun = trial().begin(other_, 60);
+  ASSERT_FALSE(begun);
+  EXPECT_EQ(begun.fault().text(),
+            "a start wouldn't know that it is on trial: no room in /run; free some");
+  EXPECT_FALSE(isNew());
+  EXPECT_EQ(trial().state(), Trial::State::none);
+  EXPECT_THAT(applied_, IsEmpty());
+  EXPECT_FALSE(host().keptConfig().isTried(readConfigFile(other_, Keys::kept).sealed));
+  store_.refusal.clear();
+  EXPECT_THAT(tried(other_), IsEmpty());
+  EXPECT_TRUE(isNew());
+}
+
 TEST_F(ATrial, OfTheFileItselfIsToldUntilThatIsRead) {
   write(own_, kNew);
-  trial().begin(own_, 60);
+  EXPECT_THAT(tried(own_), IsEmpty());
   runAt(60);
   EXPECT_EQ(host().configFault(), own_ + " was tried and not kept");
   host().reload(readConfigFile(own_, Keys::kept));

@@ -29,7 +29,7 @@ std::string quoted(std::string const& text) { return '"' + text + '"'; }
 class EapKeyLine : public ::testing::Test {
  protected:
   /// Reads a line and looks after its buffer.
-  std::variant<EapKeyNews, Fault> read(std::string const& text) {
+  Result<EapKeyNews> read(std::string const& text) {
     std::vector<uint8_t> line(text.begin(), text.end());
     auto const news = readEapKeyLine(line);
     EXPECT_THAT(line, Each(0)) << text;
@@ -37,19 +37,18 @@ class EapKeyLine : public ::testing::Test {
   }
   Dot1x::EapKey key(std::string const& text) {
     auto const news = read(text);
-    if (auto const* const fault = std::get_if<Fault>(&news)) {
-      ADD_FAILURE() << text << "\n" << fault->what;
+    if (!news) {
+      ADD_FAILURE() << text << "\n" << news.fault().what;
       return {};
     }
-    return std::get<EapKeyNews>(news).key.value();
+    return news->key.value();
   }
   std::string fault(std::string const& text) {
     auto const news = read(text);
-    auto const* const fault = std::get_if<Fault>(&news);
-    if (!fault) return "none";
-    EXPECT_NE(fault->remedy, "") << text;
-    EXPECT_THAT(fault->what + fault->remedy, Not(HasSubstr("404142"))) << text;
-    return fault->what;
+    if (news) return "none";
+    EXPECT_NE(news.fault().remedy, "") << text;
+    EXPECT_THAT(news.fault().text(), Not(HasSubstr("404142"))) << text;
+    return news.fault().what;
   }
 
   Support::TestWorld world_;
@@ -58,9 +57,9 @@ class EapKeyLine : public ::testing::Test {
 
 TEST_F(EapKeyLine, AKeyIsTakenWithAllItsMembers) {
   auto const news = read(lineWith("0", quoted(kMsk), R"("0D80")"));
-  ASSERT_TRUE(std::holds_alternative<EapKeyNews>(news));
-  EXPECT_EQ(std::get<EapKeyNews>(news).intfId, Lumo::IntfId("Ethernet1"));
-  Dot1x::EapKey const key = std::get<EapKeyNews>(news).key.value();
+  ASSERT_TRUE(news);
+  EXPECT_EQ(news->intfId, Lumo::IntfId("Ethernet1"));
+  Dot1x::EapKey const key = news->key.value();
   EXPECT_EQ(key.type(), 0);
   EXPECT_EQ(WardcodeLib::doDecodeKey(key.masterSessionKey()), kMsk.c_str());
   EXPECT_EQ(key.sessionId(), "0D80");
@@ -81,9 +80,9 @@ TEST_F(EapKeyLine, SpacesAndAnotherOrderOfMembersAreTheSame) {
 
 TEST_F(EapKeyLine, AnInterfaceMayBeWrittenWithEscapes) {
   auto const news = read(R"({"interface":"Ethernet1\/1","withdrawn":true})");
-  ASSERT_TRUE(std::holds_alternative<EapKeyNews>(news));
-  EXPECT_EQ(std::get<EapKeyNews>(news).intfId, Lumo::IntfId("Ethernet1/1"));
-  EXPECT_FALSE(std::get<EapKeyNews>(news).key);
+  ASSERT_TRUE(news);
+  EXPECT_EQ(news->intfId, Lumo::IntfId("Ethernet1/1"));
+  EXPECT_FALSE(news->key);
 }
 
 TEST_F(EapKeyLine, WhatIsNoObjectIsRefusedWithItsPlace) {

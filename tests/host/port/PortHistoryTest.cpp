@@ -63,7 +63,7 @@ TEST_F(PortHistoryTest, CountsSaksThatTakeThePlaceOfOthers) {
   for (double until : {50.0, 70.0}) {
     {
       Vesk::WorldScope const scope(a.world);
-      rekey(a.host, kIntf);
+      EXPECT_TRUE(rekey(a.host, kIntf));
     }
     talk(a, b, until);
   }

@@ -106,7 +106,7 @@ TEST_F(TheKeptConfiguration, OfASwitchIsTheLastOneWithoutMistakes) {
 TEST_F(TheKeptConfiguration, KnowsTheOneThatWasTriedAndNotKept) {
   KeptConfig config(&store_);
   config.textIs(readOf(kText).sealed);
-  config.triedIs(readOf(kText + "delay-protection: true\n").sealed);
+  EXPECT_TRUE(config.triedIs(readOf(kText + "delay-protection: true\n").sealed));
   config.commit();
   auto next = another();
   EXPECT_FALSE(next.config()->delayProtection);

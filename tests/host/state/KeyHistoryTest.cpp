@@ -15,8 +15,8 @@ constexpr uint64_t kPeer = 0x02000000000b0001;
 /// A store in memory that can refuse.
 struct Store final : StateStore {
   StateValues readAll() override { return values; }
-  std::string commit(StateChange const& change) override {
-    if (isFull) return "no room";
+  Result<> commit(StateChange const& change) override {
+    if (isFull) return Fault{"no room", {}};
     apply(change, values);
     ++commits;
     return {};

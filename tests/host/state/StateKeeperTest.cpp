@@ -79,7 +79,7 @@ TEST_F(Kept, EntityThatGoesAndComesInOneTurnIsTheNewOne) {
 TEST_F(Kept, WhatTheStoreRefusesGoesWithTheNextTurn) {
   StateKeeper keeper(status, store);
   status->mkpduPeriodIs(3);
-  store.refusal = "no room in /run; free some";
+  store.refusal = "no room in /run";
   EXPECT_FALSE(keeper.commit());
   EXPECT_EQ(keeper.error(), "no room in /run; free some");
   store.refusal.clear();

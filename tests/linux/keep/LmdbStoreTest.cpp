@@ -60,7 +60,7 @@ TEST_F(Lmdb, IsEmptyAtFirstAndForItsOwnerAlone) {
 
 TEST_F(Lmdb, HoldsWhatWasCommittedWhenOpenedAgain) {
   std::string const octets("\0\xff'", 3);
-  EXPECT_EQ(LmdbStore(path).commit({{}, {{"a/b", "1"}, {"c", octets}}}), "");
+  EXPECT_TRUE(LmdbStore(path).commit({{}, {{"a/b", "1"}, {"c", octets}}}));
   EXPECT_EQ(LmdbStore(path).readAll(), (StateValues{{"a/b", "1"}, {"c", octets}}));
 }
 
@@ -71,7 +71,7 @@ TEST_F(Lmdb, DoesWithAChangeWhatItIsDefinedToDo) {
        {StateChange{{}, {{"a", "+"}, {"a/x", "1"}, {"a/y/z", "2"}, {"a!", "3"}, {"ab", "4"}}},
         StateChange{{}, {{"a/x", std::nullopt}, {"nobody", std::nullopt}, {"ab", "5"}}},
         StateChange{{"a", "nothing"}, {{"a/x", "6"}}}, StateChange{{"ab"}, {{"ab", "7"}}}}) {
-    EXPECT_EQ(store.commit(change), "");
+    EXPECT_TRUE(store.commit(change));
     apply(change, expected);
     EXPECT_EQ(store.readAll(), expected);
   }
@@ -82,21 +82,21 @@ TEST_F(Lmdb, GrowsWhenItIsFull) {
   LmdbStore store(path, size_t{64} << 10);
   StateChange change;
   for (int i = 0; i < 2000; ++i) change.values["key" + std::to_string(i)] = std::string(300, 'x');
-  EXPECT_EQ(store.commit(change), "");
+  EXPECT_TRUE(store.commit(change));
   EXPECT_EQ(store.readAll().size(), 2000u);
   EXPECT_EQ(LmdbStore(path, size_t{64} << 10).readAll().size(), 2000u);
 }
 
 TEST_F(Lmdb, TellsWhatItCanNotTakeAndTakesNothingOfIt) {
   LmdbStore store(path);
-  std::string const error = store.commit({{}, {{"a", "1"}, {std::string(600, 'k'), "2"}}});
-  EXPECT_THAT(error, HasSubstr(path));
-  EXPECT_THAT(error, HasSubstr("file system has room"));
+  auto const taken = store.commit({{}, {{"a", "1"}, {std::string(600, 'k'), "2"}}});
+  EXPECT_THAT(taken.fault().what, HasSubstr(path));
+  EXPECT_THAT(taken.fault().remedy, HasSubstr("file system has room"));
   EXPECT_THAT(store.readAll(), IsEmpty());
 }
 
 TEST_F(Lmdb, OfAnotherLayoutIsEmptiedAndTold) {
-  EXPECT_EQ(LmdbStore(path).commit({{}, {{"a", "1"}}}), "");
+  EXPECT_TRUE(LmdbStore(path).commit({{}, {{"a", "1"}}}));
   rawPut("%layout", "0");
   LmdbStore store(path);
   EXPECT_THAT(store.readAll(), IsEmpty());
@@ -116,7 +116,7 @@ TEST_F(Lmdb, FileThatIsNoneIsSetAside) {
   EXPECT_THAT(store.readAll(), IsEmpty());
   EXPECT_THAT(store.notices(), ElementsAre(HasSubstr(path + ".damaged")));
   EXPECT_TRUE(std::filesystem::exists(path + ".damaged"));
-  EXPECT_EQ(store.commit({{}, {{"a", "1"}}}), "");
+  EXPECT_TRUE(store.commit({{}, {{"a", "1"}}}));
 }
 
 // Wherever it is cut or a block of it is overwritten: the store opens, reads and writes.
@@ -125,8 +125,8 @@ TEST_F(Lmdb, FileThatIsDamagedAnywhereCrashesNobody) {
   for (int i = 0; i < 300; ++i) change.values["key" + std::to_string(i)] = std::string(200, 'x');
   {
     LmdbStore store(path);
-    store.commit(change);
-    store.commit({{"key7"}, {{"a", "1"}}});
+    EXPECT_TRUE(store.commit(change));
+    EXPECT_TRUE(store.commit({{"key7"}, {{"a", "1"}}}));
   }
   std::string const good = folder + "/good";
   std::filesystem::copy_file(path, good);
@@ -141,7 +141,7 @@ TEST_F(Lmdb, FileThatIsDamagedAnywhereCrashesNobody) {
       LmdbStore store(path);
       aside += !store.notices().empty();
       store.readAll();
-      EXPECT_EQ(store.commit({{"a"}, {{"b", "2"}}}), "") << at;
+      EXPECT_TRUE(store.commit({{"a"}, {{"b", "2"}}})) << at;
     }
   }
   EXPECT_GT(aside, size / 4096 / 2);
@@ -154,7 +154,7 @@ TEST_F(Lmdb, FileThatIsDamagedAnywhereCrashesNobody) {
   for (uint32_t n = 1;; ++n) {
     StateChange change{{"gone" + std::to_string(n - 1)}, {{"gone" + std::to_string(n), "+"}}};
     for (int i = 0; i < 50; ++i) change.values["a/" + std::to_string(i)] = std::to_string(n);
-    if (!store.commit(change).empty() || write(told, &n, sizeof n) != sizeof n) _exit(1);
+    if (!store.commit(change) || write(told, &n, sizeof n) != sizeof n) _exit(1);
   }
 }
 
@@ -181,7 +181,7 @@ TEST_F(Lmdb, HoldsOneOfTheCommittedStatesAfterAKillInMidCommit) {
     EXPECT_LE(std::stoul(state), last + 1);
     for (int i = 0; i < 50; ++i) EXPECT_EQ(values.at("a/" + std::to_string(i)), state);
     EXPECT_TRUE(values.count("gone" + state));
-    store.commit({{"gone" + state}, {}});
+    EXPECT_TRUE(store.commit({{"gone" + state}, {}}));
   }
 }
 

@@ -31,7 +31,7 @@ namespace {
 bool holdsWithout(std::function<bool()> const& what) {
   pid_t const child = fork();
   if (child == 0) {
-    dropPrivileges();
+    if (!dropPrivileges()) _exit(2);
     _exit(what() ? 0 : 1);
   }
   int status = -1;
@@ -106,7 +106,7 @@ TEST(Privileges, AreDroppedWithoutAWordInTheLogOfTheMachineUnderAServiceManagerT
     capng_clear(CAPNG_SELECT_BOTH);
     capng_apply(CAPNG_SELECT_CAPS);
     int const before = syslogMessages;
-    dropPrivileges();
+    if (!dropPrivileges()) _exit(2);
     _exit(syslogMessages - before);
   }
   int status = -1;
@@ -116,7 +116,7 @@ TEST(Privileges, AreDroppedWithoutAWordInTheLogOfTheMachineUnderAServiceManagerT
 
 TEST(Privileges, CanBeDroppedTwice) {
   EXPECT_TRUE(holdsWithout([] {
-    dropPrivileges();
+    if (!dropPrivileges()) _exit(2);
     return true;
   }));
 }
