@@ -68,7 +68,7 @@ struct Host::Machines {
                      [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }),
         keyAges(host.status_) {
     codec.replayGuardIs(host.options_.replayGuard);
-    peerLoss.closingAre(host.closing_);
+    peerLoss.closingIs(host.closing_);
     if (host.options_.portDoctor) {
       doctor.emplace(
           host.config_, host.status_, host.timerWheel_, transmitHold,
@@ -160,8 +160,8 @@ void Host::interfaceSetUpIs(Lumo::IntfId intfId, bool setUp) {
 }
 
 void Host::configIs(SwitchConfig const& config) {
-  dialectsAre(config);
-  closingAre(config);
+  takeDialects(config);
+  takeClosing(config);
   for (InterfaceConfig const& interface : config.interfaces) portNumberIs(interface);
   writeConfig(config, *config_);
   dropConfiguredKeys(*config_, *status_, running());
@@ -182,7 +182,7 @@ std::vector<Mistake> Host::reload(std::string const& path) {
 }
 
 // An interface that the configuration doesn't name any more goes back to the default.
-void Host::dialectsAre(SwitchConfig const& config) {
+void Host::takeDialects(SwitchConfig const& config) {
   for (auto& [intfId, dialect] : dialects_) dialect = Codec::Dialect();
   for (InterfaceConfig const& interface : config.interfaces) {
     dialects_[Lumo::IntfId(Vesk::String8(interface.name))] = interface.dialect;
@@ -195,13 +195,13 @@ void Host::applyDialects() {
   for (auto const& [intfId, dialect] : dialects_) machines_->codec.dialectIs(intfId, dialect);
 }
 
-void Host::closingAre(SwitchConfig const& config) {
+void Host::takeClosing(SwitchConfig const& config) {
   closing_.clear();
   for (InterfaceConfig const& interface : config.interfaces) {
     if (interface.onPeerLoss != OnPeerLoss::close) continue;
     closing_.insert(Lumo::IntfId(Vesk::String8(interface.name)));
   }
-  if (running()) machines_->peerLoss.closingAre(closing_);
+  if (running()) machines_->peerLoss.closingIs(closing_);
 }
 
 // The port number is part of what an interface is: another one makes it anew.

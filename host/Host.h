@@ -183,9 +183,9 @@ class Host {
 
   void handleShutdown();
   void rebuildStatus();
-  void dialectsAre(SwitchConfig const& config);
+  void takeDialects(SwitchConfig const& config);
   void applyDialects();
-  void closingAre(SwitchConfig const& config);
+  void takeClosing(SwitchConfig const& config);
   void portNumberIs(InterfaceConfig const& config);
 
   HostTaps taps_;

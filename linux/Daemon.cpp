@@ -193,7 +193,7 @@ void Daemon::take(Macsecd::ConfigResult const& read) {
   for (auto const& mistake : read.mistakes) Vesk::log(MACSECD_CONFIG_MISTAKE, mistake.text());
   if (host_.reload(read)) {
     configIs(read.config);
-    trial_.isReplaced();
+    trial_.endReplaced();
     Vesk::log(MACSECD_CONFIG_TAKEN, options_.configFile);
   } else {
     Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.mistakes.size());
@@ -210,7 +210,7 @@ void Daemon::configIs(Macsecd::SwitchConfig const& config) {
     portNumbers_[interface.name] = interface.portNumber;
   }
   if (driver_) driver_->configIs(config);
-  ports_.namesAre(std::move(names));
+  ports_.namesIs(std::move(names));
   if (isReady_) tellWhatIsCutOff();
 }
 

@@ -53,7 +53,7 @@ enum class DaemonEnd : int {
 /// one thread, and in its world for as long as it lives. SIGHUP has it read the configuration
 /// again. SIGTERM and SIGINT end MACsec on this machine; SIGUSR1 ends the process and leaves the
 /// ports as they are, for the one that follows.
-class Daemon final : private PortFollower {
+class Daemon final : private PortObserver {
  public:
   /// Makes what installs the keys; null when the hardware is emulated.
   using DriverFactory =

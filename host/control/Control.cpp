@@ -18,18 +18,22 @@ namespace Macsecd {
 
 namespace {
 
-struct Asker {
+struct Client {
   bool mayChange;
   uint64_t connection;
 };
 
 /// One request on its way to its answer. A `Fault` is thrown for one that can't be answered, from
 /// here to where the answer is made, and no further.
-class Answering {
+class RequestHandler {
  public:
-  Answering(Host& host, Control::Ways const& ways, Subscriptions& subscriptions, Asker asker,
-            std::string_view request)
-      : host_(host), ways_(ways), subscriptions_(subscriptions), asker_(asker), request_(request) {}
+  RequestHandler(Host& host, Control::Ways const& ways, Subscriptions& subscriptions, Client client,
+                 std::string_view request)
+      : host_(host),
+        ways_(ways),
+        subscriptions_(subscriptions),
+        client_(client),
+        request_(request) {}
 
   Json result() {
     std::string const command = request_.command();
@@ -46,7 +50,7 @@ class Answering {
   struct Command {
     char const* name;
     bool changes;
-    Json (Answering::*run)();
+    Json (RequestHandler::*run)();
   };
   static std::array<Command, 12> const kCommands;
 
@@ -58,7 +62,7 @@ class Answering {
   }
 
   Json run(Command const& command) {
-    if (!command.changes || asker_.mayChange) return (this->*command.run)();
+    if (!command.changes || client_.mayChange) return (this->*command.run)();
     throw Fault{fmt::format("you have no permission to {}", command.name), "run it as root"};
   }
 
@@ -121,7 +125,8 @@ class Answering {
   Json tryFile() {
     constexpr unsigned kUsualSeconds = 120;
     auto const file = request_.text("file");
-    unsigned const seconds = request_.number("timeout", kMostTrialSeconds).value_or(kUsualSeconds);
+    unsigned const seconds =
+        request_.number("timeout", kMostTrialSeconds).value_or(kUsualSeconds);
     if (!file) throw Fault{"no file is named", "say \"file\": its whole path"};
     if (seconds == 0) throw Fault{"no time is left to keep it", "give it some seconds"};
     return takenOver(had(theTrial().begin(*file, seconds)));
@@ -148,13 +153,13 @@ class Answering {
   Json watch() {
     requireTelling();
     auto const name = request_.text("interface");
-    subscriptions_.watch(asker_.connection,
+    subscriptions_.watch(client_.connection,
                          name ? std::optional(interface()) : std::optional<Lumo::IntfId>());
     return nullptr;
   }
   Json capture() {
     requireTelling();
-    subscriptions_.capture(asker_.connection, interface());
+    subscriptions_.capture(client_.connection, interface());
     return nullptr;
   }
   void requireTelling() const {
@@ -174,23 +179,23 @@ class Answering {
   Host& host_;
   Control::Ways const& ways_;
   Subscriptions& subscriptions_;
-  Asker const asker_;
+  Client const client_;
   ControlRequest const request_;
 };
 
-std::array<Answering::Command, 12> const Answering::kCommands = {{
-    {"status", false, &Answering::status},
-    {"explain", false, &Answering::explanations},
-    {"counters", false, &Answering::counters},
-    {"clear-counters", true, &Answering::clearCounters},
-    {"rekey", true, &Answering::rekey},
-    {"reload", true, &Answering::reload},
-    {"try", true, &Answering::tryFile},
-    {"keep", true, &Answering::keep},
-    {"trial", false, &Answering::trial},
-    {"watch", false, &Answering::watch},
-    {"capture", false, &Answering::capture},
-    {"trace", true, &Answering::trace},
+std::array<RequestHandler::Command, 12> const RequestHandler::kCommands = {{
+    {"status", false, &RequestHandler::status},
+    {"explain", false, &RequestHandler::explanations},
+    {"counters", false, &RequestHandler::counters},
+    {"clear-counters", true, &RequestHandler::clearCounters},
+    {"rekey", true, &RequestHandler::rekey},
+    {"reload", true, &RequestHandler::reload},
+    {"try", true, &RequestHandler::tryFile},
+    {"keep", true, &RequestHandler::keep},
+    {"trial", false, &RequestHandler::trial},
+    {"watch", false, &RequestHandler::watch},
+    {"capture", false, &RequestHandler::capture},
+    {"trace", true, &RequestHandler::trace},
 }};
 
 /// The answer with this result, or with what hinders it.
@@ -218,8 +223,8 @@ Control::Control(Host& host, Ways ways)
 
 std::string Control::answer(std::string_view request, bool mayChange, uint64_t connection) {
   auto const result = [&] {
-    Asker const asker{mayChange, connection};
-    return Answering(host_, ways_, subscriptions_, asker, request).result();
+    Client const client{mayChange, connection};
+    return RequestHandler(host_, ways_, subscriptions_, client, request).result();
   };
   return jsonText(answerOf(result));
 }

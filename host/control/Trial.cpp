@@ -71,7 +71,7 @@ bool Trial::isOfAnotherFile() const {
   return !std::filesystem::equivalent(path_, file_, ignored);
 }
 
-void Trial::isReplaced() {
+void Trial::endReplaced() {
   if (state_ == State::running) end(State::replaced);
 }
 

@@ -35,8 +35,8 @@ class Trial {
   Result<> keep();
   /// A start takes another file than the one on trial, or than the one kept last.
   bool isOfAnotherFile() const;
-  /// Another configuration has been taken over.
-  void isReplaced();
+  /// Another configuration has been taken over: what was on trial is so no more.
+  void endReplaced();
 
   State state() const { return state_; }
   /// What was tried last.

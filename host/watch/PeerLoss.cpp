@@ -8,7 +8,7 @@ PeerLoss::PeerLoss(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Input> inpu
     : input_(std::move(input)),
       ports_(std::move(status), [this](Lumo::IntfId intfId) { look(intfId); }) {}
 
-void PeerLoss::closingAre(std::set<Lumo::IntfId> closing) {
+void PeerLoss::closingIs(std::set<Lumo::IntfId> closing) {
   auto const former = std::exchange(closing_, std::move(closing));
   for (Lumo::IntfId const intfId : former) look(intfId);
   for (Lumo::IntfId const intfId : closing_) look(intfId);

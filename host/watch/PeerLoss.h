@@ -16,7 +16,7 @@ class PeerLoss {
   PeerLoss(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Input> input);
 
   /// The interfaces on which ports are to be closed.
-  void closingAre(std::set<Lumo::IntfId> closing);
+  void closingIs(std::set<Lumo::IntfId> closing);
 
  private:
   void look(Lumo::IntfId intfId);

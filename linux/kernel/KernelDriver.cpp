@@ -68,19 +68,19 @@ struct KernelDriver::CpStatusReactor final
     : Vesk::Reactor<CpStatus const, KernelDriver, CpStatusReactor> {
   using Reactor::Reactor;
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
-  void onTxSak() override { owner().changed(fwkKey()); }
-  void onRxSak(AssociationNumber const&) override { owner().changed(fwkKey()); }
-  void onRxSakImmediate() override { owner().changed(fwkKey()); }
+  void onTxSak() override { owner().workOn(fwkKey()); }
+  void onRxSak(AssociationNumber const&) override { owner().workOn(fwkKey()); }
+  void onRxSakImmediate() override { owner().workOn(fwkKey()); }
   void onRxLPN(AssociationNumber const& an) override { owner().lowestIs(fwkKey(), an); }
-  void onMySsci() override { owner().changed(fwkKey()); }
-  void onPeerSsci() override { owner().changed(fwkKey()); }
+  void onMySsci() override { owner().workOn(fwkKey()); }
+  void onPeerSsci() override { owner().workOn(fwkKey()); }
 };
 
 struct KernelDriver::PortStatusReactor final
     : Vesk::Reactor<MkaPortStatus const, KernelDriver, PortStatusReactor> {
   using Reactor::Reactor;
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
-  void onMySci() override { owner().changed(fwkKey()); }
+  void onMySci() override { owner().workOn(fwkKey()); }
 };
 
 KernelDriver::StatusReactor::StatusReactor(KernelDriver& driver, Vesk::Ptr<Status const> status)
@@ -103,7 +103,7 @@ void KernelDriver::StatusReactor::followPort(Lumo::IntfId intfId) {
 
 void KernelDriver::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
   followCp(intfId);
-  owner().changed(intfId);
+  owner().workOn(intfId);
 }
 
 void KernelDriver::StatusReactor::onCpStatusImmediate() {
@@ -112,7 +112,7 @@ void KernelDriver::StatusReactor::onCpStatusImmediate() {
 
 void KernelDriver::StatusReactor::onPortStatus(Lumo::IntfId const& intfId) {
   followPort(intfId);
-  owner().changed(intfId);
+  owner().workOn(intfId);
 }
 
 void KernelDriver::StatusReactor::onPortStatusImmediate() {
@@ -148,7 +148,7 @@ void KernelDriver::follow(Vesk::Ptr<Status const> status) {
   if (!status) return;
   status_ = Vesk::make<StatusReactor>(*this, std::move(status));
   status_->hasNotificationActiveIs(true);
-  for (auto const& [intfId, port] : ports_) changed(intfId);
+  for (auto const& [intfId, port] : ports_) workOn(intfId);
 }
 
 void KernelDriver::deviceIs(Lumo::IntfId intfId, DeviceOptions const& device) {
@@ -194,11 +194,11 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   auto const entry = slice_->statusIs(intfId);
   auto& history = options_.history ? *options_.history : ownHistory_;
   ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, history,
-                                                counts_, kernel_, entry);
+                                                counts_, byDevice_, kernel_, entry);
   if (mtus_.contains(intfId)) ports_[intfId]->parentMtuIs(mtus_.at(intfId));
   ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
   ports_[intfId]->transmitHeldIs(transmitHeld_.contains(intfId));
-  changed(intfId);
+  workOn(intfId);
 }
 
 void KernelDriver::interfaceMtuIs(Lumo::IntfId intfId, uint32_t mtu) {
@@ -219,9 +219,8 @@ void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
 }
 
 void KernelDriver::deviceChanged(int index, bool isThere) {
-  for (auto const& [intfId, port] : ports_) {
-    if (port->held() && port->held()->index == index) return port->deviceChanged(isThere);
-  }
+  auto const port = byDevice_.find(index);
+  if (port != byDevice_.end()) port->second->deviceChanged(isThere);
 }
 
 void KernelDriver::removeOthers() {
@@ -243,7 +242,7 @@ void KernelDriver::tellPort(KernelPort& port) {
 
 // What has no port any more is taken away when all is quiet: another port may be on its way, whose
 // device is the same.
-void KernelDriver::changed(Lumo::IntfId intfId) {
+void KernelDriver::workOn(Lumo::IntfId intfId) {
   auto const port = ports_.find(intfId);
   if (port == ports_.end() || !status_) return;
   tellPort(*port->second);
@@ -316,7 +315,7 @@ void KernelDriver::poll() {
   ++counts_.polls;
   std::vector<SecY> all;
   if (!kernel_.secYs(all)) return;
-  for (auto const& [intfId, port] : ports_) port->polled(all);
+  for (auto const& [intfId, port] : ports_) port->takePolled(all);
 }
 
 KernelPort const* KernelDriver::port(Lumo::IntfId intfId) const {

@@ -67,7 +67,7 @@ class KernelDriver final {
   struct CpStatusReactor;
   struct PortStatusReactor;
 
-  void changed(Lumo::IntfId intfId);
+  void workOn(Lumo::IntfId intfId);
   void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
   void tellPort(KernelPort& port);
   void poll();
@@ -80,6 +80,7 @@ class KernelDriver final {
   Macsecd::KeyHistory ownHistory_;
   KernelCounts counts_;
   std::map<Lumo::IntfId, DeviceOptions> devices_;
+  KernelPort::ByDevice byDevice_;
   std::map<Lumo::IntfId, std::unique_ptr<KernelPort>> ports_;
   Vesk::Ptr<StatusReactor> status_;
   std::map<Lumo::IntfId, int> waiting_;    // interfaces with their index, for MACsec in the kernel

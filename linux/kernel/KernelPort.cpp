@@ -69,13 +69,14 @@ uint64_t notValidFrames(SecY const& secY) {
 
 KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
                        KernelDriverOptions const& options, Macsecd::KeyHistory& history,
-                       KernelCounts& counts, MacsecKernel& kernel,
+                       KernelCounts& counts, ByDevice& byDevice, MacsecKernel& kernel,
                        Vesk::Ptr<Macsec::MacSecIntfStatus> report)
     : intfId_(intfId),
       parent_(parent),
       options_(options),
       history_(history),
       counts_(counts),
+      byDevice_(byDevice),
       kernel_(kernel),
       report_(std::move(report)),
       device_(std::move(device)),
@@ -109,14 +110,14 @@ void KernelPort::work() {
 
 // Each step ends with its reports: what stands behind them in a pass may have changed by then.
 bool KernelPort::pass() {
-  if (!known()) return false;
-  if (!cpStatus_) return device_.standing ? stands() : deviceGone();
+  if (!readKernel()) return false;
+  if (!cpStatus_) return device_.standing ? keepStanding() : removeDevice();
   if (mySci_ == 0) return true;
-  if (!deviceThere()) return false;
+  if (!setUpDevice()) return false;
   if (again_ || !cpStatus_) return true;
-  bool const isReceived = received();
+  bool const isReceived = setUpReceive();
   if (again_) return true;
-  return transmitted() && isReceived;
+  return setUpTransmit() && isReceived;
 }
 
 // A change of what is asked for is tried at once, and puts off nothing.
@@ -125,7 +126,7 @@ void KernelPort::tryAgainLater() {
   retryTime_ = Vesk::now() + retry_.next();
 }
 
-bool KernelPort::known() {
+bool KernelPort::readKernel() {
   if (known_) return true;
   std::vector<MacsecLink> links;
   std::vector<SecY> all;
@@ -167,10 +168,21 @@ void KernelPort::removeOthers(std::vector<MacsecLink> const& links, int index) {
   }
 }
 
-void KernelPort::take(SecY const* secY) {
+// Another port's device may have the index of one that is gone.
+void KernelPort::hold(SecY const* secY) {
+  if (held_) {
+    auto const known = byDevice_.find(held_->index);
+    if (known != byDevice_.end() && known->second == this) byDevice_.erase(known);
+  }
   held_.reset();
   if (!secY) return;
   held_ = *secY;
+  byDevice_[held_->index] = this;
+}
+
+void KernelPort::take(SecY const* secY) {
+  hold(secY);
+  if (!held_) return;
   for (HeldSa const& sa : held_->txSas) {
     history_.sends(intfId_, sakIdOf(sa.keyId), sa.ssci, sa.packetNumber);
     if (reserved_ && reserved_->first == sa.keyId) reserved_.reset();
@@ -187,7 +199,7 @@ std::optional<DeviceKind> KernelPort::wantedKind() const {
   return DeviceKind{mySci_, cipherOf(cpStatus_->cipher()), cpStatus_->includeSci()};
 }
 
-bool KernelPort::deviceGone() {
+bool KernelPort::removeDevice() {
   if (!held_) {
     reportNothing();
     return true;
@@ -195,35 +207,35 @@ bool KernelPort::deviceGone() {
   auto const answer = kernel_.secYDel(held_->index);
   if (answer.error != ENODEV && !did(answer, "remove the device")) return false;
   ++counts_.devicesRemoved;
-  held_.reset();
+  hold(nullptr);
   reportNothing();
   return true;
 }
 
 // Whatever is attached to the device stays while there is no port.
-bool KernelPort::stands() {
-  if (!deviceThere()) return false;
+bool KernelPort::keepStanding() {
+  if (!setUpDevice()) return false;
   if (cpStatus_) return true;
   bool const isBare = dropOtherChannels(0) && dropOtherTransmitSas(nullptr);
   reportNothing();
   return isBare;
 }
 
-bool KernelPort::deviceThere() {
+bool KernelPort::setUpDevice() {
   auto const wanted = wantedKind();
   if (wanted->cipher == 0) {
     refuse(kMakeDevice, {"the cipher suite is none", "give its profile a 'cipher-suite'"});
     return false;
   }
   bool const isAdopted = held_ && DeviceKind{held_->sci, held_->cipher, held_->sendSci} == wanted;
-  if (held_ && !isAdopted && !deviceGone()) return false;
+  if (held_ && !isAdopted && !removeDevice()) return false;
   if (wantedKind() != wanted) return true;
   if (!held_ && (!make(*wanted) || !held_)) {
     reportNothing();
     return false;
   }
-  if (!settled()) return false;
-  sized();
+  if (!setSettings()) return false;
+  setMtu();
   if (isAdopted && cpStatus_ && !report_->configured()) ++counts_.devicesAdopted;
   upIfItCan();
   showAuthorized();
@@ -254,21 +266,21 @@ bool KernelPort::make(DeviceKind const& kind) {
   ++devicesMade_;
   shown_.reset();
   known_ = false;
-  return known();
+  return readKernel();
 }
 
-bool KernelPort::settled() {
+bool KernelPort::setSettings() {
   SecYSettings wanted;
   wanted.window = device_.replayWindow;
   if (held_->settings == wanted) return true;
-  if (!did(kernel_.settingsAre(held_->index, wanted), "set up the device")) return false;
+  if (!did(kernel_.settingsIs(held_->index, wanted), "set up the device")) return false;
   held_->settings = wanted;
   return true;
 }
 
 // The kernel lowers the device's with the interface's, and never raises it. In between it is the
 // operator's: nobody sets it back.
-void KernelPort::sized() {
+void KernelPort::setMtu() {
   if (parentMtu_ <= kMacsecOctets) return;
   uint32_t const most = parentMtu_ - kMacsecOctets;
   if (device_.mtu > most) refuseMtu();
@@ -347,7 +359,7 @@ void KernelPort::remove() {
   work();
 }
 
-void KernelPort::polled(std::vector<SecY> const& all) {
+void KernelPort::takePolled(std::vector<SecY> const& all) {
   if (!known_ || working_) return;
   shown_.reset();  // the kernel forgets it when the link goes down
   if (held_) {

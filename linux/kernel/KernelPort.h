@@ -74,10 +74,16 @@ struct KernelCounts {
 ///     CpStatus -> work() -> requests -> answers -> held -> MacSecIntfStatus
 class KernelPort {
  public:
-  /// `options`, `history` and `counts` are shared with the other ports.
+  /// The ports whose devices are there, by the index of the device.
+  using ByDevice = std::map<int, KernelPort*>;
+
+  /// `options`, `history`, `counts` and `byDevice` are shared with the other ports.
   KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
              KernelDriverOptions const& options, Macsecd::KeyHistory& history, KernelCounts& counts,
-             MacsecKernel& kernel, Vesk::Ptr<Macsec::MacSecIntfStatus> report);
+             ByDevice& byDevice, MacsecKernel& kernel, Vesk::Ptr<Macsec::MacSecIntfStatus> report);
+  ~KernelPort() { hold(nullptr); }
+  KernelPort(KernelPort const&) = delete;
+  KernelPort& operator=(KernelPort const&) = delete;
 
   Lumo::IntfId intfId() const { return intfId_; }
   int parent() const { return parent_; }
@@ -93,7 +99,7 @@ class KernelPort {
   /// The lowest acceptable packet number of a receive SA was told.
   void lowestIs(Macsec::AssociationNumber an);
   /// What the kernel holds now, as the poll of all devices read it.
-  void polled(std::vector<SecY> const& all);
+  void takePolled(std::vector<SecY> const& all);
   /// The device stands otherwise than before; or it isn't there any more, whoever took it away.
   void deviceChanged(bool isThere);
   /// How often the device was made.
@@ -123,21 +129,21 @@ class KernelPort {
 
   bool pass();
   // Each of these returns whether the kernel is where it should be.
-  bool known();
+  bool readKernel();
   void takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
   void removeOthers(std::vector<MacsecLink> const& links, int index);
-  bool deviceGone();
+  bool removeDevice();
   std::optional<DeviceKind> wantedKind() const;
-  bool stands();
-  bool deviceThere();
+  bool keepStanding();
+  bool setUpDevice();
   bool make(DeviceKind const& kind);
-  bool settled();
-  void sized();
-  bool received();
+  bool setSettings();
+  void setMtu();
+  bool setUpReceive();
   bool dropOtherChannels(SciNumber sci);
   bool dropOtherReceiveSas(SciNumber sci);
   bool installReceive(Sak const& sak, SciNumber sci);
-  bool transmitted();
+  bool setUpTransmit();
   bool installTransmit(Sak const& sak, KeyId const& keyId);
   bool dropOtherTransmitSas(HeldSa const* keep);
   bool install(SaPlace const& place, Sak const& sak, uint64_t packetNumber, uint32_t ssci,
@@ -153,6 +159,7 @@ class KernelPort {
   void upIfItCan();
   void showAuthorized();
   void take(SecY const* secY);
+  void hold(SecY const* secY);
   void lookForNotValid(SecY const& now);
   void tellIfChanged();
 
@@ -176,6 +183,7 @@ class KernelPort {
   KernelDriverOptions const& options_;
   Macsecd::KeyHistory& history_;
   KernelCounts& counts_;
+  ByDevice& byDevice_;
   MacsecKernel& kernel_;
   Vesk::Ptr<Macsec::MacSecIntfStatus> const report_;
   DeviceOptions device_;

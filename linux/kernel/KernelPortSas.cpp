@@ -48,7 +48,7 @@ bool KernelPort::isHeldAsWanted(HeldSa const& sa) const {
          keyIdOf(*wanted) == sa.keyId;
 }
 
-bool KernelPort::received() {
+bool KernelPort::setUpReceive() {
   auto const ssci = ssciNumber(cpStatus_->peerSsci());
   SciNumber const sci = ssci ? sciNumber(cpStatus_->peerSsci().sci()) : 0;
   bool isDone = dropOtherChannels(sci) && dropOtherReceiveSas(sci);
@@ -134,7 +134,7 @@ bool KernelPort::dropSa(SaPlace const& place, std::vector<HeldSa>& sas) {
 }
 
 // The new SA, then the switch to it, then the end of the old one: nothing is lost on the way.
-bool KernelPort::transmitted() {
+bool KernelPort::setUpTransmit() {
   Sak const sak = transmitHeld_ ? Sak() : cpStatus_->txSak();
   if (sak == Sak()) {
     bool const isDone = dropOtherTransmitSas(nullptr);
@@ -232,7 +232,7 @@ void KernelPort::lowestIs(AssociationNumber an) {
   if (!sa() || extended(told->lpn(), sa()->packetNumber) <= sa()->packetNumber) return;
   std::vector<SecY> all;
   if (!did(kernel_.secYs(all), "list its secure associations")) return;
-  polled(all);
+  takePolled(all);
   HeldSa* const now = sa();
   if (!now) return;
   uint64_t const lowest = extended(told->lpn(), now->packetNumber);

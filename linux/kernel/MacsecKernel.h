@@ -144,7 +144,7 @@ class MacsecKernel {
 
   virtual KernelAnswer secYAdd(NewSecY const& secY) = 0;
   virtual KernelAnswer secYDel(int index) = 0;
-  virtual KernelAnswer settingsAre(int index, SecYSettings const& settings) = 0;
+  virtual KernelAnswer settingsIs(int index, SecYSettings const& settings) = 0;
   virtual KernelAnswer encodingSaIs(int index, uint8_t an) = 0;
   /// Brings a device up, and marks it as this program's, also if it can't be up yet.
   virtual KernelAnswer linkUp(int index) = 0;

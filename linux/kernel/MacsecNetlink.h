@@ -16,7 +16,7 @@ class MacsecNetlink final : public MacsecKernel {
   KernelAnswer secYs(std::vector<SecY>& out) override;
   KernelAnswer secYAdd(NewSecY const& secY) override;
   KernelAnswer secYDel(int index) override;
-  KernelAnswer settingsAre(int index, SecYSettings const& settings) override;
+  KernelAnswer settingsIs(int index, SecYSettings const& settings) override;
   KernelAnswer encodingSaIs(int index, uint8_t an) override;
   KernelAnswer linkUp(int index) override;
   KernelAnswer mtuIs(int index, uint32_t mtu) override;

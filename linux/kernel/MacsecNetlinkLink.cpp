@@ -104,7 +104,7 @@ KernelAnswer MacsecNetlink::macsecLink(int index, Fill fill) {
   return route_.ask(message);
 }
 
-KernelAnswer MacsecNetlink::settingsAre(int index, SecYSettings const& settings) {
+KernelAnswer MacsecNetlink::settingsIs(int index, SecYSettings const& settings) {
   return macsecLink(index, [&](NetlinkMessage& message) { putSettings(message, settings); });
 }
 

@@ -10,7 +10,7 @@ Lumo::IntfId intfIdOf(std::string const& name) { return Lumo::IntfId(Vesk::Strin
 
 }  // namespace
 
-void Ports::namesAre(std::set<std::string> names) {
+void Ports::namesIs(std::set<std::string> names) {
   std::set<std::string> const former = std::exchange(names_, std::move(names));
   for (auto const& [index, link] : table_.links()) {
     bool const wasPort = former.contains(link.name);
@@ -20,13 +20,13 @@ void Ports::namesAre(std::set<std::string> names) {
 }
 
 void Ports::enter(Link const& link) {
-  follower_.portIs(intfIdOf(link.name), link.index, link.addr);
-  follower_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
-  if (link.mtu != 0) follower_.portMtuIs(intfIdOf(link.name), link.mtu);
-  if (link.up) follower_.portLinkIs(intfIdOf(link.name), true);
+  observer_.portIs(intfIdOf(link.name), link.index, link.addr);
+  observer_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
+  if (link.mtu != 0) observer_.portMtuIs(intfIdOf(link.name), link.mtu);
+  if (link.up) observer_.portLinkIs(intfIdOf(link.name), true);
 }
 
-void Ports::leave(std::string const& name) { follower_.portDel(intfIdOf(name)); }
+void Ports::leave(std::string const& name) { observer_.portDel(intfIdOf(name)); }
 
 void Ports::changed(LinkChange const& change) {
   using What = LinkChange::What;
@@ -44,11 +44,11 @@ void Ports::changed(LinkChange const& change) {
       return enter(link);
     case What::up:
     case What::down:
-      return follower_.portLinkIs(intfIdOf(link.name), change.what == What::up);
+      return observer_.portLinkIs(intfIdOf(link.name), change.what == What::up);
     case What::state:
-      return follower_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
+      return observer_.portSetUpIs(intfIdOf(link.name), link.isSetUp);
     case What::mtu:
-      return follower_.portMtuIs(intfIdOf(link.name), link.mtu);
+      return observer_.portMtuIs(intfIdOf(link.name), link.mtu);
   }
 }
 

@@ -8,9 +8,9 @@
 namespace Linux {
 
 /// What follows the ports of the switch.
-class PortFollower {
+class PortObserver {
  public:
-  virtual ~PortFollower() = default;
+  virtual ~PortObserver() = default;
   /// A port is there, with its link down: with this index in the kernel, and this address.
   virtual void portIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) = 0;
   virtual void portLinkIs(Lumo::IntfId intfId, bool up) = 0;
@@ -26,10 +26,10 @@ class PortFollower {
 /// another one.
 class Ports {
  public:
-  Ports(LinkTable const& table, PortFollower& follower) : table_(table), follower_(follower) {}
+  Ports(LinkTable const& table, PortObserver& observer) : table_(table), observer_(observer) {}
 
   /// The names that the configuration has.
-  void namesAre(std::set<std::string> names);
+  void namesIs(std::set<std::string> names);
   /// Something has changed in the table.
   void changed(LinkChange const& change);
 
@@ -39,7 +39,7 @@ class Ports {
   void leave(std::string const& name);
 
   LinkTable const& table_;
-  PortFollower& follower_;
+  PortObserver& observer_;
   std::set<std::string> names_;
 };
 

@@ -123,7 +123,7 @@ TEST_F(ATrial, OfAnotherFileMeanwhileGoesBackToTheFormerOneToo) {
 TEST_F(ATrial, EndsWhenAFileIsReadOverIt) {
   EXPECT_THAT(tried(other_), IsEmpty());
   host().reload(readConfigFile(other_, Keys::kept));
-  trial().isReplaced();
+  trial().endReplaced();
   runAt(60);
   EXPECT_TRUE(isNew());
   EXPECT_EQ(trial().state(), Trial::State::replaced);

@@ -59,7 +59,7 @@ class FakeKernel final : public MacsecKernel {
       return std::erase_if(devices, [=](auto& d) { return d.link.index == index; }) ? 0 : ENODEV;
     });
   }
-  KernelAnswer settingsAre(int index, SecYSettings const& settings) override {
+  KernelAnswer settingsIs(int index, SecYSettings const& settings) override {
     return change(index, "settings", [&](Device& d) { return d.secY.settings = settings, 0; });
   }
   // An AN without SA is taken: the device then drops what it is to send.

@@ -167,6 +167,20 @@ TEST_F(ADriverInTrouble, MakesADeviceAnewThatSomebodyHasDeleted) {
   EXPECT_TRUE(report()->txSaStatus());
 }
 
+TEST_F(ADriverInTrouble, HearsOfTheDeviceThatItHasNowAndOfNoFormerOne) {
+  secured();
+  int const former = device().link.index;
+  kernel.devices.clear();
+  driver->deviceChanged(former, false);
+  runAt(world.time);
+  int const now = device().link.index;
+  ASSERT_NE(former, now);
+  driver->deviceChanged(former, false);
+  EXPECT_TRUE(driver->held(kIntf));
+  driver->deviceChanged(now, false);
+  EXPECT_FALSE(driver->held(kIntf));
+}
+
 TEST_F(ADriverInTrouble, TellsOfTheDeviceAndItsAssociationsWhenTheyChangeAndNotBefore) {
   int changes = 0;
   portIs();

@@ -11,8 +11,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-struct Followed final : PortFollower {
-  Followed() { ports.namesAre({"eth0", "wan"}); }
+struct Followed final : PortObserver {
+  Followed() { ports.namesIs({"eth0", "wan"}); }
   void portIs(Lumo::IntfId intfId, int index, Lumo::EthAddr const& addr) override {
     say(intfId, "is " + std::to_string(index) + " " + std::to_string(addr.bytes()[5]));
   }
@@ -106,9 +106,9 @@ TEST(Ports, ComeAndGoWithTheConfigurationWhileTheOthersStay) {
   f.table.linkIs(link(4, "eth1", 2, true));
   f.table.linkIs(link(5, "wan", 3, false));
   f.take();
-  f.ports.namesAre({"eth1", "wan", "absent"});
+  f.ports.namesIs({"eth1", "wan", "absent"});
   EXPECT_THAT(f.take(), ElementsAre("eth0 del", "eth1 is 4 2", "eth1 up"));
-  f.ports.namesAre({"eth1", "wan", "absent"});
+  f.ports.namesIs({"eth1", "wan", "absent"});
   EXPECT_THAT(f.take(), IsEmpty());
 }
 
