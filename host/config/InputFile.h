@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "host/text/Limits.h"
 #include "host/text/Result.h"
 #include "runtime/String8.h"
 
@@ -49,6 +50,6 @@ class InputFile {
 };
 
 /// Most octets of a text that an operator writes: a configuration, a scenario.
-inline constexpr size_t maxTextSize = 1 << 20;
+inline constexpr size_t maxTextSize = Limits::kText;
 
 }  // namespace Macsecd

@@ -12,6 +12,7 @@
 #include "host/text/ControlProtocol.h"
 #include "host/text/JsonText.h"
 #include "host/text/KeyText.h"
+#include "host/text/Limits.h"
 #include "platform/Corruption.h"
 
 namespace Macsecd {
@@ -123,10 +124,9 @@ class RequestHandler {
     throw Fault{"nothing can be tried here", "ask macsecd"};
   }
   Json tryFile() {
-    constexpr unsigned kUsualSeconds = 120;
     auto const file = request_.text("file");
     unsigned const seconds =
-        request_.number("timeout", kMostTrialSeconds).value_or(kUsualSeconds);
+        request_.number("timeout", kMostTrialSeconds).value_or(Limits::kUsualTrial);
     if (!file) throw Fault{"no file is named", "say \"file\": its whole path"};
     if (seconds == 0) throw Fault{"no time is left to keep it", "give it some seconds"};
     return takenOver(had(theTrial().begin(*file, seconds)));

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/text/JsonMembers.h"
+#include "host/text/Limits.h"
 #include "host/text/Mistake.h"
 #include "platform/Hex.h"
 #include "platform/SecretOctets.h"
@@ -16,7 +17,6 @@ namespace Macsecd {
 namespace {
 
 constexpr size_t kMinMskDigits = 32;
-constexpr size_t kMaxInterfaceOctets = 64;
 constexpr Dot1x::Dot1xType kConfigured = 2;
 
 std::vector<std::string> const kKeyMembers = {"interface",  "type",       "msk",
@@ -78,9 +78,10 @@ Lumo::IntfId intfIdOf(Line const& line) {
   std::string const name = line.text("interface");
   bool const isPlain = std::ranges::none_of(
       name, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; });
-  if (name.empty() || name.size() > kMaxInterfaceOctets || !isPlain) {
-    throw Fault{"'interface' is no name of an interface",
-                fmt::format("give 1 to {} octets without control characters", kMaxInterfaceOctets)};
+  if (name.empty() || name.size() > Limits::kInterfaceName || !isPlain) {
+    throw Fault{
+        "'interface' is no name of an interface",
+        fmt::format("give 1 to {} octets without control characters", Limits::kInterfaceName)};
   }
   return Lumo::IntfId(Vesk::String8(name));
 }

@@ -2,14 +2,16 @@
 
 #include <cstdint>
 
+#include "host/text/Limits.h"
+
 namespace Macsecd {
 
 /// How often somebody may tell of something that may change all the time: so many times in a
 /// minute. What comes beyond that waits for the next one.
 class TellingRate {
  public:
-  static constexpr uint32_t kMost = 12;
-  static constexpr double kPeriod = 60;
+  static constexpr uint32_t kMost = Limits::kTellings;
+  static constexpr double kPeriod = Limits::kTellingPeriod;
 
   /// Whether there is room for one more at this time; it is taken.
   bool take(double now) {

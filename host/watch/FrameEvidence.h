@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "codec/Refusal.h"
+#include "host/text/Limits.h"
 #include "model/MkaMessageInfo.h"
 #include "platform/MessageCounterData.h"
 #include "runtime/EthAddr.h"
@@ -46,7 +47,7 @@ class FrameEvidence {
   /// The cipher suite of the key that was distributed last.
   std::optional<Macsec::CipherSuite> distributedSuite(double seconds) const;
 
-  static constexpr size_t kSenders = 8;
+  static constexpr size_t kSenders = Limits::kSenders;
 
  private:
   using Time = std::optional<double>;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/text/KeyText.h"
+#include "host/text/Limits.h"
 #include "host/watch/Backoff.h"
 #include "host/watch/PortActors.h"
 #include "runtime/Log.h"
@@ -12,9 +13,6 @@
 namespace Macsecd {
 
 namespace {
-
-constexpr double kLateness = 1;
-constexpr double kMostPatience = 3600;
 
 Vesk::LogHandle const MACSECD_PORT_BOUND_ANEW(
     "MACSECD_PORT_BOUND_ANEW", Vesk::LogSeverity::warning,
@@ -51,7 +49,7 @@ PortDoctor::~PortDoctor() { Vesk::retire(timer_); }
 
 void PortDoctor::round() {
   double const late = Vesk::now() - timer_->time();
-  if (late > kLateness) {
+  if (late > Limits::kLateness) {
     ++counts_.stoodStill;
     counts_.longest = std::max(counts_.longest, late);
     Vesk::log(MACSECD_STOOD_STILL, static_cast<uint64_t>(late));
@@ -153,7 +151,7 @@ double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
 }
 
 double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
-  Backoff const own(2 * lifeTime(), kMostPatience);
+  Backoff const own(2 * lifeTime(), Limits::kLastPatience);
   return own.waitAfter(thisCase.boundAnew) + legalWait(intfId, *thisCase.trouble);
 }
 

@@ -1,5 +1,6 @@
 #include "host/watch/TransmitHold.h"
 
+#include "host/text/Limits.h"
 #include "host/text/PortText.h"
 #include "host/watch/PortActors.h"
 #include "runtime/Log.h"
@@ -8,8 +9,6 @@
 namespace Macsecd {
 
 namespace {
-
-constexpr double kRenewalPeriod = 1;
 
 Vesk::LogHandle const MACSECD_TOO_MANY_MEMBERS(
     "MACSECD_TOO_MANY_MEMBERS", Vesk::LogSeverity::error,
@@ -140,7 +139,7 @@ void TransmitHold::handleTime() {
     renewKey(intfId);
     isWaiting = true;
   }
-  if (isWaiting) timer_->timeMinIs(Vesk::now() + kRenewalPeriod);
+  if (isWaiting) timer_->timeMinIs(Vesk::now() + Limits::kRenewal);
 }
 
 // The guard of the key server holds a key that is wanted back until it expires. One that has

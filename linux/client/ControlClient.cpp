@@ -15,6 +15,7 @@
 #include <optional>
 
 #include "linux/process/Descriptor.h"
+#include "linux/process/Limits.h"
 
 namespace Linux {
 
@@ -22,9 +23,6 @@ namespace {
 
 using Macsecd::Fault;
 using Macsecd::Result;
-
-// How long each step may take until the first line comes.
-constexpr int kFollowSeconds = 10;
 
 Fault failed(std::string const& path, char const* remedy) {
   return {path + ": " + std::strerror(errno), remedy};
@@ -132,7 +130,7 @@ Result<std::string> askAt(std::string const& path, std::string const& request, i
 
 Result<> followAt(std::string const& path, std::string const& request,
                   std::function<bool(std::string_view)> const& take, double seconds) {
-  auto connected = connectedTo(path, kFollowSeconds);
+  auto connected = connectedTo(path, Limits::kAnswerWait);
   if (!connected) return connected.fault();
   Descriptor const fd = *std::move(connected);
   EndSignals const signals;

@@ -5,13 +5,14 @@
 #include <string_view>
 
 #include "host/text/Result.h"
+#include "linux/process/Limits.h"
 
 namespace Linux {
 
 /// Asks the switch that listens at `path`, and waits for its answer, for `seconds` at most. The
 /// request and the answer are JSON, without an end of line.
 Macsecd::Result<std::string> askAt(std::string const& path, std::string const& request,
-                                   int seconds = 10);
+                                   int seconds = Limits::kAnswerWait);
 
 /// Asks the same way and hands the answer, and then each further line, to `take`, which returns
 /// whether it wants more. Ends also on SIGINT and SIGTERM, and after `seconds` if there are any.

@@ -10,6 +10,7 @@
 #include "host/client/ControlText.h"
 #include "host/text/ControlProtocol.h"
 #include "linux/client/ControlClient.h"
+#include "linux/process/Limits.h"
 
 namespace Linux {
 
@@ -21,7 +22,6 @@ using Macsecd::requestOf;
 
 constexpr int kRefused = 1;
 constexpr int kNoAnswer = 3;
-constexpr int kMillisecondsBetween = 1000;
 
 /// Asks, and shows what hinders it. The status, and what was answered.
 struct Asked {
@@ -80,7 +80,7 @@ int followTrial(ControlTrial const& trial, std::ostream& out, std::ostream& err)
                          asked.result.value("seconds", 0))
           << std::flush;
     }
-    poll(nullptr, 0, kMillisecondsBetween);
+    poll(nullptr, 0, Limits::kCountdown);
   }
 }
 

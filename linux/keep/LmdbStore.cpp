@@ -23,7 +23,6 @@ constexpr char const* kLayoutKey = "%layout";
 
 constexpr unsigned kFlags = MDB_NOSUBDIR | MDB_NOSYNC | MDB_NOTLS;
 constexpr mode_t kMode = 0600;
-constexpr unsigned kSecondsToTry = 10;
 
 // Whether all of the file is there that its own head speaks of.
 bool isWhole(MDB_env* env, char const* path) {
@@ -58,7 +57,7 @@ bool isDamaged(char const* path) {
     rlimit const none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
     for (int const fatal : {SIGSEGV, SIGBUS, SIGABRT, SIGALRM}) signal(fatal, SIG_DFL);
-    alarm(kSecondsToTry);
+    alarm(Limits::kStoreTrial);
     if (!std::freopen("/dev/null", "w", stderr)) close(STDERR_FILENO);
     _exit(canBeUsed(path) ? 0 : 1);
   }

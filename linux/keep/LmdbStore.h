@@ -8,6 +8,7 @@
 
 #include "host/state/StateStore.h"
 #include "linux/process/FileLock.h"
+#include "linux/process/Limits.h"
 
 namespace Linux {
 
@@ -25,7 +26,7 @@ class LmdbStore final : public Macsecd::StateStore {
   /// `notices` tells of both. Throws `std::runtime_error` with path and remedy if the file belongs
   /// to somebody else, is another process's or can't be made. Forks a child that tries whether the
   /// file can be read, so it is to be called while the process has one thread and may fork.
-  explicit LmdbStore(std::string path, size_t firstMapSize = size_t{16} << 20);
+  explicit LmdbStore(std::string path, size_t firstMapSize = Limits::kFirstMap);
 
   Macsecd::StateValues readAll() override;
   Macsecd::Result<> commit(Macsecd::StateChange const& change) override;

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "linux/process/Limits.h"
 #include "runtime/Log.h"
 #include "runtime/Trace.h"
 
@@ -32,9 +33,6 @@ Vesk::LogHandle const MACSECD_COUNTERS_CUT_SHORT(
     "The counters of frames start anew: /dev/shm%s was cut short, or its file system is full",
     "Octets of the shared memory for the counters of frames weren't there any more.",
     "See that nothing but macsecd writes to that file, and that /dev/shm has room.", 0.0, 1.0);
-
-// More often than this isn't a mishap.
-constexpr unsigned kMostLosses = 3;
 
 [[noreturn]] void fail(std::string const& what) {
   throw std::system_error(errno, std::generic_category(), "message counters in " + what);
@@ -130,7 +128,7 @@ void SharedCounters::create(size_t octets) {
 }
 
 std::span<uint64_t> SharedCounters::attach(size_t least, size_t most) {
-  if (losses_ >= kMostLosses) return own_.attach(least, most);
+  if (losses_ >= Limits::kMostLosses) return own_.attach(least, most);
   if (!mapping_.words().empty() && mapping_.words().size() >= least) return mapping_.words();
   size_t const octets = most * sizeof(uint64_t);
   if (size() != octets && (options_.counts || size() == 0)) create(octets);
@@ -142,7 +140,7 @@ std::span<uint64_t> SharedCounters::attach(size_t least, size_t most) {
 void SharedCounters::detach() {
   if (!mapping_.isWhole()) {
     Vesk::log(MACSECD_COUNTERS_CUT_SHORT, name_);
-    if (++losses_ == kMostLosses) {
+    if (++losses_ == Limits::kMostLosses) {
       Vesk::log(MACSECD_COUNTERS_NOT_SHARED, "this happened too often", name_);
     }
   }

@@ -14,12 +14,11 @@
 
 #include "host/config/DeviceName.h"
 #include "linux/kernel/NetlinkSocket.h"
+#include "linux/process/Limits.h"
 
 namespace Linux {
 
 namespace {
-
-constexpr size_t kMostNamed = 5;
 
 /// What stands on the interfaces, by their indices.
 using Uses = std::map<uint32_t, std::vector<std::string>>;
@@ -132,7 +131,7 @@ std::vector<std::string> usesOf(std::string const& interface) {
 
 std::string cutOffText(Macsecd::InterfaceConfig const& interface,
                        std::vector<std::string> const& uses) {
-  size_t const shown = std::min(uses.size(), kMostNamed);
+  size_t const shown = std::min(uses.size(), Limits::kNamedUses);
   std::string named = fmt::format("{}", fmt::join(uses.begin(), uses.begin() + shown, ", "));
   if (shown < uses.size()) named += fmt::format(" and {} more", uses.size() - shown);
   std::string const device =

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "linux/process/Limits.h"
 #include "runtime/Log.h"
 #include "runtime/World.h"
 
@@ -15,7 +16,6 @@ using Macsec::Status;
 namespace {
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
-constexpr double kFirstLook = 1, kLastLook = 60;  // delays
 
 Vesk::LogHandle const MACSEC_KERNEL_MISSING(
     "MACSEC_KERNEL_MISSING", Vesk::LogSeverity::error, "Interface %s can't be secured: %s",
@@ -133,7 +133,7 @@ KernelDriver::KernelDriver(Vesk::Ptr<Status const> status, Vesk::Ptr<Macsec::Mac
     : slice_(std::move(slice)),
       kernel_(kernel),
       options_(std::move(options)),
-      look_(kFirstLook, kLastLook) {
+      look_(Limits::kFirstRetry, Limits::kLastRetry) {
   follow(std::move(status));
 }
 

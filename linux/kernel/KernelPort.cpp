@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include "host/config/DeviceName.h"
+#include "linux/process/Limits.h"
 #include "runtime/Log.h"
 #include "runtime/World.h"
 
@@ -14,7 +15,6 @@ using Macsec::CipherSuite;
 namespace {
 
 constexpr uint32_t kMacsecOctets = 32;  // of the SecTAG with SCI, and the ICV
-constexpr double kFirstRetry = 1, kLastRetry = 60;
 
 uint64_t cipherOf(CipherSuite suite) {
   switch (suite) {
@@ -81,7 +81,7 @@ KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
       report_(std::move(report)),
       device_(std::move(device)),
       name_(nameOf(intfId, device_)),
-      retry_(kFirstRetry, kLastRetry) {}
+      retry_(Limits::kFirstRetry, Limits::kLastRetry) {}
 
 void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
   cpStatus_ = std::move(cpStatus);

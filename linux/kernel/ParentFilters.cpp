@@ -15,7 +15,6 @@ namespace {
 using Macsecd::Fault;
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
-constexpr double kCheckPeriod = 2;
 
 Vesk::LogHandle const MACSEC_PARENT_NOT_CLOSED(
     "MACSEC_PARENT_NOT_CLOSED", Vesk::LogSeverity::error,
@@ -181,7 +180,7 @@ void ParentFilters::run() {
   openLeft();
   double const now = Vesk::now();
   bool const isCheck = nextCheck_ <= now;
-  if (isCheck) nextCheck_ = now + kCheckPeriod;
+  if (isCheck) nextCheck_ = now + Limits::kFilterCheck;
   for (auto& [intfId, parent] : parents_) {
     if (parent.problem.empty() ? isCheck : parent.retryTime <= now) close(intfId, parent);
   }

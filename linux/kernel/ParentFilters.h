@@ -9,6 +9,7 @@
 #include "host/text/Result.h"
 #include "host/watch/Backoff.h"
 #include "linux/kernel/FilterKernel.h"
+#include "linux/process/Limits.h"
 #include "runtime/IntfId.h"
 
 namespace Linux {
@@ -46,13 +47,11 @@ class ParentFilters {
   void run();
 
  private:
-  static constexpr double kFirstRetry = 1, kLastRetry = 60;
-
   struct Parent {
     int index = 0;
     Macsecd::EtherTypes clear = {};
     std::string problem = {};
-    Macsecd::Backoff retry{kFirstRetry, kLastRetry};
+    Macsecd::Backoff retry{Limits::kFirstRetry, Limits::kLastRetry};
     double retryTime = 0;  // while there is a problem
     bool wasClosed = false;
   };

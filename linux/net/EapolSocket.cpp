@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "linux/net/EapolFilter.h"
+#include "linux/process/Limits.h"
 #include "model/MacsecConstants.h"
 
 namespace Linux {
@@ -18,7 +19,6 @@ namespace {
 
 constexpr std::array<uint8_t, 6> kPaeGroup = {0x01, 0x80, 0xc2, 0x00, 0x00, 0x03};
 constexpr size_t kAddrOctets = 6;
-constexpr int kRoom = 2 << 20;  // octets, of which a short frame takes some 800
 
 Macsecd::Fault failed(char const* what) {
   char const* const remedy = errno == EPERM    ? "give the process CAP_NET_RAW"
@@ -91,7 +91,8 @@ Macsecd::Result<EapolSocket> EapolSocket::openOn(int index) {
   if (!joinGroup(socket.fd(), index)) return failed("01:80:c2:00:00:03 can't be joined");
   if (!bindTo(socket.fd(), index)) return failed("the packet socket can't be bound");
   // Room for the bursts of a flood; with less, frames are lost sooner.
-  setsockopt(socket.fd(), SOL_SOCKET, SO_RCVBUFFORCE, &kRoom, sizeof kRoom);
+  setsockopt(socket.fd(), SOL_SOCKET, SO_RCVBUFFORCE, &Limits::kFrameRoom,
+             sizeof Limits::kFrameRoom);
   return EapolSocket(std::move(socket));
 }
 

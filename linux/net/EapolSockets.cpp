@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "linux/process/Limits.h"
 #include "runtime/Trace.h"
 
 namespace Linux {
@@ -9,9 +10,6 @@ namespace Linux {
 namespace {
 
 Vesk::TraceHandle traceHandle("EapolSockets");
-
-// So that a flood on one interface doesn't keep the others waiting.
-constexpr size_t kFramesPerTurn = 32;
 
 }  // namespace
 
@@ -63,7 +61,7 @@ void EapolSockets::close(Interface& interface) {
 
 void EapolSockets::receive(Lumo::IntfId intfId) {
   interfaces_[intfId].socket->receive(
-      kFramesPerTurn, [this, intfId](auto frame) { handlers_.received(intfId, frame); });
+      Limits::kFramesPerTurn, [this, intfId](auto frame) { handlers_.received(intfId, frame); });
 }
 
 void EapolSockets::send(Lumo::IntfId intfId, std::span<uint8_t const> frame) {

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "linux/net/LinkMessage.h"
+#include "linux/process/Limits.h"
 #include "runtime/Trace.h"
 #include "runtime/World.h"
 
@@ -18,12 +19,6 @@ namespace {
 
 Vesk::TraceHandle traceHandle("LinkWatch");
 
-// The kernel makes no part of an answer longer than this.
-constexpr size_t kBufferOctets = 64 * 1024;
-constexpr int kReceiveOctets = 1024 * 1024;
-// So that a storm of events doesn't keep the frames waiting.
-constexpr int kReadsPerRun = 32;
-constexpr double kSecondsToNextTry = 1.0;
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
 Descriptor newSocket() {
@@ -35,7 +30,7 @@ Descriptor newSocket() {
       bind(socket.fd(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
     throw std::system_error(errno, std::generic_category(), "watch of the interfaces");
   }
-  setsockopt(socket.fd(), SOL_SOCKET, SO_RCVBUF, &kReceiveOctets, sizeof kReceiveOctets);
+  setsockopt(socket.fd(), SOL_SOCKET, SO_RCVBUF, &Limits::kLinkRoom, sizeof Limits::kLinkRoom);
   return socket;
 }
 
@@ -45,7 +40,7 @@ LinkWatch::LinkWatch(LinkTable& table, std::function<void()> synced)
     : table_(table),
       synced_(std::move(synced)),
       socket_(newSocket()),
-      buffer_(kBufferOctets),
+      buffer_(Limits::kLinkMessage),
       nextTime_(kNever) {
   resync();
 }
@@ -58,7 +53,7 @@ void LinkWatch::resync() {
     table_.resyncBegins();
   } else {
     ++counts_.errors;
-    nextTime_ = Vesk::now() + kSecondsToNextTry;
+    nextTime_ = Vesk::now() + Limits::kLinkRetry;
   }
 }
 
@@ -80,7 +75,7 @@ bool LinkWatch::ask() {
 
 void LinkWatch::run() {
   if (nextTime_ <= Vesk::now()) resync();
-  for (int i = 0; i < kReadsPerRun && readOnce(); ++i) {
+  for (int i = 0; i < Limits::kLinkReads && readOnce(); ++i) {
   }
 }
 
@@ -110,7 +105,7 @@ bool LinkWatch::failed(int error) {
     return false;
   }
   ++counts_.errors;
-  nextTime_ = Vesk::now() + kSecondsToNextTry;
+  nextTime_ = Vesk::now() + Limits::kLinkRetry;
   return false;
 }
 
@@ -140,7 +135,7 @@ void LinkWatch::ended(bool whole) {
   asked_ = 0;
   if (!whole) {
     ++counts_.errors;
-    nextTime_ = Vesk::now() + kSecondsToNextTry;
+    nextTime_ = Vesk::now() + Limits::kLinkRetry;
   } else if (std::exchange(again_, false)) {
     resync();
   } else {

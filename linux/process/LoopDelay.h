@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "linux/process/Limits.h"
+
 namespace Linux {
 
 /// How late a loop runs what is due: the delay that comes from the process itself and from the
@@ -15,7 +17,7 @@ class LoopDelay {
   static constexpr std::array kBounds = {0.001, 0.01, 0.1, 1.0, 10.0};
   /// A delay above this is a frozen loop: MKPDUs of others may wait behind it for as long as it
   /// takes to miss one's own.
-  static constexpr double kFrozen = 1.0;
+  static constexpr double kFrozen = Limits::kFrozen;
 
   /// What was due at `wanted` runs at `now`, both in seconds of one clock.
   void ran(double wanted, double now) {

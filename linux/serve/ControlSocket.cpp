@@ -7,15 +7,12 @@
 
 #include "host/text/ControlProtocol.h"
 #include "host/text/JsonText.h"
+#include "linux/process/Limits.h"
 #include "linux/serve/UnixListener.h"
 
 namespace Linux {
 
 namespace {
-
-constexpr size_t kMaxClients = 32;
-// The status of some thousands of ports.
-constexpr size_t kMaxUnread = 16 << 20;
 
 std::optional<gid_t> groupNamed(std::string const& name) {
   if (name.empty()) return std::nullopt;
@@ -54,7 +51,9 @@ ControlSocket::ControlSocket(EventLoop& loop, Macsecd::Host& host, Macsecd::Cont
                  [this](SocketPeer const& peer) { control_.connectionEnded(peer.connection); },
                  [this](SocketPeer const& peer) { return control_.isToBeTold(peer.connection); }}),
       server_(loop, protocol_,
-              {.maxClients = kMaxClients, .purpose = "ask this switch", .maxUnread = kMaxUnread}) {}
+              {.maxClients = Limits::kControlClients,
+               .purpose = "ask this switch",
+               .maxUnread = Limits::kControlUnread}) {}
 
 Macsecd::Result<> ControlSocket::listenAt(std::string const& path) {
   return server_.serve(listenAtPath(path, group_ ? 0666 : 0600));

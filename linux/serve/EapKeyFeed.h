@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "linux/process/Limits.h"
 #include "linux/serve/LineProtocol.h"
 #include "linux/serve/StreamServer.h"
 #include "platform/EapKeyStatus.h"
@@ -16,7 +17,7 @@ struct EapKeyFeedOptions {
   /// Whose processes may publish.
   std::vector<uid_t> users = {0, geteuid()};
   /// Connections at one time; for a further one an idle one makes room.
-  size_t maxClients = 16;
+  size_t maxClients = Limits::kEapClients;
 };
 
 /// Takes keys from 802.1X authenticators and supplicants, which are other programs, and publishes

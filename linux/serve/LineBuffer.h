@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 
+#include "linux/process/Limits.h"
 #include "platform/SecretOctets.h"
 
 namespace Linux {
@@ -16,7 +17,7 @@ namespace Linux {
 class LineBuffer {
  public:
   /// Longest line, in octets without its end.
-  static constexpr size_t kMaxLine = 4096;
+  static constexpr size_t kMaxLine = Limits::kLine;
 
   LineBuffer() { octets_.sizeIs(kMaxLine + 1); }
 

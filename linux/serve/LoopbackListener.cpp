@@ -10,13 +10,13 @@
 #include <optional>
 #include <string_view>
 
+#include "linux/process/Limits.h"
+
 namespace Linux {
 
 namespace {
 
 using Macsecd::Fault;
-
-constexpr int kBacklog = 8;
 
 union Address {
   sockaddr any;
@@ -87,7 +87,7 @@ Macsecd::Result<std::unique_ptr<Listener>> listenAtLoopback(std::string const& t
   int const on = 1;
   setsockopt(socket.fd(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   socklen_t const size = isV6 ? sizeof address->v6 : sizeof address->v4;
-  if (bind(socket.fd(), &address->any, size) == 0 && listen(socket.fd(), kBacklog) == 0) {
+  if (bind(socket.fd(), &address->any, size) == 0 && listen(socket.fd(), Limits::kBacklog) == 0) {
     return std::make_unique<LoopbackListener>(std::move(socket), text);
   }
   return Fault{text + ": " + std::strerror(errno),

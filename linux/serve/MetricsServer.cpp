@@ -5,6 +5,7 @@
 #include <array>
 #include <limits>
 
+#include "linux/process/Limits.h"
 #include "linux/serve/LoopbackListener.h"
 
 namespace Linux {
@@ -38,7 +39,7 @@ class Request final : public Conversation {
     request_.append(part_.begin(), part_.begin() + octets);
     if (request_.find("\r\n\r\n") != std::string::npos) {
       answer(answerToRequest());
-    } else if (request_.size() > MetricsServer::kMaxRequest) {
+    } else if (request_.size() > Limits::kMetricsRequest) {
       answer(answerOf("431 Request Header Fields Too Large", kWords, "", false));
     } else {
       return Verdict::goesOn;
@@ -70,7 +71,7 @@ class Request final : public Conversation {
 MetricsServer::MetricsServer(EventLoop& loop, std::function<std::string()> text)
     : text_(std::move(text)),
       server_(loop, *this,
-              {.maxClients = kMaxConnections,
+              {.maxClients = Limits::kMetricsClients,
                .maxUnread = std::numeric_limits<size_t>::max(),
                .areAllIdle = true}) {}
 

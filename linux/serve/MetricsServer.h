@@ -11,9 +11,6 @@ namespace Linux {
 /// Answers `GET /metrics` of HTTP on a loopback address, one request for each connection.
 class MetricsServer final : private StreamProtocol {
  public:
-  static constexpr size_t kMaxConnections = 8;  ///< a further one takes the place of the oldest
-  static constexpr size_t kMaxRequest = 8192;   ///< octets
-
   /// `text` makes what is answered, when it is asked for. The loop lives longer.
   MetricsServer(EventLoop& loop, std::function<std::string()> text);
 

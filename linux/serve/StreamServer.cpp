@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "linux/process/Limits.h"
 #include "runtime/Trace.h"
 
 namespace Linux {
@@ -17,9 +18,6 @@ namespace {
 Vesk::TraceHandle traceHandle("StreamServer");
 
 using Macsecd::Fault;
-
-// So that one busy side doesn't keep the others waiting.
-constexpr int kAcceptsPerTurn = 16;
 
 bool isOwner(SocketPeer const& peer) { return peer.user == 0 || peer.user == geteuid(); }
 
@@ -56,7 +54,7 @@ void StreamServer::awaitNext(Client const& client) {
 }
 
 void StreamServer::acceptAll() {
-  for (int i = 0; i < kAcceptsPerTurn; ++i) {
+  for (int i = 0; i < Limits::kAcceptsPerTurn; ++i) {
     Descriptor socket = listener_->accept();
     if (!socket.isOpen()) return;
     greet(std::move(socket));

@@ -7,6 +7,7 @@
 
 #include "host/text/Result.h"
 #include "linux/process/EventLoop.h"
+#include "linux/process/Limits.h"
 #include "linux/serve/Listener.h"
 #include "linux/serve/Places.h"
 #include "linux/serve/StreamProtocol.h"
@@ -28,7 +29,7 @@ class StreamServer {
     /// Octets of answers that may wait for somebody to read them.
     size_t maxUnread = 0;
     /// The same for lines given with `push`.
-    size_t maxPushed = 1 << 20;
+    size_t maxPushed = Limits::kPushed;
     /// Whatever a connection does, it counts as idle: for a further one, there is always room.
     bool areAllIdle = false;
   };

@@ -10,14 +10,14 @@
 #include <cstring>
 #include <optional>
 
+#include "linux/process/Limits.h"
+
 namespace Linux {
 
 namespace {
 
 using Macsecd::Fault;
 using Macsecd::Result;
-
-constexpr int kBacklog = 16;
 
 Fault failed(std::string const& path, char const* what, char const* remedy) {
   return {path + ": " + what + ": " + std::strerror(errno), remedy};
@@ -107,7 +107,7 @@ Result<std::unique_ptr<Listener>> listenAtPath(std::string const& path, mode_t m
     return failed(path, "can't be made", "make its folder, writable for this process");
   }
   auto listener = std::make_unique<UnixListener>(std::move(socket), path);
-  if (chmod(path.c_str(), mode) != 0 || listen(listener->fd(), kBacklog) != 0) {
+  if (chmod(path.c_str(), mode) != 0 || listen(listener->fd(), Limits::kBacklog) != 0) {
     return failed(path, "can't be listened on", "check the permissions of its folder");
   }
   return listener;

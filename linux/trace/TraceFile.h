@@ -8,6 +8,7 @@
 
 #include "host/text/Result.h"
 #include "linux/process/Descriptor.h"
+#include "linux/process/Limits.h"
 #include "linux/trace/TraceLayout.h"
 #include "runtime/Trace.h"
 
@@ -23,8 +24,9 @@ namespace Linux {
 /// which of the oldest octets may be gone, also when the process ended in between.
 class TraceFile {
  public:
-  static constexpr size_t kSize = 4 << 20;  ///< octets, all in all
-  static constexpr size_t kMaxLine = 4096;  ///< octets of a statement; what is longer is cut
+  static constexpr size_t kSize = Limits::kTraceFile;  ///< octets, all in all
+  static constexpr size_t kMaxLine =
+      Limits::kTraceLine;  ///< octets of a statement; what is longer is cut
 
   /// Opens the file, or makes it anew if it is no trace of this size. Throws `Fault` if it can't be
   /// had, or another process traces to it.
