@@ -2,8 +2,8 @@
 
 #include "host/config/ConfigTree.h"
 #include "host/state/StaleStatus.h"
-#include "host/state/StatusCopy.h"
 #include "model/Factories.h"
+#include "runtime/EntityCopy.h"
 #include "runtime/World.h"
 
 namespace Macsecd {
@@ -27,6 +27,13 @@ class DeadWorld final : public Vesk::World {
  private:
   double now_;
 };
+
+// What a restarted process finds of the one that ran before it.
+Vesk::Ptr<Macsec::Status> copyOf(Macsec::Status const& status) {
+  auto copy = Macsec::statusFactory(status.name());
+  Vesk::copyEntity(status, *copy);
+  return copy;
+}
 
 // What lies beside the tree, under paths that begin so.
 StateValues extracted(StateValues& values, std::string_view begin) {

@@ -148,8 +148,8 @@ class Config final : public Vesk::DescribedEntity<Config> {
 
   template <class V>
   static void describe(V&& v) {
-    v.members("profile", &Config::profile_);
-    v.members("intfConfig", &Config::intfConfig_);
+    v.members("profile", &Config::profile_, &Config::profileIs);
+    v.members("intfConfig", &Config::intfConfig_, &Config::intfConfigIs);
     v.value("shutdown", &Config::shutdown_, &Config::shutdownIs);
     v.value("fipsRestrictions", &Config::fipsRestrictions_, &Config::fipsRestrictionsIs);
     v.value("delayProtection", &Config::delayProtection_, &Config::delayProtectionIs);

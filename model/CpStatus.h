@@ -174,8 +174,8 @@ class CpStatus final : public Vesk::DescribedEntity<CpStatus> {
     v.value("oldSakContext", &CpStatus::oldSakContext_, &CpStatus::oldSakContextIs);
     v.value("latestSakContext", &CpStatus::latestSakContext_, &CpStatus::latestSakContextIs);
     v.value("txSak", &CpStatus::txSak_, &CpStatus::txSakIs);
-    v.values("rxSak", &CpStatus::rxSak_);
-    v.values("rxLPN", &CpStatus::rxLPN_);
+    v.values("rxSak", &CpStatus::rxSak_, &CpStatus::rxSakIs, &Sak::an);
+    v.values("rxLPN", &CpStatus::rxLPN_, &CpStatus::rxLPNIs, &RxLPN::an);
     v.value("mySsci", &CpStatus::mySsci_, &CpStatus::mySsciIs);
     v.value("peerSsci", &CpStatus::peerSsci_, &CpStatus::peerSsciIs);
   }

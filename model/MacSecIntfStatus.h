@@ -136,7 +136,7 @@ class MacSecIntfStatus final : public Vesk::DescribedEntity<MacSecIntfStatus> {
   static void describe(V&& v) {
     v.parameter("intfId", &MacSecIntfStatus::intfId_);
     v.child("txSaStatus", &MacSecIntfStatus::txSaStatus_);
-    v.members("rxSaStatus", &MacSecIntfStatus::rxSaStatus_);
+    v.members("rxSaStatus", &MacSecIntfStatus::rxSaStatus_, &MacSecIntfStatus::rxSaStatusIs);
     v.value("secHdrSize", &MacSecIntfStatus::secHdrSize_, &MacSecIntfStatus::secHdrSizeIs);
     v.value("configured", &MacSecIntfStatus::configured_, &MacSecIntfStatus::configuredIs);
   }

@@ -47,7 +47,7 @@ class MacSecStatus final : public Vesk::DescribedEntity<MacSecStatus> {
 
   template <class V>
   static void describe(V&& v) {
-    v.members("status", &MacSecStatus::status_);
+    v.members("status", &MacSecStatus::status_, &MacSecStatus::statusIs);
   }
 
  private:

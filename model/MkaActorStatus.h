@@ -218,8 +218,8 @@ class MkaActorStatus final : public Vesk::DescribedEntity<MkaActorStatus> {
     v.value("msgNum", &MkaActorStatus::msgNum_, &MkaActorStatus::msgNumIs);
     v.value("ick", &MkaActorStatus::ick_, &MkaActorStatus::ickIs);
     v.value("kek", &MkaActorStatus::kek_, &MkaActorStatus::kekIs);
-    v.members("livePeer", &MkaActorStatus::livePeer_);
-    v.members("potentialPeer", &MkaActorStatus::potentialPeer_);
+    v.members("livePeer", &MkaActorStatus::livePeer_, &MkaActorStatus::livePeerIs);
+    v.members("potentialPeer", &MkaActorStatus::potentialPeer_, &MkaActorStatus::potentialPeerIs);
     v.value("chgdServer", &MkaActorStatus::chgdServer_, &MkaActorStatus::chgdServerIs);
     v.value("electedSelf", &MkaActorStatus::electedSelf_, &MkaActorStatus::electedSelfIs);
     v.value("distSak", &MkaActorStatus::distSak_, &MkaActorStatus::distSakIs);

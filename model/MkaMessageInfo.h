@@ -166,8 +166,8 @@ class MkaMessageInfo final : public Vesk::DescribedEntity<MkaMessageInfo> {
     v.value("intfId", &MkaMessageInfo::intfId_, &MkaMessageInfo::intfIdIs);
     v.value("count", &MkaMessageInfo::count_, &MkaMessageInfo::countIs);
     v.child("mkaInfo", &MkaMessageInfo::mkaInfo_);
-    v.values("livePeer", &MkaMessageInfo::livePeer_);
-    v.values("potentialPeer", &MkaMessageInfo::potentialPeer_);
+    v.values("livePeer", &MkaMessageInfo::livePeer_, &MkaMessageInfo::livePeerIs);
+    v.values("potentialPeer", &MkaMessageInfo::potentialPeer_, &MkaMessageInfo::potentialPeerIs);
   }
 
  private:

@@ -195,11 +195,11 @@ class MkaPamManager final : public Vesk::DescribedEntity<MkaPamManager> {
   template <class V>
   static void describe(V&& v) {
     v.reference("ethDevPamCollection", &MkaPamManager::ethDevPamCollection_);
-    v.members("mkaIntf", &MkaPamManager::mkaIntf_);
+    v.members("mkaIntf", &MkaPamManager::mkaIntf_, &MkaPamManager::mkaIntfIs);
     v.child("rxMessageInfo", &MkaPamManager::rxMessageInfo_);
     v.child("txMessageInfo", &MkaPamManager::txMessageInfo_);
-    v.members("txPamCounter", &MkaPamManager::txPamCounter_);
-    v.members("rxPamCounter", &MkaPamManager::rxPamCounter_);
+    v.members("txPamCounter", &MkaPamManager::txPamCounter_, &MkaPamManager::txPamCounterIs);
+    v.members("rxPamCounter", &MkaPamManager::rxPamCounter_, &MkaPamManager::rxPamCounterIs);
   }
 
  private:

@@ -72,7 +72,7 @@ class MkaPortStatus final : public Vesk::DescribedEntity<MkaPortStatus> {
     v.parameter("intfId", &MkaPortStatus::intfId_);
     v.value("mySci", &MkaPortStatus::mySci_, &MkaPortStatus::mySciIs);
     v.value("anOfNextKey", &MkaPortStatus::anOfNextKey_, &MkaPortStatus::anOfNextKeyIs);
-    v.members("actorStatus", &MkaPortStatus::actorStatus_);
+    v.members("actorStatus", &MkaPortStatus::actorStatus_, &MkaPortStatus::actorStatusIs);
   }
 
  private:

@@ -114,7 +114,7 @@ class Profile final : public Vesk::DescribedEntity<Profile> {
 
   template <class V>
   static void describe(V&& v) {
-    v.values("intf", &Profile::intf_);
+    v.values("intf", &Profile::intf_, &Profile::intfIs);
     v.value("key", &Profile::key_, &Profile::keyIs);
     v.value("defaultKey", &Profile::defaultKey_, &Profile::defaultKeyIs);
     v.value("keyServerPriority", &Profile::keyServerPriority_, &Profile::keyServerPriorityIs);

@@ -183,10 +183,10 @@ class Status final : public Vesk::DescribedEntity<Status> {
 
   template <class V>
   static void describe(V&& v) {
-    v.members("intfStatus", &Status::intfStatus_);
-    v.members("cpStatus", &Status::cpStatus_);
-    v.members("portStatus", &Status::portStatus_);
-    v.value("fipsStatus", &Status::fipsStatus_, &Status::fipsStatusIs);
+    v.members("intfStatus", &Status::intfStatus_, &Status::intfStatusIs);
+    v.members("cpStatus", &Status::cpStatus_, &Status::cpStatusIs);
+    v.members("portStatus", &Status::portStatus_, &Status::portStatusIs);
+    Vesk::ofProcess(v).value("fipsStatus", &Status::fipsStatus_, &Status::fipsStatusIs);
     v.value("macsecEnabled", &Status::macsecEnabled_, &Status::macsecEnabledIs);
     v.value("mkpduPeriod", &Status::mkpduPeriod_, &Status::mkpduPeriodIs);
     v.value("delayProtection", &Status::delayProtection_, &Status::delayProtectionIs);

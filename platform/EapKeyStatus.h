@@ -43,7 +43,7 @@ class EapKeyStatus final : public Vesk::DescribedEntity<EapKeyStatus> {
 
   template <class V>
   static void describe(V&& v) {
-    v.values("key", &EapKeyStatus::key_);
+    v.values("key", &EapKeyStatus::key_, &EapKeyStatus::keyIs);
   }
 
  private:

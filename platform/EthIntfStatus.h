@@ -113,7 +113,7 @@ class EthIntfStatusDir final : public Vesk::DescribedEntity<EthIntfStatusDir> {
 
   template <class V>
   static void describe(V&& v) {
-    v.members("intfStatus", &EthIntfStatusDir::intfStatus_);
+    v.members("intfStatus", &EthIntfStatusDir::intfStatus_, &EthIntfStatusDir::intfStatusIs);
   }
 
  private:

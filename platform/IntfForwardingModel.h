@@ -76,7 +76,8 @@ class IntfForwardingModelInputDir final
 
   template <class V>
   static void describe(V&& v) {
-    v.values("forwardingModelInput", &IntfForwardingModelInputDir::forwardingModelInput_);
+    v.values("forwardingModelInput", &IntfForwardingModelInputDir::forwardingModelInput_,
+             &IntfForwardingModelInputDir::forwardingModelInputIs);
   }
 
  private:

@@ -11,16 +11,31 @@ namespace Vesk {
 // An entity class describes its attributes once, in order of declaration:
 //
 //   template <class V> static void describe(V&& v) {
-//     v.parameter("intfId", &IntfStatus::intfId_);               constructor parameter
-//     v.value("key", &IntfStatus::key_, &IntfStatus::keyIs);     value, with its setter
-//     v.derived("cipher", &IntfStatus::cipher);                  computed from others
-//     v.values("rxSak", &CpStatus::rxSak_);                      collection of plain values
-//     v.members("actorStatus", &MkaPortStatus::actorStatus_);    collection of entities
-//     v.child("mkaInfo", &MkaMessageInfo::mkaInfo_);             one owned entity
-//     v.reference("pkt", &Class::pkt_);                          pointer that isn't owned
+//     v.parameter("intfId", &Port::intfId_);             constructor parameter; the key is the
+//     first v.value("speed", &Port::speed_, &Port::speedIs);   value, with its setter
+//     v.derived("cipher", &Port::cipher);                computed from others
+//     v.values("note", &Port::note_, &Port::noteIs);     plain values, by (key, value)
+//     v.values("rxSak", &Port::rxSak_, &Port::rxSakIs, &Sak::an);   each tells its key itself
+//     v.members("lane", &Port::lane_, &Port::laneIs);    entities, made by key or (key, parameter)
+//     v.child("mkaInfo", &Port::mkaInfo_);               one owned entity
+//     v.reference("pkt", &Port::pkt_);                   pointer that isn't owned
+//     Vesk::ofProcess(v).value(...);                     says what this process has done
 //   }
 //
-// The attribute log, the text form, JSON and the parsing of a written value all come from it.
+// The attribute log, the text form, the parsing of a written value, paths, copies, and what is kept
+// for the next process all come from it. Whoever watches a tree goes by the numbers of attributes
+// (`AttributeWrite::of`).
+
+/// Who goes through what is described next, where it doesn't outlive the process: the visitor
+/// itself, or what its own `ofProcess` gives.
+template <class V>
+decltype(auto) ofProcess(V& visitor) {
+  if constexpr (requires { visitor.ofProcess(); }) {
+    return visitor.ofProcess();
+  } else {
+    return (visitor);
+  }
+}
 
 namespace Detail {
 
@@ -32,10 +47,10 @@ struct AttributeVisitor {
   void value(char const*, F, S) {}
   template <class G>
   void derived(char const*, G) {}
-  template <class F>
-  void values(char const*, F) {}
-  template <class F>
-  void members(char const*, F) {}
+  template <class F, class... How>
+  void values(char const*, F, How...) {}
+  template <class F, class... How>
+  void members(char const*, F, How...) {}
   template <class F>
   void child(char const*, F) {}
   template <class F>
@@ -61,12 +76,12 @@ struct AttributeFinder : AttributeVisitor {
   void value(char const* attribute, T E::*field, S) {
     if (found(attribute, field)) appendText(text, entity.*field);
   }
-  template <class F>
-  void values(char const* attribute, F field) {
+  template <class F, class... How>
+  void values(char const* attribute, F field, How...) {
     found(attribute, field);
   }
-  template <class F>
-  void members(char const* attribute, F field) {
+  template <class F, class... How>
+  void members(char const* attribute, F field, How...) {
     found(attribute, field);
   }
   template <class F>
@@ -92,6 +107,56 @@ struct AttributeWriter : AttributeVisitor {
   }
 };
 
+template <class E>
+struct PlaceFinder : AttributeVisitor {
+  PlaceFinder(E const& entity, Entity const& wanted) : entity(entity), wanted(wanted) {}
+  E const& entity;
+  Entity const& wanted;
+  std::optional<Entity::Place> place;
+
+  template <class M, class K, class Is>
+  void members(char const* name, HashMap<M, K> E::*field, Is) {
+    if (place || typeid(wanted) != typeid(M)) return;
+    K const key(static_cast<M const&>(wanted).fwkKey());
+    if ((entity.*field).find(key) == &wanted) place = {name, plainText(valueToStrep(key))};
+  }
+};
+
+struct LastingFinder : AttributeVisitor {
+  explicit LastingFinder(std::string_view wanted) : wanted(wanted) {}
+  std::string_view wanted;
+  bool found = false;
+
+  AttributeVisitor ofProcess() { return {}; }
+  template <class F, class S>
+  void value(char const* name, F, S) {
+    found |= wanted == name;
+  }
+  template <class F, class... How>
+  void values(char const* name, F, How...) {
+    found |= wanted == name;
+  }
+  template <class F, class... How>
+  void members(char const* name, F, How...) {
+    found |= wanted == name;
+  }
+};
+
+template <class E>
+struct ParameterPrinter : AttributeVisitor {
+  explicit ParameterPrinter(E const& entity) : entity(entity) {}
+  E const& entity;
+  std::string text;
+  bool isKey = true;
+
+  template <class T>
+  void parameter(char const*, T E::*field) {
+    if (std::exchange(isKey, false)) return;
+    if (!text.empty()) text += ' ';
+    appendText(text, entity.*field);
+  }
+};
+
 }  // namespace Detail
 
 /// Base of an entity class that describes itself.
@@ -104,6 +169,21 @@ class DescribedEntity : public Entity {
     Detail::AttributeFinder<Self> finder(static_cast<Self const&>(*this), field, value);
     Self::describe(finder);
     return finder.name;
+  }
+  std::optional<Entity::Place> placeOf(Entity const& member) const override {
+    Detail::PlaceFinder<Self> finder(static_cast<Self const&>(*this), member);
+    Self::describe(finder);
+    return std::move(finder.place);
+  }
+  bool outlivesProcess(std::string_view attribute) const override {
+    Detail::LastingFinder finder(attribute);
+    Self::describe(finder);
+    return finder.found;
+  }
+  std::string parametersText() const override {
+    Detail::ParameterPrinter<Self> printer(static_cast<Self const&>(*this));
+    Self::describe(printer);
+    return printer.text.empty() ? Entity::parametersText() : printer.text;
   }
 };
 
@@ -138,15 +218,15 @@ struct TextVisitor : AttributeVisitor {
   void value(char const* name, T E::*field, S) {
     line(std::string(name) + ": " + valueToStrep(entity.*field));
   }
-  template <class F>
-  void values(char const* name, F field) {
+  template <class F, class... How>
+  void values(char const* name, F field, How...) {
     for (auto& entry : entity.*field) {
       line(std::string(name) + "[" + valueToStrep(entry.fwkKey()) +
            "]: " + valueToStrep(entry.value()));
     }
   }
-  template <class F>
-  void members(char const* name, F field) {
+  template <class F, class... How>
+  void members(char const* name, F field, How...) {
     for (auto& member : entity.*field) {
       line(std::string(name) + "[" + valueToStrep(member.fwkKey()) + "]:");
       out += entityToText(member, depth + 1);

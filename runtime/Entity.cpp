@@ -38,16 +38,17 @@ std::string Entity::fullName() const {
   return parent_ ? parent_->fullName() + "/" + own : own;
 }
 
-void Entity::logWrite(void const* field) const {
+void Entity::logWrite(uint8_t number, void const* field) const {
   std::string value;
   char const* const attribute = attributeAt(field, value);
-  tellWorld(AttributeWrite{*this, attribute, std::string(), value});
+  tellWorld(AttributeWrite{*this, number, attribute, std::string(), value});
 }
 
-void Entity::logMember(void const* map, std::string const& key, std::string const& value) const {
+void Entity::logMember(uint8_t number, void const* map, std::string const& key,
+                       std::string const& value, Entity const* member) const {
   std::string ignored;
   char const* const attribute = attributeAt(map, ignored);
-  tellWorld(AttributeWrite{*this, attribute, key, value});
+  tellWorld(AttributeWrite{*this, number, attribute, key, value, member});
 }
 
 }  // namespace Vesk

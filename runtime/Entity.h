@@ -1,8 +1,13 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <typeinfo>
 #include <utility>
 
 #include "runtime/Exceptions.h"
@@ -18,11 +23,19 @@ class Entity;
 /// One effective write as it goes to the attribute log of the world.
 struct AttributeWrite {
   Entity const& entity;
+  /// The number of the attribute in the class of the entity, and its name.
+  uint8_t number;
   char const* attribute;
   /// Printed form of the key of the member concerned; empty for what is no collection.
   std::string const& key;
   /// Printed form of the new value; empty for a member that was taken out.
   std::string const& value;
+  /// The entity that has come into a collection; null for all else.
+  Entity const* member = nullptr;
+
+  /// The entity, if it is an `E` and this one of these attributes; else null.
+  template <class E>
+  E const* of(std::initializer_list<typename E::Attribute> attributes) const;
 };
 
 /// Follows the attribute log of one world, beside where the world itself puts it. It is called as a
@@ -122,6 +135,12 @@ class Child {
 /// A named, counted object of a tree. The services below are what its accessors are made of.
 class Entity : public Notifier {
  public:
+  /// Where an entity stands in its parent: the collection, and its key there as plain text.
+  struct Place {
+    char const* collection;
+    std::string key;
+  };
+
   Name const& name() const { return name_; }
   Entity* parent() const { return parent_; }
   void parentIs(Entity* parent) { parent_ = parent; }
@@ -135,6 +154,20 @@ class Entity : public Notifier {
     static_cast<void>(field), static_cast<void>(value);
     return "?";
   }
+  /// Where this has the other entity; nothing if it hasn't.
+  virtual std::optional<Place> placeOf(Entity const& member) const {
+    static_cast<void>(member);
+    return std::nullopt;
+  }
+  /// Whether the attribute outlives the process: whether it is described, and not as one that says
+  /// what this process has done.
+  virtual bool outlivesProcess(std::string_view attribute) const {
+    static_cast<void>(attribute);
+    return false;
+  }
+  /// The constructor parameters behind the first, which is the key, in text form; "+" if there are
+  /// none.
+  virtual std::string parametersText() const { return "+"; }
 
  protected:
   explicit Entity(Name const& name);
@@ -151,7 +184,7 @@ class Entity : public Notifier {
     if (field == value) return;
     field = value;
     if (attributeLogEnabled) [[unlikely]]
-      logWrite(&field);
+      logWrite(attribute, &field);
     tell(attribute, key, on);
   }
 
@@ -164,7 +197,7 @@ class Entity : public Notifier {
     if (!member) throwRangeException("null ValidPtr");
     member->parentIs(this);
     map.insert(member.ptr());
-    memberChanged(attribute, &map, key, "+", on);
+    memberChanged(attribute, &map, key, "+", on, member.ptr());
     return member;
   }
   template <class E, class K, class N>
@@ -187,7 +220,7 @@ class Entity : public Notifier {
     if (child.ptr() == another) return;
     child.entityIs(another, this);
     if (attributeLogEnabled) [[unlikely]]
-      logWrite(&child);
+      logWrite(attribute, &child);
     tell(attribute, Lumo::IntfId(), on);
   }
 
@@ -217,25 +250,34 @@ class Entity : public Notifier {
   /// Logs and tells that the member under `key` came, went or changed.
   template <class K, class T, class N>
   void memberChanged(uint8_t attribute, void const* map, K const& key, T const& value,
-                     void (N::*on)(K const&)) {
+                     void (N::*on)(K const&), Entity const* member = nullptr) {
     if (attributeLogEnabled) [[unlikely]] {
       if constexpr (std::is_convertible_v<T, char const*>) {
-        logMember(map, valueToStrep(key), value);
+        logMember(attribute, map, valueToStrep(key), value, member);
       } else {
-        logMember(map, valueToStrep(key), valueToStrep(value));
+        logMember(attribute, map, valueToStrep(key), valueToStrep(value), member);
       }
     }
     tellKey(attribute, key, on);
   }
 
-  void logWrite(void const* field) const;
-  void logMember(void const* map, std::string const& key, std::string const& value) const;
+  void logWrite(uint8_t number, void const* field) const;
+  void logMember(uint8_t number, void const* map, std::string const& key, std::string const& value,
+                 Entity const* member) const;
 
  private:
   Name name_;
   Entity* parent_ = nullptr;
   uint64_t entityId_;
 };
+
+template <class E>
+E const* AttributeWrite::of(std::initializer_list<typename E::Attribute> attributes) const {
+  static_assert(std::is_final_v<E>);
+  bool const isOne =
+      typeid(entity) == typeid(E) && std::ranges::find(attributes, number) != attributes.end();
+  return isOne ? static_cast<E const*>(&entity) : nullptr;
+}
 
 /// Throws what a get-or-create throws when the member that stands differs in a constructor
 /// parameter.

@@ -207,6 +207,20 @@ T valueFromStrep(std::string_view text, T initial = T()) {
   return initial;
 }
 
+/// A printed value as it stands alone: a text without its quotes, all else as it is printed.
+inline std::string plainText(std::string const& printed) {
+  return printed.starts_with('\'') ? TextParser(printed).quoted() : printed;
+}
+/// The value that a plain text stands for.
+template <class T>
+T valueFromPlainText(std::string_view text) {
+  if constexpr (std::is_constructible_v<T, String8>) {
+    return T(String8(text));
+  } else {
+    return valueFromStrep<T>(text);
+  }
+}
+
 std::ostream& writeText(std::ostream& out, std::string const& text);
 
 /// Writes to a stream as text; integers of one byte are numbers, too.

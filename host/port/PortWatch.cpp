@@ -1,7 +1,6 @@
 #include "host/port/PortWatch.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 #include "host/text/PortText.h"
@@ -11,39 +10,50 @@ namespace Macsecd {
 
 namespace {
 
+using Interface::EthIntfStatus;
+using Interface::EthIntfStatusDir;
+using ForwardingInput = Interface::IntfForwardingModelInputDir;
+using Macsec::CpStatus;
+using Macsec::IntfStatus;
+using Macsec::MacSecIntfStatus;
+using Macsec::MkaPeer;
+using Macsec::MkaPortStatus;
+using Macsec::Status;
 using Vesk::AttributeWrite;
 
-/// What a summary of a port consists of, as far as it doesn't change with each frame.
-constexpr std::string_view kTold[] = {
-    "actorStatus", "controlledPortEnabled",
-    "cpStatus",    "defaultKey",
-    "electedSelf", "key",
-    "keyServer",   "livePeer",
-    "portStatus",  "principal",
-    "rxSaStatus",  "txSak",
-    "txSaStatus",
-};
-
 Lumo::IntfId memberOf(AttributeWrite const& write) {
-  bool const isQuoted = write.key.starts_with('\'');
-  return Lumo::IntfId(Vesk::String8(isQuoted ? Vesk::TextParser(write.key).quoted() : write.key));
+  return Lumo::IntfId(Vesk::String8(Vesk::plainText(write.key)));
 }
 
+/// Empty for what isn't the status of a port.
 Lumo::IntfId portOf(Vesk::Entity const* entity) {
-  auto const* const port = dynamic_cast<Macsec::MkaPortStatus const*>(entity);
+  auto const* const port = dynamic_cast<MkaPortStatus const*>(entity);
   return port ? port->intfId() : Lumo::IntfId();
 }
 
-/// Empty for what doesn't belong to the status of one interface.
+/// The interface whose summary the write can change, as far as that doesn't change with each frame;
+/// empty for none.
 Lumo::IntfId interfaceOf(AttributeWrite const& write) {
-  Vesk::Entity const* const entity = &write.entity;
-  if (auto* actor = dynamic_cast<Macsec::MkaActorStatus const*>(entity))
+  using Actor = Macsec::MkaActorStatus;
+  if (auto* actor = write.of<Actor>(
+          {Actor::kPrincipal, Actor::kElectedSelf, Actor::kKeyServer, Actor::kLivePeer})) {
     return portOf(actor->parent());
-  if (auto* cp = dynamic_cast<Macsec::CpStatus const*>(entity)) return cp->intfId();
-  if (auto* intf = dynamic_cast<Macsec::IntfStatus const*>(entity)) return intf->intfId();
-  if (auto* sas = dynamic_cast<Macsec::MacSecIntfStatus const*>(entity)) return sas->intfId();
-  if (dynamic_cast<Macsec::Status const*>(entity)) return memberOf(write);
-  return portOf(entity);
+  }
+  if (auto* cp = write.of<CpStatus>({CpStatus::kControlledPortEnabled, CpStatus::kTxSak})) {
+    return cp->intfId();
+  }
+  if (auto* intf = write.of<IntfStatus>({IntfStatus::kKey, IntfStatus::kDefaultKey})) {
+    return intf->intfId();
+  }
+  if (auto* port = write.of<MkaPortStatus>({MkaPortStatus::kActorStatus})) return port->intfId();
+  if (auto* sas = write.of<MacSecIntfStatus>(
+          {MacSecIntfStatus::kTxSaStatus, MacSecIntfStatus::kRxSaStatus})) {
+    return sas->intfId();
+  }
+  bool const isOfPort =
+      write.of<Status>({Status::kIntfStatus, Status::kCpStatus, Status::kPortStatus}) ||
+      write.of<ForwardingInput>({ForwardingInput::kForwardingModelInput});
+  return isOfPort ? memberOf(write) : Lumo::IntfId();
 }
 
 bool hasUnknownPeer(PortSummary const& port) {
@@ -78,20 +88,14 @@ PortWatch::Told PortWatch::now(Lumo::IntfId intfId) const {
 }
 
 void PortWatch::attributeWritten(AttributeWrite const& write) {
-  std::string_view const attribute = write.attribute;
-  if (attribute == "baseInfo") {
-    peerWritten(write.entity.parent());
-  } else if (attribute == "linkStatus") {
-    auto* intf = dynamic_cast<Interface::EthIntfStatus const*>(&write.entity);
-    if (intf) lookAtLink(intf->intfId());
-  } else if (attribute == "intfStatus") {
-    bool const isLink = &write.entity == host_.ethIntfStatusDir().ptr();
-    isLink ? lookAtLink(memberOf(write)) : look(memberOf(write));
-  } else if (attribute == "forwardingModelInput") {
-    look(memberOf(write));
-  } else if (std::ranges::find(kTold, attribute) != std::end(kTold)) {
-    Lumo::IntfId const intfId = interfaceOf(write);
-    if (!intfId.empty()) look(intfId);
+  if (auto* peer = write.of<MkaPeer>({MkaPeer::kBaseInfo})) {
+    peerWritten(peer->parent());
+  } else if (auto* link = write.of<EthIntfStatus>({EthIntfStatus::kLinkStatus})) {
+    lookAtLink(link->intfId());
+  } else if (write.of<EthIntfStatusDir>({EthIntfStatusDir::kIntfStatus})) {
+    lookAtLink(memberOf(write));
+  } else if (auto const intfId = interfaceOf(write); !intfId.empty()) {
+    look(intfId);
   }
 }
 

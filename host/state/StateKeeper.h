@@ -3,23 +3,23 @@
 #include <string>
 
 #include "host/state/StateStore.h"
-#include "model/Status.h"
 #include "runtime/Entity.h"
 #include "runtime/World.h"
 
 namespace Macsecd {
 
-/// Follows every write to a status tree and gives what a turn of the loop has changed to a store,
-/// as one transaction. What it does grows with what is written, not with what the tree holds.
+/// Follows every write to a tree, as its classes describe themselves, and gives what a turn of the
+/// loop has changed to a store, as one transaction. What it does grows with what is written, not
+/// with what the tree holds.
 ///
-///     Status::write -> attribute log -> pending -> commit() -> StateStore
+///     Entity::write -> attribute log -> pending -> commit() -> StateStore
 ///
-/// `fipsStatus` isn't kept: it says what this process has done.
+/// What doesn't outlive the process isn't kept.
 class StateKeeper final : public Vesk::AttributeFollower {
  public:
   /// Follows the tree in the current world, which has to outlive this, and turns the attribute log
   /// on for as long. `first` goes with the first transaction.
-  StateKeeper(Vesk::Ptr<Macsec::Status const> status, StateStore& store, StateChange first = {});
+  StateKeeper(Vesk::Ptr<Vesk::Entity const> root, StateStore& store, StateChange first = {});
   ~StateKeeper();
   StateKeeper(StateKeeper const&) = delete;
   StateKeeper& operator=(StateKeeper const&) = delete;
@@ -34,12 +34,11 @@ class StateKeeper final : public Vesk::AttributeFollower {
   void flushAttributes() override { commit(); }
 
  private:
-  void memberCame(std::string const& path, Vesk::AttributeWrite const& write, std::string_view key);
   void memberWent(std::string const& path);
 
   Vesk::World& world_;
   bool const formerLog_;
-  Vesk::Ptr<Macsec::Status const> const status_;
+  Vesk::Ptr<Vesk::Entity const> const root_;
   StateStore& store_;
   StateChange pending_;
   std::string error_;

@@ -8,12 +8,6 @@ namespace Macsecd {
 
 namespace {
 
-using Macsec::CpStatus;
-using Macsec::IntfStatus;
-using Macsec::MkaActorStatus;
-using Macsec::MkaPeer;
-using Macsec::MkaPortStatus;
-
 bool isPlain(char c) { return c > ' ' && c < '\x7f' && c != '/' && c != '%'; }
 
 char unescaped(std::string_view digits) {
@@ -24,18 +18,6 @@ char unescaped(std::string_view digits) {
     Vesk::throwParseException("a path with a '%' that two digits don't follow");
   }
   return static_cast<char>(digit(digits[0]) * 16 + digit(digits[1]));
-}
-
-// The collection of its parent that the entity is a member of.
-char const* collectionOf(Vesk::Entity const& entity) {
-  if (dynamic_cast<IntfStatus const*>(&entity)) return "intfStatus";
-  if (dynamic_cast<CpStatus const*>(&entity)) return "cpStatus";
-  if (dynamic_cast<MkaPortStatus const*>(&entity)) return "portStatus";
-  if (dynamic_cast<MkaActorStatus const*>(&entity)) return "actorStatus";
-  auto const* const peer = dynamic_cast<MkaPeer const*>(&entity);
-  auto const* const actor = dynamic_cast<MkaActorStatus const*>(entity.parent());
-  if (!peer || !actor) return nullptr;
-  return actor->livePeer(peer->msgId()).ptr() == peer ? "livePeer" : "potentialPeer";
 }
 
 }  // namespace
@@ -68,13 +50,13 @@ std::vector<std::string> statePathNames(std::string_view path) {
   return names;
 }
 
-std::optional<std::string> statePathOf(Vesk::Entity const& entity, Macsec::Status const& status) {
-  if (&entity == &status) return std::string();
-  if (!entity.parent()) return std::nullopt;
-  char const* const collection = collectionOf(entity);
-  auto const above = statePathOf(*entity.parent(), status);
-  if (!collection || !above) return std::nullopt;
-  return statePath(statePath(*above, collection), entity.name().view());
+std::optional<std::string> statePathOf(Vesk::Entity const& entity, Vesk::Entity const& root) {
+  if (&entity == &root) return std::string();
+  Vesk::Entity const* const parent = entity.parent();
+  auto const above = parent ? statePathOf(*parent, root) : std::nullopt;
+  auto const place = above ? parent->placeOf(entity) : std::nullopt;
+  if (!place) return std::nullopt;
+  return statePath(statePath(*above, place->collection), place->key);
 }
 
 }  // namespace Macsecd

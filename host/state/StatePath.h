@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "model/Status.h"
+#include "runtime/Entity.h"
 
 namespace Macsecd {
 
@@ -13,7 +13,7 @@ namespace Macsecd {
 std::string statePath(std::string_view path, std::string_view name);
 /// The names that a path is made of. Throws `Vesk::ParseException` for what is no path.
 std::vector<std::string> statePathNames(std::string_view path);
-/// Where the entity stands in the tree; none if it doesn't, or does no more.
-std::optional<std::string> statePathOf(Vesk::Entity const& entity, Macsec::Status const& status);
+/// Where the entity stands in the tree of `root`; none if it doesn't, or does no more.
+std::optional<std::string> statePathOf(Vesk::Entity const& entity, Vesk::Entity const& root);
 
 }  // namespace Macsecd

@@ -42,11 +42,12 @@ struct Filler : Vesk::Detail::AttributeVisitor {
   Filler(E& entity, Changer& changer) : entity(entity), changer(changer) {}
   E& entity;
   Changer& changer;
+  Vesk::Detail::AttributeVisitor ofProcess() { return {}; }
   template <class T, class S>
-  void value(char const* name, T E::*field, S setter) {
+  void value(char const*, T E::*field, S setter) {
     T changed = entity.*field;
     changer.change(changed);
-    if (name != std::string_view("fipsStatus")) (entity.*setter)(changed);
+    (entity.*setter)(changed);
   }
 };
 
@@ -96,37 +97,33 @@ struct Flattener : Vesk::Detail::AttributeVisitor {
   E const& entity;
   std::string path;
   StateValues& out;
-  std::string own = kMemberIsThere;
 
-  template <class T>
-  void parameter(char const* name, T E::*field) {
-    if (name == std::string_view("macsecParams")) own = Vesk::valueToStrep(entity.*field);
-  }
+  Vesk::Detail::AttributeVisitor ofProcess() { return {}; }
   template <class T, class S>
   void value(char const* name, T E::*field, S) {
     out[statePath(path, name)] = Vesk::valueToStrep(entity.*field);
   }
-  template <class F>
-  void values(char const* name, F field) {
+  template <class F, class... How>
+  void values(char const* name, F field, How...) {
     for (auto& entry : entity.*field) {
       out[statePath(statePath(path, name), Vesk::valueToStrep(entry.fwkKey()))] =
           Vesk::valueToStrep(entry.value());
     }
   }
-  template <class F>
-  void members(char const* name, F field);
+  template <class F, class... How>
+  void members(char const* name, F field, How...);
 };
 
 template <class E>
 void flatten(E const& entity, std::string const& path, StateValues& out) {
   Flattener<E> flattener(entity, path, out);
   E::describe(flattener);
-  if (!path.empty()) out[path] = flattener.own;
+  if (!path.empty()) out[path] = entity.parametersText();
 }
 
 template <class E>
-template <class F>
-void Flattener<E>::members(char const* name, F field) {
+template <class F, class... How>
+void Flattener<E>::members(char const* name, F field, How...) {
   for (auto& member : entity.*field) {
     flatten(member, statePath(statePath(path, name), member.name().view()), out);
   }
@@ -135,7 +132,6 @@ void Flattener<E>::members(char const* name, F field) {
 inline StateValues flattened(Macsec::Status const& status) {
   StateValues out;
   flatten(status, "", out);
-  out.erase("fipsStatus");
   return out;
 }
 

@@ -119,8 +119,8 @@ class Port final : public DescribedEntity<Port> {
   static void describe(V&& v) {
     v.value("speed", &Port::speed_, &Port::speedIs);
     v.value("label", &Port::label_, &Port::labelIs);
-    v.members("lane", &Port::lane_);
-    v.values("note", &Port::note_);
+    v.members("lane", &Port::lane_, &Port::laneIs);
+    v.values("note", &Port::note_, &Port::noteIs);
   }
 
  private:

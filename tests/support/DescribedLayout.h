@@ -68,12 +68,12 @@ struct LayoutVisitor : Vesk::Detail::AttributeVisitor {
   void value(char const* name, F T::*field, S) {
     add(name, field);
   }
-  template <class F>
-  void values(char const* name, F T::*field) {
+  template <class F, class... How>
+  void values(char const* name, F T::*field, How...) {
     add(name, field);
   }
-  template <class F>
-  void members(char const* name, F T::*field) {
+  template <class F, class... How>
+  void members(char const* name, F T::*field, How...) {
     add(name, field);
   }
   template <class F>
