@@ -36,7 +36,9 @@ MkaPortSm::MkaPortSm(Lumo::IntfId intfId, Vesk::Ptr<Status> status,
 
 MkaPortSm::~MkaPortSm() = default;
 
+// From here on a change of a key makes no actor.
 void MkaPortSm::end() {
+  initialized_ = false;
   if (portStatus_) handleCleanUp();
   Vesk::endReactors(status_, intfStatus_);
   if (portStatus_) portStatus_->retireAll();
