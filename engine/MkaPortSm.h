@@ -103,7 +103,8 @@ class MkaPortSm final : public Vesk::StateMachine {
   Vesk::Ptr<MkaActorStatus> pick(Candidates const& from) const;
   Vesk::Ptr<MkaActorStatus> oldPrincipal();
   void cleanUpOldPrincipal(Vesk::Ptr<MkaActorStatus> const& old);
-  void unmark(Vesk::Ptr<MkaActorStatus> const& principal);
+  void mark(MkaActorStatus& chosen, Vesk::String8 const& former);
+  void unmark(MkaActorStatus& principal);
   void logKeyInUse(MkaActorStatus const& actor) const;
   void checkPrincipal() const;
 

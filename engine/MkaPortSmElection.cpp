@@ -61,16 +61,23 @@ void MkaPortSm::doElectPrincipalActor() {
     return;
   }
   bool const isOther = !old || old->name() != chosen->name();
-  if (old && isOther) unmark(old);
+  if (old && isOther) old->principalIs(false);
   VESK_TRACE(1, ": Marking ", chosen->name(), " as principal actor on ", intfId_);
   if (isOther) logKeyInUse(*chosen);
-  if (!isHere(*chosen) || (isOther && !principalActorCkn_.empty())) {
-    doElectPrincipalActor();
-    return;
-  }
-  principalActorCknIs(chosen->name());
-  chosen->principalIs(true);
+  mark(*chosen, old ? old->name() : Vesk::String8());
   checkPrincipal();
+}
+
+// Whoever is told may have taken the actor away, or had another one elected.
+void MkaPortSm::mark(MkaActorStatus& chosen, Vesk::String8 const& former) {
+  if (isHere(chosen) && principalActorCkn_ == former) chosen.principalIs(true);
+  if (!isHere(chosen)) {
+    doElectPrincipalActor();
+  } else if (principalActorCkn_ == former) {
+    principalActorCknIs(chosen.name());
+  } else if (principalActorCkn_ != chosen.name()) {
+    chosen.principalIs(false);
+  }
 }
 
 Vesk::Ptr<MkaActorStatus> MkaPortSm::oldPrincipal() {
@@ -124,13 +131,13 @@ Vesk::Ptr<MkaActorStatus> MkaPortSm::pick(Candidates const& from) const {
 void MkaPortSm::cleanUpOldPrincipal(Vesk::Ptr<MkaActorStatus> const& old) {
   if (!old) return;
   VESK_TRACE(3, ": Cleaning up old principal actor ", old->name(), " on ", intfId_);
-  unmark(old);
+  unmark(*old);
 }
 
-// Whoever is told finds the port without a principal, and may elect one.
-void MkaPortSm::unmark(Vesk::Ptr<MkaActorStatus> const& principal) {
-  principalActorCknIs("");
-  principal->principalIs(false);
+// Whoever is told may have had one elected.
+void MkaPortSm::unmark(MkaActorStatus& principal) {
+  principal.principalIs(false);
+  if (!principal.principal() && principalActorCkn_ == principal.name()) principalActorCknIs("");
 }
 
 void MkaPortSm::handleDefaultKeyActivation() {
@@ -182,7 +189,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleFailed(MkaActorStat
     return;
   }
   VESK_TRACE(1, ": Unmarking ", actor.name(), " as the principal actor on ", sm.intfId_);
-  sm.unmark(&actor);
+  sm.unmark(actor);
   sm.checkPrincipal();
 }
 
@@ -206,19 +213,15 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::markPrincipal(MkaActorSta
   MkaPortSm& sm = owner();
   VESK_TRACE(3, ": Actor ", actor.name(), " on ", sm.intfId_,
              " is not the key server. Marking it as the principal actor");
-  while (!sm.principalActorCkn_.empty() && sm.principalActorCkn_ != actor.name()) {
-    auto old = sm.portStatus()->actorStatus(sm.principalActorCkn_);
-    VESK_TRACE(3, ": Removing old principal actor ", sm.principalActorCkn_, " on ", sm.intfId_);
-    sm.unmark(old);
+  Vesk::String8 const former = sm.principalActorCkn_;
+  if (!former.empty() && former != actor.name()) {
+    auto old = sm.portStatus()->actorStatus(former);
+    VESK_TRACE(3, ": Removing old principal actor ", former, " on ", sm.intfId_);
+    old->principalIs(false);
   }
   VESK_TRACE(1, ": Marking actor ", actor.name(), " to be principal", " on ", sm.intfId_);
   if (actor.name() != sm.principalActorCkn_) sm.logKeyInUse(actor);
-  if (!sm.isHere(actor)) {
-    sm.doElectPrincipalActor();
-    return;
-  }
-  sm.principalActorCknIs(actor.name());
-  actor.principalIs(true);
+  sm.mark(actor, former);
   sm.checkPrincipal();
 }
 
