@@ -14,7 +14,7 @@ namespace {
 using Types = Macsec::ParameterSetTypes;
 
 constexpr size_t kVersion = 14;
-constexpr size_t kBodyLength = 16;
+constexpr size_t kEapolLength = 16;
 constexpr size_t kAgility = sizeof(Macsec::Eapol) + 28;
 constexpr size_t kName = sizeof(Macsec::Eapol) + sizeof(Macsec::BasicParameterSet);
 
@@ -85,8 +85,8 @@ struct Parts {
     Frame frame = front;
     for (Frame const& set : sets) frame.insert(frame.end(), set.begin(), set.end());
     size_t const body = frame.size() - sizeof(Macsec::Eapol) + Codec::Icv::kSize;
-    frame[kBodyLength] = static_cast<uint8_t>(body >> 8);
-    frame[kBodyLength + 1] = static_cast<uint8_t>(body);
+    frame[kEapolLength] = static_cast<uint8_t>(body >> 8);
+    frame[kEapolLength + 1] = static_cast<uint8_t>(body);
     return frame;
   }
 };

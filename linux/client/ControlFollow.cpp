@@ -9,14 +9,12 @@
 #include "host/client/Pcap.h"
 #include "host/text/ControlProtocol.h"
 #include "linux/client/ControlClient.h"
+#include "linux/client/ExitStatus.h"
 #include "linux/process/WallClock.h"
 
 namespace Linux {
 
 namespace {
-
-constexpr int kRefused = 1;
-constexpr int kNoAnswer = 3;
 
 std::string requestOf(char const* command, ControlFollow const& follow) {
   Macsecd::Json request = Macsecd::requestOf(command);

@@ -10,6 +10,7 @@
 #include "host/client/ControlText.h"
 #include "host/text/ControlProtocol.h"
 #include "linux/client/ControlClient.h"
+#include "linux/client/ExitStatus.h"
 #include "linux/process/Limits.h"
 
 namespace Linux {
@@ -19,9 +20,6 @@ namespace {
 using Macsecd::ControlView;
 using Macsecd::Json;
 using Macsecd::requestOf;
-
-constexpr int kRefused = 1;
-constexpr int kNoAnswer = 3;
 
 /// Asks, and shows what hinders it. The status, and what was answered.
 struct Asked {

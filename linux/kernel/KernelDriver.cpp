@@ -4,6 +4,7 @@
 
 #include "linux/process/Limits.h"
 #include "runtime/Log.h"
+#include "runtime/TimerWheel.h"
 #include "runtime/World.h"
 
 namespace Linux {
@@ -14,8 +15,6 @@ using Macsec::MkaPortStatus;
 using Macsec::Status;
 
 namespace {
-
-constexpr double kNever = std::numeric_limits<double>::infinity();
 
 Vesk::LogHandle const MACSEC_KERNEL_MISSING(
     "MACSEC_KERNEL_MISSING", Vesk::LogSeverity::error, "Interface %s can't be secured: %s",
@@ -287,7 +286,7 @@ void KernelDriver::removeAll() {
 }
 
 double KernelDriver::nextTime() const {
-  double next = leftovers_ ? Vesk::now() : kNever;
+  double next = leftovers_ ? Vesk::now() : Zorn::never;
   if (!waiting_.empty()) next = std::min(next, nextLook_);
   for (auto const& [intfId, port] : ports_) {
     next = std::min(next, port->retryTime());

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <limits>
 #include <utility>
 
 #include "runtime/Log.h"
+#include "runtime/TimerWheel.h"
 #include "runtime/World.h"
 
 namespace Linux {
@@ -13,8 +13,6 @@ namespace Linux {
 namespace {
 
 using Macsecd::Fault;
-
-constexpr double kNever = std::numeric_limits<double>::infinity();
 
 Vesk::LogHandle const MACSEC_PARENT_NOT_CLOSED(
     "MACSEC_PARENT_NOT_CLOSED", Vesk::LogSeverity::error,
@@ -169,7 +167,7 @@ std::optional<std::string> ParentFilters::trouble(Lumo::IntfId intfId) const {
 
 double ParentFilters::nextTime() const {
   if (!left_.empty()) return Vesk::now();
-  double next = kNever;
+  double next = Zorn::never;
   for (auto const& [intfId, parent] : parents_) {
     next = std::min(next, parent.problem.empty() ? nextCheck_ : parent.retryTime);
   }

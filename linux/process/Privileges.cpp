@@ -25,12 +25,12 @@ using Macsecd::Result;
 /// What has failed just now; there is nothing to do but to see why the kernel refuses it.
 Fault failed(char const* what) { return {std::string(what) + ": " + std::strerror(errno), {}}; }
 
-Result<> checked(int result, char const* what) {
+Result<> done(int result, char const* what) {
   if (result != 0) return failed(what);
   return {};
 }
 
-Result<> readOwn() { return checked(capng_get_caps_process(), "reading the capabilities"); }
+Result<> readOwn() { return done(capng_get_caps_process(), "reading the capabilities"); }
 
 // What the process itself may do, of the two that it needs: no more than it has.
 Result<> keepOnlyNetworking() {
@@ -44,7 +44,7 @@ Result<> keepOnlyNetworking() {
   for (size_t i = 0; i < std::size(kKept); ++i) {
     if (isPermitted[i]) capng_update(CAPNG_ADD, both, kKept[i]);
   }
-  return checked(capng_apply(CAPNG_SELECT_CAPS), "dropping capabilities");
+  return done(capng_apply(CAPNG_SELECT_CAPS), "dropping capabilities");
 }
 
 // The bounding set takes CAP_SETPCAP to change, and the library complains to the log of the machine
@@ -65,15 +65,15 @@ Result<> limitBounds() {
 Result<> limitSuccessors() {
   prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
   if (auto const limited = limitBounds(); !limited) return limited;
-  return checked(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "giving up new privileges");
+  return done(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "giving up new privileges");
 }
 
 Result<> refuseCoreDumps() {
   rlimit const none{0, 0};
-  return checked(setrlimit(RLIMIT_CORE, &none), "turning core dumps off");
+  return done(setrlimit(RLIMIT_CORE, &none), "turning core dumps off");
 }
 
-Result<> refuseTracing() { return checked(prctl(PR_SET_DUMPABLE, 0), "turning core dumps off"); }
+Result<> refuseTracing() { return done(prctl(PR_SET_DUMPABLE, 0), "turning core dumps off"); }
 
 }  // namespace
 

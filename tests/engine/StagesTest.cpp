@@ -4,15 +4,15 @@
 #include <gtest/gtest.h>
 
 #include "controlled_port/KeyStage.h"
+#include "tests/support/KeyNames.h"
 #include "tests/support/Told.h"
 
 namespace Macsec {
 namespace {
 
+using Support::kCkn;
 using Support::Switch;
 using ::testing::ElementsAre;
-
-constexpr char const* kCkn = "6162";
 
 /// Two switches, of which the first is key server; takes down each stage that it comes to.
 class Stages : public ::testing::Test {
