@@ -89,6 +89,7 @@ class MkaPortSm final : public Vesk::StateMachine {
   struct DefaultActorTimerReactor;
   struct ActorDeletionTimerReactor;
   struct Candidates;
+  struct Election;
 
   void takeUpActors();
   bool deleteActorsOfGoneKey(bool defaultActors);
@@ -120,6 +121,7 @@ class MkaPortSm final : public Vesk::StateMachine {
   Vesk::Ptr<ActorDeletionTimerReactor> actorDeletionTimer_;
   MkaActorSmMap mkaActorSm_;
   Vesk::String8 principalActorCkn_;
+  unsigned elections_ = 0;  ///< on the stack
   bool initialized_ = false;
 };
 

@@ -39,9 +39,21 @@ void MkaPortSm::logKeyInUse(MkaActorStatus const& actor) const {
   Vesk::log(actor.defaultActor() ? MKA_FALLBACK_KEY_IN_USE : MKA_KEY_IN_USE, actor.name(), intfId_);
 }
 
+// While an actor is marked, others may be told of it and elect: the outermost election has the last
+// word.
+struct MkaPortSm::Election {
+  explicit Election(MkaPortSm& sm) : sm(sm) { ++sm.elections_; }
+  ~Election() {
+    --sm.elections_;
+    if (!sm.isEnding()) sm.checkPrincipal();
+  }
+  MkaPortSm& sm;
+};
+
 // `principalActorCkn` is empty or names an actor that is principal, and no other actor is.
 void MkaPortSm::checkPrincipal() const {
 #ifndef NDEBUG
+  if (elections_ > 0) return;
   for (MkaActorStatus& actor : portStatus()->actorStatus()) {
     VESK_ASSERT(!actor.principal() || actor.name() == principalActorCkn_);
   }
@@ -51,6 +63,7 @@ void MkaPortSm::checkPrincipal() const {
 }
 
 void MkaPortSm::doElectPrincipalActor() {
+  Election const election(*this);
   VESK_TRACE(8, ": IntfId ", intfId_);
   if (defaultActorTimer_->isArmed()) defaultActorTimer_->timeMinIs(Zorn::never);
   VESK_TRACE(3, ": Starting principal actor election on ", intfId_);
@@ -65,7 +78,6 @@ void MkaPortSm::doElectPrincipalActor() {
   VESK_TRACE(1, ": Marking ", chosen->name(), " as principal actor on ", intfId_);
   if (isOther) logKeyInUse(*chosen);
   mark(*chosen, old ? old->name() : Vesk::String8());
-  checkPrincipal();
 }
 
 // Whoever is told may have taken the actor away, or had another one elected.
@@ -74,7 +86,7 @@ void MkaPortSm::mark(MkaActorStatus& chosen, Vesk::String8 const& former) {
   if (!isHere(chosen)) {
     doElectPrincipalActor();
   } else if (principalActorCkn_ == former) {
-    principalActorCknIs(chosen.name());
+    principalActorCknIs(chosen.principal() ? chosen.name() : Vesk::String8());
   } else if (principalActorCkn_ != chosen.name()) {
     chosen.principalIs(false);
   }
@@ -189,8 +201,8 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleFailed(MkaActorStat
     return;
   }
   VESK_TRACE(1, ": Unmarking ", actor.name(), " as the principal actor on ", sm.intfId_);
+  Election const election(sm);
   sm.unmark(actor);
-  sm.checkPrincipal();
 }
 
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleDistSak() {
@@ -211,6 +223,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::advanceAn(AssociationNumb
 
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::markPrincipal(MkaActorStatus& actor) {
   MkaPortSm& sm = owner();
+  Election const election(sm);
   VESK_TRACE(3, ": Actor ", actor.name(), " on ", sm.intfId_,
              " is not the key server. Marking it as the principal actor");
   Vesk::String8 const former = sm.principalActorCkn_;
@@ -222,7 +235,6 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::markPrincipal(MkaActorSta
   VESK_TRACE(1, ": Marking actor ", actor.name(), " to be principal", " on ", sm.intfId_);
   if (actor.name() != sm.principalActorCkn_) sm.logKeyInUse(actor);
   sm.mark(actor, former);
-  sm.checkPrincipal();
 }
 
 }  // namespace Macsec
