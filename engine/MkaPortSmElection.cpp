@@ -43,9 +43,10 @@ void MkaPortSm::logKeyInUse(MkaActorStatus const& actor) const {
 // word.
 struct MkaPortSm::Election {
   explicit Election(MkaPortSm& sm) : sm(sm) { ++sm.elections_; }
-  ~Election() {
-    --sm.elections_;
-    if (!sm.isEnding()) sm.checkPrincipal();
+  ~Election() { --sm.elections_; }
+  // An actor has been marked, or a mark taken away.
+  void hasMarked() const {
+    if (sm.elections_ == 1) sm.checkPrincipal();
   }
   MkaPortSm& sm;
 };
@@ -53,7 +54,6 @@ struct MkaPortSm::Election {
 // `principalActorCkn` is empty or names an actor that is principal, and no other actor is.
 void MkaPortSm::checkPrincipal() const {
 #ifndef NDEBUG
-  if (elections_ > 0) return;
   for (MkaActorStatus& actor : portStatus()->actorStatus()) {
     VESK_ASSERT(!actor.principal() || actor.name() == principalActorCkn_);
   }
@@ -78,6 +78,7 @@ void MkaPortSm::doElectPrincipalActor() {
   VESK_TRACE(1, ": Marking ", chosen->name(), " as principal actor on ", intfId_);
   if (isOther) logKeyInUse(*chosen);
   mark(*chosen, old ? old->name() : Vesk::String8());
+  election.hasMarked();
 }
 
 // Whoever is told may have taken the actor away, or had another one elected.
@@ -203,6 +204,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleFailed(MkaActorStat
   VESK_TRACE(1, ": Unmarking ", actor.name(), " as the principal actor on ", sm.intfId_);
   Election const election(sm);
   sm.unmark(actor);
+  election.hasMarked();
 }
 
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleDistSak() {
@@ -235,6 +237,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::markPrincipal(MkaActorSta
   VESK_TRACE(1, ": Marking actor ", actor.name(), " to be principal", " on ", sm.intfId_);
   if (actor.name() != sm.principalActorCkn_) sm.logKeyInUse(actor);
   sm.mark(actor, former);
+  election.hasMarked();
 }
 
 }  // namespace Macsec

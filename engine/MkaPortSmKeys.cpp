@@ -49,7 +49,7 @@ void MkaPortSm::handleKey() {
     }
     deleteActorsOfOlderKeys(key, false);
   }
-  checkPrincipal();
+  if (elections_ == 0) checkPrincipal();
   if (elect) doElectPrincipalActor();
 }
 
@@ -73,7 +73,7 @@ void MkaPortSm::handleDefaultKey() {
     if (lacksActor(key, true)) createActor(key);
     deleteActorsOfOlderKeys(key, true);
   }
-  checkPrincipal();
+  if (elections_ == 0) checkPrincipal();
   if (elect) doElectPrincipalActor();
 }
 
