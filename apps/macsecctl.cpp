@@ -6,6 +6,7 @@
 
 #include "host/client/ControlText.h"
 #include "host/text/ControlProtocol.h"
+#include "host/text/Limits.h"
 #include "linux/client/ControlClient.h"
 #include "linux/client/ControlFollow.h"
 #include "linux/client/ControlTrial.h"
@@ -29,7 +30,7 @@ struct Options {
   std::string traceFile = "/run/macsecd/trace";
   unsigned level = Glimmer::TraceFile::kLevels - 1;
   std::vector<std::string> handles;
-  unsigned timeout = 120;
+  unsigned timeout = Macsecd::Limits::kUsualTrial;
 };
 
 struct Command {
@@ -134,7 +135,7 @@ void addTrial(CLI::App& app, Options& options) {
       "try", "Take a configuration over, and go back to the former one unless it is kept in time");
   trial.add_option("file", options.file, "The configuration")->required();
   trial.add_option("--timeout", options.timeout, "Go back after this time in seconds")
-      ->check(CLI::Range(1u, Macsecd::kMostTrialSeconds))
+      ->check(CLI::Range(1u, Macsecd::Limits::kMostTrial))
       ->capture_default_str();
   app.add_subcommand("keep", "Keep the configuration that is on trial");
 }

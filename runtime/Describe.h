@@ -11,8 +11,8 @@ namespace Vesk {
 // An entity class describes its attributes once, in order of declaration:
 //
 //   template <class V> static void describe(V&& v) {
-//     v.parameter("intfId", &Port::intfId_);             constructor parameter; the key is the
-//     first v.value("speed", &Port::speed_, &Port::speedIs);   value, with its setter
+//     v.parameter("intfId", &Port::intfId_);             constructor parameter; the first: the key
+//     v.value("speed", &Port::speed_, &Port::speedIs);   value, with its setter
 //     v.derived("cipher", &Port::cipher);                computed from others
 //     v.values("note", &Port::note_, &Port::noteIs);     plain values, by (key, value)
 //     v.values("rxSak", &Port::rxSak_, &Port::rxSakIs, &Sak::an);   each tells its key itself

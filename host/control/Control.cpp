@@ -126,7 +126,7 @@ class RequestHandler {
   Json tryFile() {
     auto const file = request_.text("file");
     unsigned const seconds =
-        request_.number("timeout", kMostTrialSeconds).value_or(Limits::kUsualTrial);
+        request_.number("timeout", Limits::kMostTrial).value_or(Limits::kUsualTrial);
     if (!file) throw Fault{"no file is named", "say \"file\": its whole path"};
     if (seconds == 0) throw Fault{"no time is left to keep it", "give it some seconds"};
     return takenOver(had(theTrial().begin(*file, seconds)));

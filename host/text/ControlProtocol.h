@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "host/text/JsonText.h"
-#include "host/text/Limits.h"
 
 namespace Macsecd {
 
@@ -11,8 +10,6 @@ namespace Macsecd {
 
 /// Of the requests at the control socket, and of what is answered.
 inline constexpr int kControlVersion = 2;
-/// The longest trial of a configuration: a day.
-inline constexpr unsigned kMostTrialSeconds = Limits::kMostTrial;
 
 /// A request, to which further members may be added.
 inline Json requestOf(std::string_view command) {

@@ -16,9 +16,9 @@ inline std::string jsonText(Json const& json) {
 
 /// What isn't known, and so is empty, is null.
 inline Json orNull(std::string const& text) { return text.empty() ? Json() : Json(text); }
-template <class Number>
-Json orNull(std::optional<Number> const& number) {
-  return number ? Json(*number) : Json();
+template <class T>
+Json orNull(std::optional<T> const& value) {
+  return value ? Json(*value) : Json();
 }
 
 }  // namespace Macsecd

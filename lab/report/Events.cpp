@@ -12,11 +12,7 @@ namespace Lab {
 namespace {
 
 using Macsecd::Json;
-
-template <class T>
-Json orNull(std::optional<T> const& value) {
-  return value ? Json(*value) : Json();
-}
+using Macsecd::orNull;
 
 // The wall clock is virtual too, and begins with 1970. `what` is empty for the time of the event.
 void putTime(Json& json, std::string const& what, double time) {
