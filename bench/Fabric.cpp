@@ -16,12 +16,6 @@ struct Fabric::End final : Codec::FrameSink {
   void send(Lumo::IntfId intfId, std::span<uint8_t const> frame) override {
     fabric.carry(number, intfId, frame);
   }
-  template <class F>
-  auto in(F run) {
-    Vesk::WorldScope scope(world);
-    return run(*host);
-  }
-
   Fabric& fabric;
   uint32_t const number;
   FabricWorld world;
@@ -38,8 +32,8 @@ Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach) {
   }
   for (uint32_t n : {0u, 1u}) {
     ends_[n] = std::make_unique<End>(*this, n);
-    Vesk::WorldScope scope(ends_[n]->world);
-    ends_[n]->host = std::make_unique<Macsecd::Host>(n == 0 ? "A" : "B", *ends_[n]);
+    ends_[n]->host =
+        std::make_unique<Macsecd::Host>(ends_[n]->world, n == 0 ? "A" : "B", *ends_[n]);
     Macsecd::Host& host = *ends_[n]->host;
     for (uint32_t i = 0; i < portsOnEach; ++i) {
       auto const octet = [i](int shift) { return static_cast<uint8_t>(i >> shift); };
@@ -52,12 +46,7 @@ Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach) {
   }
 }
 
-Fabric::~Fabric() {
-  for (auto& end : ends_) {
-    Vesk::WorldScope scope(end->world);
-    end->host.reset();
-  }
-}
+Fabric::~Fabric() = default;
 
 Macsecd::SwitchConfig Fabric::config(uint8_t priority) const {
   Macsecd::SwitchConfig config;
@@ -85,7 +74,7 @@ void Fabric::deliverDue() {
   while (!flights_.empty() && flights_.front().due <= clock_) {
     Flight const flight = std::move(flights_.front());
     flights_.pop_front();
-    ends_[flight.to]->in([&](Macsecd::Host& host) { host.receive(flight.intfId, flight.frame); });
+    ends_[flight.to]->host->receive(flight.intfId, flight.frame);
   }
 }
 
@@ -94,7 +83,7 @@ void Fabric::runUntil(double time) {
     double next = flights_.empty() ? time : std::min(time, flights_.front().due);
     for (auto& end : ends_) next = std::min(next, end->host->timerWheel()->nextTime());
     clock_ = std::max(clock_, next);
-    for (auto& end : ends_) end->in([](Macsecd::Host& host) { host.timerWheel()->runDue(); });
+    for (auto& end : ends_) end->host->timerWheel()->runDue();
     deliverDue();
     if (next >= time) return;
   }
@@ -102,7 +91,8 @@ void Fabric::runUntil(double time) {
 
 void Fabric::delayProtectionIs(bool on) {
   for (auto& end : ends_) {
-    end->in([on](Macsecd::Host& host) { host.config()->delayProtectionIs(on); });
+    Vesk::WorldScope const scope(end->world);
+    end->host->config()->delayProtectionIs(on);
   }
 }
 

@@ -31,7 +31,7 @@ bool isReportOf(Sak const& sak, SaStatus const& saStatus) {
 ControlledPortSm::HwStatusReactor::HwStatusReactor(ControlledPortSm& sm,
                                                    Vesk::Ptr<MacSecIntfStatusPtrDir const> dir)
     : Reactor(sm, std::move(dir), sm.intfId()) {
-  if (Vesk::NotifieeListBase::visitsAreFiltered) {
+  if (Vesk::world().switches().visitsAreFiltered) {
     macsecIntfStatusReactor(sm.intfId());
   } else {
     followAll();
@@ -44,7 +44,7 @@ void ControlledPortSm::HwStatusReactor::hasNotificationActiveIs(bool active) {
 }
 
 bool ControlledPortSm::HwStatusReactor::isFollowed(Lumo::IntfId intfId) const {
-  return !Vesk::NotifieeListBase::visitsAreFiltered || intfId == owner().intfId() ||
+  return !Vesk::world().switches().visitsAreFiltered || intfId == owner().intfId() ||
          macsecIntfStatus_.find(intfId);
 }
 

@@ -1,10 +1,10 @@
 #include "host/Host.h"
 
 #include "host/config/ConfigTree.h"
+#include "host/state/SilentWorld.h"
 #include "host/state/StaleStatus.h"
 #include "model/Factories.h"
 #include "runtime/EntityCopy.h"
-#include "runtime/World.h"
 
 namespace Macsecd {
 
@@ -13,20 +13,6 @@ namespace {
 using Macsec::MacSecStatus;
 
 Vesk::Name const kEmulatedSlice = "emulated";
-
-// The world of a process that has died: what its objects still do on their way out reaches nobody.
-class DeadWorld final : public Vesk::World {
- public:
-  explicit DeadWorld(double now) : now_(now) {}
-  double now() const override { return now_; }
-  int rand() override { return 0; }
-  void randomBytes(std::span<uint8_t> out) override { std::fill(out.begin(), out.end(), 0); }
-  void syslog(Vesk::LogMessage const&) override {}
-  void exit(int) override {}
-
- private:
-  double now_;
-};
 
 // What a restarted process finds of the one that ran before it.
 Vesk::Ptr<Macsec::Status> copyOf(Macsec::Status const& status) {
@@ -98,8 +84,10 @@ struct Host::Machines {
   std::unique_ptr<HostCompanion> companion;
 };
 
-Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
-    : taps_(sink),
+Host::Host(Vesk::World& world, Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
+    : world_(world),
+      scope_(std::in_place, world),
+      taps_(sink),
       options_(options),
       config_(Macsec::configFactory(name + "/config")),
       status_(Macsec::statusFactory(name + "/status")),
@@ -126,15 +114,18 @@ Host::Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options)
   if (options_.emulateHardware) {
     slices_->entityPtrIs(Macsec::macSecStatusFactory(kEmulatedSlice));
   }
+  scope_.reset();
 }
 
 Host::~Host() {
+  scope_.emplace(world_);
   stop();
   Vesk::retire(configReactor_);
 }
 
 // Address and port number are part of what an interface is: others make it anew.
 void Host::interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t portNumber) {
+  Vesk::WorldScope const scope(world_);
   auto const former = ethIntfStatusDir_->intfStatus(intfId);
   if (former && (former->ethAddr() != addr || former->portNumber() != portNumber)) {
     ethIntfStatusDir_->intfStatusDel(intfId);
@@ -145,6 +136,7 @@ void Host::interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t 
 }
 
 void Host::interfaceDel(Lumo::IntfId intfId) {
+  Vesk::WorldScope const scope(world_);
   ethIntfStatusDir_->intfStatusDel(intfId);
   frameEvidence_.erase(intfId);
   hardwareFaults_.erase(intfId);
@@ -154,6 +146,7 @@ void Host::interfaceDel(Lumo::IntfId intfId) {
 }
 
 void Host::linkIs(Lumo::IntfId intfId, bool up) {
+  Vesk::WorldScope const scope(world_);
   auto const intfStatus = ethIntfStatusDir_->intfStatus(intfId);
   if (intfStatus) intfStatus->linkStatusIs(up ? Interface::linkUp : Interface::linkDown);
 }
@@ -167,6 +160,7 @@ void Host::interfaceSetUpIs(Lumo::IntfId intfId, bool setUp) {
 }
 
 void Host::configIs(SwitchConfig const& config) {
+  Vesk::WorldScope const scope(world_);
   takeDialects(config);
   takeClosing(config);
   for (InterfaceConfig const& interface : config.interfaces) portNumberIs(interface);
@@ -175,6 +169,7 @@ void Host::configIs(SwitchConfig const& config) {
 }
 
 bool Host::reload(ConfigResult const& read) {
+  Vesk::WorldScope const scope(world_);
   if (!read.good()) return false;
   configIs(read.config);
   if (!read.sealed.empty()) keptConfig_.textIs(read.sealed);
@@ -183,6 +178,7 @@ bool Host::reload(ConfigResult const& read) {
 }
 
 std::vector<Mistake> Host::reload(std::string const& path) {
+  Vesk::WorldScope const scope(world_);
   ConfigResult const read = readConfigFile(path);
   reload(read);
   return read.mistakes;
@@ -227,6 +223,7 @@ void Host::handleShutdown() {
 }
 
 void Host::start() {
+  Vesk::WorldScope const scope(world_);
   if (running()) return;
   status_->fipsStatusIs(Macsec::FipsStatus());
   dropStaleInterfaces(*config_, *status_);
@@ -253,26 +250,28 @@ void Host::rebuildStatus() {
 }
 
 bool Host::commit() {
+  Vesk::WorldScope const scope(world_);
   bool const kept = keyHistory_.commit();
   bool const keptConfig = keptConfig_.commit();
   return (keeper_ && keeper_->commit()) || kept || keptConfig;
 }
 
 void Host::stop() {
+  Vesk::WorldScope const scope(world_);
   machines_.reset();
   commit();
 }
 
 void Host::die() {
+  Vesk::WorldScope const scope(world_);
   keeper_ = nullptr;
   if (machines_) machines_->companion.reset();
   auto left = options_.store ? status_ : copyOf(*status_);
   if (running()) {
-    DeadWorld dead(Vesk::now());
-    Vesk::WorldScope scope(dead);
-    bool const logs = std::exchange(Vesk::attributeLogEnabled, false);
-    stop();
-    Vesk::attributeLogEnabled = logs;
+    SilentWorld dead(world_);
+    Vesk::WorldScope const inDead(dead);
+    machines_.reset();
+    commit();
   }
   status_ = left;
   if (options_.store) rebuildStatus();
@@ -284,11 +283,13 @@ void Host::die() {
 }
 
 void Host::restart() {
+  Vesk::WorldScope const scope(world_);
   die();
   start();
 }
 
 void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  Vesk::WorldScope const scope(world_);
   if (!machines_) return;
   taps_.passed(intfId, FrameWay::in, frame);
   FrameEvidence& evidence = frameEvidence_[intfId];
@@ -301,10 +302,12 @@ void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
 }
 
 std::optional<KeyAge> Host::keyAge(Lumo::IntfId intfId) const {
+  Vesk::WorldScope const scope(world_);
   return running() ? machines_->keyAges.age(intfId) : std::nullopt;
 }
 
 void Host::keyIsSpent(Lumo::IntfId intfId, SakId const& sak) {
+  Vesk::WorldScope const scope(world_);
   keyHistory_.spend(intfId, sak);
   if (running()) machines_->transmitHold.look(intfId);
 }
@@ -314,6 +317,7 @@ TransmitHold::Reason Host::transmitHold(Lumo::IntfId intfId) const {
 }
 
 Passage Host::passage(Lumo::IntfId intfId) const {
+  Vesk::WorldScope const scope(world_);
   return passageOf(
       {*status_, *forwardingModelInputDir_, *peerLossInputDir_, *transmitHoldInputDir_, *slices_},
       hardwareReport(intfId), intfId);
@@ -330,6 +334,7 @@ FrameEvidence Host::frameEvidence(Lumo::IntfId intfId) const {
 
 void Host::hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault,
                            std::string const& remedy) {
+  Vesk::WorldScope const scope(world_);
   bool const isNews = hardwareFault(intfId) != fault;
   if (fault.empty()) {
     hardwareFaults_.erase(intfId);
@@ -351,6 +356,11 @@ std::string Host::hardwareRemedy(Lumo::IntfId intfId) const {
 
 HardwareReport Host::hardwareReport(Lumo::IntfId intfId) const {
   return hardwareReports_ ? hardwareReports_(intfId) : HardwareReport();
+}
+
+void Host::hardwareReportChanged(Lumo::IntfId intfId) {
+  Vesk::WorldScope const scope(world_);
+  taps_.hardwareReportChanged(intfId);
 }
 
 Codec::FrameCodec* Host::codec() const { return machines_ ? &machines_->codec : nullptr; }

@@ -32,6 +32,7 @@
 #include "platform/IntfForwardingModel.h"
 #include "platform/MessageCounters.h"
 #include "runtime/Dir.h"
+#include "runtime/World.h"
 
 namespace Macsecd {
 
@@ -62,16 +63,19 @@ struct HostOptions {
 };
 
 /// One switch: owns the entities, builds the state machines in the right order, and stops cleanly.
-/// Every call, and every timer of its wheel, runs in the world of the switch (`Vesk::WorldScope`).
-/// With a store it begins with the status tree that the store holds, and whoever drives it calls
-/// `commit` at the end of each turn of his loop.
+/// Every call, and every timer of its wheel, runs in its world, which it enters itself; who writes
+/// to its trees enters it as well (`Vesk::WorldScope`). With a store it begins with the status tree
+/// that the store holds, and whoever drives it calls `commit` at the end of each turn of his loop.
 class Host {
  public:
-  /// `sink` takes the frames to send.
-  Host(Vesk::Name const& name, Codec::FrameSink& sink, HostOptions options = {});
+  /// `sink` takes the frames to send. The world has to outlive the host; nobody else lives in it.
+  Host(Vesk::World& world, Vesk::Name const& name, Codec::FrameSink& sink,
+       HostOptions options = {});
   ~Host();
   Host(Host const&) = delete;
   Host& operator=(Host const&) = delete;
+
+  Vesk::World& world() const { return world_; }
 
   /// Makes an Ethernet interface, with its link not up.
   void interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t portNumber);
@@ -172,7 +176,7 @@ class Host {
   void hardwareReportsFrom(HardwareReports reports) { hardwareReports_ = std::move(reports); }
   HardwareReport hardwareReport(Lumo::IntfId intfId) const;
   /// The device or the SAs of this interface stand otherwise than reported before.
-  void hardwareReportChanged(Lumo::IntfId intfId) const { taps_.hardwareReportChanged(intfId); }
+  void hardwareReportChanged(Lumo::IntfId intfId);
   /// Who hears of frames and of the hardware, from now on or no longer.
   void tapIs(HostTap& tap) { taps_.tapIs(tap); }
   void tapDel(HostTap& tap) { taps_.tapDel(tap); }
@@ -188,6 +192,9 @@ class Host {
   void takeClosing(SwitchConfig const& config);
   void portNumberIs(InterfaceConfig const& config);
 
+  Vesk::World& world_;
+  // While it is made, and while it ends.
+  std::optional<Vesk::WorldScope> scope_;
   HostTaps taps_;
   HostOptions const options_;
   Vesk::Ptr<Macsec::Config> config_;

@@ -133,17 +133,17 @@ std::unique_ptr<LmdbStore> storeAt(std::string const& path) {
 
 }  // namespace
 
-Daemon::Daemon(DaemonOptions options, Macsecd::StateStore* store,
+Daemon::Daemon(ProcessWorld& world, DaemonOptions options, Macsecd::StateStore* store,
                DriverFactory const& driverFactory)
     : options_(std::move(options)),
-      world_(Syslog()),
+      world_(world),
       scope_(world_),
       tracing_(world_, options_.traceFile),
       sockets_(loop_,
                {.received = [this](auto intfId, auto frame) { host_.receive(intfId, frame); },
                 .failed = [](auto intfId,
                              auto const& why) { Vesk::log(MACSECD_NO_SOCKET, intfId, why); }}),
-      host_("macsecd", sockets_, hostOptionsOf(options_, store)),
+      host_(world_, "macsecd", sockets_, hostOptionsOf(options_, store)),
       trial_(host_, options_.configFile, [this](auto const& config) { configIs(config); }),
       unreadableKeys_([this] { return host_.status(); }),
       driver_(options_.emulateHardware ? nullptr : driverFactory(host_, loop_)),
@@ -377,7 +377,7 @@ DaemonEnd runDaemon(DaemonOptions const& options, Daemon::DriverFactory const& d
     if (!cryptographyIsReady(options.configFile)) return DaemonEnd::cannotRun;
     auto const store = storeAt(options.stateFile);
     orCannotRun(dropPrivileges());
-    return Daemon(options, store.get(), driverFactory).run();
+    return Daemon(world, options, store.get(), driverFactory).run();
   } catch (std::runtime_error const& error) {
     Vesk::log(MACSECD_CANNOT_RUN, error.what());
     return DaemonEnd::cannotRun;

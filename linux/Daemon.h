@@ -59,9 +59,10 @@ class Daemon final : private PortObserver {
   using DriverFactory =
       std::function<std::unique_ptr<HardwareDriver>(Macsecd::Host& host, EventLoop& loop)>;
 
-  /// Throws `std::runtime_error` if the machine refuses what it needs. `store`, which may be null,
-  /// lives longer.
-  Daemon(DaemonOptions options, Macsecd::StateStore* store, DriverFactory const& driverFactory);
+  /// Throws `std::runtime_error` if the machine refuses what it needs. The world lives longer, and
+  /// so does `store`, which may be null.
+  Daemon(ProcessWorld& world, DaemonOptions options, Macsecd::StateStore* store,
+         DriverFactory const& driverFactory);
   ~Daemon() override;
 
   /// Runs until it is stopped. What goes wrong before that is logged.
@@ -95,7 +96,7 @@ class Daemon final : private PortObserver {
   void portDel(Lumo::IntfId intfId) override;
 
   DaemonOptions const options_;
-  ProcessWorld world_;
+  ProcessWorld& world_;
   Vesk::WorldScope const scope_;
   Tracing tracing_;
   EventLoop loop_;

@@ -18,28 +18,6 @@ constexpr char kFailureText[] =
     "A stored key doesn't decode under the key of this host and counts as no key. Enter the key "
     "again, or restore the host key file under which it was stored.";
 
-/// Never destroyed: keys are still decoded while the process ends under live handlers.
-template <class T>
-union Immortal {
-  Immortal() : value() {}
-  ~Immortal() {}
-  T value;
-};
-
-Macsec::SecretOctets<kHostKeySize>& storedHostKey() {
-  static Immortal<Macsec::SecretOctets<kHostKeySize>> key;
-  return key.value;
-}
-
-std::span<uint8_t const, kHostKeySize> hostKey() {
-  auto& key = storedHostKey();
-  if (key.size() == 0) {
-    key.sizeIs(kHostKeySize);
-    Vesk::world().randomBytes(key.octets());
-  }
-  return key.octets().first<kHostKeySize>();
-}
-
 /// What didn't decode, and who hears of it.
 struct Failures {
   uint64_t count = 0;
@@ -53,14 +31,27 @@ struct Failures {
   }
 };
 
-Failures& failures() {
-  static Immortal<Failures> failures;
-  return failures.value;
+/// What this library keeps for each switch.
+struct Storage {
+  Macsec::SecretOctets<kHostKeySize> hostKey;
+  Failures failures;
+};
+
+Storage& storage() { return Vesk::world().kept<Storage>(); }
+
+std::span<uint8_t const, kHostKeySize> hostKey() {
+  auto& key = storage().hostKey;
+  if (key.size() == 0) {
+    key.sizeIs(kHostKeySize);
+    Vesk::world().randomBytes(key.octets());
+  }
+  return key.octets().first<kHostKeySize>();
 }
 
 Vesk::String8 noKey() {
-  ++failures().count;
-  failures().report();
+  auto& failures = storage().failures;
+  ++failures.count;
+  failures.report();
   return {};
 }
 
@@ -72,13 +63,14 @@ bool isEncoded(std::string_view text) {
 }  // namespace
 
 void hostKeyIs(std::span<uint8_t const, kHostKeySize> key) {
-  storedHostKey().sizeIs(kHostKeySize);
-  std::copy(key.begin(), key.end(), storedHostKey().octets().begin());
+  auto& hostKey = storage().hostKey;
+  hostKey.sizeIs(kHostKeySize);
+  std::copy(key.begin(), key.end(), hostKey.octets().begin());
 }
 
 void hostKeyDel() {
-  Macsec::wipe(storedHostKey().octets());
-  storedHostKey().sizeIs(0);
+  Macsec::wipe(storage().hostKey.octets());
+  storage().hostKey.sizeIs(0);
 }
 
 Vesk::String8 doEncodeKey(Vesk::String8 key) {
@@ -110,15 +102,15 @@ Vesk::String8 doDecodeKey(Vesk::String8 encoded) {
 }
 
 void decodeFailureSinkIs(std::function<void(std::string_view)> sink) {
-  failures().sink = std::move(sink);
-  failures().report();
+  storage().failures.sink = std::move(sink);
+  storage().failures.report();
 }
 
-uint64_t decodeFailures() { return failures().count; }
+uint64_t decodeFailures() { return storage().failures.count; }
 
 void decodeFailuresDel() {
-  failures().count = 0;
-  failures().reported = false;
+  storage().failures.count = 0;
+  storage().failures.reported = false;
 }
 
 }  // namespace WardcodeLib

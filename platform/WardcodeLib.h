@@ -16,8 +16,9 @@ namespace WardcodeLib {
 
 constexpr size_t kHostKeySize = 32;
 
-/// The key under which this process encodes and decodes; what was encoded under another one doesn't
-/// decode any more. A process that sets none lives with a random one, made at the first use.
+/// The key under which the switch of the current world encodes and decodes; what was encoded under
+/// another one doesn't decode any more. Who sets none lives with a random one, made at the first
+/// use.
 void hostKeyIs(std::span<uint8_t const, kHostKeySize> key);
 /// Wipes the host key, as at a clean stop.
 void hostKeyDel();
@@ -29,8 +30,8 @@ Vesk::String8 doEncodeKey(Vesk::String8 key);
 /// host key gives no key, and is reported.
 Vesk::String8 doDecodeKey(Vesk::String8 encoded);
 
-/// Who hears that a stored key didn't decode: called once per process, with what happened and what
-/// to do, and never with a key. Called at once if it has happened already.
+/// Who hears that a stored key of this switch didn't decode: called once, with what happened and
+/// what to do, and never with a key. Called at once if it has happened already.
 void decodeFailureSinkIs(std::function<void(std::string_view)> sink);
 /// Texts that didn't decode so far.
 uint64_t decodeFailures();

@@ -1,10 +1,6 @@
 #include "runtime/Entity.h"
 
-#include "runtime/World.h"
-
 namespace Vesk {
-
-bool attributeLogEnabled = false;
 
 namespace {
 
@@ -13,10 +9,9 @@ uint64_t lastEntityId = 0;
 // A follower may do what sets off handlers; who writes goes on in `tell`.
 void tellWorld(AttributeWrite const& write) {
   RunningHandler outside(nullptr);
-  world().attributeWritten(write);
-  for (AttributeFollower* follower : world().attributeFollowers()) {
-    follower->attributeWritten(write);
-  }
+  if (world().attributeLog()) world().attributeWritten(write);
+  auto const& followers = world().attributeFollowers();
+  for (size_t i = 0; i < followers.size(); ++i) followers[i]->attributeWritten(write);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "runtime/Notifiee.h"
 #include "runtime/Text.h"
 #include "runtime/ValueMap.h"
+#include "runtime/World.h"
 
 namespace Vesk {
 
@@ -50,9 +51,6 @@ class AttributeFollower {
   AttributeFollower() = default;
   ~AttributeFollower() = default;
 };
-
-/// Whether effective writes are logged: process-wide, off by default.
-extern bool attributeLogEnabled;
 
 /// Pushes out what the attribute log still holds, so that a process about to end leaves its
 /// deletions in the tree.
@@ -183,7 +181,7 @@ class Entity : public Notifier {
   void writeKeyed(uint8_t attribute, Lumo::IntfId key, T& field, T const& value, void (N::*on)()) {
     if (field == value) return;
     field = value;
-    if (attributeLogEnabled) [[unlikely]]
+    if (Detail::switches->writesAreLogged) [[unlikely]]
       logWrite(attribute, &field);
     tell(attribute, key, on);
   }
@@ -219,7 +217,7 @@ class Entity : public Notifier {
   void childIs(uint8_t attribute, Child<E>& child, Ptr<E> const& another, void (N::*on)()) {
     if (child.ptr() == another) return;
     child.entityIs(another, this);
-    if (attributeLogEnabled) [[unlikely]]
+    if (Detail::switches->writesAreLogged) [[unlikely]]
       logWrite(attribute, &child);
     tell(attribute, Lumo::IntfId(), on);
   }
@@ -251,7 +249,7 @@ class Entity : public Notifier {
   template <class K, class T, class N>
   void memberChanged(uint8_t attribute, void const* map, K const& key, T const& value,
                      void (N::*on)(K const&), Entity const* member = nullptr) {
-    if (attributeLogEnabled) [[unlikely]] {
+    if (Detail::switches->writesAreLogged) [[unlikely]] {
       if constexpr (std::is_convertible_v<T, char const*>) {
         logMember(attribute, map, valueToStrep(key), value, member);
       } else {

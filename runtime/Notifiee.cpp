@@ -1,16 +1,15 @@
 #include "runtime/Notifiee.h"
 
 #include "runtime/Assert.h"
+#include "runtime/World.h"
 
 namespace Vesk {
-
-bool NotifieeListBase::visitsAreFiltered = true;
 
 NotifieeBase::~NotifieeBase() { leave(); }
 
 void NotifieeBase::enter(NotifieeListBase& list, Watch watch, Lumo::IntfId key) {
   leave();
-  bool const filtered = NotifieeListBase::visitsAreFiltered;
+  bool const filtered = Detail::switches->visitsAreFiltered;
   watch_ = filtered ? watch : ~Watch{0};
   key_ = filtered ? key : Lumo::IntfId();
   if (watch_ == 0) return;

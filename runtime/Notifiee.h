@@ -55,11 +55,6 @@ class NotifieeListBase {
   NotifieeListBase(NotifieeListBase const&) = delete;
   NotifieeListBase& operator=(NotifieeListBase const&) = delete;
 
-  /// Process-wide, true by default: notifiees with a key are visited for that key alone, and
-  /// a notifiee is called only for what it overrides. False makes every notifiee that enters
-  /// a list be called for everything.
-  static bool visitsAreFiltered;
-
   bool empty() const { return notifiees_ == 0; }
   size_t notifiees() const { return notifiees_; }
 

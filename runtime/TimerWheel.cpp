@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "runtime/Assert.h"
-#include "runtime/World.h"
 
 namespace Zorn {
 
@@ -18,6 +17,7 @@ size_t TimerWheel::runDue() {
     double& time;
   };
   Vesk::Ptr<TimerWheel> held(this);
+  Vesk::WorldScope const scope(world_);
   Pass pass(passTime_);
   double const now = passTime_;
   uint64_t const armedBefore = armings_;
@@ -30,6 +30,7 @@ size_t TimerWheel::runDue() {
 }
 
 bool TimerWheel::runOne() {
+  Vesk::WorldScope const scope(world_);
   if (heap_.empty() || heap_.front().time > Vesk::now()) return false;
   fireFirst();
   return true;

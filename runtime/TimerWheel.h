@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "runtime/StateMachine.h"
+#include "runtime/World.h"
 
 namespace Zorn {
 
@@ -13,21 +14,23 @@ namespace Zorn {
 constexpr double never = std::numeric_limits<double>::infinity();
 
 /// Drives every period of the protocol. The host makes it, passes it to the state machines, and
-/// runs it from its main loop. Timers due at one time fire in the order in which they were armed.
+/// runs it from its main loop. Timers due at one time fire in the order in which they were armed,
+/// each in the world of the wheel.
 class TimerWheel : public Vesk::PtrInterface {
  public:
   class NotifieeConst;
   class Notifiee;
 
-  TimerWheel() = default;
+  /// In the current world, or in the one given.
+  explicit TimerWheel(Vesk::World& world = Vesk::world()) : world_(world) {}
   ~TimerWheel() override;
 
   /// The time of the timer that is due next; `never` when none is armed.
   double nextTime() const;
-  /// One pass: fires, one at a time, the timers that are due by the `Vesk::now()` of its start and
+  /// One pass: fires, one at a time, the timers that are due by the `now()` of its start and
   /// were armed before it. Returns how many fired.
   size_t runDue();
-  /// Fires the timer that is due next if its time isn't after `Vesk::now()`. False if none was due.
+  /// Fires the timer that is due next if its time isn't after `now()`. False if none was due.
   bool runOne();
   size_t armed() const { return heap_.size(); }
 
@@ -47,6 +50,7 @@ class TimerWheel : public Vesk::PtrInterface {
   void siftUp(size_t at);
   void siftDown(size_t at);
 
+  Vesk::World& world_;
   // A binary heap in which each timer knows its place, so that any timer leaves in O(log n).
   std::vector<Place> heap_;
   uint64_t armings_ = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <sstream>
@@ -18,34 +19,39 @@ namespace Vesk {
 using FacilityLevel = uint8_t;
 
 /// A named switch board for the trace statements of one source unit, made at load and never
-/// destroyed. Units may share a name; levels are set by name.
+/// destroyed. Units may share a name; levels are set by name, for the stream of one world and for
+/// the ring buffers of the process.
 class TraceHandle {
  public:
   explicit TraceHandle(char const* name);
 
   char const* name() const { return name_; }
-  /// True if a statement of this level goes anywhere: the load and the branch that a disabled
+  /// True if a statement of this level may go anywhere: the load and the branch that a disabled
   /// statement costs.
   bool isEnabled(FacilityLevel level) const { return levels_ >> level & 1; }
-  bool goesToStream(FacilityLevel level) const { return streamLevels_ >> level & 1; }
-  bool goesToRing(FacilityLevel level) const { return ringLevels_ >> level & 1; }
+  /// Whether it goes to the trace sink of the current world.
+  bool goesToStream(FacilityLevel level) const;
+  bool goesToRing(FacilityLevel level) const;
 
   /// The names in use, each once, in the order of the alphabet.
   static std::vector<std::string> names();
   /// Sends the levels of `levels` (bit n: level n) of every handle named `name`, or of all handles
-  /// for an empty name, to the trace sink of the world.
+  /// for an empty name, to the trace sink of the current world, and no other levels of theirs.
   static void streamLevelsIs(std::string_view name, uint16_t levels);
   /// The same for the ring buffers, which take all levels while a trace file exists.
   static void ringLevelsIs(uint16_t levels);
 
  private:
-  void levelsAre(uint16_t stream, uint16_t ring);
+  friend class StreamLevels;
+
+  void streamsChange(uint16_t former, uint16_t levels);
+  void levelsAreCounted();
 
   char const* name_;
-  // What goes anywhere: the two below in one.
+  // What goes anywhere: to the stream of some world, or to the ring buffers.
   uint16_t levels_ = 0;
-  uint16_t streamLevels_ = 0;
-  uint16_t ringLevels_ = 0;
+  // In how many worlds each level goes to the stream.
+  std::array<uint32_t, 10> streams_{};
   TraceHandle* next_;
 };
 

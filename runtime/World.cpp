@@ -1,7 +1,5 @@
 #include "runtime/World.h"
 
-#include <cstdlib>
-
 #include "runtime/Assert.h"
 #include "runtime/Log.h"
 
@@ -9,35 +7,53 @@ namespace Vesk {
 
 namespace {
 
-class BareWorld final : public World {
- public:
-  double now() const override { return 0.0; }
-  int rand() override { return 0; }
-  void randomBytes(std::span<uint8_t>) override {
-    VESK_ASSERT_NAMED(false, "a world with a random source has been set");
-  }
-  void syslog(LogMessage const&) override {}
-  void exit(int status) override { std::_Exit(status); }
-};
-
-// Never destroyed: handlers may still run while the process ends.
-World& bareWorld() {
-  alignas(BareWorld) static unsigned char storage[sizeof(BareWorld)];
-  static BareWorld* world = ::new (storage) BareWorld;
-  return *world;
-}
-
 World* currentWorld = nullptr;
+constexpr WorldSwitches kOutside{.writesAreLogged = true};
+
+void enter(World* world) {
+  currentWorld = world;
+  Detail::switches = world ? &world->switches() : &kOutside;
+}
 
 }  // namespace
 
-World::World() : rateLimits_(std::make_unique<RateLimits>()) {}
-World::~World() = default;
+WorldSwitches const* Detail::switches = &kOutside;
 
-World& world() { return currentWorld ? *currentWorld : bareWorld(); }
+World::World() : rateLimits_(std::make_unique<RateLimits>()), kept_(std::make_shared<Kept>()) {}
+World::World(World& other)
+    : rateLimits_(std::make_unique<RateLimits>()),
+      kept_(other.kept_),
+      switches_{.visitsAreFiltered = other.switches_.visitsAreFiltered} {}
+World::~World() { VESK_ASSERT(currentWorld != this); }
 
-WorldScope::WorldScope(World& world) : former_(currentWorld) { currentWorld = &world; }
-WorldScope::~WorldScope() { currentWorld = former_; }
+void World::attributeLogIs(bool on) {
+  attributeLog_ = on;
+  writesAreLoggedAsAsked();
+}
+
+void World::attributeFollowerIs(AttributeFollower& follower) {
+  followers_.push_back(&follower);
+  writesAreLoggedAsAsked();
+}
+
+void World::attributeFollowerDel(AttributeFollower& follower) {
+  std::erase(followers_, &follower);
+  writesAreLoggedAsAsked();
+}
+
+void World::writesAreLoggedAsAsked() {
+  switches_.writesAreLogged = attributeLog_ || !followers_.empty();
+}
+
+World& world() {
+  VESK_ASSERT_NAMED(currentWorld, "the switch runs in its world");
+  return *currentWorld;
+}
+
+bool hasWorld() { return currentWorld; }
+
+WorldScope::WorldScope(World& world) : former_(currentWorld) { enter(&world); }
+WorldScope::~WorldScope() { enter(former_); }
 
 double now() { return world().now(); }
 

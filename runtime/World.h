@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <span>
+#include <typeindex>
 #include <vector>
 
 namespace Vesk {
@@ -13,9 +15,17 @@ struct AttributeWrite;
 class AttributeFollower;
 class RateLimits;
 
-/// The world outside one switch, as its host sets it: clock, randomness, and where syslog messages,
-/// traces and the attribute log go. A process with one switch has one world for good; a process
-/// with several makes the world of a switch current while that switch runs (`WorldScope`).
+/// What the runtime asks of the current world at each write and each attachment.
+struct WorldSwitches {
+  bool writesAreLogged = false;
+  bool visitsAreFiltered = true;
+};
+
+/// What belongs to one switch and lies outside its trees, as its host sets it: clock, randomness,
+/// where syslog messages, traces and the attribute log go, and what each room keeps for it. Nothing
+/// that a switch does happens outside of its world, which is current while the switch runs
+/// (`WorldScope`): a process with one switch can enter its world for good, `Macsecd::Host` enters
+/// its own in each call. A world outlives all that was made in it.
 class World {
  public:
   World();
@@ -34,13 +44,24 @@ class World {
   virtual void randomBytes(std::span<uint8_t> out) = 0;
   virtual void syslog(LogMessage const& message) = 0;
   virtual void trace(TraceRecord const& record) { static_cast<void>(record); }
+  /// Takes each effective write while the attribute log is on.
   virtual void attributeWritten(AttributeWrite const& write) { static_cast<void>(write); }
   /// Pushes out what `attributeWritten` still holds.
   virtual void flushAttributes() {}
+  /// Whether the world itself takes the attribute log; off at first.
+  bool attributeLog() const { return attributeLog_; }
+  void attributeLogIs(bool on);
   /// Who follows the attribute log as well; each has to leave before it ends.
   std::vector<AttributeFollower*> const& attributeFollowers() const { return followers_; }
-  void attributeFollowerIs(AttributeFollower& follower) { followers_.push_back(&follower); }
-  void attributeFollowerDel(AttributeFollower& follower) { std::erase(followers_, &follower); }
+  void attributeFollowerIs(AttributeFollower& follower);
+  void attributeFollowerDel(AttributeFollower& follower);
+
+  /// True at first: notifiees with a key are visited for that key alone, and a notifiee is called
+  /// only for what it overrides. False makes every notifiee that enters a list be called for
+  /// everything.
+  void visitsAreFilteredIs(bool filtered) { switches_.visitsAreFiltered = filtered; }
+  WorldSwitches const& switches() const { return switches_; }
+
   /// Ends the process of the switch. A real process doesn't come back from this; a simulated one
   /// may throw to unwind out of the switch.
   virtual void exit(int status) = 0;
@@ -54,16 +75,42 @@ class World {
   /// What has been logged lately, for the rate limits of log handles.
   RateLimits& rateLimits() { return *rateLimits_; }
 
+  /// What a room keeps for this switch: one `T`, made when it is asked for first.
+  template <class T>
+  T& kept() {
+    std::shared_ptr<void>& value = (*kept_)[typeid(T)];
+    if (!value) value = std::make_shared<T>();
+    return *static_cast<T*>(value.get());
+  }
+
+ protected:
+  /// A world that takes another one's place for a while, with all that the rooms keep there.
+  explicit World(World& other);
+
  private:
+  using Kept = std::map<std::type_index, std::shared_ptr<void>>;
+
+  void writesAreLoggedAsAsked();
+
   std::unique_ptr<RateLimits> rateLimits_;
+  std::shared_ptr<Kept> kept_;
   std::vector<AttributeFollower*> followers_;
+  bool attributeLog_ = false;
+  WorldSwitches switches_;
 };
 
-/// The world of the switch that runs now. A process that never set one lives in a world whose clock
-/// stands at 0, whose random source fails the process, and whose sinks drop everything.
+/// The world of the switch that runs now. It is a broken invariant to ask, to write an attribute,
+/// to log or to trace outside of any world.
 World& world();
+/// Whether there is one.
+bool hasWorld();
 
-/// Makes a world current for as long as it lives.
+namespace Detail {
+/// Those of the current world. Without a world, they have a write look for one.
+extern WorldSwitches const* switches;
+}  // namespace Detail
+
+/// Makes a world current for as long as the scope lives.
 class WorldScope {
  public:
   explicit WorldScope(World& world);

@@ -222,6 +222,7 @@ Control::Control(Host& host, Ways ways)
     : host_(host), ways_(std::move(ways)), subscriptions_(host, ways_.tell) {}
 
 std::string Control::answer(std::string_view request, bool mayChange, uint64_t connection) {
+  Vesk::WorldScope const scope(host_.world());
   auto const result = [&] {
     Client const client{mayChange, connection};
     return RequestHandler(host_, ways_, subscriptions_, client, request).result();

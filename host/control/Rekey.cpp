@@ -51,6 +51,7 @@ Result<> checkSecured(Host const& host, Lumo::IntfId intfId, MkaActorStatus cons
 // The guard of the key server holds a key that is wanted back until it expires. One that has
 // expired before is let expire once more.
 Result<Rekeyed> rekey(Host& host, Lumo::IntfId intfId) {
+  Vesk::WorldScope const scope(host.world());
   char const* const name = intfId.stringValue().charPtr();
   auto const keyServerSm = host.keyServerSm(intfId);
   if (!keyServerSm) return Fault{fmt::format("no key is in use on {}", name), seeExplain(name)};

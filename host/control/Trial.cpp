@@ -33,6 +33,7 @@ Vesk::LogHandle const MACSECD_TRIAL_WENT_BACK(
 }  // namespace
 
 Result<std::vector<Mistake>> Trial::begin(std::string const& path, unsigned seconds) {
+  Vesk::WorldScope const scope(host_.world());
   if (InputFile const file(path); file.fault()) {
     return Fault{path + ": " + file.fault()->what,
                  "put it where macsecd itself can read it, as in /etc/macsecd"};
@@ -56,6 +57,7 @@ Result<std::vector<Mistake>> Trial::begin(std::string const& path, unsigned seco
 }
 
 Result<> Trial::keep() {
+  Vesk::WorldScope const scope(host_.world());
   if (state_ != State::running) {
     return Fault{"no configuration is on trial", "try one: macsecctl try FILE"};
   }
@@ -76,10 +78,11 @@ void Trial::endReplaced() {
 }
 
 double Trial::secondsLeft() const {
-  return state_ == State::running ? std::max(0.0, end_ - Vesk::now()) : 0;
+  return state_ == State::running ? std::max(0.0, end_ - host_.world().now()) : 0;
 }
 
 void Trial::run() {
+  Vesk::WorldScope const scope(host_.world());
   if (state_ != State::running || Vesk::now() < end_) return;
   end(State::wentBack);
   Vesk::log(MACSECD_TRIAL_WENT_BACK, path_);

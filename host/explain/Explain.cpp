@@ -40,6 +40,7 @@ void Explainer::note(CauseKind kind, std::string what, std::string remedy) {
 }
 
 Explanation explain(Host const& host, Lumo::IntfId intfId) {
+  Vesk::WorldScope const scope(host.world());
   return Explainer(host, intfId).explanation();
 }
 

@@ -84,6 +84,7 @@ char const* linkOf(Host const& host, Lumo::IntfId intfId) {
 }
 
 PortSummary summaryOf(Host const& host, Lumo::IntfId intfId) {
+  Vesk::WorldScope const scope(host.world());
   PortSummary out;
   out.interface = intfId.stringValue().charPtr();
   auto const intfConfig = host.config()->intfConfig(intfId);

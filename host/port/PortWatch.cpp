@@ -5,6 +5,7 @@
 
 #include "host/text/PortText.h"
 #include "runtime/Text.h"
+#include "runtime/World.h"
 
 namespace Macsecd {
 
@@ -65,20 +66,16 @@ bool hasUnknownPeer(PortSummary const& port) {
 
 }  // namespace
 
-PortWatch::PortWatch(Host& host, Tell tell)
-    : world_(Vesk::world()),
-      host_(host),
-      tell_(std::move(tell)),
-      formerLog_(std::exchange(Vesk::attributeLogEnabled, true)) {
+PortWatch::PortWatch(Host& host, Tell tell) : host_(host), tell_(std::move(tell)) {
+  Vesk::WorldScope const scope(host_.world());
   for (Lumo::IntfId const intfId : interfacesOf(host)) told_[intfId] = now(intfId);
-  world_.attributeFollowerIs(*this);
+  host_.world().attributeFollowerIs(*this);
   host_.tapIs(*this);
 }
 
 PortWatch::~PortWatch() {
   host_.tapDel(*this);
-  world_.attributeFollowerDel(*this);
-  Vesk::attributeLogEnabled = formerLog_;
+  host_.world().attributeFollowerDel(*this);
 }
 
 PortWatch::Told PortWatch::now(Lumo::IntfId intfId) const {

@@ -6,7 +6,7 @@
 
 #include "host/Host.h"
 #include "host/port/PortEvent.h"
-#include "runtime/World.h"
+#include "runtime/Entity.h"
 
 namespace Macsecd {
 
@@ -44,10 +44,8 @@ class PortWatch final : private Vesk::AttributeFollower, private HostTap {
   void lookAtLink(Lumo::IntfId intfId);
   Told now(Lumo::IntfId intfId) const;
 
-  Vesk::World& world_;
   Host& host_;
   Tell const tell_;
-  bool const formerLog_;
   std::map<Lumo::IntfId, Told> told_;
 };
 

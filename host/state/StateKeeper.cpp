@@ -7,18 +7,11 @@
 namespace Macsecd {
 
 StateKeeper::StateKeeper(Vesk::Ptr<Vesk::Entity const> root, StateStore& store, StateChange first)
-    : world_(Vesk::world()),
-      formerLog_(std::exchange(Vesk::attributeLogEnabled, true)),
-      root_(std::move(root)),
-      store_(store),
-      pending_(std::move(first)) {
+    : world_(Vesk::world()), root_(std::move(root)), store_(store), pending_(std::move(first)) {
   world_.attributeFollowerIs(*this);
 }
 
-StateKeeper::~StateKeeper() {
-  world_.attributeFollowerDel(*this);
-  Vesk::attributeLogEnabled = formerLog_;
-}
+StateKeeper::~StateKeeper() { world_.attributeFollowerDel(*this); }
 
 bool StateKeeper::commit() {
   if (pending_.empty()) return false;
@@ -31,8 +24,9 @@ bool StateKeeper::commit() {
 }
 
 void StateKeeper::attributeWritten(Vesk::AttributeWrite const& write) {
+  if (!write.entity.outlivesProcess(write.attribute)) return;
   auto const entity = statePathOf(write.entity, *root_);
-  if (!entity || !write.entity.outlivesProcess(write.attribute)) return;
+  if (!entity) return;
   std::string path = statePath(*entity, write.attribute);
   if (!write.key.empty()) path = statePath(path, Vesk::plainText(write.key));
   if (write.value.empty()) {

@@ -17,8 +17,8 @@ namespace Macsecd {
 /// What doesn't outlive the process isn't kept.
 class StateKeeper final : public Vesk::AttributeFollower {
  public:
-  /// Follows the tree in the current world, which has to outlive this, and turns the attribute log
-  /// on for as long. `first` goes with the first transaction.
+  /// Follows the tree in the current world, which has to outlive this. `first` goes with the first
+  /// transaction.
   StateKeeper(Vesk::Ptr<Vesk::Entity const> root, StateStore& store, StateChange first = {});
   ~StateKeeper();
   StateKeeper(StateKeeper const&) = delete;
@@ -37,7 +37,6 @@ class StateKeeper final : public Vesk::AttributeFollower {
   void memberWent(std::string const& path);
 
   Vesk::World& world_;
-  bool const formerLog_;
   Vesk::Ptr<Vesk::Entity const> const root_;
   StateStore& store_;
   StateChange pending_;

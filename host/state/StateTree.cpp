@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/state/SilentWorld.h"
 #include "model/Factories.h"
 #include "runtime/Trace.h"
 
@@ -15,10 +16,7 @@ Vesk::TraceHandle traceHandle("Macsecd::Host");
 
 void Rebuilding::unknown() { throw std::invalid_argument("the tree has no such place"); }
 
-void Rebuilding::told(std::string reason) {
-  VESK_TRACE(1, ": ", *path_, ": ", reason);
-  dropped.push_back({*path_, std::move(reason)});
-}
+void Rebuilding::told(std::string reason) { dropped.push_back({*path_, std::move(reason)}); }
 
 void Rebuilding::drop(std::string reason) {
   repair.values[*path_] = std::nullopt;
@@ -35,10 +33,15 @@ void Rebuilding::entryIs(std::string const& path, std::string const& text) {
 RebuiltState rebuiltStatus(Vesk::Name const& name, StateValues const& values) {
   auto const status = Macsec::statusFactory(name);
   Rebuilding rebuilding(values);
-  // Nothing of this is news.
-  bool const logs = std::exchange(Vesk::attributeLogEnabled, false);
-  rebuilding.putAll(*status);
-  Vesk::attributeLogEnabled = logs;
+  {
+    // Nothing of this is news.
+    SilentWorld silent(Vesk::world());
+    Vesk::WorldScope const scope(silent);
+    rebuilding.putAll(*status);
+  }
+  for (DroppedState const& dropped : rebuilding.dropped) {
+    VESK_TRACE(1, ": ", dropped.path, ": ", dropped.reason);
+  }
   return {status, std::move(rebuilding.dropped), std::move(rebuilding.repair)};
 }
 

@@ -51,11 +51,15 @@ std::string unreadableKeys(Macsec::Status const& status) {
   return list.text();
 }
 
-UnreadableKeyTeller::UnreadableKeyTeller(StatusAtWork status) : status_(std::move(status)) {
+UnreadableKeyTeller::UnreadableKeyTeller(StatusAtWork status)
+    : world_(Vesk::world()), status_(std::move(status)) {
   WardcodeLib::decodeFailureSinkIs([this](std::string_view what) { tell(what); });
 }
 
-UnreadableKeyTeller::~UnreadableKeyTeller() { WardcodeLib::decodeFailureSinkIs(nullptr); }
+UnreadableKeyTeller::~UnreadableKeyTeller() {
+  Vesk::WorldScope const scope(world_);
+  WardcodeLib::decodeFailureSinkIs(nullptr);
+}
 
 // The failure is reported already, so that those met here are counted and no more.
 void UnreadableKeyTeller::tell(std::string_view what) const {

@@ -41,7 +41,6 @@ Explains parseExplains(PortName const& port, Words& words) {
 
 Finding Findings::of(Explains const& expected) const {
   Switch& owner = simulation_.switchOf(expected.port.switchName);
-  Vesk::WorldScope const scope(owner.world());
   Lumo::IntfId const intfId(expected.port.interface.c_str());
   std::vector<CauseKind> kinds;
   for (Cause const& cause : explain(owner.host(), intfId).causes) kinds.push_back(cause.kind);

@@ -155,9 +155,13 @@ Finding Findings::of(HasSak const& expected) const {
 
 Finding Findings::of(SameSak const& expected) const {
   Sak const mine = sakOf(expected.port);
+  auto const worldOf = [&](PortName const& port) -> Vesk::World& {
+    return simulation_.switchOf(port.switchName).world();
+  };
   Sak other;
   std::string otherText;
-  if (auto const* port = std::get_if<PortName>(&expected.as)) {
+  auto const* port = std::get_if<PortName>(&expected.as);
+  if (port) {
     other = sakOf(*port);
     otherText = port->text() + " sends with " + sakOrNone(other);
   } else {
@@ -165,7 +169,9 @@ Finding Findings::of(SameSak const& expected) const {
     otherText = "sent then with " + sakOrNone(other);
   }
   bool const both = mine != Sak() && other != Sak();
-  return {both && sameSak(mine, other) == expected.same,
+  bool const same =
+      sameSak({mine, worldOf(expected.port)}, {other, worldOf(port ? *port : expected.port)});
+  return {both && same == expected.same,
           fmt::format("{} sends with {}, {}", expected.port.text(), sakOrNone(mine), otherText)};
 }
 

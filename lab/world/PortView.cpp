@@ -30,9 +30,18 @@ char const* stateOf(Macsecd::Host const& host, Lumo::IntfId intfId) {
   return Macsecd::stateOf(host.passage(intfId));
 }
 
-bool sameSak(Sak const& a, Sak const& b) {
-  return a != Sak() && b != Sak() && a.keyMsgId() == b.keyMsgId() && a.keyNum() == b.keyNum() &&
-         WardcodeLib::doDecodeKey(a.key()) == WardcodeLib::doDecodeKey(b.key());
+namespace {
+
+Vesk::String8 clearKey(StoredSak const& stored) {
+  Vesk::WorldScope const scope(stored.world);
+  return WardcodeLib::doDecodeKey(stored.sak.key());
+}
+
+}  // namespace
+
+bool sameSak(StoredSak const& a, StoredSak const& b) {
+  return a.sak != Sak() && b.sak != Sak() && a.sak.keyMsgId() == b.sak.keyMsgId() &&
+         a.sak.keyNum() == b.sak.keyNum() && clearKey(a) == clearKey(b);
 }
 
 }  // namespace Lab

@@ -38,7 +38,13 @@ using Macsecd::isNone;
 using Macsecd::sakText;
 using Macsecd::sciText;
 
+/// A SAK in the tree of a switch, which is stored under the key of that switch.
+struct StoredSak {
+  Macsec::Sak sak;
+  Vesk::World& world;
+};
+
 /// Both are one key: identifier, number and clear text. Two empty ones aren't.
-bool sameSak(Macsec::Sak const& a, Macsec::Sak const& b);
+bool sameSak(StoredSak const& a, StoredSak const& b);
 
 }  // namespace Lab

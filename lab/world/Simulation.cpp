@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "platform/WardcodeLib.h"
 #include "runtime/Assert.h"
 
 namespace Lab {
@@ -18,15 +17,8 @@ PortName portOf(Switch const& owner, Lumo::IntfId intfId) {
 
 }  // namespace
 
-Simulation::Simulation(Scenario const& scenario, uint32_t seed)
-    : scenario_(scenario),
-      formerLog_(std::exchange(Vesk::attributeLogEnabled, true)),
-      unreadableKeys_([this] { return statusAtWork(); }) {
-  WardcodeLib::decodeFailuresDel();
+Simulation::Simulation(Scenario const& scenario, uint32_t seed) : scenario_(scenario) {
   audienceIs(sakHistory_);
-  std::array<uint8_t, WardcodeLib::kHostKeySize> hostKey;
-  Random(seed, Stream::hostKey, 0).fill(hostKey);
-  WardcodeLib::hostKeyIs(hostKey);
   for (WireSpec const& wire : scenario.wires) {
     size_t const index = wires_.size();
     for (size_t end = 0; end < wire.ends.size(); ++end) ends_[wire.ends[end]] = {index, end};
@@ -44,7 +36,6 @@ Simulation::Simulation(Scenario const& scenario, uint32_t seed)
 Simulation::~Simulation() {
   switches_.clear();
   VESK_ASSERT(nonces_.repeats().empty() || noncesAreLookedAt_);
-  Vesk::attributeLogEnabled = formerLog_;
 }
 
 std::vector<std::string> const& Simulation::nonceRepeats() {
@@ -64,13 +55,6 @@ void Simulation::makeSwitches(uint32_t seed) {
         std::make_unique<Switch>(spec, scenario_, clock_, seed, index, nonces_, outlets));
     starts_.emplace(spec.start, switches_.back().get());
   }
-}
-
-Vesk::Ptr<Macsec::Status const> Simulation::statusAtWork() const {
-  for (auto const& one : switches_) {
-    if (&one->world() == &Vesk::world()) return one->status();
-  }
-  return nullptr;
 }
 
 Switch& Simulation::switchOf(std::string const& name) const {

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "host/state/UnreadableKeys.h"
 #include "host/watch/NonceWatch.h"
 #include "lab/scenario/Scenario.h"
 #include "lab/world/Clock.h"
@@ -71,7 +70,6 @@ class Simulation {
   };
 
   void makeSwitches(uint32_t seed);
-  Vesk::Ptr<Macsec::Status const> statusAtWork() const;
   double nextTime() const;
   double instantFrom(double next) const;
   void settle();
@@ -115,7 +113,6 @@ class Simulation {
 
   Scenario const& scenario_;
   Clock clock_;
-  bool const formerLog_;
   SakHistory sakHistory_;
   std::map<std::pair<std::string, std::string>, SwitchRecord> marked_;  // by mark and switch
   std::vector<Audience*> audience_;
@@ -125,7 +122,6 @@ class Simulation {
   std::vector<std::vector<Recorded>> recorded_;  // by wire
   std::map<PortName, WireEnd> ends_;
   std::vector<std::unique_ptr<Switch>> switches_;
-  Macsecd::UnreadableKeyTeller const unreadableKeys_;
   std::multimap<double, Switch*> starts_;
   std::priority_queue<InFlight> inFlight_;
   uint64_t departures_ = 0;

@@ -16,8 +16,11 @@ void Simulation::carryOut(SendFrame const& send) {
   VESK_ASSERT(at);
   Switch& to = switchOf(send.port.switchName);
   Lumo::IntfId const intfId(send.port.interface.c_str());
-  auto const port = to.host().status()->portStatus(intfId);
-  auto const frame = port ? madeFrame(to.lastAccepted(intfId), send.defect, *port) : std::nullopt;
+  auto const frame = [&]() -> std::optional<Frame> {
+    Vesk::WorldScope const scope(to.world());
+    auto const port = to.host().status()->portStatus(intfId);
+    return port ? madeFrame(to.lastAccepted(intfId), send.defect, *port) : std::nullopt;
+  }();
   if (!frame || !to.isUp(intfId)) {
     std::string const text =
         "no frame is made: " + send.port.text() + " is down or has accepted none";

@@ -39,17 +39,22 @@ Switch::Switch(SwitchSpec const& spec, Scenario const& scenario, Clock const& cl
       world_(clock, seed, index, spec.firstDelays),
       startsAgain_(kNever) {
   world_.hasFipsProvider = spec.hasFipsProvider;
+  world_.attributeLogIs(true);
   withIcvIndicator(config_);
   for (auto const& interface : interfacesOf(spec)) interfaces_.emplace_back(interface.name.c_str());
   inWorld([&] {
+    std::array<uint8_t, WardcodeLib::kHostKeySize> hostKey;
+    Random(seed, Stream::hostKey, index).fill(hostKey);
+    WardcodeLib::hostKeyIs(hostKey);
     host_ = std::make_unique<Macsecd::Host>(
-        spec_.name, *this,
+        world_, spec_.name, *this,
         Macsecd::HostOptions{.emulateHardware = false,
                              .store = &store_,
                              .companion = Macsecd::PortJournal::of,
                              .treatedTroubles = scenario.treatedTroubles,
                              .replayGuard = scenario.replayGuard});
     hardware_ = std::make_unique<Hardware>(*host_, interfaces_, spec_.name, nonces);
+    unreadableKeys_.emplace([this] { return status(); });
   });
   watch_ = std::make_unique<TreeWatch>(*host_, hardware_->slice(), interfaces_,
                                        [this](TreeWatch::What what) { tell(std::move(what)); });
@@ -61,6 +66,7 @@ Switch::~Switch() {
   world_.sinks = {};
   store_.deathIs({}, {});
   Vesk::WorldScope const scope(world_);
+  unreadableKeys_.reset();
   hardware_ = nullptr;
   host_ = nullptr;
 }

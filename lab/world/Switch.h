@@ -7,6 +7,7 @@
 
 #include "codec/FrameSink.h"
 #include "host/Host.h"
+#include "host/state/UnreadableKeys.h"
 #include "lab/world/Hardware.h"
 #include "lab/world/MemoryStore.h"
 #include "lab/world/SwitchRecord.h"
@@ -118,6 +119,7 @@ class Switch final : public Codec::FrameSink {
   std::unique_ptr<Macsecd::Host> host_;
   std::unique_ptr<Hardware> hardware_;
   std::unique_ptr<TreeWatch> watch_;
+  std::optional<Macsecd::UnreadableKeyTeller> unreadableKeys_;
   SwitchRecord record_;
   bool started_ = false;
   bool starting_ = false;

@@ -224,8 +224,7 @@ TEST_F(ControlledPort, AnotherEntityForTheInterfaceIsAskedForTransmitAndNotForRe
 
 class Following : public ControlledPort, public ::testing::WithParamInterface<bool> {
  protected:
-  Following() { Vesk::NotifieeListBase::visitsAreFiltered = GetParam(); }
-  ~Following() override { Vesk::NotifieeListBase::visitsAreFiltered = true; }
+  Following() { port.world.visitsAreFilteredIs(GetParam()); }
 };
 
 TEST_P(Following, FollowsItsOwnInterfaceAndOthersOnlyWithoutTheFilter) {

@@ -38,8 +38,8 @@ class Machine {
   explicit Machine(uint8_t number) : number_(number), world(number) {}
 
   void start(SwitchConfig const& config) {
-    Vesk::WorldScope scope(world);
-    host.emplace("switch", frames, HostOptions{.store = &kept});
+    Vesk::WorldScope const scope(world);
+    host.emplace(world, "switch", frames, HostOptions{.store = &kept});
     host->configIs(config);
     for (uint8_t i = 0; i < std::size(kInterfaces); ++i) {
       Lumo::IntfId const intfId{Vesk::String8(kInterfaces[i])};
@@ -54,19 +54,16 @@ class Machine {
   }
   /// Ends as a process does that is killed.
   void end() {
-    Vesk::WorldScope scope(world);
     host->commit();
     host->die();
     host.reset();
   }
   void run(double time) {
-    Vesk::WorldScope scope(world);
     world.time = time;
     host->timerWheel()->runDue();
     host->commit();
   }
   void receive(Frames& from) {
-    Vesk::WorldScope scope(world);
     for (auto const& [intfId, frame] : from.sent) host->receive(intfId, frame);
     from.sent.clear();
     host->commit();
@@ -230,7 +227,6 @@ struct Pair {
   End after(Way way) const {
     Machine near(1), far(2);
     for (Machine* const machine : {&near, &far}) {
-      Vesk::WorldScope scope(machine->world);
       for (uint8_t i = 0; i < 2; ++i) {
         if (hasEapKey[i]) machine->eapKeys[i] = eapKey(i);
       }
@@ -241,7 +237,6 @@ struct Pair {
     if (farChanges) reload(far, farSecond);
     change(near, way);
     talk(near, far, changeTime, changeTime + kSettled);
-    Vesk::WorldScope scope(near.world);
     return End(*near.host);
   }
 
@@ -258,7 +253,6 @@ struct Pair {
                          Lumo::EthAddr({2, 0, 0, 0, i, 2}));
   }
   static void reload(Machine& machine, SwitchConfig const& config) {
-    Vesk::WorldScope scope(machine.world);
     machine.host->configIs(config);
     machine.host->commit();
   }

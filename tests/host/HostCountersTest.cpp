@@ -15,7 +15,7 @@ struct NoSink final : Codec::FrameSink {
 class HostCounters : public ::testing::Test {
  protected:
   void begin(HostOptions options) {
-    host = std::make_unique<Host>("switch", sink, options);
+    host = std::make_unique<Host>(world, "switch", sink, options);
     host->interfaceIs(kIntf, Lumo::EthAddr({2, 0, 0, 0, 0, 1}), 1);
     SwitchConfig config;
     ProfileConfig profile;

@@ -36,7 +36,7 @@ inline SwitchConfig configWith(std::string const& cak, std::string const& profil
 /// A switch in its own world.
 struct Switch {
   explicit Switch(uint8_t number, HostOptions const& options = {})
-      : world(number), scope(world), host("switch", sent, options), number(number) {}
+      : world(number), host(world, "switch", sent, options), number(number) {}
   void interface() { host.interfaceIs(kIntf, Lumo::EthAddr({2, 0, 0, 0, 0, number}), 1); }
   Vesk::Ptr<Macsec::IntfStatus> intfStatus() const { return host.status()->intfStatus(kIntf); }
   Vesk::Ptr<Macsec::MkaActorStatus> actor() const {
@@ -51,7 +51,6 @@ struct Switch {
     host.linkIs(kIntf, true);
   }
   Support::TestWorld world;
-  Vesk::WorldScope scope;
   Sent sent;
   Host host;
   uint8_t number;
@@ -61,10 +60,8 @@ struct Switch {
 inline void talk(Switch& a, Switch& b, double until) {
   for (double time = a.world.time; time <= until; time += 0.25) {
     for (auto [from, to] : {std::pair(&a, &b), std::pair(&b, &a)}) {
-      Vesk::WorldScope scope(from->world);
       from->world.time = time;
       from->host.timerWheel()->runDue();
-      Vesk::WorldScope toScope(to->world);
       to->world.time = time;
       for (auto const& frame : from->sent.frames) to->host.receive(kIntf, frame);
       from->sent.frames.clear();

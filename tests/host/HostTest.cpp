@@ -47,6 +47,7 @@ TEST_F(Hosts, TheHardwareIsThereBeforeTheEngineAsksForIt) {
 
 TEST_F(Hosts, TheEngineIsEnabledBeforeProfilesAreRead) {
   Switch s(1);
+  Vesk::WorldScope const scope(s.world);
   struct Order final : Vesk::Reactor<Macsec::Status const, Switch, Order> {
     using Reactor::Reactor;
     void onMacsecEnabled() override { order.push_back("macsecEnabled"); }
@@ -134,10 +135,7 @@ TEST_F(Hosts, AnInterfaceThatIsGoneFromTheConfigurationLosesItsPort) {
 
 TEST_F(Hosts, TwoSwitchesAgreeOnAKeyOverFrames) {
   Switch a(1), b(2);
-  {
-    Vesk::WorldScope scope(a.world);
-    a.bringUp();
-  }
+  a.bringUp();
   b.bringUp();
   EXPECT_TRUE(a.host.forwardingModelInputDir()->forwardingModelInput(kIntf));
   talk(a, b, 20);
@@ -154,13 +152,11 @@ TEST_F(Hosts, TwoSwitchesAgreeOnAKeyOverFrames) {
 
 TEST_F(Hosts, ACopyOfTheTreeIsEqualInEveryLine) {
   Switch a(1), b(2);
-  {
-    Vesk::WorldScope scope(a.world);
-    a.bringUp();
-  }
+  a.bringUp();
   b.bringUp();
   talk(a, b, 20);
   Macsec::Status const& status = *a.host.status();
+  Vesk::WorldScope const scope(a.world);
   auto const copy = Macsec::statusFactory(status.name());
   Vesk::copyEntity(status, *copy);
   EXPECT_EQ(Vesk::entityToText(*copy), Vesk::entityToText(status));
@@ -168,20 +164,14 @@ TEST_F(Hosts, ACopyOfTheTreeIsEqualInEveryLine) {
 
 TEST_F(Hosts, ARestartedSwitchTakesUpWhatTheFormerProcessLeft) {
   Switch a(1), b(2);
-  {
-    Vesk::WorldScope scope(a.world);
-    a.bringUp();
-  }
+  a.bringUp();
   b.bringUp();
   talk(a, b, 20);
   Vesk::String8 const msgId = a.actor()->msgId();
   uint32_t const msgNum = a.actor()->msgNum();
   auto const former = a.host.status();
   size_t const changes = a.world.logged("MKA_STATE_CHG");
-  {
-    Vesk::WorldScope scope(a.world);
-    a.host.restart();
-  }
+  a.host.restart();
   EXPECT_NE(a.host.status(), former);
   EXPECT_EQ(a.actor()->msgId(), msgId);
   EXPECT_EQ(a.actor()->msgNum(), msgNum);
@@ -221,18 +211,10 @@ TEST_F(Hosts, TheFipsModeIsSetBeforeAnybodyTakesUpTheKeysOfTheTree) {
   Switch s(1);
   s.bringUp();
   ASSERT_TRUE(s.actor());
-  struct FipsWorld final : Support::TestWorld {
-    int fipsModeSet(int on) override {
-      heardAtThatTime = at.actor()->notifiees();
-      return TestWorld::fipsModeSet(on);
-    }
-    explicit FipsWorld(Switch& at) : at(at) {}
-    Switch& at;
-    size_t heardAtThatTime = 99;
-  } world(s);
-  Vesk::WorldScope const scope(world);
+  size_t heardAtThatTime = 99;
+  s.world.whenFipsModeIsSet = [&] { heardAtThatTime = s.actor()->notifiees(); };
   s.host.restart();
-  EXPECT_EQ(world.heardAtThatTime, 0u);
+  EXPECT_EQ(heardAtThatTime, 0u);
   EXPECT_GT(s.actor()->notifiees(), 0u);
 }
 

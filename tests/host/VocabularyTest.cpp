@@ -30,10 +30,7 @@ TEST(Vocabulary, WritesSuitesAsTheConfigurationDoes) {
 
 TEST(Vocabulary, NamesEachMemberOfAnAnswerInKebabCase) {
   Switch b{2}, a{1};
-  for (Switch* one : {&a, &b}) {
-    Vesk::WorldScope const scope(one->world);
-    one->bringUp();
-  }
+  for (Switch* one : {&a, &b}) one->bringUp();
   talk(a, b, 20);
   Control control(a.host, [] { return std::vector<Mistake>{{"f", 1, 2, "what", "remedy"}}; });
   std::vector<std::string> names;
@@ -44,6 +41,7 @@ TEST(Vocabulary, NamesEachMemberOfAnAnswerInKebabCase) {
     collectNames(answer, names);
   }
   for (auto const& [kind, word] : Vesk::EnumNames<PortEventKind>::names) {
+    Vesk::WorldScope const scope(a.world);
     collectNames(jsonOf(PortEvent{kind, "Ethernet1"}), names);
     names.emplace_back(word);
   }

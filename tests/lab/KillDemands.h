@@ -47,7 +47,7 @@ class KillDemands final : public Audience {
   void atTheEnd() {
     if (!isOpen(a_)) fail("A isn't open in the end");
     if (!isOpen(b_)) fail("B isn't open in the end");
-    if (!sameSak(viewOf(a_).txSak(), viewOf(b_).txSak())) {
+    if (!sameSak(storedBy(a_), storedBy(b_))) {
       fail("not one key in the end: A has " + sakText(viewOf(a_).txSak()) + ", B has " +
            sakText(viewOf(b_).txSak()));
     }
@@ -67,6 +67,7 @@ class KillDemands final : public Audience {
   };
 
   static Lumo::IntfId intf() { return Lumo::IntfId("Ethernet1"); }
+  static StoredSak storedBy(Switch const& one) { return {viewOf(one).txSak(), one.host().world()}; }
   static PortView viewOf(Switch const& one) { return {*one.host().status(), intf()}; }
   // What the tree says, which the next process begins with.
   static bool isOpen(Switch const& one) {

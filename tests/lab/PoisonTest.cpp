@@ -72,6 +72,8 @@ class Ear final : public Audience {
  public:
   Ear(Simulation& simulation, Poison& poison) : simulation_(simulation), poison_(poison) {
     for (auto const& one : simulation.switches()) {
+      Vesk::WorldScope const scope(one->world());
+      Vesk::TraceHandle::streamLevelsIs("", Vesk::kAllTraceLevels);
       auto& sinks = one->world().sinks;
       sinks.trace = [this](Vesk::TraceRecord const& record) { traces << record.text << '\n'; };
       sinks.attribute = [this, former = sinks.attribute](Vesk::AttributeWrite const& write) {
@@ -132,16 +134,12 @@ std::string contentOf(std::filesystem::path const& path) {
 class PoisonTest : public ::testing::Test {
  protected:
   PoisonTest() {
-    Vesk::TraceHandle::streamLevelsIs("", Vesk::kAllTraceLevels);
     for (char const* key : {kCak, kLongCak, kFallback, kNewCak}) poison.add("CAK", key);
     poison.add("MSK", kMsk);
     poison.add("MSK", std::string_view(kMsk).substr(0, 32));
     std::filesystem::create_directories(folder);
   }
-  ~PoisonTest() override {
-    Vesk::TraceHandle::streamLevelsIs("", 0);
-    std::filesystem::remove_all(folder);
-  }
+  ~PoisonTest() override { std::filesystem::remove_all(folder); }
 
   Poison poison;
   std::filesystem::path const folder =

@@ -45,6 +45,7 @@ TEST(Process, ThatEndsAsItStartsTearsNothingOfTheTree) {
   auto treeAt = [](std::string const& lines) {
     Played played(pair(lines, "20.3"));
     auto const& host = played.simulation().switchOf("A").host();
+    Vesk::WorldScope const scope(host.world());
     host.status()->fipsStatusIs(Macsec::FipsStatus());
     return Vesk::entityToText(*host.status());
   };

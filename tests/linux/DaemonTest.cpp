@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "linux/trace/Syslog.h"
+
 namespace Linux {
 namespace {
 
@@ -75,7 +77,8 @@ class Driver final : public HardwareDriver {
 TEST(Daemon, RunsTheDriverWhenItWantsAndTakesAllAwayWhenTheSwitchHasStopped) {
   File const config(kGood);
   Record record;
-  Daemon daemon({.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
+  ProcessWorld world{Syslog()};
+  Daemon daemon(world, {.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
     return std::make_unique<Driver>(record, host);
   });
   EXPECT_EQ(daemon.run(), DaemonEnd::stopped);
@@ -91,7 +94,8 @@ TEST(Daemon, RunsTheDriverWhenItWantsAndTakesAllAwayWhenTheSwitchHasStopped) {
 TEST(Daemon, LeavesAllAsItIsWhenAnotherProcessIsToGoOn) {
   File const config(kGood);
   Record record{.signal = SIGUSR1};
-  Daemon daemon({.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
+  ProcessWorld world{Syslog()};
+  Daemon daemon(world, {.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
     return std::make_unique<Driver>(record, host);
   });
   EXPECT_EQ(daemon.run(), DaemonEnd::stopped);
@@ -102,7 +106,8 @@ TEST(Daemon, LeavesAllAsItIsWhenAnotherProcessIsToGoOn) {
 TEST(Daemon, DoesNotStartOnAConfigurationWithMistakes) {
   File const config(std::string(kGood) + "shutdwon: true\n");
   Record record;
-  Daemon daemon({.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
+  ProcessWorld world{Syslog()};
+  Daemon daemon(world, {.configFile = config.path}, nullptr, [&](Macsecd::Host& host, EventLoop&) {
     return std::make_unique<Driver>(record, host);
   });
   EXPECT_EQ(daemon.run(), DaemonEnd::badConfiguration);

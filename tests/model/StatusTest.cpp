@@ -278,7 +278,7 @@ TEST(HardwareStatus, TheDirectoryReplacesAPointerAndTellsUnlessItIsTheSame) {
 
 TEST(HardwareStatus, TheDirectoryLetsGoWhatAnIteratorStandsOn) {
   auto dir = macSecIntfStatusPtrDirFactory("dir");
-  auto const hw = MacSecIntfStatus::MacSecIntfStatusIs(kIntf);
+  auto const hw = MacSecIntfStatus::MacSecIntfStatusIs(kPortIntf);
   dir->statusIs(hw);
   for (auto i = dir->status().iterator(); i; ++i) EXPECT_EQ(dir->statusDel(i), hw);
   EXPECT_TRUE(dir->status().empty());

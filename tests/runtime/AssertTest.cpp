@@ -38,12 +38,6 @@ TEST(AssertDeathTest, OfDebugBuildsAloneIsNotEvenEvaluatedInOthers) {
 #endif
 }
 
-TEST(AssertDeathTest, RandomBytesWithoutAWorldFail) {
-  uint8_t bytes[4];
-  EXPECT_DEATH(world().randomBytes(bytes),
-               "Assertion `a world with a random source has been set' failed\\.");
-}
-
 TEST(AssertDeathTest, HashMapTakesNoSecondMemberOfOneKeyAndNoMemberOfAnotherMap) {
   HashMap<Lane, Lumo::IntfId> map, other;
   auto lane = make<Lane>(Lumo::IntfId("1"), 1u);

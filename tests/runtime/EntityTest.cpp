@@ -135,8 +135,7 @@ TEST_F(EntityTest, IdIsNoOtherEntitys) {
 
 class AttributeLogTest : public EntityTest {
  protected:
-  AttributeLogTest() { attributeLogEnabled = true; }
-  ~AttributeLogTest() override { attributeLogEnabled = false; }
+  AttributeLogTest() { recording.attributeLogIs(true); }
   RecordingWorld recording;
 };
 
@@ -164,7 +163,7 @@ TEST_F(AttributeLogTest, HoldsAWriteBeforeTheHandlersOfIt) {
 }
 
 TEST_F(AttributeLogTest, OffHoldsNothing) {
-  attributeLogEnabled = false;
+  recording.attributeLogIs(false);
   port->speedIs(7);
   port->laneIs(one);
   EXPECT_THAT(recording.written, IsEmpty());

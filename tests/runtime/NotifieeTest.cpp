@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/runtime/TestEntity.h"
+#include "tests/support/RecordingWorld.h"
 
 namespace Vesk::Test {
 namespace {
@@ -16,11 +17,11 @@ Lumo::IntfId const kSecond("Ethernet2");
 
 class KeyedVisitTest : public testing::Test {
  protected:
-  ~KeyedVisitTest() override { NotifieeListBase::visitsAreFiltered = true; }
   Ptr<SpeedReactor> reactor(char const* name, Lumo::IntfId key = Lumo::IntfId()) {
     return make<SpeedReactor>(owner, port, name, key);
   }
 
+  RecordingWorld world;
   Owner owner;
   Ptr<Port> port = make<Port>();
   // Attached in the order of their letters.
@@ -96,13 +97,13 @@ TEST_F(KeyedVisitTest, KeyIsKeptWhenTheReactorIsRepointed) {
 }
 
 TEST_F(KeyedVisitTest, SwitchedOffCallsEveryReactorThatEntersForEverything) {
-  NotifieeListBase::visitsAreFiltered = false;
+  world.visitsAreFilteredIs(false);
   auto f = reactor("f", kSecond);
   port->speedOfIs(kFirst, 1);
   EXPECT_THAT(owner.heard, ElementsAre("b speed", "c speed", "d speed", "f speed"));
   auto deaf = make<DeafReactor>(owner, port);
   EXPECT_TRUE(deaf->isRegisteredNotifiee());
-  NotifieeListBase::visitsAreFiltered = true;
+  world.visitsAreFilteredIs(true);
   f = nullptr;
   deaf = nullptr;
   EXPECT_EQ(port->notifiees(), 5u);

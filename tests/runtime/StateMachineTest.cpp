@@ -189,6 +189,7 @@ TEST_F(StateMachineTest, EndedInsideATraceOfItsTimersHandlerIsNotContinued) {
     Ptr<Machine>& machine;
   } traced(machine);
   WorldScope inner(traced);
+  wheel = make<Zorn::TimerWheel>();
   machine = newMachine();
   machine->timeIs(0);
   TraceHandle::streamLevelsIs("StateMachineTest", kAllTraceLevels);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "runtime/Log.h"
 #include "runtime/Trace.h"
 #include "runtime/World.h"
+#include "tests/support/CommonWorld.h"
 
 namespace Support {
 
@@ -23,7 +25,8 @@ struct Logged {
 /// the same in every run.
 class TestWorld : public Vesk::World {
  public:
-  explicit TestWorld(uint64_t seed = 1) : state_(seed * 0x9e3779b97f4a7c15u + 1) {}
+  explicit TestWorld(uint64_t seed = 1)
+      : World(CommonWorld::instance()), state_(seed * 0x9e3779b97f4a7c15u + 1) {}
 
   double now() const override { return time; }
   int rand() override {
@@ -55,6 +58,7 @@ class TestWorld : public Vesk::World {
     calls.push_back("exit(" + std::to_string(status) + ")");
   }
   int fipsModeSet(int on) override {
+    if (whenFipsModeIsSet) whenFipsModeIsSet();
     calls.push_back("FIPS_mode_set(" + std::to_string(on) + ")");
     return fipsModeResult;
   }
@@ -84,11 +88,13 @@ class TestWorld : public Vesk::World {
   std::vector<Logged> logs;
   std::vector<Vesk::LogHandle const*> handles;
   std::vector<std::string> traces;
-  /// The attributes written while `Vesk::attributeLogEnabled`, in order.
+  /// The attributes written while the attribute log is on, in order.
   std::vector<std::string> writes;
   std::vector<int> exits;
   /// What the process and its crypto library were asked for, in order.
   std::vector<std::string> calls;
+  /// Called before the FIPS mode is set.
+  std::function<void()> whenFipsModeIsSet;
   /// What setting the FIPS mode returns; 0 is a failure.
   int fipsModeResult = 1;
 

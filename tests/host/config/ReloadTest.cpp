@@ -34,13 +34,12 @@ std::string replaced(std::string text, std::string const& from, std::string cons
 class Reload : public ::testing::Test {
  protected:
   Reload() { s.bringUp(parseConfig(kReloaded, "switch.yaml").config); }
-  ~Reload() override { Vesk::attributeLogEnabled = false; }
   /// What is written meanwhile.
   std::vector<std::string> reload(std::string const& text) {
     s.world.writes.clear();
-    Vesk::attributeLogEnabled = true;
+    s.world.attributeLogIs(true);
     taken = s.host.reload(parseConfig(text, "switch.yaml"));
-    Vesk::attributeLogEnabled = false;
+    s.world.attributeLogIs(false);
     return s.world.writes;
   }
   Switch s{1};
@@ -96,7 +95,7 @@ TEST_F(Reload, ReadsAFileAndReturnsItsMistakes) {
                     ("reload-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
   std::ofstream(path) << replaced(kReloaded, "profile: one", "profile: three");
   std::filesystem::permissions(path, std::filesystem::perms(0600));
-  Vesk::attributeLogEnabled = true;
+  s.world.attributeLogIs(true);
   auto const mistakes = s.host.reload(path.string());
   ASSERT_EQ(mistakes.size(), 1u);
   EXPECT_THAT(mistakes[0].text(), HasSubstr(":9:24: there is no profile 'three'"));

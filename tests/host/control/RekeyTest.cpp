@@ -12,20 +12,13 @@ class RekeyTest : public ::testing::Test {
  protected:
   RekeyTest() {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp();
     }
     talk(a, b, 30);
   }
   static std::string sakOf(Switch const& one) { return summaryOf(one.host, kIntf).sak; }
-  Rekeyed rekeyed(Switch& one) {
-    Vesk::WorldScope const scope(one.world);
-    return *rekey(one.host, kIntf);
-  }
-  Fault refusal(Switch& one) {
-    Vesk::WorldScope const scope(one.world);
-    return rekey(one.host, kIntf).fault();
-  }
+  Rekeyed rekeyed(Switch& one) { return *rekey(one.host, kIntf); }
+  Fault refusal(Switch& one) { return rekey(one.host, kIntf).fault(); }
   /// Every port that sends has a receiver with the same key, and stands open.
   void talkWithoutLoss(double until) {
     for (double time = a.world.time + 0.25; time <= until; time += 0.25) {
@@ -82,18 +75,14 @@ TEST_F(RekeyTest, IsRefusedWhereAnotherSwitchIsKeyServer) {
 }
 
 TEST_F(RekeyTest, IsRefusedWithoutALivePeer) {
-  {
-    Vesk::WorldScope const scope(a.world);
-    a.world.time += 100;
-    a.host.timerWheel()->runDue();
-  }
+  a.world.time += 100;
+  a.host.timerWheel()->runDue();
   Fault const fault = refusal(a);
   EXPECT_THAT(fault.what, HasSubstr("Ethernet1"));
   EXPECT_EQ(fault.remedy, "see 'macsecctl explain Ethernet1'");
 }
 
 TEST_F(RekeyTest, IsRefusedWithoutAKeyInUse) {
-  Vesk::WorldScope const scope(a.world);
   a.host.linkIs(kIntf, false);
   EXPECT_EQ(refusal(a).what, "no key is in use on Ethernet1");
   a.host.stop();

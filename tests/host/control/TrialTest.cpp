@@ -28,7 +28,7 @@ class ATrial : public ::testing::Test {
     write(own_, kFormer);
     write(other_, kNew);
     begin();
-    EXPECT_TRUE(host().reload(readConfigFile(own_, Keys::kept)));
+    EXPECT_TRUE(host().reload(configIn(own_)));
     host().commit();
   }
   ~ATrial() override {
@@ -49,6 +49,10 @@ class ATrial : public ::testing::Test {
     });
   }
   Host& host() { return switch_->host; }
+  ConfigResult configIn(std::string const& path) {
+    Vesk::WorldScope const scope(switch_->world);
+    return readConfigFile(path, Keys::kept);
+  }
   Trial& trial() { return *trial_; }
   std::vector<Mistake> tried(std::string const& path) { return *trial().begin(path, 60); }
   bool isNew() { return host().config()->delayProtection(); }
@@ -92,6 +96,7 @@ TEST_F(ATrial, ThatIsKeptInTimeStays) {
   EXPECT_FALSE(trial().keep());
   host().commit();
   begin();
+  Vesk::WorldScope const scope(host().world());
   EXPECT_TRUE(host().keptConfig().config()->delayProtection);
 }
 
@@ -122,7 +127,7 @@ TEST_F(ATrial, OfAnotherFileMeanwhileGoesBackToTheFormerOneToo) {
 
 TEST_F(ATrial, EndsWhenAFileIsReadOverIt) {
   EXPECT_THAT(tried(other_), IsEmpty());
-  host().reload(readConfigFile(other_, Keys::kept));
+  host().reload(configIn(other_));
   trial().endReplaced();
   runAt(60);
   EXPECT_TRUE(isNew());
@@ -134,7 +139,8 @@ TEST_F(ATrial, IsKnownToTheNextProcessHoweverThisOneDies) {
   EXPECT_THAT(tried(own_), IsEmpty());  // and no commit comes after
   EXPECT_FALSE(trial().isOfAnotherFile());
   begin();
-  EXPECT_TRUE(host().keptConfig().isTried(readConfigFile(own_, Keys::kept).sealed));
+  Vesk::WorldScope const scope(host().world());
+  EXPECT_TRUE(host().keptConfig().isTried(configIn(own_).sealed));
   EXPECT_FALSE(host().keptConfig().config()->delayProtection);
 }
 
@@ -147,7 +153,7 @@ TEST_F(ATrial, IsRefusedWhenTheStoreDoesNotTakeThatItIsOne) {
   EXPECT_FALSE(isNew());
   EXPECT_EQ(trial().state(), Trial::State::none);
   EXPECT_THAT(applied_, IsEmpty());
-  EXPECT_FALSE(host().keptConfig().isTried(readConfigFile(other_, Keys::kept).sealed));
+  EXPECT_FALSE(host().keptConfig().isTried(configIn(other_).sealed));
   store_.refusal.clear();
   EXPECT_THAT(tried(other_), IsEmpty());
   EXPECT_TRUE(isNew());
@@ -158,9 +164,9 @@ TEST_F(ATrial, OfTheFileItselfIsToldUntilThatIsRead) {
   EXPECT_THAT(tried(own_), IsEmpty());
   runAt(60);
   EXPECT_EQ(host().configFault(), own_ + " was tried and not kept");
-  host().reload(readConfigFile(own_, Keys::kept));
+  host().reload(configIn(own_));
   EXPECT_EQ(host().configFault(), "");
-  EXPECT_FALSE(host().keptConfig().isTried(readConfigFile(own_, Keys::kept).sealed));
+  EXPECT_FALSE(host().keptConfig().isTried(configIn(own_).sealed));
 }
 
 }  // namespace

@@ -41,7 +41,6 @@ TEST(ExplainSuite, NamesAKeyServerThatGivesKeysForAnotherOne) {
   Switch b(2), a(1);
   LongKeys const foreign(a);
   for (Switch* one : {&a, &b}) {
-    Vesk::WorldScope const scope(one->world);
     one->bringUp();
   }
   talk(a, b, 12);
@@ -51,7 +50,6 @@ TEST(ExplainSuite, NamesAKeyServerThatGivesKeysForAnotherOne) {
   EXPECT_EQ(
       explain(b.host, kIntf).causes[0].what,
       "the key server gives keys for gcm-aes-xpn-256, and this end is set to gcm-aes-xpn-128");
-  Vesk::WorldScope const other(a.world);
   EXPECT_THAT(kinds(a.host, kIntf), ElementsAre(CauseKind::peerNotReceiving));
 }
 
@@ -59,7 +57,6 @@ class ExplainHost : public ::testing::Test {
  protected:
   ExplainHost() {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp();
     }
     talk(a, b, 20);
@@ -81,13 +78,11 @@ TEST_F(ExplainHost, NamesWhatTheHardwareSaysUntilItSaysNothing) {
 TEST(ExplainAlways, NamesACauseAtEveryMomentInWhichAPortIsntSecured) {
   Switch b(2), a(1);
   for (Switch* one : {&a, &b}) {
-    Vesk::WorldScope const scope(one->world);
     one->bringUp();
   }
   for (double time = 0; time < 20; time += 0.25) {
     talk(a, b, time);
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       auto const told = explain(one->host, kIntf);
       EXPECT_TRUE(told.secured || !told.causes.empty())
           << "switch " << one->number << " at " << time;
@@ -96,9 +91,9 @@ TEST(ExplainAlways, NamesACauseAtEveryMomentInWhichAPortIsntSecured) {
 }
 
 TEST_F(ExplainHost, NamesAKeyThatTheKeyServerDoesntSendWithYet) {
+  Vesk::WorldScope const scope(b.world);
   auto const cp = b.host.status()->cpStatus(kIntf);
   cp->controlledPortEnabledIs(false);
-  Vesk::WorldScope const scope(b.world);
   EXPECT_THAT(kinds(b.host, kIntf), ElementsAre(CauseKind::waitingToSend));
 }
 
@@ -116,6 +111,7 @@ TEST_F(ExplainHost, NamesFramesThatArentValidUnderTheKeyForALifeTime) {
 }
 
 TEST_F(ExplainHost, NamesWhatIsNotThere) {
+  Vesk::WorldScope const scope(a.world);
   EXPECT_THAT(kinds(a.host, Lumo::IntfId("Ethernet9")), ElementsAre(CauseKind::notConfigured));
   a.host.slices()->entityPtrDelAll();
   EXPECT_THAT(kinds(a.host, kIntf), ElementsAre(CauseKind::unknownToHardware));

@@ -21,7 +21,6 @@ class PortJournalTest : public ::testing::Test {
  protected:
   void bringUp() {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp();
     }
     talk(a, b, 20);

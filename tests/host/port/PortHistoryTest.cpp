@@ -9,23 +9,15 @@ namespace {
 class PortHistoryTest : public ::testing::Test {
  protected:
   PortHistoryTest() {
-    Vesk::WorldScope const scope(a.world);
     history.emplace(a.host);
     a.bringUp();
   }
-  ~PortHistoryTest() override {
-    Vesk::WorldScope const scope(a.world);
-    history.reset();
-  }
+  ~PortHistoryTest() override { history.reset(); }
   void bringUpOther() {
-    Vesk::WorldScope const scope(b.world);
     b.world.time = a.world.time;
     b.bringUp();
   }
-  void linkIs(bool up) {
-    Vesk::WorldScope const scope(a.world);
-    a.host.linkIs(kIntf, up);
-  }
+  void linkIs(bool up) { a.host.linkIs(kIntf, up); }
   PortHistory::Port const& port() const { return history->port("Ethernet1"); }
 
   Switch b{2}, a{1};
@@ -61,10 +53,7 @@ TEST_F(PortHistoryTest, CountsSaksThatTakeThePlaceOfOthers) {
   talk(a, b, 30);
   EXPECT_EQ(port().rekeys, 0u);
   for (double until : {50.0, 70.0}) {
-    {
-      Vesk::WorldScope const scope(a.world);
-      EXPECT_TRUE(rekey(a.host, kIntf));
-    }
+    EXPECT_TRUE(rekey(a.host, kIntf));
     talk(a, b, until);
   }
   EXPECT_EQ(port().rekeys, 2u);

@@ -33,7 +33,6 @@ class PortWatchTest : public ::testing::Test {
   }
   void bringUp(SwitchConfig const& config = configWith(kCak)) {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp(config);
     }
   }
@@ -89,7 +88,6 @@ TEST_F(PortWatchTest, TellsTheLossOfTheLink) {
   bringUp();
   talk(a, b, 30);
   watch(a);
-  Vesk::WorldScope const scope(a.world);
   a.host.linkIs(kIntf, false);
   EXPECT_THAT(taken(), ElementsAre("the link is down", "no key is in use",
                                    "peer 02:00:00:00:00:02/1 went (key 6162)", "sends with no SAK",
@@ -99,6 +97,7 @@ TEST_F(PortWatchTest, TellsTheLossOfTheLink) {
 }
 
 TEST_F(PortWatchTest, TellsANewSakAndFaultsOfTheHardware) {
+  Vesk::WorldScope const scope(a.world);
   bringUp();
   talk(a, b, 30);
   watch(a);
@@ -121,11 +120,12 @@ TEST_F(PortWatchTest, TellsNothingWhileNothingChanges) {
 }
 
 TEST_F(PortWatchTest, LeavesTheAttributeLogAsItFoundIt) {
-  ASSERT_FALSE(Vesk::attributeLogEnabled);
+  ASSERT_FALSE(a.world.switches().writesAreLogged);
   watch(a);
-  EXPECT_TRUE(Vesk::attributeLogEnabled);
+  EXPECT_TRUE(a.world.switches().writesAreLogged);
+  EXPECT_FALSE(b.world.switches().writesAreLogged);
   watch_.reset();
-  EXPECT_FALSE(Vesk::attributeLogEnabled);
+  EXPECT_FALSE(a.world.switches().writesAreLogged);
   bringUp();
   EXPECT_THAT(taken(), IsEmpty());
 }

@@ -91,13 +91,13 @@ TEST_F(TheKeptConfiguration, IsGivenToTheStoreAgainWhenThatRefusedIt) {
 TEST_F(TheKeptConfiguration, OfASwitchIsTheLastOneWithoutMistakes) {
   Sent sink;
   {
-    Host host("s", sink, {.store = &store_});
+    Host host(world_, "s", sink, {.store = &store_});
     ASSERT_TRUE(host.reload(readOf(kText)));
     host.start();
     ASSERT_FALSE(host.reload(readOf(kText + "shutdwon: true\n")));
     EXPECT_TRUE(host.commit());
   }
-  Host next("s", sink, {.store = &store_});
+  Host next(world_, "s", sink, {.store = &store_});
   ASSERT_TRUE(next.keptConfig().config());
   EXPECT_EQ(next.keptConfig().config()->profiles.at(0).key->cak, kCak);
   EXPECT_TRUE(next.droppedState().empty());

@@ -113,6 +113,7 @@ TEST(StaleStatus, AConfiguredKeyGoesOverARestartToAFileThatTakesItFrom8021X) {
 // The file that a new process reads may ask for other parameters than the tree that it finds.
 TEST(StaleStatus, AProcessThatFindsATreeOfFormerParametersMakesItsPortsAnew) {
   Switch s(1);
+  Vesk::WorldScope const scope(s.world);
   s.bringUp();
   s.host.stop();
   auto const left = Macsec::statusFactory("left");

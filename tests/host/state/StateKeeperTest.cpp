@@ -90,12 +90,12 @@ TEST_F(Kept, WhatTheStoreRefusesGoesWithTheNextTurn) {
 }
 
 TEST_F(Kept, AttributeLogIsOnAsLongAsSomebodyFollows) {
-  EXPECT_FALSE(Vesk::attributeLogEnabled);
+  EXPECT_FALSE(world.switches().writesAreLogged);
   {
     StateKeeper keeper(status, store);
-    EXPECT_TRUE(Vesk::attributeLogEnabled);
+    EXPECT_TRUE(world.switches().writesAreLogged);
   }
-  EXPECT_FALSE(Vesk::attributeLogEnabled);
+  EXPECT_FALSE(world.switches().writesAreLogged);
   EXPECT_THAT(world.attributeFollowers(), IsEmpty());
 }
 
@@ -120,10 +120,7 @@ TEST(HostWithStore, GoesOnFromItInAnotherProcessAndLeavesAnEmptyOneWhenItStops) 
   KeptState store;
   auto b = std::make_unique<Switch>(2);
   auto a = std::make_unique<Switch>(1, HostOptions{.store = &store});
-  {
-    Vesk::WorldScope scope(b->world);
-    b->bringUp();
-  }
+  b->bringUp();
   a->bringUp();
   talk(*a, *b, 20);
   a->host.commit();
@@ -136,6 +133,7 @@ TEST(HostWithStore, GoesOnFromItInAnotherProcessAndLeavesAnEmptyOneWhenItStops) 
   store.values = kept;
   Switch next(1, {.store = &store});
   auto const fips = a->host.status()->fipsStatus();
+  Vesk::WorldScope const scope(next.world);
   next.host.status()->fipsStatusIs(fips);
   EXPECT_EQ(Vesk::entityToText(*next.host.status()), text);
   EXPECT_THAT(next.host.droppedState(), IsEmpty());
@@ -144,6 +142,7 @@ TEST(HostWithStore, GoesOnFromItInAnotherProcessAndLeavesAnEmptyOneWhenItStops) 
 TEST(HostWithStore, ThatDiesHasWhatWasCommittedAndNothingElse) {
   KeptState store;
   Switch a(1, {.store = &store});
+  Vesk::WorldScope const scope(a.world);
   a.bringUp();
   a.host.commit();
   a.host.status()->mkpduPeriodIs(77);

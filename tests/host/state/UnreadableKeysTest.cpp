@@ -18,7 +18,7 @@ class UnreadableKeys : public ::testing::Test {
     WardcodeLib::hostKeyDel();
     WardcodeLib::decodeFailuresDel();
   }
-  static void hostKeyIs(uint8_t octet) {
+  void hostKeyIs(uint8_t octet) {
     std::array<uint8_t, WardcodeLib::kHostKeySize> key;
     key.fill(octet);
     WardcodeLib::hostKeyIs(key);
@@ -32,6 +32,7 @@ class UnreadableKeys : public ::testing::Test {
   }
 
   Switch a{1};
+  Vesk::WorldScope const scope{a.world};
   UnreadableKeyTeller const teller{[this] { return a.host.status(); }};
 };
 

@@ -9,7 +9,6 @@ class KeyAgesOfAPort : public ::testing::Test {
  protected:
   KeyAgesOfAPort() {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp();
     }
     talk(a, b, 20);

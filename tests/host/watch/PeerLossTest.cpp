@@ -10,7 +10,6 @@ class PeerLossOfAPort : public ::testing::Test {
  protected:
   void bringUp(OnPeerLoss policy) {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp(configOf(policy));
     }
     talk(a, b, 20);

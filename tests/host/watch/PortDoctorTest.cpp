@@ -9,7 +9,6 @@ class ThePortDoctor : public ::testing::Test {
  protected:
   ThePortDoctor() {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp();
     }
     talk(a, b, 20);
@@ -129,6 +128,7 @@ TEST_F(ThePortDoctor, LeavesAPortAloneWhosePeerIsLiveUnderAFormerKey) {
 }
 
 TEST_F(ThePortDoctor, LeavesAPortAloneThatHasNoLivePeer) {
+  Vesk::WorldScope const scope(a.world);
   a.actor()->principalIs(false);
   for (double time = 20; time < 90; time += 0.25) {
     a.world.time = time;

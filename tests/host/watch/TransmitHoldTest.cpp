@@ -12,7 +12,6 @@ class TheTransmitHold : public ::testing::Test {
  protected:
   TheTransmitHold() {
     for (Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp();
     }
     talk(a, b, 20);
@@ -83,10 +82,7 @@ TEST_F(TheTransmitHold, OfAFollowerSpendsOnlyWhatIsAskedForToBeSentWith) {
 
 TEST_F(TheTransmitHold, MakesANewKeyAsKeyServerWhenTheHardwareCantSendWithThePresentOne) {
   SakId const key = txSak(a);
-  {
-    Vesk::WorldScope const scope(a.world);
-    a.host.keyIsSpent(kIntf, key);
-  }
+  a.host.keyIsSpent(kIntf, key);
   EXPECT_EQ(a.host.transmitHold(kIntf), Reason::spentKey);
   EXPECT_FALSE(a.host.isOpen(kIntf));
   talk(a, b, 30);
@@ -97,10 +93,7 @@ TEST_F(TheTransmitHold, MakesANewKeyAsKeyServerWhenTheHardwareCantSendWithThePre
 
 TEST_F(TheTransmitHold, HasAFollowerComeBackAsANewMemberWhenItsKeyServerGivesNoOtherKey) {
   SakId const key = txSak(b);
-  {
-    Vesk::WorldScope const scope(b.world);
-    b.host.keyIsSpent(kIntf, key);
-  }
+  b.host.keyIsSpent(kIntf, key);
   EXPECT_FALSE(b.host.isOpen(kIntf));
   talk(a, b, 60);
   EXPECT_TRUE(b.host.isOpen(kIntf));
@@ -134,7 +127,6 @@ TEST_F(TheTransmitHold, SendsWithNoKeyThatWasAskedForUnderTheSsciOfAnotherPeer) 
 
 TEST_F(TheTransmitHold, HoldsOverARestartWhatWasHeldBefore) {
   thirdIs(a);
-  Vesk::WorldScope const scope(a.world);
   a.host.restart();
   EXPECT_EQ(a.host.transmitHold(kIntf), Reason::tooManyMembers);
   EXPECT_TRUE(isHeld(a));

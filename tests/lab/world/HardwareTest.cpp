@@ -52,7 +52,7 @@ class HardwareTest : public testing::Test {
   struct Nowhere final : Codec::FrameSink {
     void send(Lumo::IntfId, std::span<uint8_t const>) override {}
   } nowhere_;
-  Macsecd::Host host_{"switch", nowhere_, {.emulateHardware = false}};
+  Macsecd::Host host_{world_, "switch", nowhere_, {.emulateHardware = false}};
   Vesk::Ptr<Vesk::Dir> slices_ = host_.slices();
   Vesk::Ptr<Macsec::Status> status_ = Macsec::statusFactory("status");
   Macsecd::NonceWatch nonces_;

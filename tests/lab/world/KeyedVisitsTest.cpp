@@ -22,12 +22,13 @@ std::string textOf(Vesk::AttributeWrite const& write) {
 }
 
 Record recordOf(Scenario const& scenario, bool filtered) {
-  Vesk::NotifieeListBase::visitsAreFiltered = filtered;
-  Vesk::TraceHandle::streamLevelsIs("", Vesk::kAllTraceLevels);
   Record record;
   {
     Simulation simulation(scenario, 3);
     for (auto const& one : simulation.switches()) {
+      one->world().visitsAreFilteredIs(filtered);
+      Vesk::WorldScope const scope(one->world());
+      Vesk::TraceHandle::streamLevelsIs("", Vesk::kAllTraceLevels);
       auto& sinks = one->world().sinks;
       sinks.trace = [&, name = one->name()](Vesk::TraceRecord const& trace) {
         record.traces[name].push_back(std::string(trace.handle) + " " +
@@ -39,8 +40,6 @@ Record recordOf(Scenario const& scenario, bool filtered) {
     }
     simulation.run();
   }
-  Vesk::TraceHandle::streamLevelsIs("", 0);
-  Vesk::NotifieeListBase::visitsAreFiltered = true;
   return record;
 }
 

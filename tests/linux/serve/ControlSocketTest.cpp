@@ -139,7 +139,7 @@ TEST_F(ControlSocketTest, TellsEventsToAConnectionThatStaysOpen) {
   EXPECT_THAT(readAll(watching), HasSubstr("\"fault\":\"no room\""));
   shutdown(watching.fd(), SHUT_RDWR);
   settle(loop);
-  EXPECT_FALSE(Vesk::attributeLogEnabled);
+  EXPECT_TRUE(a.world.attributeFollowers().empty());
 }
 
 /// Connections that are open and say nothing.

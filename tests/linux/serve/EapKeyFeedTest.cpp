@@ -329,7 +329,7 @@ class Switch final : public Codec::FrameSink {
   void send(Lumo::IntfId, std::span<uint8_t const>) override {}
   Macsec::Cak key() const { return host.status()->intfStatus(kIntf)->key(); }
 
-  Macsecd::Host host{"switch", *this};
+  Macsecd::Host host{Vesk::world(), "switch", *this};
 };
 
 TEST_F(EapKeyFeeds, APublishedKeyLeadsAPortToItsKeyAndAWithdrawalLeavesItThere) {

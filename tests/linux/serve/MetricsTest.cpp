@@ -13,23 +13,13 @@ using ::testing::Not;
 class MetricsTest : public ::testing::Test {
  protected:
   MetricsTest() {
-    {
-      Vesk::WorldScope const scope(a.world);
-      metrics.emplace(a.host, delay, control, eapKeys);
-    }
+    metrics.emplace(a.host, delay, control, eapKeys);
     for (Macsecd::Switch* one : {&a, &b}) {
-      Vesk::WorldScope const scope(one->world);
       one->bringUp();
     }
   }
-  ~MetricsTest() override {
-    Vesk::WorldScope const scope(a.world);
-    metrics.reset();
-  }
-  std::string text() {
-    Vesk::WorldScope const scope(a.world);
-    return metrics->text();
-  }
+  ~MetricsTest() override { metrics.reset(); }
+  std::string text() { return metrics->text(); }
   /// "name{labels} value" for what is told of a name; one to a line.
   std::string linesOf(std::string const& name) {
     std::istringstream all(text());
@@ -90,10 +80,7 @@ TEST_F(MetricsTest, TellWhatTheHardwareReports) {
 
 TEST_F(MetricsTest, CountMkpdusByWhatBecameOfThem) {
   talk(a, b, 10);
-  {
-    Vesk::WorldScope const scope(a.world);
-    a.host.receive(Macsecd::kIntf, std::vector<uint8_t>(60, 0));
-  }
+  a.host.receive(Macsecd::kIntf, std::vector<uint8_t>(60, 0));
   std::string const counted = linesOf("macsecd_mkpdus_total");
   EXPECT_THAT(counted, HasSubstr("{interface=\"Ethernet1\",direction=\"tx\",result=\"success\","
                                  "reason=\"\"} "));
@@ -147,7 +134,6 @@ TEST_F(MetricsTest, KeepToTheTextFormat) {
 }
 
 TEST_F(MetricsTest, EscapeWhatStandsInALabel) {
-  Vesk::WorldScope const scope(a.world);
   Macsecd::SwitchConfig config = Macsecd::configWith(Macsecd::kCak);
   config.interfaces = {{"odd\"name\\\n", "one", 1}};
   a.host.configIs(config);
