@@ -1,5 +1,7 @@
 #include "codec/SetWalk.h"
 
+#include <algorithm>
+
 #include "codec/DistCak.h"
 #include "codec/DistSak.h"
 #include "codec/Icv.h"
@@ -66,7 +68,7 @@ SubType failureOf(uint8_t parameterSetType) {
 bool SetView::isKnown() const { return failureOf(type) != SubType::unrecognizedSetErr; }
 
 bool SetWalk::next() {
-  if (rest_.empty() || refusal_) return false;
+  if (rest_.size() < kHead || refusal_) return false;
   refusal_ = take();
   return !refusal_;
 }
@@ -78,33 +80,38 @@ Refusal SetWalk::take() {
   set_.bodyLength = Macsec::overlayOn<Icv::Set>(rest_.data())->parameterSetBodyLength();
   if (Refusal refusal = checkRepeated()) return refusal;
   if (set_.type == Types::icvIndicatorParameterSetType) return takeIcvIndicator();
-  size_t const size = kHead + aligned(set_.bodyLength);
+  size_t const size = kHead + set_.bodyLength;
   if (size > rest_.size()) {
     return {failureOf(set_.type), octet_ + kLength, "says a set that is longer than what remains"};
   }
-  if (char const* fault = faultOfLength(set_.type, set_.bodyLength)) {
-    return {failureOf(set_.type), octet_ + kLength, fault};
-  }
-  set_.octets = rest_.first(kHead + set_.bodyLength);
-  rest_ = rest_.subspan(size);
-  octet_ += size;
+  char const* fault = faultOfLength(set_.type, set_.bodyLength);
+  if (fault && checks_ == Checks::all) return {failureOf(set_.type), octet_ + kLength, fault};
+  set_.octets = rest_.first(size);
+  rest_ = rest_.subspan(std::min(aligned(size), rest_.size()));
+  octet_ += aligned(size);
   return {};
 }
 
+// Nothing but the ICV follows it, whatever length it says.
 Refusal SetWalk::takeIcvIndicator() {
+  if (Refusal refusal = checkIcvIndicator(); refusal && checks_ == Checks::all) return refusal;
+  set_.octets = rest_.first(kHead);
+  rest_ = {};
+  return {};
+}
+
+Refusal SetWalk::checkIcvIndicator() const {
   if (!Icv::isForm(set_.bodyLength)) {
     return {SubType::icvIndicatorErr, octet_ + kLength, "says an ICV that is not of 16 octets"};
   }
   if (rest_.size() != kHead) {
     return {SubType::icvIndicatorErr, octet_, "is an ICV indicator that isn't followed by the ICV"};
   }
-  set_.octets = rest_;
-  rest_ = {};
   return {};
 }
 
 Refusal SetWalk::checkRepeated() {
-  if (!set_.isKnown()) return {};
+  if (checks_ != Checks::all || !set_.isKnown()) return {};
   uint32_t const bit = 1u << static_cast<unsigned>(failureOf(set_.type));
   if (seen_ & bit) return {failureOf(set_.type), octet_, "begins a set that has come already"};
   seen_ |= bit;

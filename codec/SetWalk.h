@@ -35,7 +35,16 @@ struct SetView {
 ///     if (walk.refusal()) ...
 class SetWalk {
  public:
-  explicit SetWalk(FrameLayout const& layout) : rest_(layout.sets()), octet_(layout.setsAt) {}
+  /// What ends a walk early.
+  enum class Checks {
+    all,
+    /// Only what lies outside of the frame: a damaged frame is read as far as it goes. A set may
+    /// then have another size than its type.
+    bounds,
+  };
+
+  explicit SetWalk(FrameLayout const& layout, Checks checks = Checks::all)
+      : checks_(checks), rest_(layout.sets()), octet_(layout.setsAt) {}
 
   /// False at the end of the frame and at a set that is wrong.
   bool next();
@@ -45,8 +54,10 @@ class SetWalk {
  private:
   Refusal take();
   Refusal takeIcvIndicator();
+  Refusal checkIcvIndicator() const;
   Refusal checkRepeated();
 
+  Checks const checks_;
   Octets rest_;
   size_t octet_;
   SetView set_;

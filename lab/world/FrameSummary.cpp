@@ -2,94 +2,72 @@
 
 #include <fmt/format.h>
 
-#include "model/EapolType.h"
+#include <algorithm>
+
+#include "codec/Icv.h"
+#include "codec/SetWalk.h"
 #include "model/MacsecConstants.h"
+#include "model/Overlay.h"
+#include "platform/Hex.h"
 
 namespace Lab {
 
 namespace {
 
-using Octets = std::span<uint8_t const>;
-
-//  0 | destination (6) | source (6) | EtherType (2) |
-// 14 | version | type | body length (2) |
-// 18 | parameter sets, the basic one first: type, flags, flags and body length (2), body |
-constexpr size_t kEtherType = 12;
-constexpr size_t kEapolType = 15;
-constexpr size_t kBodyLength = 16;
-constexpr size_t kSets = 18;
-// In the basic parameter set, whose first octet is a version and not a type.
-constexpr size_t kMemberId = 12;
-constexpr size_t kMessageNumber = 24;
-constexpr size_t kCkn = 32;
-
-uint32_t number(Octets octets) {
-  uint32_t value = 0;
-  for (uint8_t const octet : octets) value = value << 8 | octet;
-  return value;
-}
-
-std::string hex(Octets octets) {
-  return fmt::format("{:02x}", fmt::join(octets.begin(), octets.end(), ""));
-}
-
-constexpr uint8_t kIcvIndicator = 255;
-
-size_t bodyLength(Octets set) { return number(set.subspan(2, 2)) & 0xfff; }
+using Codec::FrameLayout;
+using Codec::Octets;
+using Constants = Macsec::MacsecConstants;
+using Types = Macsec::ParameterSetTypes;
 
 std::string nameOf(uint8_t type) {
   switch (type) {
-    case 1:
+    case Types::livePeerParameterSetType:
       return "live-peers";
-    case 2:
+    case Types::potentialPeerParameterSetType:
       return "potential-peers";
-    case 3:
+    case Types::sakUseParameterSetType:
       return "sak-use";
-    case 4:
+    case Types::distSakParameterSetType:
       return "dist-sak";
-    case 5:
+    case Types::distCakParameterSetType:
       return "dist-cak";
-    case kIcvIndicator:
+    case Types::icvIndicatorParameterSetType:
       return "icv-indicator";
     default:
       return fmt::format("type-{}", type);
   }
 }
 
-void readBasicSet(Octets set, FrameSummary& summary) {
-  summary.memberId = hex(set.subspan(kMemberId, 12));
-  summary.messageNumber = number(set.subspan(kMessageNumber, 4));
-  summary.ckn = hex(set.subspan(kCkn));
+/// Null if the frame isn't an MKPDU, or ends within its basic set. Nothing else is checked.
+std::optional<FrameLayout> layoutOf(Octets frame) {
+  constexpr size_t kName = sizeof(Macsec::Eapol) + sizeof(Macsec::BasicParameterSet);
+  if (frame.size() < kName + Codec::Icv::kSize || !Codec::isMkpdu(frame)) return {};
+  FrameLayout layout;
+  layout.frame = frame;
+  size_t const size = sizeof(Macsec::Eapol) + layout.eapol().bodyLen();
+  layout.frame = frame.first(std::min(size, frame.size()));
+  size_t const length = layout.basic().parameterSetBodyLength();
+  if (length < Constants::basicParameterSetBodyLen) return {};
+  size_t const nameSize = length - Constants::basicParameterSetBodyLen;
+  if (kName + nameSize + Codec::Icv::kSize > layout.frame.size()) return {};
+  layout.name = layout.frame.subspan(kName, nameSize);
+  layout.setsAt = std::min(kName + Codec::aligned(nameSize), layout.covered().size());
+  return layout;
 }
+
+std::string hex(Octets octets) { return Macsec::hexString(octets).charPtr(); }
 
 }  // namespace
 
 FrameSummary summaryOf(Octets frame) {
   FrameSummary summary;
-  if (frame.size() < kSets || number(frame.subspan(kEtherType, 2)) != 0x888e ||
-      frame[kEapolType] != Macsec::EapolType::eapMka) {
-    return summary;
-  }
-  size_t const length = number(frame.subspan(kBodyLength, 2));
-  Octets sets = frame.subspan(kSets, std::min(length, frame.size() - kSets));
-  constexpr size_t header = 4, icv = 16, word = 4;
-  for (bool first = true; sets.size() >= header + icv; first = false) {
-    // Nothing but the ICV follows it, whatever length it names.
-    if (!first && sets[0] == kIcvIndicator) {
-      summary.sets.push_back(nameOf(sets[0]));
-      break;
-    }
-    size_t const body = bodyLength(sets);
-    if (header + body + icv > sets.size()) break;
-    if (first && header + body < kCkn) break;
-    if (first) {
-      readBasicSet(sets.first(header + body), summary);
-    } else {
-      summary.sets.push_back(nameOf(sets[0]));
-    }
-    size_t const padded = (header + body + word - 1) / word * word;
-    sets = sets.subspan(std::min(padded, sets.size()));
-  }
+  std::optional<FrameLayout> const layout = layoutOf(frame);
+  if (!layout) return summary;
+  summary.memberId = hex(layout->basic().memberIdentifier().bytes());
+  summary.messageNumber = layout->basic().messageNumber().value();
+  summary.ckn = hex(layout->name);
+  Codec::SetWalk walk(*layout, Codec::SetWalk::Checks::bounds);
+  while (walk.next()) summary.sets.push_back(nameOf(walk.set().type));
   return summary;
 }
 
