@@ -1,7 +1,7 @@
 #include "config/ConfigSm.h"
 
 #include "config/ConfigSmReactors.h"
-#include "platform/WardcodeLib.h"
+#include "platform/SameKey.h"
 #include "runtime/Trace.h"
 
 // Construction, and the repair of what a former run left.
@@ -15,8 +15,7 @@ Vesk::TraceHandle traceHandle("Macsec::Config");
 }  // namespace
 
 bool keysDiffer(Cak const& a, Cak const& b) {
-  if (a.ckn() != b.ckn()) return true;
-  return WardcodeLib::doDecodeKey(a.cak()) != WardcodeLib::doDecodeKey(b.cak());
+  return a.ckn() != b.ckn() || !isSameKey(a.cak(), b.cak());
 }
 
 ConfigSm::ConfigSm(Vesk::Ptr<Config const> config, Vesk::Ptr<Status> status,

@@ -15,11 +15,6 @@ namespace {
 
 Vesk::TraceHandle traceHandle("Macsec::ControlledPortSm");
 
-// Key material and salt play no part.
-bool isSameKey(Sak const& a, Sak const& b) {
-  return a.an() == b.an() && a.keyMsgId() == b.keyMsgId() && a.keyNum() == b.keyNum();
-}
-
 Sak salted(Sak sak) {
   Vesk::String8 salt;
   generateSalt(bytesOf(sak.keyMsgId()), sak.keyNum(), salt);
@@ -125,11 +120,11 @@ void ControlledPortSm::handleDistSak() {
     VESK_TRACE(3, ": Ignoring empty distSak for actor ", ckn_, " on ", intfId_);
     return;
   }
-  if (isSameKey(distSak, cpStatus_->latestSakContext().sak())) {
+  if (isSameSak(distSak, cpStatus_->latestSakContext().sak())) {
     VESK_TRACE(3, ": Ignoring duplicate latest SAK for actor ", ckn_, " on ", intfId_);
     return;
   }
-  if (isSameKey(distSak, cpStatus_->oldSakContext().sak())) {
+  if (isSameSak(distSak, cpStatus_->oldSakContext().sak())) {
     VESK_TRACE(3, ": Ignoring duplicate old SAK for actor ", ckn_, " on ", intfId_);
     return;
   }
@@ -167,7 +162,7 @@ void ControlledPortSm::cleanupLatestSakContext() {
 void ControlledPortSm::handleSakTransmit() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  if (!isSameKey(cpStatus_->latestSakContext().sak(), actorStatus()->distSak())) {
+  if (!isSameSak(cpStatus_->latestSakContext().sak(), actorStatus()->distSak())) {
     VESK_TRACE(3, ": Ignoring sakTransmit because distSak and latest key do not match for actor ",
                ckn_, " on ", intfId_);
     return;

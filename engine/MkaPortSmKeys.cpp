@@ -1,5 +1,5 @@
 #include "engine/MkaPortSmReactors.h"
-#include "platform/WardcodeLib.h"
+#include "platform/SameKey.h"
 #include "runtime/Assert.h"
 #include "runtime/Log.h"
 #include "runtime/Trace.h"
@@ -19,11 +19,6 @@ Vesk::LogHandle const MKA_CA_CREATED(
     "Connectivity Association for CKN %s created on interface %s",
     "CAK-CKN is configured on the interface for security relationship       with other peers",
     Vesk::NoActionRequired, 120.0, 1.0);
-
-// Encodings of one key may differ; only the clear text counts.
-bool isSameKey(Vesk::String8 const& a, Vesk::String8 const& b) {
-  return WardcodeLib::doDecodeKey(a) == WardcodeLib::doDecodeKey(b);
-}
 
 }  // namespace
 

@@ -135,6 +135,12 @@ class Sak : public Vesk::Value<Sak> {
   Vesk::String8 salt_;
 };
 
+/// Whether two values stand for one SAK. A key server never gives one key number to two keys, so
+/// that key material, encoded anew each time, and salt play no part.
+inline bool isSameSak(Sak const& a, Sak const& b) {
+  return a.an() == b.an() && a.keyMsgId() == b.keyMsgId() && a.keyNum() == b.keyNum();
+}
+
 /// The controlled port's record of one key in use.
 class SakContext : public Vesk::Value<SakContext> {
  public:

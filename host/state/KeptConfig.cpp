@@ -1,5 +1,6 @@
 #include "host/state/KeptConfig.h"
 
+#include "platform/SameKey.h"
 #include "platform/WardcodeLib.h"
 
 namespace Macsecd {
@@ -43,9 +44,7 @@ Result<> KeptConfig::triedIs(Vesk::String8 const& sealed) {
 
 // Two encryptions of one text differ.
 bool KeptConfig::isTried(Vesk::String8 const& sealed) const {
-  if (tried_.empty() || sealed.empty()) return false;
-  Vesk::String8 const tried = WardcodeLib::doDecodeKey(tried_);
-  return !tried.empty() && tried == WardcodeLib::doDecodeKey(sealed);
+  return !tried_.empty() && Macsec::isSameKey(tried_, sealed);
 }
 
 // It had no mistakes when it was taken over; another version may find some.

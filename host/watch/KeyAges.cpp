@@ -61,7 +61,7 @@ void KeyAges::look(CpStatus const& cpStatus, bool isFirst) {
     return;
   }
   Since& since = since_[cpStatus.intfId()];
-  if (since.sak == sak) return;
+  if (isSameSak(since.sak, sak)) return;
   since = {sak, Vesk::now(), isFirst};
 }
 

@@ -22,10 +22,6 @@ uint64_t extended(uint32_t lower, uint64_t near) {
   return number;
 }
 
-bool isSameKey(Macsec::Sak const& a, Macsec::Sak const& b) {
-  return a.an() == b.an() && a.keyMsgId() == b.keyMsgId() && a.keyNum() == b.keyNum();
-}
-
 }  // namespace
 
 HeldRxSc* KernelPort::rxSc(SciNumber sci) {
@@ -194,7 +190,7 @@ std::optional<uint64_t> KernelPort::firstPacketNumber(Sak const& sak, KeyId cons
   if (first && reserved_ && reserved_->first == keyId) return reserved_->second;
   if (first != 1) return first;
   for (auto const* context : {&cpStatus_->latestSakContext(), &cpStatus_->oldSakContext()}) {
-    if (context->txInstalled() && isSameKey(context->sak(), sak)) return {};
+    if (context->txInstalled() && isSameSak(context->sak(), sak)) return {};
   }
   return first;
 }

@@ -140,6 +140,8 @@ TEST(KeysDiffer, ByNameOrByClearText) {
   EXPECT_TRUE(keysDiffer(Support::key("6162"), Support::key("6162", Support::kOtherCak)));
   EXPECT_FALSE(keysDiffer(Cak(), Cak()));
   EXPECT_TRUE(keysDiffer(Cak(), Support::key("6162")));
+  EXPECT_TRUE(keysDiffer(Cak("6162", "w1:00"), Cak("6162", "w1:01"))) << "neither decodes";
+  EXPECT_FALSE(keysDiffer(Cak("6162", "w1:00"), Cak("6162", "w1:00")));
 }
 
 class Recreation : public Configuration, public ::testing::WithParamInterface<bool> {

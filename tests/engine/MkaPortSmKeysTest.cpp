@@ -69,6 +69,15 @@ TEST(KeysOfAPort, AnotherKeyUnderTheSameNameRebuildsTheActor) {
   EXPECT_NE(port.actor(Port::kPrimary), status);
 }
 
+TEST(KeysOfAPort, AKeyThatDoesNotDecodeIsAnotherThanOneThatDoesNotEither) {
+  Port port;
+  port.keyIs(Cak(Port::kPrimary, "w1:00"));
+  auto const status = port.actor(Port::kPrimary);
+  port.keyIs(Cak(Port::kPrimary, "w1:01"));
+  EXPECT_NE(port.actor(Port::kPrimary), status);
+  EXPECT_EQ(port.actor(Port::kPrimary)->cak(), "w1:01");
+}
+
 TEST(KeysOfAPort, AnElectionFollowsTheRebuildOfAPrincipalKeyServer) {
   Port port;
   port.succeed(Port::kPrimary, true);

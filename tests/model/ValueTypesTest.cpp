@@ -106,6 +106,21 @@ TEST(Sak, WithoutMoreThanItsNumberIsTheEmptyKey) {
   EXPECT_TRUE(first != empty);
 }
 
+TEST(Sak, IsToldByItsNumbersAndItsKeyServer) {
+  Sak other = someSak();
+  other.keyIs("another encoding");
+  other.saltIs("");
+  EXPECT_TRUE(isSameSak(someSak(), other));
+  other.keyNumIs(10);
+  EXPECT_FALSE(isSameSak(someSak(), other));
+  other = someSak();
+  other.anIs(AssociationNumber(1));
+  EXPECT_FALSE(isSameSak(someSak(), other));
+  other = someSak();
+  other.keyMsgIdIs("0102030405060708090a0b0d");
+  EXPECT_FALSE(isSameSak(someSak(), other));
+}
+
 TEST(SakContext, EmptyOneHasTheEmptyKeyAndNoFlag) {
   SakContext const empty;
   EXPECT_EQ(empty.sak(), Sak(AssociationNumber(0)));

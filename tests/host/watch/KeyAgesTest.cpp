@@ -1,5 +1,6 @@
 #include "host/watch/KeyAges.h"
 
+#include "platform/WardcodeLib.h"
 #include "tests/host/HostFixture.h"
 
 namespace Macsecd {
@@ -40,6 +41,17 @@ TEST_F(KeyAgesOfAPort, StartOverWithAnotherKey) {
   }
   waitForAnotherKey();
   EXPECT_LE(a.host.keyAge(kIntf)->seconds, 0.25);
+}
+
+TEST_F(KeyAgesOfAPort, GoOnWhenTheSameKeyIsEncodedAnew) {
+  Vesk::WorldScope const scope(a.world);
+  double const before = a.host.keyAge(kIntf)->seconds;
+  Macsec::Sak again = sak();
+  again.keyIs(WardcodeLib::doEncodeKey(WardcodeLib::doDecodeKey(again.key())));
+  ASSERT_NE(again, sak());
+  a.world.time += 5;
+  a.host.status()->cpStatus(kIntf)->txSakIs(again);
+  EXPECT_DOUBLE_EQ(a.host.keyAge(kIntf)->seconds, before + 5);
 }
 
 TEST_F(KeyAgesOfAPort, AreLowerBoundsForWhatAFormerProcessLeft) {
