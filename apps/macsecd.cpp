@@ -61,7 +61,7 @@ void addOptions(CLI::App& app, Arguments& arguments) {
 
 int check(std::string const& configFile) {
   auto const read = Macsecd::readConfigFile(configFile);
-  std::cerr << Macsecd::textOf(read.mistakes);
+  std::cerr << Macsecd::textOf(read.diagnostics);
   if (!read.good()) return 1;
   for (std::string const& sentence : Linux::cutOffBy(read.config.interfaces)) {
     std::cerr << configFile << ": warning: " << sentence << "\n";

@@ -9,11 +9,11 @@
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* octets, size_t size) {
   std::string_view const text(reinterpret_cast<char const*>(octets), size);
   auto const read = Macsecd::parseConfig(text, "fuzz.yaml");
-  for (auto const& mistake : read.mistakes) {
-    bool const isWhole = mistake.line >= 1 && mistake.column >= 1 && !mistake.what.empty() &&
-                         !mistake.remedy.empty();
+  for (auto const& diagnostic : read.diagnostics) {
+    bool const isWhole = diagnostic.line >= 1 && diagnostic.column >= 1 &&
+                         !diagnostic.what.empty() && !diagnostic.remedy.empty();
     if (!isWhole) __builtin_trap();
   }
-  if (read.mistakes.size() > 200) __builtin_trap();
+  if (read.diagnostics.size() > 200) __builtin_trap();
   return 0;
 }

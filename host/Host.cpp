@@ -177,11 +177,11 @@ bool Host::reload(ConfigResult const& read) {
   return true;
 }
 
-std::vector<Mistake> Host::reload(std::string const& path) {
+std::vector<Diagnostic> Host::reload(std::string const& path) {
   Vesk::WorldScope const scope(world_);
   ConfigResult const read = readConfigFile(path);
   reload(read);
-  return read.mistakes;
+  return read.diagnostics;
 }
 
 // An interface that the configuration doesn't name any more goes back to the default.

@@ -94,8 +94,8 @@ class Host {
   /// Why what is in force isn't what the file says; empty when it is.
   void configFaultIs(std::string fault) { configFault_ = std::move(fault); }
   std::string const& configFault() const { return configFault_; }
-  /// Reads the file again and takes it over; the mistakes because of which it wasn't taken.
-  std::vector<Mistake> reload(std::string const& path);
+  /// Reads the file again and takes it over; the diagnostics because of which it wasn't taken.
+  std::vector<Diagnostic> reload(std::string const& path);
 
   void start();
   /// Gives the store what has changed since the last time. True if there was something, and the

@@ -17,11 +17,12 @@ namespace {
 
 constexpr uint32_t kDefaultSeed = 1;
 
-std::vector<Scenario> readAll(PlayOptions const& options, std::vector<Macsecd::Mistake>& mistakes) {
+std::vector<Scenario> readAll(PlayOptions const& options,
+                              std::vector<Macsecd::Diagnostic>& diagnostics) {
   std::vector<Scenario> scenarios;
   for (std::string const& file : options.files) {
     ScenarioResult result = readScenario(file);
-    mistakes.insert(mistakes.end(), result.mistakes.begin(), result.mistakes.end());
+    diagnostics.insert(diagnostics.end(), result.diagnostics.begin(), result.diagnostics.end());
     scenarios.push_back(std::move(result.scenario));
   }
   return scenarios;
@@ -98,10 +99,10 @@ class Player {
 }  // namespace
 
 int play(PlayOptions const& options, std::ostream& out, std::ostream& err) {
-  std::vector<Macsecd::Mistake> mistakes;
-  std::vector<Scenario> const scenarios = readAll(options, mistakes);
-  if (!mistakes.empty()) {
-    err << Macsecd::textOf(mistakes);
+  std::vector<Macsecd::Diagnostic> diagnostics;
+  std::vector<Scenario> const scenarios = readAll(options, diagnostics);
+  if (!diagnostics.empty()) {
+    err << Macsecd::textOf(diagnostics);
     return 2;
   }
   try {

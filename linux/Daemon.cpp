@@ -182,21 +182,22 @@ bool Daemon::configure() {
   return (read.good() && !isTried) || goOnAsBefore();
 }
 
-std::vector<Macsecd::Mistake> Daemon::readConfig() {
+std::vector<Macsecd::Diagnostic> Daemon::readConfig() {
   auto const read = Macsecd::readConfigFile(options_.configFile, Macsecd::Keys::kept);
   take(read);
   Macsecd::wipeStack();
-  return read.mistakes;
+  return read.diagnostics;
 }
 
 void Daemon::take(Macsecd::ConfigResult const& read) {
-  for (auto const& mistake : read.mistakes) Vesk::log(MACSECD_CONFIG_MISTAKE, mistake.text());
+  for (auto const& diagnostic : read.diagnostics)
+    Vesk::log(MACSECD_CONFIG_MISTAKE, diagnostic.text());
   if (host_.reload(read)) {
     configIs(read.config);
     trial_.endReplaced();
     Vesk::log(MACSECD_CONFIG_TAKEN, options_.configFile);
   } else {
-    Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.mistakes.size());
+    Vesk::log(MACSECD_CONFIG_REFUSED, options_.configFile, read.diagnostics.size());
     host_.configFaultIs(options_.configFile + " has mistakes, and isn't in force");
   }
 }
@@ -306,11 +307,11 @@ void Daemon::start() {
   ServiceManager::ready();
 }
 
-std::vector<Macsecd::Mistake> Daemon::reload() {
+std::vector<Macsecd::Diagnostic> Daemon::reload() {
   ServiceManager::reloading();
-  auto const mistakes = readConfig();
+  auto const diagnostics = readConfig();
   ServiceManager::ready();
-  return mistakes;
+  return diagnostics;
 }
 
 // The driver takes away what the emptied tree asks for no more.

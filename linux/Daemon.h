@@ -70,7 +70,7 @@ class Daemon final : private PortObserver {
 
  private:
   bool configure();
-  std::vector<Macsecd::Mistake> readConfig();
+  std::vector<Macsecd::Diagnostic> readConfig();
   void take(Macsecd::ConfigResult const& read);
   bool goOnAsBefore();
   void tellWhatIsCutOff() const;
@@ -79,7 +79,7 @@ class Daemon final : private PortObserver {
   void tellOfState() const;
   void connect();
   void start();
-  std::vector<Macsecd::Mistake> reload();
+  std::vector<Macsecd::Diagnostic> reload();
   void stop();
   void leave();
   void commit();

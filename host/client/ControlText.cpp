@@ -166,10 +166,10 @@ std::string explanations(Json const& ports) {
 
 ControlReading reloaded(Json const& result) {
   std::string out;
-  for (Json const& mistake : result.at("mistakes")) {
-    out += fmt::format("{}:{}:{}: {}; {}\n", text(mistake.at("file")), text(mistake.at("line")),
-                       text(mistake.at("column")), text(mistake.at("what")),
-                       text(mistake.at("remedy")));
+  for (Json const& diagnostic : result.at("mistakes")) {
+    out += fmt::format("{}:{}:{}: {}; {}\n", text(diagnostic.at("file")),
+                       text(diagnostic.at("line")), text(diagnostic.at("column")),
+                       text(diagnostic.at("what")), text(diagnostic.at("remedy")));
   }
   return {out, result.at("taken").get<bool>()};
 }

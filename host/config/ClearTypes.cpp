@@ -62,7 +62,8 @@ Result<uint16_t> clearTypeOf(std::string_view word) {
 
 void readClearTypes(YamlReader& yaml, YAML::Node const& node, EtherTypes& types) {
   if (!node.IsSequence()) {
-    if (!node.IsNull()) yaml.mistake(node.Mark(), "'clear' has to be a list", "write [lldp, lacp]");
+    if (!node.IsNull())
+      yaml.diagnose(node.Mark(), "'clear' has to be a list", "write [lldp, lacp]");
     return;
   }
   for (YAML::Node const& item : node) {
@@ -70,15 +71,15 @@ void readClearTypes(YamlReader& yaml, YAML::Node const& node, EtherTypes& types)
     if (!word) continue;
     auto const type = clearTypeOf(word->view());
     if (!type) {
-      yaml.mistake(item.Mark(), type.fault());
+      yaml.diagnose(item.Mark(), type.fault());
     } else if (!types.insert(*type).second) {
-      yaml.mistake(
+      yaml.diagnose(
           item.Mark(),
           fmt::format("{} (0x{:04x}) stands twice in 'clear'", quotedWord(word->view()), *type),
           "remove it here");
     } else if (types.size() == maxClearTypes + 1) {
-      yaml.mistake(item.Mark(), fmt::format("'clear' has more than {} entries", maxClearTypes),
-                   "leave some out");
+      yaml.diagnose(item.Mark(), fmt::format("'clear' has more than {} entries", maxClearTypes),
+                    "leave some out");
     }
   }
 }

@@ -20,7 +20,7 @@ inline constexpr size_t maxClearTypes = 16;
 /// "0x88cc". What can't or needn't pass in clear is a fault.
 Result<uint16_t> clearTypeOf(std::string_view word);
 
-/// Reads the list of an interface, whose mistakes it tells.
+/// Reads the list of an interface, which it diagnoses.
 void readClearTypes(YamlReader& yaml, YAML::Node const& node, EtherTypes& types);
 
 }  // namespace Macsecd

@@ -94,9 +94,9 @@ class ConfigReader {
               }
               std::vector<std::string> words;
               for (auto const& [name, meaning] : choices) words.push_back(name);
-              yaml_.mistake(value.Mark(),
-                            fmt::format("{} has no {}", word, quotedWord(text->view())),
-                            fmt::format("write one of {}", fmt::join(words, ", ")));
+              yaml_.diagnose(value.Mark(),
+                             fmt::format("{} has no {}", word, quotedWord(text->view())),
+                             fmt::format("write one of {}", fmt::join(words, ", ")));
             }};
   }
 
@@ -138,9 +138,9 @@ void ConfigReader::readRoot(YAML::Node const& root) {
 void ConfigReader::checkMachine() {
   if (!config_.fips || config_.shutdown) return;
   if (auto const missing = Macsec::missingForFips()) {
-    yaml_.mistake(fipsAt_, fmt::format("OpenSSL can't run in FIPS mode here: {}", *missing),
-                  "install a validated FIPS module and run 'openssl fipsinstall', or take 'fips' "
-                  "out");
+    yaml_.diagnose(fipsAt_, fmt::format("OpenSSL can't run in FIPS mode here: {}", *missing),
+                   "install a validated FIPS module and run 'openssl fipsinstall', or take 'fips' "
+                   "out");
   }
 }
 
@@ -171,7 +171,7 @@ void ConfigReader::readInterface(std::string const& name, YAML::Node const& name
   InterfaceConfig intf;
   intf.name = name;
   if (name.size() > maxDeviceName) {
-    yaml_.mistake(
+    yaml_.diagnose(
         nameNode.Mark(),
         fmt::format("{} has {} octets, more than any network interface", quotedWord(name),
                     name.size()),
@@ -223,9 +223,10 @@ void ConfigReader::readDevice(YAML::Node const& node, std::string& device) {
                       text != ".." && text.find_first_of("/:% ") == std::string::npos &&
                       std::ranges::none_of(text, [](char c) { return isControl(c); });
   if (!isName) {
-    yaml_.mistake(node.Mark(), fmt::format("{} is no name of a device", quotedWord(text)),
-                  "write 1 to 15 octets without slash, colon, percent sign, white space or control "
-                  "characters");
+    yaml_.diagnose(
+        node.Mark(), fmt::format("{} is no name of a device", quotedWord(text)),
+        "write 1 to 15 octets without slash, colon, percent sign, white space or control "
+        "characters");
   }
   device = text;
 }
@@ -236,7 +237,7 @@ void ConfigReader::readSuite(YAML::Node const& node, ProfileConfig& profile) {
   if (auto suite = suiteOf(word->view())) {
     profile.cipherSuite = *suite;
   } else {
-    yaml_.mistake(node.Mark(), faultOfSuite(word->view()));
+    yaml_.diagnose(node.Mark(), faultOfSuite(word->view()));
   }
 }
 
@@ -252,7 +253,7 @@ void ConfigReader::checkProfilesExist() {
   std::set<std::string_view> const names(known.begin(), known.end());
   for (auto const& intf : config_.interfaces) {
     if (intf.profile.empty() || names.contains(intf.profile)) continue;
-    yaml_.mistake(
+    yaml_.diagnose(
         profilePlace_[intf.name], fmt::format("there is no profile {}", quotedWord(intf.profile)),
         known.empty() ? "add it under 'profiles'" : remedyForUnknown(intf.profile, known));
   }
@@ -273,9 +274,9 @@ void ConfigReader::checkDevicesDiffer() {
     auto const [other, isNew] = taken.emplace(
         intf.device, fmt::format("the device of interface {}", quotedWord(intf.name)));
     if (isNew) continue;
-    yaml_.mistake(devicePlace_[intf.name],
-                  fmt::format("{} is already {}", quotedWord(intf.device), other->second),
-                  "give each device a name of its own");
+    yaml_.diagnose(devicePlace_[intf.name],
+                   fmt::format("{} is already {}", quotedWord(intf.device), other->second),
+                   "give each device a name of its own");
   }
 }
 
@@ -285,26 +286,26 @@ enum class Source : uint8_t { file, text };
 void readText(std::string_view text, std::string const& file, int linesBefore, Source source,
               ConfigResult& result) {
   KeyMask const mask(text);
-  YamlReader yaml(file, linesBefore, mask, result.mistakes);
+  YamlReader yaml(file, linesBefore, mask, result.diagnostics);
   try {
     auto const root = readYaml(mask.masked());
     ConfigReader reader(yaml, result.config);
     reader.readRoot(root);
     if (source == Source::text) return;
     if (root.IsNull()) {
-      yaml.mistake(YAML::Mark(), "the file says nothing",
-                   "write 'interfaces: {}' if no interface is to be secured");
+      yaml.diagnose(YAML::Mark(), "the file says nothing",
+                    "write 'interfaces: {}' if no interface is to be secured");
     }
     reader.checkMachine();
   } catch (YamlFault const& found) {
-    yaml.mistake(found.at, found.fault);
-  } catch (TooManyMistakes const&) {
+    yaml.diagnose(found.at, found.fault);
+  } catch (TooManyDiagnostics const&) {
     // The last of them says so.
   }
 }
 
 /// The place of an octet of the text.
-Mistake at(std::string_view text, size_t octet, std::string const& file, int linesBefore) {
+Diagnostic at(std::string_view text, size_t octet, std::string const& file, int linesBefore) {
   auto const before = text.substr(0, octet);
   auto const line = std::ranges::count(before, '\n');
   auto const column = octet - (before.rfind('\n') + 1);
@@ -315,13 +316,13 @@ ConfigResult parse(std::string_view text, std::string const& file, int linesBefo
   ConfigResult result;
   size_t const control = KeyMask::controlCharacter(text);
   if (control < text.size()) {
-    result.mistakes.push_back(at(text, control, file, linesBefore));
-    result.mistakes.back().what = "a control character stands here";
-    result.mistakes.back().remedy = "remove it; a configuration is plain text in UTF-8";
+    result.diagnostics.push_back(at(text, control, file, linesBefore));
+    result.diagnostics.back().what = "a control character stands here";
+    result.diagnostics.back().remedy = "remove it; a configuration is plain text in UTF-8";
     return result;
   }
   readText(text, file, linesBefore, source, result);
-  sortByPlace(result.mistakes);
+  sortByPlace(result.diagnostics);
   return result;
 }
 
@@ -342,7 +343,8 @@ ConfigResult readConfigFile(std::string const& path, Keys keys) {
   auto const source = keys == Keys::example ? Source::text : Source::file;
   auto result = parse(text->view(), path, 0, source);
   auto const unsafe = keys != Keys::example ? file.faultOfKeeping() : std::nullopt;
-  if (unsafe) result.mistakes.insert(result.mistakes.begin(), refused(*unsafe).mistakes[0]);
+  if (unsafe)
+    result.diagnostics.insert(result.diagnostics.begin(), refused(*unsafe).diagnostics[0]);
   if (keys == Keys::kept && result.good()) result.sealed = WardcodeLib::doEncodeKey(*text);
   return result;
 }

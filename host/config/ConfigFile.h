@@ -8,7 +8,7 @@
 
 #include "codec/Dialect.h"
 #include "host/config/ClearTypes.h"
-#include "host/text/Mistake.h"
+#include "host/text/Diagnostic.h"
 #include "runtime/String8.h"
 
 namespace Macsecd {
@@ -82,15 +82,15 @@ struct SwitchConfig {
   InterfaceConfig const* interface(std::string_view name) const;
 };
 
-/// The configuration, and every mistake of the file in the order of their places. The configuration
-/// may be used only if there is none.
+/// The configuration, and the diagnostics of the file in the order of their places. The
+/// configuration may be used only if there is none.
 struct ConfigResult {
   SwitchConfig config;
-  std::vector<Mistake> mistakes;
+  std::vector<Diagnostic> diagnostics;
   /// The text of a file whose keys are `Keys::kept`, encrypted under the key of the host
   /// (`WardcodeLib`); empty of one with mistakes.
   Vesk::String8 sealed = {};
-  bool good() const { return mistakes.empty(); }
+  bool good() const { return diagnostics.empty(); }
 };
 
 /// Reads the text of a configuration (docs/configuration.md). `file` and `linesBefore`, the number
@@ -103,7 +103,7 @@ ConfigResult parseConfig(std::string_view text, std::string const& file, int lin
 enum class Keys : uint8_t { real, kept, example };
 
 /// Reads a file, whose text is wiped afterwards. A file that can't be read, or with real keys in
-/// reach of others, is one mistake at 1:1.
+/// reach of others, is one diagnostic at 1:1.
 ConfigResult readConfigFile(std::string const& path, Keys keys = Keys::real);
 
 }  // namespace Macsecd

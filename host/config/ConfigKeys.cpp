@@ -29,7 +29,7 @@ void readKey(YamlReader& yaml, YAML::Node const& node, std::string const& word,
     if (auto const name = yaml.text(value, "ckn")) key->ckn = *name;
     place.ckn = value.Mark();
     if (key->ckn.empty()) return;
-    if (auto fault = faultOfKeyName(key->ckn.view())) yaml.mistake(value.Mark(), *fault);
+    if (auto fault = faultOfKeyName(key->ckn.view())) yaml.diagnose(value.Mark(), *fault);
   };
   auto readText = [&](YAML::Node const& value) {
     if (auto const text = yaml.text(value, "cak")) key->cak = *text;
@@ -45,10 +45,10 @@ void checkKeyFits(YamlReader& yaml, std::optional<KeyConfig> const& key, KeyPlac
   if (!key || key->cak.empty()) return;
   auto const fault = faultOfKey(key->cak.view(), static_cast<unsigned>(suite));
   if (fault) {
-    yaml.mistake(place.cak, *fault);
+    yaml.diagnose(place.cak, *fault);
   } else if (!place.isHidden) {
-    yaml.mistake(place.cak, "the key is written with escapes",
-                 "write its digits one behind the other");
+    yaml.diagnose(place.cak, "the key is written with escapes",
+                  "write its digits one behind the other");
   }
 }
 
@@ -58,13 +58,14 @@ void checkKeysDiffer(YamlReader& yaml, ProfileConfig const& profile, KeyPlace co
   KeyConfig const& one = *profile.key;
   KeyConfig const& other = *profile.fallbackKey;
   if (keyNameOctets(one.ckn.view()) == keyNameOctets(other.ckn.view())) {
-    yaml.mistake(fallback.ckn, "the fallback key has the name of the primary key",
-                 "keys of one interface need different names");
+    yaml.diagnose(fallback.ckn, "the fallback key has the name of the primary key",
+                  "keys of one interface need different names");
   } else if (isSameText(one.cak, other.cak) && deriveAlike(one.ckn.view(), other.ckn.view())) {
-    yaml.mistake(fallback.cak,
-                 "the fallback key is the primary key: the same cak, and names that agree in their "
-                 "first 16 octets",
-                 "give it a cak of its own");
+    yaml.diagnose(
+        fallback.cak,
+        "the fallback key is the primary key: the same cak, and names that agree in their "
+        "first 16 octets",
+        "give it a cak of its own");
   }
 }
 

@@ -20,10 +20,10 @@ struct KeyPlace {
 /// Reads a key, `word` in the file.
 void readKey(YamlReader& yaml, YAML::Node const& node, std::string const& word,
              std::optional<KeyConfig>& key, KeyPlace& place);
-/// A mistake if the key doesn't fit the suite.
+/// A diagnostic if the key doesn't fit the suite.
 void checkKeyFits(YamlReader& yaml, std::optional<KeyConfig> const& key, KeyPlace const& place,
                   Suite suite);
-/// A mistake if the fallback key is the primary key over again.
+/// A diagnostic if the fallback key is the primary key over again.
 void checkKeysDiffer(YamlReader& yaml, ProfileConfig const& profile, KeyPlace const& fallback);
 
 }  // namespace Macsecd

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "host/text/Mistake.h"
+#include "host/text/Diagnostic.h"
 
 namespace Macsecd {
 

@@ -9,18 +9,18 @@
 
 namespace Macsecd {
 
-void YamlReader::mistake(YAML::Mark const& at, std::string what, std::string remedy) {
+void YamlReader::diagnose(YAML::Mark const& at, std::string what, std::string remedy) {
   int line = std::max(at.line, 0) + 1;
   int column = std::max(at.column, 0) + 1;
-  mistakes_.push_back({file_, line + linesBefore_, column, std::move(what), std::move(remedy)});
-  if (mistakes_.size() < maxMistakes) return;
-  mistakes_.back().what = "there are too many mistakes";
-  mistakes_.back().remedy = "correct those before; see that this is the right file";
-  throw TooManyMistakes();
+  diagnostics_.push_back({file_, line + linesBefore_, column, std::move(what), std::move(remedy)});
+  if (diagnostics_.size() < maxDiagnostics) return;
+  diagnostics_.back().what = "there are too many mistakes";
+  diagnostics_.back().remedy = "correct those before; see that this is the right file";
+  throw TooManyDiagnostics();
 }
 
-void YamlReader::mistake(YAML::Mark const& at, Fault const& fault) {
-  mistake(at, fault.what, fault.remedy);
+void YamlReader::diagnose(YAML::Mark const& at, Fault const& fault) {
+  diagnose(at, fault.what, fault.remedy);
 }
 
 YAML::Mark YamlReader::placeOf(YAML::Node const& value) const {
@@ -32,15 +32,15 @@ bool YamlReader::isHidden(YAML::Node const& scalar) const { return mask_.hides(s
 bool YamlReader::isMap(YAML::Node const& node, std::string const& what) {
   if (node.IsMap()) return true;
   if (!node.IsNull()) {
-    mistake(node.Mark(), fmt::format("{} has to be a mapping", what),
-            "write its entries as 'word: value', indented below it");
+    diagnose(node.Mark(), fmt::format("{} has to be a mapping", what),
+             "write its entries as 'word: value', indented below it");
   }
   return false;
 }
 
 std::optional<Vesk::String8> YamlReader::keyText(YAML::Node const& key, std::string const& what) {
   if (key.IsScalar() && !key.Scalar().empty()) return mask_.clear(key.Scalar());
-  mistake(key.Mark(), fmt::format("an entry of {} has no name", what), "give it a name");
+  diagnose(key.Mark(), fmt::format("an entry of {} has no name", what), "give it a name");
   return std::nullopt;
 }
 
@@ -56,12 +56,12 @@ void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string 
     auto entry = std::find_if(entries.begin(), entries.end(),
                               [&](Entry const& e) { return e.word == word->view(); });
     if (entry == entries.end()) {
-      mistake(pair.first.Mark(),
-              fmt::format("unknown word {} in {}", quotedWord(word->view()), what),
-              remedyForUnknown(word->view(), known));
+      diagnose(pair.first.Mark(),
+               fmt::format("unknown word {} in {}", quotedWord(word->view()), what),
+               remedyForUnknown(word->view(), known));
     } else if (auto [first, isNew] = lineOf.emplace(*word, pair.first.Mark().line); !isNew) {
-      mistake(pair.first.Mark(), fmt::format("'{}' stands twice in {}", entry->word, what),
-              fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
+      diagnose(pair.first.Mark(), fmt::format("'{}' stands twice in {}", entry->word, what),
+               fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
     } else {
       wordMark_ = pair.first.Mark();
       entry->read(pair.second);
@@ -69,18 +69,18 @@ void YamlReader::words(YAML::Node const& map, YAML::Mark const& at, std::string 
   }
   for (auto const& entry : entries) {
     if (!entry.required || lineOf.count(Vesk::String8(entry.word))) continue;
-    mistake(at, fmt::format("{} has no '{}'", what, entry.word),
-            fmt::format("add '{}: ...'", entry.word));
+    diagnose(at, fmt::format("{} has no '{}'", what, entry.word),
+             fmt::format("add '{}: ...'", entry.word));
   }
 }
 
 void YamlReader::checkName(std::string const& kind, Vesk::String8 const& name,
                            YAML::Mark const& at) {
   if (!mayBeShown(name.view())) {
-    mistake(at, fmt::format("the name of this {} looks like a key, or a part of one", kind),
-            "choose a name with fewer than eight hexadecimal digits in a row");
+    diagnose(at, fmt::format("the name of this {} looks like a key, or a part of one", kind),
+             "choose a name with fewer than eight hexadecimal digits in a row");
   } else if (KeyMask::controlCharacter(name.view()) < name.size()) {
-    mistake(at, fmt::format("the name of this {} has a control character", kind), "remove it");
+    diagnose(at, fmt::format("the name of this {} has a control character", kind), "remove it");
   }
 }
 
@@ -97,8 +97,8 @@ void YamlReader::names(
     if (isNew) {
       read(*name, pair.first, pair.second);
     } else {
-      mistake(pair.first.Mark(), fmt::format("{} {} stands twice", kind, quotedWord(name->view())),
-              fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
+      diagnose(pair.first.Mark(), fmt::format("{} {} stands twice", kind, quotedWord(name->view())),
+               fmt::format("remove it here or in line {}", first->second + 1 + linesBefore_));
     }
   }
 }
@@ -106,10 +106,10 @@ void YamlReader::names(
 std::optional<Vesk::String8> YamlReader::text(YAML::Node const& node, std::string const& word) {
   if (node.IsScalar() && !node.Scalar().empty()) return mask_.clear(node.Scalar());
   if (node.IsScalar() || node.IsNull()) {
-    mistake(wordMark_, fmt::format("'{}' has no value", word), "give it one");
+    diagnose(wordMark_, fmt::format("'{}' has no value", word), "give it one");
   } else {
-    mistake(node.Mark(), fmt::format("'{}' has to be a single value", word),
-            "write the value on the same line");
+    diagnose(node.Mark(), fmt::format("'{}' has to be a single value", word),
+             "write the value on the same line");
   }
   return std::nullopt;
 }
@@ -120,7 +120,7 @@ std::optional<bool> YamlReader::boolean(YAML::Node const& node, std::string cons
   auto value = text(node, word);
   if (!value) return std::nullopt;
   if (auto found = meanings.find(value->view()); found != meanings.end()) return found->second;
-  mistake(node.Mark(), fmt::format("'{}' is neither true nor false", word), "write true or false");
+  diagnose(node.Mark(), fmt::format("'{}' is neither true nor false", word), "write true or false");
   return std::nullopt;
 }
 
@@ -133,13 +133,13 @@ std::optional<uint32_t> YamlReader::number(YAML::Node const& node, std::string c
                                   text.end(), [](char c) { return c >= '0' && c <= '9'; });
   auto remedy = fmt::format("write a whole number from {} to {}", min, max);
   if (!digits) {
-    mistake(node.Mark(), fmt::format("'{}' is no whole number", word), remedy);
+    diagnose(node.Mark(), fmt::format("'{}' is no whole number", word), remedy);
     return std::nullopt;
   }
   uint32_t number = 0;
   auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error == std::errc() && number >= min && number <= max) return number;
-  mistake(node.Mark(), fmt::format("'{}' is out of range", word), remedy);
+  diagnose(node.Mark(), fmt::format("'{}' is out of range", word), remedy);
   return std::nullopt;
 }
 

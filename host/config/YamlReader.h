@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "host/config/KeyMask.h"
+#include "host/text/Diagnostic.h"
 #include "host/text/KeyText.h"
-#include "host/text/Mistake.h"
 #include "runtime/String8.h"
 
 namespace YAML {
@@ -27,17 +27,18 @@ struct Entry {
   std::function<void(YAML::Node const& value)> read;
 };
 
-/// Thrown with the last mistake that is told, which says so.
-struct TooManyMistakes {};
-inline constexpr size_t maxMistakes = 100;
+/// Thrown with the last diagnostic that is told, which says so.
+struct TooManyDiagnostics {};
+inline constexpr size_t maxDiagnostics = 100;
 
-/// Walks the YAML nodes of a masked text and collects all mistakes on the way, with their places.
+/// Walks the YAML nodes of a masked text and collects diagnostics on the way.
 /// It visits mappings pair by pair, since looking a key up would hide its duplicates. What it reads
 /// is clear again, and wiped with its last copy.
 class YamlReader {
  public:
-  YamlReader(std::string file, int linesBefore, KeyMask const& mask, std::vector<Mistake>& mistakes)
-      : file_(std::move(file)), linesBefore_(linesBefore), mask_(mask), mistakes_(mistakes) {}
+  YamlReader(std::string file, int linesBefore, KeyMask const& mask,
+             std::vector<Diagnostic>& diagnostics)
+      : file_(std::move(file)), linesBefore_(linesBefore), mask_(mask), diagnostics_(diagnostics) {}
 
   /// A mapping of fixed words. `what` names it in messages ("profile 'core'"), `at` is the place of
   /// missing entries. An empty value is an empty mapping.
@@ -48,7 +49,7 @@ class YamlReader {
              std::function<void(Vesk::String8 const& name, YAML::Node const& nameNode,
                                 YAML::Node const& value)> const& read);
 
-  /// Scalars. Nothing, and a mistake, when the value is none of its type.
+  /// Scalars. Nothing, and a diagnostic, when the value is none of its type.
   std::optional<Vesk::String8> text(YAML::Node const& node, std::string const& word);
   std::optional<bool> boolean(YAML::Node const& node, std::string const& word);
   std::optional<uint32_t> number(YAML::Node const& node, std::string const& word, uint32_t min,
@@ -58,8 +59,8 @@ class YamlReader {
   /// Whether the text of a scalar was masked, so that the library has no copy of it.
   bool isHidden(YAML::Node const& scalar) const;
 
-  void mistake(YAML::Mark const& at, std::string what, std::string remedy);
-  void mistake(YAML::Mark const& at, Fault const& fault);
+  void diagnose(YAML::Mark const& at, std::string what, std::string remedy);
+  void diagnose(YAML::Mark const& at, Fault const& fault);
 
  private:
   void checkName(std::string const& kind, Vesk::String8 const& name, YAML::Mark const& at);
@@ -69,7 +70,7 @@ class YamlReader {
   std::string const file_;
   int const linesBefore_;
   KeyMask const& mask_;
-  std::vector<Mistake>& mistakes_;
+  std::vector<Diagnostic>& diagnostics_;
   YAML::Mark wordMark_;  ///< of the word whose value is being read: an empty value has no place
 };
 

@@ -114,10 +114,10 @@ class RequestHandler {
     return nullptr;
   }
   Json reload() { return takenOver(ways_.reload()); }
-  static Json takenOver(std::vector<Mistake> const& told) {
-    Json mistakes = Json::array();
-    for (Mistake const& mistake : told) mistakes.push_back(jsonOf(mistake));
-    return {{"taken", mistakes.empty()}, {"mistakes", mistakes}};
+  static Json takenOver(std::vector<Diagnostic> const& told) {
+    Json diagnostics = Json::array();
+    for (Diagnostic const& diagnostic : told) diagnostics.push_back(jsonOf(diagnostic));
+    return {{"taken", diagnostics.empty()}, {"mistakes", diagnostics}};
   }
   Trial& theTrial() const {
     if (ways_.trial) return *ways_.trial;

@@ -9,7 +9,7 @@
 #include "host/control/Subscriptions.h"
 #include "host/control/TraceWish.h"
 #include "host/control/Trial.h"
-#include "host/text/Mistake.h"
+#include "host/text/Diagnostic.h"
 
 namespace Macsecd {
 
@@ -37,8 +37,8 @@ namespace Macsecd {
 /// No answer ever holds a key.
 class Control {
  public:
-  /// Reads the configuration again and takes it over; the mistakes because of which it wasn't.
-  using Reload = std::function<std::vector<Mistake>()>;
+  /// Reads the configuration again and takes it over; the diagnostics because of which it wasn't.
+  using Reload = std::function<std::vector<Diagnostic>()>;
   /// Puts what is to be traced into force; a fault says why it can't be.
   using Trace = std::function<Result<>(TraceWish const&)>;
   struct Ways {

@@ -61,12 +61,12 @@ Json jsonOf(Explanation const& explanation) {
   return json;
 }
 
-Json jsonOf(Mistake const& mistake) {
-  return {{"file", mistake.file},
-          {"line", mistake.line},
-          {"column", mistake.column},
-          {"what", mistake.what},
-          {"remedy", mistake.remedy}};
+Json jsonOf(Diagnostic const& diagnostic) {
+  return {{"file", diagnostic.file},
+          {"line", diagnostic.line},
+          {"column", diagnostic.column},
+          {"what", diagnostic.what},
+          {"remedy", diagnostic.remedy}};
 }
 
 Json jsonOf(Macsec::Brine::InterfaceCounters const& counters, bool sinceClear) {

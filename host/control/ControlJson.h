@@ -2,8 +2,8 @@
 
 #include "host/explain/Explain.h"
 #include "host/port/PortSummary.h"
+#include "host/text/Diagnostic.h"
 #include "host/text/JsonText.h"
-#include "host/text/Mistake.h"
 
 namespace Macsecd {
 
@@ -11,7 +11,7 @@ namespace Macsecd {
 
 Json jsonOf(PortSummary const& port);
 Json jsonOf(Explanation const& explanation);
-Json jsonOf(Mistake const& mistake);
+Json jsonOf(Diagnostic const& diagnostic);
 /// The counters that aren't 0, by kind; `sinceClear`: only what was counted since they were
 /// cleared.
 Json jsonOf(Macsec::Brine::InterfaceCounters const& counters, bool sinceClear = false);

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "host/text/Mistake.h"
+#include "host/text/Diagnostic.h"
 
 namespace Macsecd {
 

@@ -32,14 +32,14 @@ Vesk::LogHandle const MACSECD_TRIAL_WENT_BACK(
 
 }  // namespace
 
-Result<std::vector<Mistake>> Trial::begin(std::string const& path, unsigned seconds) {
+Result<std::vector<Diagnostic>> Trial::begin(std::string const& path, unsigned seconds) {
   Vesk::WorldScope const scope(host_.world());
   if (InputFile const file(path); file.fault()) {
     return Fault{path + ": " + file.fault()->what,
                  "put it where macsecd itself can read it, as in /etc/macsecd"};
   }
   ConfigResult const read = readConfigFile(path, Keys::kept);
-  if (!read.good()) return read.mistakes;
+  if (!read.good()) return read.diagnostics;
   if (!host_.keptConfig().config()) {
     return Fault{"there is no configuration to go back to", "have it read: macsecctl reload"};
   }
@@ -53,7 +53,7 @@ Result<std::vector<Mistake>> Trial::begin(std::string const& path, unsigned seco
   Vesk::log(MACSECD_TRIAL_BEGINS, path, seconds);
   host_.configIs(read.config);
   apply_(read.config);
-  return std::vector<Mistake>();
+  return std::vector<Diagnostic>();
 }
 
 Result<> Trial::keep() {

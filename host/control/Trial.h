@@ -30,7 +30,7 @@ class Trial {
   /// Takes a file over for so many seconds; one with mistakes changes nothing. A fault says that it
   /// can't be read, that there is nothing to go back to, or that the store doesn't take that it is
   /// tried: then nothing has changed.
-  Result<std::vector<Mistake>> begin(std::string const& path, unsigned seconds);
+  Result<std::vector<Diagnostic>> begin(std::string const& path, unsigned seconds);
   /// It stays in force; a fault says that none is on trial.
   Result<> keep();
   /// A start takes another file than the one on trial, or than the one kept last.

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "host/text/Diagnostic.h"
 #include "host/text/JsonMembers.h"
 #include "host/text/Limits.h"
-#include "host/text/Mistake.h"
 #include "platform/Hex.h"
 #include "platform/SecretOctets.h"
 #include "platform/WardcodeLib.h"

@@ -41,8 +41,8 @@ class Findings {
   Finding of(HasMkpduPeriod const& expected) const;
   Finding of(HasMkpduThreshold const& expected) const;
   Finding of(HasWrittenNothing const& expected) const;
-  Finding of(HasReloadMistakes const& expected) const;
-  Finding of(HasReloadMistake const& expected) const;
+  Finding of(HasReloadDiagnostics const& expected) const;
+  Finding of(HasReloadDiagnostic const& expected) const;
 
  private:
   Macsec::Status const& statusOf(std::string const& switchName) const;

@@ -26,9 +26,9 @@ char const* wordOf(FipsMode mode) {
   return mode == FipsMode::on ? "on" : mode == FipsMode::off ? "off" : "unset";
 }
 
-std::string inOneLine(std::vector<Macsecd::Mistake> const& mistakes) {
+std::string inOneLine(std::vector<Macsecd::Diagnostic> const& diagnostics) {
   std::string text;
-  for (auto const& mistake : mistakes) text += (text.empty() ? "" : "; ") + mistake.text();
+  for (auto const& diagnostic : diagnostics) text += (text.empty() ? "" : "; ") + diagnostic.text();
   return text;
 }
 
@@ -89,24 +89,25 @@ Finding Findings::of(HasWrittenNothing const& expected) const {
                       plural(writes), expected.configuration ? " of its configuration" : "")};
 }
 
-Finding Findings::of(HasReloadMistakes const& expected) const {
-  auto const& mistakes = recordOf(expected.switchName).reloadMistakes;
-  if (!mistakes) return {false, expected.switchName + " has reloaded nothing"};
-  return {
-      mistakes->size() == expected.count,
-      fmt::format("{} has {} mistake{} in its reload{}{}", expected.switchName, mistakes->size(),
-                  plural(mistakes->size()), mistakes->empty() ? "" : ": ", inOneLine(*mistakes))};
+Finding Findings::of(HasReloadDiagnostics const& expected) const {
+  auto const& diagnostics = recordOf(expected.switchName).reloadDiagnostics;
+  if (!diagnostics) return {false, expected.switchName + " has reloaded nothing"};
+  return {diagnostics->size() == expected.count,
+          fmt::format("{} has {} mistake{} in its reload{}{}", expected.switchName,
+                      diagnostics->size(), plural(diagnostics->size()),
+                      diagnostics->empty() ? "" : ": ", inOneLine(*diagnostics))};
 }
 
-Finding Findings::of(HasReloadMistake const& expected) const {
-  auto const& mistakes = recordOf(expected.switchName).reloadMistakes;
-  if (!mistakes) return {false, expected.switchName + " has reloaded nothing"};
-  bool const has = std::any_of(mistakes->begin(), mistakes->end(), [&](auto const& mistake) {
-    return mistake.line == expected.line && mistake.column == expected.column &&
-           mistake.text().find(expected.says) != std::string::npos;
-  });
-  return {has, mistakes->empty() ? expected.switchName + " has no mistake in its reload"
-                                 : "its reload says " + inOneLine(*mistakes)};
+Finding Findings::of(HasReloadDiagnostic const& expected) const {
+  auto const& diagnostics = recordOf(expected.switchName).reloadDiagnostics;
+  if (!diagnostics) return {false, expected.switchName + " has reloaded nothing"};
+  bool const has =
+      std::any_of(diagnostics->begin(), diagnostics->end(), [&](auto const& diagnostic) {
+        return diagnostic.line == expected.line && diagnostic.column == expected.column &&
+               diagnostic.text().find(expected.says) != std::string::npos;
+      });
+  return {has, diagnostics->empty() ? expected.switchName + " has no mistake in its reload"
+                                    : "its reload says " + inOneLine(*diagnostics)};
 }
 
 }  // namespace Lab

@@ -103,7 +103,7 @@ void put(Json& json, Reloaded const& reloaded) {
   json["event"] = "reload";
   json["file"] = reloaded.file;
   json["taken"] = reloaded.taken;
-  json["mistakes"] = reloaded.mistakes;
+  json["mistakes"] = reloaded.diagnostics;
 }
 
 }  // namespace

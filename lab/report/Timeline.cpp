@@ -29,8 +29,8 @@ void Timeline::happened(Happening const& happening) {
   } else if (auto const* reloaded = std::get_if<Reloaded>(&happening.what)) {
     line(happening.time, happening.switchName,
          fmt::format("{} is {}taken over", reloaded->file, reloaded->taken ? "" : "not "));
-    for (auto const& mistake : reloaded->mistakes) {
-      line(happening.time, happening.switchName, mistake);
+    for (auto const& diagnostic : reloaded->diagnostics) {
+      line(happening.time, happening.switchName, diagnostic);
     }
   }
 }

@@ -128,12 +128,12 @@ struct HasWrittenNothing {
   Mark since;
 };
 /// The number of mistakes in what the switch last reloaded.
-struct HasReloadMistakes {
+struct HasReloadDiagnostics {
   std::string switchName;
   uint32_t count;
 };
 /// One of these mistakes: its place, and words of what it says.
-struct HasReloadMistake {
+struct HasReloadDiagnostic {
   std::string switchName;
   int line;
   int column;
@@ -172,8 +172,8 @@ struct Expectation {
   std::variant<PortIs, UsesKey, UsesDerivedKey, HasPrimaryKey, HasKeyServer, HasLivePeers,
                HasForwardingEntry, HasSakTransmit, HasSak, SameSak, HasRotated, HasPeerPacketNumber,
                HasCounted, Explains, HasExited, IsRunning, HasFipsMode, HasDelayProtection,
-               HasMkpduPeriod, HasMkpduThreshold, HasWrittenNothing, HasReloadMistakes,
-               HasReloadMistake, Logs>
+               HasMkpduPeriod, HasMkpduThreshold, HasWrittenNothing, HasReloadDiagnostics,
+               HasReloadDiagnostic, Logs>
       what;
 };
 

@@ -17,7 +17,7 @@ Reload parseReload(Words& words, Known& known) {
     Words::failAt(column, fault->what, "name a file beside the scenario");
   }
   Reload reload{name, file, Macsecd::readConfigFile(path.string(), Macsecd::Keys::example)};
-  for (auto& mistake : reload.read.mistakes) mistake.file = file;
+  for (auto& diagnostic : reload.read.diagnostics) diagnostic.file = file;
   if (reload.read.good()) known.add(name, reload.read.config);
   return reload;
 }

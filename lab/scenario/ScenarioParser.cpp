@@ -84,7 +84,7 @@ class ScenarioParser {
       Words words(line.text);
       read(words);
     } catch (LineError const& error) {
-      mistake(line.number, error.column, error.what, error.remedy);
+      diagnose(line.number, error.column, error.what, error.remedy);
     }
   }
 
@@ -93,8 +93,8 @@ class ScenarioParser {
     guarded(line, [&](Words& words) {
       if (words.take("switch")) return parseSwitchHead(line, below, words);
       if (!below.empty() || line.indentation > 0) {
-        mistake(line.indentation > 0 ? line.number : below.front().number, 1,
-                "an indented line stands outside a switch", "begin the line without blanks");
+        diagnose(line.indentation > 0 ? line.number : below.front().number, 1,
+                 "an indented line stands outside a switch", "begin the line without blanks");
       }
       if (words.take("wire")) return wires.push_back(line);
       for (auto word : {"at", "by", "from", "between", "exactly"}) {
@@ -146,14 +146,14 @@ class ScenarioParser {
     spec.line = line.number;
     spec.name = words.any("the name of the switch");
     words.needEnd();
-    size_t before = result_.mistakes.size();
-    parseSwitch(below, scenario_.file, spec, result_.mistakes);
+    size_t before = result_.diagnostics.size();
+    parseSwitch(below, scenario_.file, spec, result_.diagnostics);
     if (auto first = known_.switches.find(spec.name); first != known_.switches.end()) {
       Words::failAt(column, fmt::format("switch {} stands twice", spec.name),
                     fmt::format("rename it here or in line {}", first->second->line));
     }
     scenario_.switches.push_back(std::move(spec));
-    known_.add(scenario_.switches.back(), before == result_.mistakes.size());
+    known_.add(scenario_.switches.back(), before == result_.diagnostics.size());
   }
 
   void parseWire(Line const& line, Words& words) {
@@ -243,15 +243,16 @@ class ScenarioParser {
 
   void checkWhole() {
     if (scenario_.switches.empty()) {
-      mistake(1, 1, "the scenario has no switch", "add 'switch A' and its entries");
+      diagnose(1, 1, "the scenario has no switch", "add 'switch A' and its entries");
     }
     if (!seen_.count("run until")) {
-      mistake(1, 1, "the scenario has no end", "add 'run until TIME'");
+      diagnose(1, 1, "the scenario has no end", "add 'run until TIME'");
     }
   }
 
-  void mistake(int line, int column, std::string what, std::string remedy) {
-    result_.mistakes.push_back({scenario_.file, line, column, std::move(what), std::move(remedy)});
+  void diagnose(int line, int column, std::string what, std::string remedy) {
+    result_.diagnostics.push_back(
+        {scenario_.file, line, column, std::move(what), std::move(remedy)});
   }
 
   ScenarioResult& result_;
@@ -265,7 +266,7 @@ class ScenarioParser {
 ScenarioResult parseScenario(std::string_view text, std::string const& file) {
   ScenarioResult result;
   ScenarioParser(file, result).parse(text);
-  Macsecd::sortByPlace(result.mistakes);
+  Macsecd::sortByPlace(result.diagnostics);
   return result;
 }
 

@@ -58,19 +58,19 @@ HasWrittenNothing parseWritten(std::string const& name, Words& words, Known cons
   return {name, configuration, words.mark(known)};
 }
 
-HasReloadMistake parseReloadMistake(std::string const& name, Words& words) {
+HasReloadDiagnostic parseReloadDiagnostic(std::string const& name, Words& words) {
   int line = static_cast<int>(words.number("a line", 1, kMost));
   words.need("column");
   int column = static_cast<int>(words.number("a column", 1, kMost));
-  HasReloadMistake mistake{name, line, column, {}};
-  if (words.take("saying")) mistake.says = words.any("words of the mistake");
-  return mistake;
+  HasReloadDiagnostic diagnostic{name, line, column, {}};
+  if (words.take("saying")) diagnostic.says = words.any("words of the mistake");
+  return diagnostic;
 }
 
-What parseReloadMistakes(std::string const& name, uint32_t count, Words& words) {
+What parseReloadDiagnostics(std::string const& name, uint32_t count, Words& words) {
   if (!words.take("mistakes")) words.need("mistake");
   words.need("in its reload");
-  return HasReloadMistakes{name, count};
+  return HasReloadDiagnostics{name, count};
 }
 
 std::optional<What> parseHas(std::string const& name, Words& words, Known const& known) {
@@ -84,10 +84,10 @@ std::optional<What> parseHas(std::string const& name, Words& words, Known const&
     return HasMkpduThreshold{name, words.number("a number of MKPDUs", 0, kMost)};
   }
   if (words.take("written nothing")) return parseWritten(name, words, known);
-  if (words.take("no mistake in its reload")) return HasReloadMistakes{name, 0};
-  if (words.take("a mistake in its reload at line")) return parseReloadMistake(name, words);
+  if (words.take("no mistake in its reload")) return HasReloadDiagnostics{name, 0};
+  if (words.take("a mistake in its reload at line")) return parseReloadDiagnostic(name, words);
   if (!words.atNumber()) return std::nullopt;
-  return parseReloadMistakes(name, words.number("a number of mistakes", 0, kMost), words);
+  return parseReloadDiagnostics(name, words.number("a number of mistakes", 0, kMost), words);
 }
 
 }  // namespace

@@ -13,8 +13,9 @@ namespace {
 
 class SwitchParser {
  public:
-  SwitchParser(std::string const& file, SwitchSpec& spec, std::vector<Macsecd::Mistake>& mistakes)
-      : file_(file), spec_(spec), mistakes_(mistakes) {}
+  SwitchParser(std::string const& file, SwitchSpec& spec,
+               std::vector<Macsecd::Diagnostic>& diagnostics)
+      : file_(file), spec_(spec), diagnostics_(diagnostics) {}
 
   void parse(std::vector<Line> const& lines) {
     for (size_t at = 0; at < lines.size();) {
@@ -36,7 +37,7 @@ class SwitchParser {
       if (words.empty()) return;
       parseWords(words, below);
     } catch (LineError const& error) {
-      mistakes_.push_back({file_, line.number, error.column, error.what, error.remedy});
+      diagnostics_.push_back({file_, line.number, error.column, error.what, error.remedy});
     }
   }
 
@@ -101,25 +102,26 @@ class SwitchParser {
 
   void take(Macsecd::ConfigResult result) {
     spec_.config = std::move(result.config);
-    mistakes_.insert(mistakes_.end(), result.mistakes.begin(), result.mistakes.end());
+    diagnostics_.insert(diagnostics_.end(), result.diagnostics.begin(), result.diagnostics.end());
   }
 
   void missing(std::string const& entry) {
-    mistakes_.push_back({file_, spec_.line, 1, fmt::format("switch {} lacks an entry", spec_.name),
-                         fmt::format("add '{}'", entry)});
+    diagnostics_.push_back({file_, spec_.line, 1,
+                            fmt::format("switch {} lacks an entry", spec_.name),
+                            fmt::format("add '{}'", entry)});
   }
 
   std::string const& file_;
   SwitchSpec& spec_;
-  std::vector<Macsecd::Mistake>& mistakes_;
+  std::vector<Macsecd::Diagnostic>& diagnostics_;
   std::set<std::string> seen_;
 };
 
 }  // namespace
 
 void parseSwitch(std::vector<Line> const& lines, std::string const& file, SwitchSpec& spec,
-                 std::vector<Macsecd::Mistake>& mistakes) {
-  SwitchParser(file, spec, mistakes).parse(lines);
+                 std::vector<Macsecd::Diagnostic>& diagnostics) {
+  SwitchParser(file, spec, diagnostics).parse(lines);
 }
 
 }  // namespace Lab

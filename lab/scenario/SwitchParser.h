@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/text/Mistake.h"
+#include "host/text/Diagnostic.h"
 #include "lab/scenario/Scenario.h"
 
 namespace Lab {
@@ -17,9 +17,9 @@ struct Line {
 };
 
 /// Reads the indented lines of a switch. `lines` are those between its header and the next line
-/// without indentation; `file` is the scenario's. Every mistake goes to `mistakes`, those of the
+/// without indentation; `file` is the scenario's. Every mistake goes to `diagnostics`, those of the
 /// configuration too.
 void parseSwitch(std::vector<Line> const& lines, std::string const& file, SwitchSpec& spec,
-                 std::vector<Macsecd::Mistake>& mistakes);
+                 std::vector<Macsecd::Diagnostic>& diagnostics);
 
 }  // namespace Lab

@@ -92,7 +92,7 @@ struct ProcessEnded {
 struct Reloaded {
   std::string file;
   bool taken;
-  std::vector<std::string> mistakes;  ///< because of which it wasn't taken
+  std::vector<std::string> diagnostics;  ///< because of which it wasn't taken
 };
 
 struct Happening {

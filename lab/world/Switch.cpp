@@ -197,10 +197,10 @@ void Switch::configure(std::function<void(Macsecd::SwitchConfig&)> const& change
 
 void Switch::reload(Reload reload) {
   withIcvIndicator(reload.read.config);
-  record_.reloadMistakes = reload.read.mistakes;
-  std::vector<std::string> mistakes;
-  for (auto const& mistake : reload.read.mistakes) mistakes.push_back(mistake.text());
-  tell(Reloaded{reload.file, reload.read.good(), mistakes});
+  record_.reloadDiagnostics = reload.read.diagnostics;
+  std::vector<std::string> diagnostics;
+  for (auto const& diagnostic : reload.read.diagnostics) diagnostics.push_back(diagnostic.text());
+  tell(Reloaded{reload.file, reload.read.good(), diagnostics});
   if (reload.read.good()) config_ = reload.read.config;
   if (started_) inWorld([&] { host_->reload(reload.read); });
 }

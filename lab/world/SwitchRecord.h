@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "host/text/Mistake.h"
+#include "host/text/Diagnostic.h"
 
 namespace Lab {
 
@@ -14,7 +14,7 @@ struct SwitchRecord {
   uint64_t writes = 0;     ///< attributes written in all its trees
   uint64_t configurationWrites = 0;
   /// Of the last reload; nothing when there was none.
-  std::optional<std::vector<Macsecd::Mistake>> reloadMistakes;
+  std::optional<std::vector<Macsecd::Diagnostic>> reloadDiagnostics;
 };
 
 }  // namespace Lab

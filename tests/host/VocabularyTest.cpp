@@ -32,7 +32,7 @@ TEST(Vocabulary, NamesEachMemberOfAnAnswerInKebabCase) {
   Switch b{2}, a{1};
   for (Switch* one : {&a, &b}) one->bringUp();
   talk(a, b, 20);
-  Control control(a.host, [] { return std::vector<Mistake>{{"f", 1, 2, "what", "remedy"}}; });
+  Control control(a.host, [] { return std::vector<Diagnostic>{{"f", 1, 2, "what", "remedy"}}; });
   std::vector<std::string> names;
   for (char const* const command : {"status", "explain", "counters", "reload"}) {
     auto const request = requestOf(command);

@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 double securedSeconds(std::string const& text) {
   auto const read = parseScenario(text, "f");
-  EXPECT_TRUE(read.good()) << Macsecd::textOf(read.mistakes);
+  EXPECT_TRUE(read.good()) << Macsecd::textOf(read.diagnostics);
   Simulation simulation(read.scenario, 1);
   SecuredTime secured(simulation);
   simulation.audienceIs(secured);
@@ -29,7 +29,7 @@ TEST(RandomScenario, IsReadableAndHasFaultsOfEveryKindOverManySeeds) {
   std::set<size_t> kinds;
   for (uint32_t seed = 1; seed <= 400; ++seed) {
     auto const read = parseScenario(randomScenario(seed), "random");
-    ASSERT_THAT(read.mistakes, IsEmpty()) << seed << "\n" << randomScenario(seed);
+    ASSERT_THAT(read.diagnostics, IsEmpty()) << seed << "\n" << randomScenario(seed);
     for (Action const& action : read.scenario.actions) kinds.insert(action.what.index());
   }
   // All but the change of a profile, a reload, the clearing of counters, and a mark.

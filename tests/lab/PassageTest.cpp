@@ -67,7 +67,7 @@ class ShippedScenario : public testing::TestWithParam<std::string> {};
 
 TEST_P(ShippedScenario, SaysOpenAtEachInstantAtWhichAFramePassesAndAtNoOther) {
   auto const result = readScenario(std::string(EXAMPLES "/") + GetParam() + ".scenario");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   Simulation simulation(result.scenario, result.scenario.seed.value_or(1));
   Comparison const comparison(simulation);
   simulation.run();
@@ -111,7 +111,7 @@ TEST(Passage, IsSaidRightThroughoutTheTroublesOfADevice) {
                          "at 30 make interface Ethernet1 on B\n",
                          "60"),
                     "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   Simulation simulation(result.scenario, 1);
   Comparison const comparison(simulation);
   simulation.run();

@@ -17,7 +17,7 @@ namespace Lab {
 class Played final : public Audience {
  public:
   explicit Played(std::string const& text, uint32_t seed = 1) : result_(parseScenario(text, "f")) {
-    EXPECT_TRUE(result_.good()) << Macsecd::textOf(result_.mistakes);
+    EXPECT_TRUE(result_.good()) << Macsecd::textOf(result_.diagnostics);
     if (!result_.good()) return;
     simulation_ = std::make_unique<Simulation>(result_.scenario, seed);
     expectations_ = std::make_unique<Expectations>(*simulation_);

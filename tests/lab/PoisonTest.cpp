@@ -158,7 +158,7 @@ TEST_F(PoisonTest, IsFoundWhereverItIs) {
 
 TEST_F(PoisonTest, NothingThatASwitchSaysOrShowsOrSendsHoldsAKey) {
   ScenarioResult const read = parseScenario(scenarioText(), "f");
-  ASSERT_TRUE(read.good()) << Macsecd::textOf(read.mistakes);
+  ASSERT_TRUE(read.good()) << Macsecd::textOf(read.diagnostics);
   std::ostringstream eventsOut, timelineOut, end;
   std::vector<std::filesystem::path> captured;
   std::vector<Failure> failures;
@@ -216,7 +216,7 @@ TEST_F(PoisonTest, NoMessageAboutAMistakeHoldsAKey) {
         "profiles: {one: {key: {ckn: ab, cak: \"" + key + "}}}"}) {
     auto const read = Macsecd::parseConfig(text, "switch.yaml");
     EXPECT_FALSE(read.good()) << text;
-    EXPECT_EQ(poison.foundIn(Macsecd::textOf(read.mistakes)), "") << text;
+    EXPECT_EQ(poison.foundIn(Macsecd::textOf(read.diagnostics)), "") << text;
   }
 }
 

@@ -135,7 +135,7 @@ TEST(Reload, ThatHasMistakesWritesNothingAndTellsEachOfThem) {
   auto const reloads = played.all<Reloaded>("A");
   ASSERT_EQ(reloads.size(), 1u);
   EXPECT_FALSE(reloads[0].taken);
-  EXPECT_EQ(reloads[0].mistakes.size(), 3u);
+  EXPECT_EQ(reloads[0].diagnostics.size(), 3u);
 }
 
 TEST(Reload, IsWhatLaterChangesStartFrom) {

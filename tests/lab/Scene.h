@@ -25,7 +25,8 @@ inline std::string scene(std::string const& lines) {
 
 inline std::vector<std::string> complaints(std::string const& text) {
   std::vector<std::string> lines;
-  for (auto const& mistake : parseScenario(text, "f").mistakes) lines.push_back(mistake.text());
+  for (auto const& diagnostic : parseScenario(text, "f").diagnostics)
+    lines.push_back(diagnostic.text());
   return lines;
 }
 
@@ -37,7 +38,7 @@ inline std::vector<std::string> complaintsIn(std::string const& line) {
 template <class What>
 What action(std::string const& line) {
   auto result = parseScenario(scene("at 5 " + line), "f");
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+  EXPECT_TRUE(result.good()) << textOf(result.diagnostics);
   if (result.scenario.actions.size() != 1) throw std::runtime_error("no action");
   auto const& action = result.scenario.actions[0];
   EXPECT_EQ(action.at, 5);
@@ -49,7 +50,7 @@ What action(std::string const& line) {
 template <class What>
 What expectation(std::string const& line) {
   auto result = parseScenario(scene("at 1 mark m\nat 5 expect " + line), "f");
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+  EXPECT_TRUE(result.good()) << textOf(result.diagnostics);
   if (result.scenario.expectations.size() != 1) throw std::runtime_error("no expectation");
   EXPECT_EQ(result.scenario.expectations[0].line, 20);
   EXPECT_EQ(result.scenario.expectations[0].text, "at 5 expect " + line);

@@ -40,7 +40,7 @@ class CodeTest(unittest.TestCase):
 
 class GraphTest(unittest.TestCase):
     def test_it_has_an_arrow_for_each_two_places_that_an_include_joins(self):
-        sources = [Source("host/config/File.cpp", '#include "host/text/Mistake.h"\n#include <map>\n'),
+        sources = [Source("host/config/File.cpp", '#include "host/text/Diagnostic.h"\n#include <map>\n'),
                    Source("host/Host.h", '#include "engine/MkaSm.h"\n#include "engine/MkaRootSm.h"\n'),
                    Source("engine/MkaSm.cpp", '#include "engine/MkaSm.h"\n'),
                    Source("tests/host/HostTest.cpp", '#include "host/Host.h"\n')]
@@ -72,7 +72,7 @@ class FloorsTest(unittest.TestCase):
         self.assertEqual(self.floors("lab", '"host/Switch.h"'), [])
 
     def test_includes_between_the_shelves_of_a_room_run_one_way(self):
-        self.assertEqual(self.floors("host/config", '"host/text/Mistake.h"'), [])
+        self.assertEqual(self.floors("host/config", '"host/text/Diagnostic.h"'), [])
         self.assertEqual(self.floors("host/config", '"host/config/ConfigFile.h"'), [])
         self.assertEqual(self.floors("host/port", '"host/Host.h"'), [])
         self.assertEqual(self.floors("host/text", '"host/config/ConfigFile.h"'), ["floors"])
@@ -82,7 +82,7 @@ class FloorsTest(unittest.TestCase):
         self.assertEqual(self.floors("tests/host/text", '"host/Host.h"'), [])
 
     def test_a_folder_that_is_no_shelf_is_found(self):
-        self.assertEqual(self.floors("host/cellar", '"host/text/Mistake.h"'), ["floors"])
+        self.assertEqual(self.floors("host/cellar", '"host/text/Diagnostic.h"'), ["floors"])
         self.assertEqual(self.floors("runtime/cellar", "<vector>"), ["floors"])
 
     def test_a_client_knows_no_engine(self):

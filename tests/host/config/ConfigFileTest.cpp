@@ -23,7 +23,7 @@ std::string const key256 = key128 + key128;
 
 TEST(ConfigFile, AnEmptyFileGivesTheDefaults) {
   auto result = parseConfig("", "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_FALSE(result.config.shutdown);
   EXPECT_FALSE(result.config.fips);
   EXPECT_FALSE(result.config.delayProtection);
@@ -33,7 +33,7 @@ TEST(ConfigFile, AnEmptyFileGivesTheDefaults) {
 
 TEST(ConfigFile, AProfileWithoutEntriesHasTheDefaultsAndIsLegalWithoutAKey) {
   auto result = parseConfig("profiles:\n  p:\ninterfaces: {Ethernet1: {profile: p}}\n", "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   auto const* p = result.config.profile("p");
   ASSERT_TRUE(p);
   EXPECT_FALSE(p->key);
@@ -56,7 +56,7 @@ TEST(ConfigFile, EveryEntryOfAFullFileIsRead) {
                   "dot1x: true\ngroup-cak: {enabled: true, lifetime: 5}\n") +
           "interfaces:\n  Ethernet7: {profile: p, port-number: 65535}\n",
       "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   auto const& c = result.config;
   EXPECT_TRUE(c.shutdown && c.fips && c.delayProtection);
   auto const& p = c.profiles.at(0);
@@ -74,7 +74,7 @@ TEST(ConfigFile, EveryEntryOfAFullFileIsRead) {
 
 TEST(ConfigFile, TheShippedExampleIsGood) {
   auto result = readConfigFile(EXAMPLES "/switch.yaml", Keys::example);
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+  EXPECT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_THAT(result.config.profiles, SizeIs(3));
   EXPECT_THAT(result.config.interfaces, SizeIs(4));
 }
@@ -231,7 +231,7 @@ TEST(ConfigFile, WhatIsNotYamlIsAMistakeToo) {
 TEST(ConfigFile, AnAliasMayNameOneKeyTwice) {
   auto result = parseConfig(
       profile("key: {ckn: a, cak: &k " + key128 + "}\nfallback-key: {ckn: b, cak: *k}"), "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_EQ(result.config.profiles[0].fallbackKey->cak.view(), key128);
 }
 
@@ -267,7 +267,7 @@ TEST(ConfigFile, NoMistakeShowsAKeyWhereverItStands) {
           profile("rekey-period: " + secret), "interfaces: {e: {profile: " + secret + "}}\n"}) {
       auto result = parseConfig(text, "f");
       EXPECT_FALSE(result.good()) << text;
-      EXPECT_THAT(textOf(result.mistakes), Not(HasSubstr(secret))) << text;
+      EXPECT_THAT(textOf(result.diagnostics), Not(HasSubstr(secret))) << text;
     }
   }
 }
@@ -286,14 +286,14 @@ TEST(ConfigFile, AnInterfaceSpeaksTheDialectThatItIsGiven) {
 }
 
 TEST(ConfigFile, AWordThatNoDialectHasIsAMistakeAtItsPlace) {
-  auto const mistakes = parseConfig(
-                            "profiles: {p: {dot1x: true}}\n"
-                            "interfaces:\n"
-                            "  e1: {profile: p, dialect: {icv-indicator: short}}\n",
-                            "f")
-                            .mistakes;
-  ASSERT_THAT(mistakes, SizeIs(1));
-  EXPECT_EQ(mistakes[0].text(),
+  auto const diagnostics = parseConfig(
+                               "profiles: {p: {dot1x: true}}\n"
+                               "interfaces:\n"
+                               "  e1: {profile: p, dialect: {icv-indicator: short}}\n",
+                               "f")
+                               .diagnostics;
+  ASSERT_THAT(diagnostics, SizeIs(1));
+  EXPECT_EQ(diagnostics[0].text(),
             "f:3:45: icv-indicator has no 'short'; write one of left-out, length-16, length-4");
 }
 
@@ -305,7 +305,7 @@ TEST(ConfigFile, AnInterfaceHasWhatIsSaidOfItsDeviceAndItsPort) {
       "  e2: {profile: p, device: uplink, replay-window: 64, policy: should-secure,\n"
       "       on-peer-loss: close, mtu: 1400}\n",
       "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   auto const& plain = result.config.interfaces[0];
   EXPECT_EQ(plain.device, "");
   EXPECT_EQ(plain.replayWindow, 0u);
@@ -321,21 +321,22 @@ TEST(ConfigFile, AnInterfaceHasWhatIsSaidOfItsDeviceAndItsPort) {
 }
 
 TEST(ConfigFile, PlacesCountTheLinesBeforeTheText) {
-  auto mistakes = parseConfig("\n  fips: 7\n", "f", 10).mistakes;
-  ASSERT_THAT(mistakes, SizeIs(1));
-  EXPECT_EQ(mistakes[0].line, 12);
-  EXPECT_EQ(mistakes[0].column, 9);
+  auto diagnostics = parseConfig("\n  fips: 7\n", "f", 10).diagnostics;
+  ASSERT_THAT(diagnostics, SizeIs(1));
+  EXPECT_EQ(diagnostics[0].line, 12);
+  EXPECT_EQ(diagnostics[0].column, 9);
 }
 
 TEST(ConfigFile, AFileThatCannotBeReadIsAMistake) {
   auto missing = readConfigFile("/nowhere/at/all.yaml");
-  ASSERT_THAT(missing.mistakes, SizeIs(1));
-  EXPECT_THAT(missing.mistakes[0].text(), HasSubstr("/nowhere/at/all.yaml:1:1: the file can't be "
-                                                    "read: No such file or directory; "));
-  EXPECT_THAT(readConfigFile("/").mistakes[0].text(), HasSubstr("it is a directory; name a"));
+  ASSERT_THAT(missing.diagnostics, SizeIs(1));
+  EXPECT_THAT(missing.diagnostics[0].text(),
+              HasSubstr("/nowhere/at/all.yaml:1:1: the file can't be "
+                        "read: No such file or directory; "));
+  EXPECT_THAT(readConfigFile("/").diagnostics[0].text(), HasSubstr("it is a directory; name a"));
 }
 
-TEST(Mistake, ANearWordIsSuggestedAndAFarOneIsNot) {
+TEST(Diagnostic, ANearWordIsSuggestedAndAFarOneIsNot) {
   EXPECT_EQ(nearestWord("shutdwon", {"fips", "shutdown"}), "shutdown");
   EXPECT_EQ(nearestWord("cak", {"ckn", "cak"}), "cak");
   EXPECT_EQ(nearestWord("zzzz", {"fips", "shutdown"}), "");

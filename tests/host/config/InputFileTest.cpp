@@ -41,7 +41,7 @@ class InputFileTest : public ::testing::Test {
   }
   static std::string whatOf(std::string const& path) {
     auto const result = readConfigFile(path);
-    return textOf(result.mistakes);
+    return textOf(result.diagnostics);
   }
 
   std::string const folder_;
@@ -79,7 +79,7 @@ TEST_F(InputFileTest, SocketsDevicesAndFoldersAreRefusedByName) {
 TEST_F(InputFileTest, APipeThatTheProcessWasGivenIsReadToItsEndOnce) {
   GivenPipe const given("shutdown: true\n");
   auto const result = readConfigFile(given.path());
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_TRUE(result.config.shutdown);
   EXPECT_THAT(whatOf(given.path()),
               HasSubstr("nothing came through the pipe, which can be read only once; name a"))

@@ -82,8 +82,8 @@ TEST_F(Reload, OfAFileWithMistakesTellsThemAllAndChangesNothing) {
   bad += "  Ethernet1: {profile: two}\n";
   ConfigResult const read = parseConfig(bad, "switch.yaml");
   std::vector<std::string> places;
-  for (Mistake const& mistake : read.mistakes) {
-    places.push_back(std::to_string(mistake.line) + ":" + std::to_string(mistake.column));
+  for (Diagnostic const& diagnostic : read.diagnostics) {
+    places.push_back(std::to_string(diagnostic.line) + ":" + std::to_string(diagnostic.column));
   }
   EXPECT_THAT(places, ElementsAre("6:5", "9:19", "12:3"));
   EXPECT_THAT(reload(bad), IsEmpty());
@@ -96,9 +96,9 @@ TEST_F(Reload, ReadsAFileAndReturnsItsMistakes) {
   std::ofstream(path) << replaced(kReloaded, "profile: one", "profile: three");
   std::filesystem::permissions(path, std::filesystem::perms(0600));
   s.world.attributeLogIs(true);
-  auto const mistakes = s.host.reload(path.string());
-  ASSERT_EQ(mistakes.size(), 1u);
-  EXPECT_THAT(mistakes[0].text(), HasSubstr(":9:24: there is no profile 'three'"));
+  auto const diagnostics = s.host.reload(path.string());
+  ASSERT_EQ(diagnostics.size(), 1u);
+  EXPECT_THAT(diagnostics[0].text(), HasSubstr(":9:24: there is no profile 'three'"));
   EXPECT_THAT(s.world.writes, IsEmpty());
   std::ofstream(path) << replaced(kReloaded, "profile: one", "profile: two");
   EXPECT_THAT(s.host.reload(path.string()), IsEmpty());

@@ -14,7 +14,8 @@ using ::testing::SizeIs;
 
 std::vector<std::string> complaints(std::string const& text) {
   std::vector<std::string> lines;
-  for (auto const& mistake : parseConfig(text, "f").mistakes) lines.push_back(mistake.text());
+  for (auto const& diagnostic : parseConfig(text, "f").diagnostics)
+    lines.push_back(diagnostic.text());
   return lines;
 }
 

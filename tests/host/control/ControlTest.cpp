@@ -38,14 +38,14 @@ class ControlTest : public ::testing::Test {
   }
 
   Switch b{2}, a{1};
-  std::vector<Mistake> mistakes;
+  std::vector<Diagnostic> diagnostics;
   int reloads = 0;
   std::vector<std::string> told;  ///< "connection: line"
   std::vector<TraceWish> wishes;
   Control control{a.host,
                   {[this] {
                      ++reloads;
-                     return mistakes;
+                     return diagnostics;
                    },
                    [this](uint64_t connection, std::string const& line) {
                      told.push_back(std::to_string(connection) + ": " + line);
@@ -188,7 +188,7 @@ TEST_F(ControlTest, HandsOnWhatIsToBeTraced) {
 
 TEST_F(ControlTest, ReloadsAndTellsTheMistakes) {
   EXPECT_TRUE(resultOf("reload")["taken"].get<bool>());
-  mistakes.push_back({"switch.yaml", 3, 5, "unknown word 'kye'", "write 'key'"});
+  diagnostics.push_back({"switch.yaml", 3, 5, "unknown word 'kye'", "write 'key'"});
   Json const refused = resultOf("reload");
   EXPECT_FALSE(refused["taken"].get<bool>());
   EXPECT_EQ(refused["mistakes"][0]["line"], 3);

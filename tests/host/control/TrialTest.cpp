@@ -54,7 +54,7 @@ class ATrial : public ::testing::Test {
     return readConfigFile(path, Keys::kept);
   }
   Trial& trial() { return *trial_; }
-  std::vector<Mistake> tried(std::string const& path) { return *trial().begin(path, 60); }
+  std::vector<Diagnostic> tried(std::string const& path) { return *trial().begin(path, 60); }
   bool isNew() { return host().config()->delayProtection(); }
   void runAt(double time) {
     switch_->world.time = time;

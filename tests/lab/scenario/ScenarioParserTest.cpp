@@ -24,7 +24,7 @@ TEST(ScenarioParser, ReadsTheSettingsInAnyOrder) {
                                   scene("").replace(scene("").find("run until 100"), 13, "seed 7") +
                                   "frame delay 0.002\ntitle Two, and 'no more'\n",
                               "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_EQ(result.scenario.file, "f");
   EXPECT_EQ(result.scenario.runUntil, 60.5);
   EXPECT_EQ(result.scenario.seed, 7u);
@@ -38,7 +38,7 @@ TEST(ScenarioParser, ReadsASwitchWithMacStartDelaysAndConfiguration) {
       "  config:\n    # a comment\n    profiles:\n\n      core:\n        rekey-period: 9\n"
       "run until 5\n",
       "f");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   auto const& spec = result.scenario.switches.at(0);
   EXPECT_EQ(spec.name, "core 1");
   EXPECT_EQ(spec.line, 1);
@@ -52,7 +52,7 @@ TEST(ScenarioParser, AConfigurationFileLiesBesideTheScenario) {
   auto result =
       parseScenario("switch A\n  mac 02:00:00:00:00:01\n  config switch.yaml\nrun until 5",
                     EXAMPLES "/f.scenario");
-  ASSERT_TRUE(result.good()) << textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_THAT(result.scenario.switches[0].config.profiles, SizeIs(3));
   EXPECT_THAT(complaints("switch A\n  mac 02:00:00:00:00:01\n  config gone.yaml\nrun until 5"),
               ElementsAre(HasSubstr("gone.yaml:1:1: the file can't be read")));
@@ -212,7 +212,7 @@ TEST(ScenarioParser, EveryShippedScenarioIsRead) {
   for (auto const& entry : std::filesystem::directory_iterator(EXAMPLES)) {
     if (entry.path().extension() != ".scenario") continue;
     auto result = readScenario(entry.path().string());
-    EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+    EXPECT_TRUE(result.good()) << textOf(result.diagnostics);
     EXPECT_THAT(result.scenario.expectations, Not(IsEmpty())) << entry.path();
     EXPECT_FALSE(result.scenario.title.empty()) << entry.path();
     ++read;

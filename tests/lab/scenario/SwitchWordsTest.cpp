@@ -128,7 +128,7 @@ TEST(SwitchWords, SayThatAMachineHasNoFipsProviderFromTheStart) {
   std::string text = scene("");
   text.replace(text.find("  config:"), 0, "  FIPS provider is missing\n");
   auto const result = parseScenario(text, "f");
-  EXPECT_TRUE(result.good()) << textOf(result.mistakes);
+  EXPECT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_FALSE(result.scenario.switches[0].hasFipsProvider);
   EXPECT_TRUE(result.scenario.switches[1].hasFipsProvider);
   text.replace(text.find("is missing"), 10, "is there..");
@@ -150,8 +150,8 @@ TEST(SwitchWords, MoveAnInterfaceToAnotherProfile) {
 TEST(SwitchWords, ReloadAFileWhoseMistakesAreNoneOfTheScenario) {
   auto const bad = action<Reload>("reload A from " EXAMPLES "/reload-bad.yaml");
   EXPECT_EQ(bad.switchName, "A");
-  EXPECT_EQ(bad.read.mistakes.size(), 3u);
-  EXPECT_EQ(bad.read.mistakes[0].file, EXAMPLES "/reload-bad.yaml");
+  EXPECT_EQ(bad.read.diagnostics.size(), 3u);
+  EXPECT_EQ(bad.read.diagnostics[0].file, EXAMPLES "/reload-bad.yaml");
   EXPECT_TRUE(action<Reload>("reload A from " EXAMPLES "/reload-repaired.yaml").read.good());
   EXPECT_THAT(complaintsIn("at 5 reload A from gone.yaml"),
               ElementsAre("f:19:20: the file can't be read: No such file or directory; name a file "
@@ -205,16 +205,16 @@ TEST(SwitchWords, ExpectModesPeriodsAndWrites) {
 }
 
 TEST(SwitchWords, ExpectMistakesOfAReload) {
-  EXPECT_EQ(expectation<HasReloadMistakes>("A has 3 mistakes in its reload").count, 3u);
-  EXPECT_EQ(expectation<HasReloadMistakes>("A has 1 mistake in its reload").count, 1u);
-  EXPECT_EQ(expectation<HasReloadMistakes>("A has no mistake in its reload").count, 0u);
-  auto const one = expectation<HasReloadMistake>(
+  EXPECT_EQ(expectation<HasReloadDiagnostics>("A has 3 mistakes in its reload").count, 3u);
+  EXPECT_EQ(expectation<HasReloadDiagnostics>("A has 1 mistake in its reload").count, 1u);
+  EXPECT_EQ(expectation<HasReloadDiagnostics>("A has no mistake in its reload").count, 0u);
+  auto const one = expectation<HasReloadDiagnostic>(
       "A has a mistake in its reload at line 6 column 5 saying 'unknown word'");
   EXPECT_EQ(one.line, 6);
   EXPECT_EQ(one.column, 5);
   EXPECT_EQ(one.says, "unknown word");
   EXPECT_THAT(
-      expectation<HasReloadMistake>("A has a mistake in its reload at line 6 column 5").says,
+      expectation<HasReloadDiagnostic>("A has a mistake in its reload at line 6 column 5").says,
       IsEmpty());
   EXPECT_THAT(complaintsIn("at 5 expect A has a mistake in its reload at line 0 column 5"),
               ElementsAre(HasSubstr("a line is out of range; ")));

@@ -56,7 +56,7 @@ std::optional<double> playWithDeath(Scenario const& scenario, MemoryStore::Death
 // Every commit of the road in turn.
 void killEverywhere(Road const& road, bool taken = true, double deadFor = 0) {
   auto const result = parseScenario(road.text, "road");
-  ASSERT_TRUE(result.good()) << Macsecd::textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << Macsecd::textOf(result.diagnostics);
   size_t commit = 0;
   std::optional<double> killed;
   do {

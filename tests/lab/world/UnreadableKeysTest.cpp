@@ -38,7 +38,7 @@ TEST(UnreadableKeys, AreToldByTheSwitchOfTheLabThatComesAcrossThem) {
   auto const result = parseScenario(scene("at 31 link down on B Ethernet1\n"
                                           "at 33 link up on B Ethernet1"),
                                     "f");
-  ASSERT_TRUE(result.good()) << Macsecd::textOf(result.mistakes);
+  ASSERT_TRUE(result.good()) << Macsecd::textOf(result.diagnostics);
   for (int round = 0; round < 2; ++round) {
     Simulation simulation(result.scenario, 1);
     LosesHostKey loses(simulation, 30);

@@ -71,7 +71,7 @@ class ControlSocketTest : public ::testing::Test {
   EventLoop loop;
   ControlSocket socket{loop, a.host, [this] {
                          ++reloads;
-                         return std::vector<Macsecd::Mistake>();
+                         return std::vector<Macsecd::Diagnostic>();
                        }};
   std::string const path = ::testing::TempDir() + "/control-" + std::to_string(getpid());
 };

@@ -6,9 +6,9 @@
 
 namespace Macsecd {
 
-/// One mistake in a file that the operator wrote: where it stands, what is wrong, what to do.
-/// It never holds the text of a key.
-struct Mistake {
+/// What is said of one mistake in a file that the operator wrote: where it stands, what is wrong,
+/// what to do. It never holds the text of a key.
+struct Diagnostic {
   std::string file;
   int line = 1;    ///< from 1
   int column = 1;  ///< from 1, in octets
@@ -17,13 +17,13 @@ struct Mistake {
 
   /// "file:line:column: what; remedy", without an end of line.
   std::string text() const;
-  friend bool operator==(Mistake const&, Mistake const&) = default;
+  friend bool operator==(Diagnostic const&, Diagnostic const&) = default;
 };
 
-/// The mistakes in the order of their places, one on each line.
-std::string textOf(std::vector<Mistake> const& mistakes);
-/// Sorts by file, line and column; mistakes of one place keep their order, and equal ones go.
-void sortByPlace(std::vector<Mistake>& mistakes);
+/// The diagnostics in the order of their places, one on each line.
+std::string textOf(std::vector<Diagnostic> const& diagnostics);
+/// Sorts by file, line and column; diagnostics of one place keep their order, and equal ones go.
+void sortByPlace(std::vector<Diagnostic>& diagnostics);
 
 /// Fewest hexadecimal digits that could be a key, or much of one: more than any word of the
 /// language has that is hexadecimal by chance.

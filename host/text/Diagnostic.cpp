@@ -1,4 +1,4 @@
-#include "host/text/Mistake.h"
+#include "host/text/Diagnostic.h"
 
 #include <fmt/format.h>
 
@@ -41,21 +41,22 @@ size_t distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string Mistake::text() const {
+std::string Diagnostic::text() const {
   return fmt::format("{}:{}:{}: {}; {}", file, line, column, what, remedy);
 }
 
-std::string textOf(std::vector<Mistake> const& mistakes) {
+std::string textOf(std::vector<Diagnostic> const& diagnostics) {
   std::string all;
-  for (auto const& mistake : mistakes) all += mistake.text() + "\n";
+  for (auto const& diagnostic : diagnostics) all += diagnostic.text() + "\n";
   return all;
 }
 
-void sortByPlace(std::vector<Mistake>& mistakes) {
-  std::stable_sort(mistakes.begin(), mistakes.end(), [](Mistake const& a, Mistake const& b) {
-    return std::tie(a.file, a.line, a.column) < std::tie(b.file, b.line, b.column);
-  });
-  mistakes.erase(std::unique(mistakes.begin(), mistakes.end()), mistakes.end());
+void sortByPlace(std::vector<Diagnostic>& diagnostics) {
+  std::stable_sort(diagnostics.begin(), diagnostics.end(),
+                   [](Diagnostic const& a, Diagnostic const& b) {
+                     return std::tie(a.file, a.line, a.column) < std::tie(b.file, b.line, b.column);
+                   });
+  diagnostics.erase(std::unique(diagnostics.begin(), diagnostics.end()), diagnostics.end());
 }
 
 bool mayBeKey(std::string_view word) {

@@ -18,21 +18,21 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
 
-TEST(ConfigMistakes, ANameThatNoDeviceCanHaveIsAMistake) {
+TEST(ConfigDiagnostics, ANameThatNoDeviceCanHaveIsAMistake) {
   for (char const* name :
        {"sixteen-octets-x", "a/b", "'a b'", "..", "a:b", "'sec%d'", R"("a\x01b")", R"("a\0b")"}) {
-    auto const mistakes =
+    auto const diagnostics =
         parseConfig(std::string("profiles: {p: {dot1x: true}}\ninterfaces: {e1: {profile: p, "
                                 "device: ") +
                         name + "}}\n",
                     "f")
-            .mistakes;
-    ASSERT_THAT(mistakes, SizeIs(1)) << name;
-    EXPECT_THAT(mistakes[0].text(), HasSubstr("is no name of a device")) << name;
+            .diagnostics;
+    ASSERT_THAT(diagnostics, SizeIs(1)) << name;
+    EXPECT_THAT(diagnostics[0].text(), HasSubstr("is no name of a device")) << name;
   }
 }
 
-TEST(ConfigMistakes, ANameThatNoInterfaceCanHaveIsAMistake) {
+TEST(ConfigDiagnostics, ANameThatNoInterfaceCanHaveIsAMistake) {
   EXPECT_THAT(complaints("profiles: {p: {}}\ninterfaces: {sixteen-octets-x: {profile: p}}"),
               ElementsAre("f:2:14: 'sixteen-octets-x' has 16 octets, more than any network "
                           "interface; write its name as the machine shows it, at most 15 octets"));
@@ -40,7 +40,7 @@ TEST(ConfigMistakes, ANameThatNoInterfaceCanHaveIsAMistake) {
               ElementsAre("f:1:12: the name of this profile has a control character; remove it"));
 }
 
-TEST(ConfigMistakes, ADeviceHasANameThatNoOtherDeviceAndNoInterfaceHas) {
+TEST(ConfigDiagnostics, ADeviceHasANameThatNoOtherDeviceAndNoInterfaceHas) {
   auto const told = [](std::string const& device) {
     return complaints("profiles: {p: {dot1x: true}}\ninterfaces:\n  e1: {profile: p, device: " +
                       device + "}\n  e2: {profile: p, device: uplink}\n  e3: {profile: p}\n");
@@ -55,13 +55,13 @@ TEST(ConfigMistakes, ADeviceHasANameThatNoOtherDeviceAndNoInterfaceHas) {
   EXPECT_THAT(told("e3"), ElementsAre(HasSubstr("'e3' is already interface 'e3' itself")));
 }
 
-TEST(ConfigMistakes, AMistakeAtAnEmptyWordIsToldOnItsOwnLine) {
+TEST(ConfigDiagnostics, AMistakeAtAnEmptyWordIsToldOnItsOwnLine) {
   EXPECT_THAT(complaints(profile("key:\nrekey-period: 5")),
               ElementsAre("f:3:5: 'key' has no 'ckn'; add 'ckn: ...'",
                           "f:3:5: 'key' has no 'cak'; add 'cak: ...'"));
 }
 
-TEST(ConfigMistakes, NoMistakeShowsMuchOfAKeyInTheWrongPlace) {
+TEST(ConfigDiagnostics, NoMistakeShowsMuchOfAKeyInTheWrongPlace) {
   std::string const octets = "0f:1e:2d:3c:4b:5a:69:78:87:96:a5:b4:c3:d2:e1:f0";
   std::string digits = octets;
   std::erase(digits, ':');
@@ -81,12 +81,12 @@ TEST(ConfigMistakes, NoMistakeShowsMuchOfAKeyInTheWrongPlace) {
   }
 }
 
-TEST(ConfigMistakes, ANetworkCardThatIsCalledByItsAddressIsNoKey) {
+TEST(ConfigDiagnostics, ANetworkCardThatIsCalledByItsAddressIsNoKey) {
   EXPECT_THAT(complaints("profiles: {p: {}}\ninterfaces: {enx0123456789ab: {profile: q}}"),
               ElementsAre(HasSubstr("there is no profile 'q'; write 'p'")));
 }
 
-TEST(ConfigMistakes, AFileThatSaysNothingIsAMistake) {
+TEST(ConfigDiagnostics, AFileThatSaysNothingIsAMistake) {
   auto const path = ::testing::TempDir() + "/says-nothing-" + std::to_string(getpid());
   for (char const* const text : {"", "# nothing\n", "%YAML 1.2\n", "---\n", "%YAML 1.2\n---\n"}) {
     std::ofstream(path) << text;
@@ -96,16 +96,16 @@ TEST(ConfigMistakes, AFileThatSaysNothingIsAMistake) {
   std::filesystem::remove(path);
 }
 
-TEST(ConfigMistakes, FipsModeThatTheMachineCannotRunInIsAMistakeOfAFile) {
+TEST(ConfigDiagnostics, FipsModeThatTheMachineCannotRunInIsAMistakeOfAFile) {
   auto const path = ::testing::TempDir() + "/fips-" + std::to_string(getpid());
   std::ofstream(path) << "interfaces: {}\nfips: true\n";
   std::filesystem::permissions(path, std::filesystem::perms(0600));
-  auto const mistakes = readConfigFile(path).mistakes;
+  auto const diagnostics = readConfigFile(path).diagnostics;
   if (Macsec::missingForFips()) {
-    ASSERT_EQ(mistakes.size(), 1u);
-    EXPECT_THAT(mistakes[0].text(), HasSubstr(":2:7: OpenSSL can't run in FIPS mode here: "));
+    ASSERT_EQ(diagnostics.size(), 1u);
+    EXPECT_THAT(diagnostics[0].text(), HasSubstr(":2:7: OpenSSL can't run in FIPS mode here: "));
   } else {
-    EXPECT_THAT(mistakes, IsEmpty());
+    EXPECT_THAT(diagnostics, IsEmpty());
   }
   std::ofstream(path) << "interfaces: {}\nfips: true\nshutdown: true\n";
   EXPECT_TRUE(readConfigFile(path).good());

@@ -12,7 +12,7 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
 
-TEST(ScenarioMistakes, AWordThatIsNotKnownIsAnsweredWithTheNearestOne) {
+TEST(ScenarioDiagnostics, AWordThatIsNotKnownIsAnsweredWithTheNearestOne) {
   EXPECT_THAT(complaintsIn("wier A e to B e"),
               ElementsAre("f:19:1: there is no beginning of a line 'wier'; write 'wire'"));
   EXPECT_THAT(complaintsIn("at 5 restrat A"),
@@ -33,7 +33,7 @@ TEST(ScenarioMistakes, AWordThatIsNotKnownIsAnsweredWithTheNearestOne) {
   EXPECT_THAT(complaintsIn("at 5 set cipher suite of profile core on A to aes"), SizeIs(1));
 }
 
-TEST(ScenarioMistakes, ANameThatNothingHasIsRefusedAtItsPlace) {
+TEST(ScenarioDiagnostics, ANameThatNothingHasIsRefusedAtItsPlace) {
   EXPECT_THAT(complaintsIn("at 5 restart C"),
               ElementsAre("f:19:14: there is no switch 'C'; write 'A'"));
   EXPECT_THAT(complaintsIn("at 5 link up on A Ethernet2"),
@@ -48,13 +48,13 @@ TEST(ScenarioMistakes, ANameThatNothingHasIsRefusedAtItsPlace) {
               ElementsAre(HasSubstr("there is no mark up to this line 'never'; ")));
 }
 
-TEST(ScenarioMistakes, AKeyOfAnEarlierLineIsKnown) {
+TEST(ScenarioDiagnostics, AKeyOfAnEarlierLineIsKnown) {
   EXPECT_THAT(complaintsIn("at 5 set key of profile core on A to cc " + key128 +
                            "\nat 9 expect A Ethernet1 uses key cc"),
               IsEmpty());
 }
 
-TEST(ScenarioMistakes, ABadKeyIsRefusedWithoutBeingShown) {
+TEST(ScenarioDiagnostics, ABadKeyIsRefusedWithoutBeingShown) {
   std::string const bad = key128.substr(1);
   auto lines = complaintsIn("at 5 set key of profile core on A to ab " + bad);
   EXPECT_THAT(lines, ElementsAre(HasSubstr("f:19:41: the key has an odd number of digits, 31")));
@@ -68,7 +68,7 @@ TEST(ScenarioMistakes, ABadKeyIsRefusedWithoutBeingShown) {
   EXPECT_THAT(swapped, ElementsAre(Not(HasSubstr(key128))));
 }
 
-TEST(ScenarioMistakes, TimesAreNumbersWithinTheRun) {
+TEST(ScenarioDiagnostics, TimesAreNumbersWithinTheRun) {
   EXPECT_THAT(complaintsIn("at soon restart A"),
               ElementsAre(HasSubstr("f:19:4: 'soon' isn't a time in seconds; ")));
   EXPECT_THAT(complaintsIn("at -1 restart A"), SizeIs(1));
@@ -80,7 +80,7 @@ TEST(ScenarioMistakes, TimesAreNumbersWithinTheRun) {
               ElementsAre(HasSubstr("f:19:15: the span ends before it begins; ")));
 }
 
-TEST(ScenarioMistakes, ATimeFitsWhatIsExpected) {
+TEST(ScenarioDiagnostics, ATimeFitsWhatIsExpected) {
   EXPECT_THAT(
       complaintsIn("from 1 to 5 expect A logs X"),
       ElementsAre("f:19:20: a line doesn't last; write 'between TIME and TIME expect ...'"));
@@ -90,7 +90,7 @@ TEST(ScenarioMistakes, ATimeFitsWhatIsExpected) {
               ElementsAre(HasSubstr("f:20:13: the mark 'm' is set later than this; ")));
 }
 
-TEST(ScenarioMistakes, NumbersHaveTheirRanges) {
+TEST(ScenarioDiagnostics, NumbersHaveTheirRanges) {
   EXPECT_THAT(
       complaintsIn("at 5 set priority of profile core on A to 256"),
       ElementsAre(HasSubstr("a priority is out of range; write a whole number from 0 to 255")));
@@ -102,7 +102,7 @@ TEST(ScenarioMistakes, NumbersHaveTheirRanges) {
   EXPECT_THAT(complaintsIn("at 5 hardware of A reports packet number 0x on Ethernet1"), SizeIs(1));
 }
 
-TEST(ScenarioMistakes, ALineThatEndsEarlyOrLateIsRefused) {
+TEST(ScenarioDiagnostics, ALineThatEndsEarlyOrLateIsRefused) {
   EXPECT_THAT(complaintsIn("at 5 restart"),
               ElementsAre(HasSubstr("f:19:13: the name of a switch is ")));
   EXPECT_THAT(complaintsIn("at 5 restart A now"),
@@ -115,7 +115,7 @@ TEST(ScenarioMistakes, ALineThatEndsEarlyOrLateIsRefused) {
   EXPECT_THAT(complaintsIn("at 5 expect"), SizeIs(1));
 }
 
-TEST(ScenarioMistakes, DuplicatesAreRefused) {
+TEST(ScenarioDiagnostics, DuplicatesAreRefused) {
   EXPECT_THAT(complaintsIn("at 1 mark m\nat 2 mark m"),
               ElementsAre(HasSubstr("f:20:11: the mark 'm' is set twice; ")));
   EXPECT_THAT(complaintsIn("run until 5"),
@@ -129,7 +129,7 @@ TEST(ScenarioMistakes, DuplicatesAreRefused) {
               ElementsAre(HasSubstr("'mac' stands twice in switch A; ")));
 }
 
-TEST(ScenarioMistakes, MissingPartsOfAScenarioAreTold) {
+TEST(ScenarioDiagnostics, MissingPartsOfAScenarioAreTold) {
   EXPECT_THAT(complaints(""), ElementsAre(HasSubstr("has no switch; "), HasSubstr("has no end; ")));
   EXPECT_THAT(complaints("run until 1\nswitch A"),
               ElementsAre(HasSubstr("f:2:1: switch A lacks an entry; add 'mac "),
@@ -141,7 +141,7 @@ TEST(ScenarioMistakes, MissingPartsOfAScenarioAreTold) {
       ElementsAre("f:7:15: A e is on no wire; add 'wire A e to ...'"));
 }
 
-TEST(ScenarioMistakes, EntriesOfASwitchAreChecked) {
+TEST(ScenarioDiagnostics, EntriesOfASwitchAreChecked) {
   EXPECT_THAT(complaints("run until 1\nswitch A\n  mac 02:00\n  colour red\n  config:\n"),
               ElementsAre(HasSubstr("f:3:7: this isn't a MAC address; "),
                           HasSubstr("f:4:3: there is no entry of a switch 'colour'; "),
@@ -150,7 +150,7 @@ TEST(ScenarioMistakes, EntriesOfASwitchAreChecked) {
               ElementsAre(HasSubstr("f:20:1: an indented line stands outside a switch; ")));
 }
 
-TEST(ScenarioMistakes, MistakesInAConfigurationHaveTheirPlacesInTheScenario) {
+TEST(ScenarioDiagnostics, MistakesInAConfigurationHaveTheirPlacesInTheScenario) {
   auto lines = complaints(
       "run until 9\nswitch A\n  mac 02:00:00:00:00:03\n  config:\n    profiles:\n"
       "\n      core: {rekey-peroid: 5}\nat 5 set priority of profile x on A to 1\n");
@@ -159,14 +159,14 @@ TEST(ScenarioMistakes, MistakesInAConfigurationHaveTheirPlacesInTheScenario) {
       << "what follows from it isn't told";
 }
 
-TEST(ScenarioMistakes, AllMistakesComeAtOnce) {
+TEST(ScenarioDiagnostics, AllMistakesComeAtOnce) {
   EXPECT_THAT(complaintsIn("at 5 restrat A\nat x restart A\nat 5 expect A Ethernet1 is opne"),
               ElementsAre(HasSubstr("f:19:"), HasSubstr("f:20:"), HasSubstr("f:21:")));
 }
 
-TEST(ScenarioMistakes, AFileThatCannotBeReadIsAMistake) {
-  EXPECT_THAT(readScenario("/nowhere.scenario").mistakes, SizeIs(1));
-  EXPECT_THAT(readScenario("/").mistakes, SizeIs(1));
+TEST(ScenarioDiagnostics, AFileThatCannotBeReadIsAMistake) {
+  EXPECT_THAT(readScenario("/nowhere.scenario").diagnostics, SizeIs(1));
+  EXPECT_THAT(readScenario("/").diagnostics, SizeIs(1));
 }
 
 }  // namespace
