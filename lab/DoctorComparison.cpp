@@ -21,8 +21,8 @@ constexpr double kSame = 1e-3;
 // Whether a doctor acts on a port.
 class Doctors final : public Audience {
  public:
-  void happened(Happening const& happening) override {
-    auto const* const line = std::get_if<SyslogLine>(&happening.what);
+  void happened(Event const& event) override {
+    auto const* const line = std::get_if<SyslogLine>(&event.what);
     haveActed_ = haveActed_ || (line && line->name == "MACSECD_PORT_BOUND_ANEW");
   }
   bool haveActed() const { return haveActed_; }

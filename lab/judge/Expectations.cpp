@@ -35,17 +35,17 @@ Expectations::Expectations(Simulation const& simulation)
   }
 }
 
-void Expectations::happened(Happening const& happening) {
+void Expectations::happened(Event const& event) {
   for (Check& check : checks_) {
     Expectation const& expectation = *check.expectation;
-    if (check.decided || switchNameOf(expectation) != happening.switchName) continue;
-    if (auto const* line = std::get_if<SyslogLine>(&happening.what)) {
+    if (check.decided || switchNameOf(expectation) != event.switchName) continue;
+    if (auto const* line = std::get_if<SyslogLine>(&event.what)) {
       if (auto const* logs = std::get_if<Logs>(&expectation.what)) {
-        hear(check, *logs, *line, happening.time);
+        hear(check, *logs, *line, event.time);
       }
-    } else if (auto const* port = std::get_if<PortChanged>(&happening.what)) {
+    } else if (auto const* port = std::get_if<PortChanged>(&event.what)) {
       if (auto const* portIs = std::get_if<PortIs>(&expectation.what)) {
-        see(check, *portIs, *port, happening.time);
+        see(check, *portIs, *port, event.time);
       }
     }
   }

@@ -26,7 +26,7 @@ class Expectations final : public Audience {
  public:
   explicit Expectations(Simulation const& simulation);
 
-  void happened(Happening const& happening) override;
+  void happened(Event const& event) override;
   void instantDone(double time) override;
   /// What failed, in the order of the file. Complete when the simulation has ended.
   std::vector<Failure> failures() const;

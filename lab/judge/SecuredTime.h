@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "lab/world/Happening.h"
+#include "lab/world/Event.h"
 #include "lab/world/Simulation.h"
 
 namespace Lab {

@@ -7,7 +7,7 @@
 
 #include "host/client/Pcap.h"
 #include "lab/scenario/Scenario.h"
-#include "lab/world/Happening.h"
+#include "lab/world/Event.h"
 
 namespace Lab {
 

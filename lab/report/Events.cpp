@@ -108,11 +108,11 @@ void put(Json& json, Reloaded const& reloaded) {
 
 }  // namespace
 
-void Events::happened(Happening const& happening) {
+void Events::happened(Event const& event) {
   Json json;
-  putTime(json, "", happening.time);
-  json["switch"] = happening.switchName;
-  std::visit([&](auto const& what) { put(json, what); }, happening.what);
+  putTime(json, "", event.time);
+  json["switch"] = event.switchName;
+  std::visit([&](auto const& what) { put(json, what); }, event.what);
   // Names that are no UTF-8 are shown as far as they are.
   out_ << Macsecd::jsonText(json) << '\n';
 }

@@ -2,15 +2,15 @@
 
 #include <iosfwd>
 
-#include "lab/world/Happening.h"
+#include "lab/world/Event.h"
 
 namespace Lab {
 
-/// Writes one JSON object for each happening on a line of its own, as docs/lab.md describes.
+/// Writes one JSON object for each event on a line of its own, as docs/lab.md describes.
 class Events final : public Audience {
  public:
   explicit Events(std::ostream& out) : out_(out) {}
-  void happened(Happening const& happening) override;
+  void happened(Event const& event) override;
 
  private:
   std::ostream& out_;

@@ -17,20 +17,20 @@ void Timeline::line(double time, std::string const& who, std::string const& text
 
 void Timeline::acted(double time, std::string const& text) { line(time, "--", text); }
 
-void Timeline::happened(Happening const& happening) {
-  if (auto const* syslog = std::get_if<SyslogLine>(&happening.what)) {
-    line(happening.time, happening.switchName, syslog->name + ": " + syslog->text);
-  } else if (auto const* port = std::get_if<PortChanged>(&happening.what)) {
-    line(happening.time, happening.switchName, "port " + port->interface + " is " + port->state);
-  } else if (auto const* ended = std::get_if<ProcessEnded>(&happening.what)) {
-    line(happening.time, happening.switchName,
+void Timeline::happened(Event const& event) {
+  if (auto const* syslog = std::get_if<SyslogLine>(&event.what)) {
+    line(event.time, event.switchName, syslog->name + ": " + syslog->text);
+  } else if (auto const* port = std::get_if<PortChanged>(&event.what)) {
+    line(event.time, event.switchName, "port " + port->interface + " is " + port->state);
+  } else if (auto const* ended = std::get_if<ProcessEnded>(&event.what)) {
+    line(event.time, event.switchName,
          fmt::format("process ends with status {}, the next starts at {}", ended->status,
                      timeText(ended->startsAgain)));
-  } else if (auto const* reloaded = std::get_if<Reloaded>(&happening.what)) {
-    line(happening.time, happening.switchName,
+  } else if (auto const* reloaded = std::get_if<Reloaded>(&event.what)) {
+    line(event.time, event.switchName,
          fmt::format("{} is {}taken over", reloaded->file, reloaded->taken ? "" : "not "));
     for (auto const& diagnostic : reloaded->diagnostics) {
-      line(happening.time, happening.switchName, diagnostic);
+      line(event.time, event.switchName, diagnostic);
     }
   }
 }

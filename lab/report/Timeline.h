@@ -11,7 +11,7 @@ namespace Lab {
 class Timeline final : public Audience {
  public:
   Timeline(std::ostream& out, Scenario const& scenario);
-  void happened(Happening const& happening) override;
+  void happened(Event const& event) override;
   void acted(double time, std::string const& text) override;
 
  private:

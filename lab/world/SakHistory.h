@@ -4,7 +4,7 @@
 #include <string>
 
 #include "lab/scenario/Scenario.h"
-#include "lab/world/Happening.h"
+#include "lab/world/Event.h"
 #include "model/Keys.h"
 
 namespace Lab {
@@ -21,10 +21,10 @@ class SakHistory final : public Audience {
     uint32_t rotations = 0;
   };
 
-  void happened(Happening const& happening) override {
-    auto const* const asked = std::get_if<SaAsked>(&happening.what);
+  void happened(Event const& event) override {
+    auto const* const asked = std::get_if<SaAsked>(&event.what);
     if (!asked || !asked->transmit || !asked->key) return;
-    Record& record = records_[{happening.switchName, asked->interface}];
+    Record& record = records_[{event.switchName, asked->interface}];
     if (record.last && record.last != asked->key) ++record.rotations;
     record.last = asked->key;
   }

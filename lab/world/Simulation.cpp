@@ -170,8 +170,8 @@ Simulation::WireEnd const* Simulation::wireAt(PortName const& port) const {
 }
 
 void Simulation::tell(Switch const& from, TreeWatch::What what) {
-  Happening const happening{clock_.now, from.name(), std::move(what)};
-  for (Audience* audience : audience_) audience->happened(happening);
+  Event const event{clock_.now, from.name(), std::move(what)};
+  for (Audience* audience : audience_) audience->happened(event);
 }
 
 }  // namespace Lab

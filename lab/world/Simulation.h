@@ -10,7 +10,7 @@
 #include "host/watch/NonceWatch.h"
 #include "lab/scenario/Scenario.h"
 #include "lab/world/Clock.h"
-#include "lab/world/Happening.h"
+#include "lab/world/Event.h"
 #include "lab/world/SakHistory.h"
 #include "lab/world/Switch.h"
 #include "lab/world/Wire.h"

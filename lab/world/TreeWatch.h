@@ -7,18 +7,18 @@
 #include <vector>
 
 #include "host/Host.h"
-#include "lab/world/Happening.h"
+#include "lab/world/Event.h"
 #include "model/MacSecStatus.h"
 #include "runtime/Entity.h"
 
 namespace Lab {
 
-/// Turns the effective writes to the trees of one switch into happenings: what stands otherwise
+/// Turns the effective writes to the trees of one switch into events: what stands otherwise
 /// than it was told last is told. It runs as each write is stored and before any reactor hears of
 /// it.
 class TreeWatch {
  public:
-  using What = decltype(Happening::what);
+  using What = decltype(Event::what);
 
   /// `slice` is the hardware. The trees are asked of the host each time: a restart makes new ones.
   TreeWatch(Macsecd::Host const& host, Vesk::Ptr<Macsec::MacSecStatus const> slice,

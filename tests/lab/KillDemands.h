@@ -25,19 +25,19 @@ class KillDemands final : public Audience {
   std::optional<double> killedAt() const { return killedAt_; }
   std::vector<std::string> const& failures() const { return failures_; }
 
-  void happened(Happening const& happening) override {
-    Switch const& one = happening.switchName == "A" ? a_ : b_;
-    if (auto const* ended = std::get_if<ProcessEnded>(&happening.what)) {
+  void happened(Event const& event) override {
+    Switch const& one = event.switchName == "A" ? a_ : b_;
+    if (auto const* ended = std::get_if<ProcessEnded>(&event.what)) {
       follows_ = follows_ || ended->status == kKilled;
     }
-    if (auto const* line = std::get_if<SyslogLine>(&happening.what)) {
+    if (auto const* line = std::get_if<SyslogLine>(&event.what)) {
       isBoundAnew_ = isBoundAnew_ || (&one == &b_ && line->name == "MACSECD_PORT_BOUND_ANEW");
     }
-    if (auto const* frame = std::get_if<FramePassed>(&happening.what)) framePassed(one, *frame);
+    if (auto const* frame = std::get_if<FramePassed>(&event.what)) framePassed(one, *frame);
     if (!follows_) return;
-    if (auto const* port = std::get_if<PortChanged>(&happening.what)) portChanged(one, *port);
-    if (auto const* sa = std::get_if<SaInstalled>(&happening.what)) saChanged(one, *sa);
-    if (auto const* sa = std::get_if<SaAsked>(&happening.what)) saChanged(one, *sa);
+    if (auto const* port = std::get_if<PortChanged>(&event.what)) portChanged(one, *port);
+    if (auto const* sa = std::get_if<SaInstalled>(&event.what)) saChanged(one, *sa);
+    if (auto const* sa = std::get_if<SaAsked>(&event.what)) saChanged(one, *sa);
   }
   void instantDone(double) override {
     if (follows_ && a_.host().running() && !std::exchange(isCompared_, true)) compareActors();

@@ -33,11 +33,11 @@ class Played final : public Audience {
     for (Failure const& failure : expectations_->failures()) lines.push_back(failure.text());
     return lines;
   }
-  /// The times of all happenings of one kind at one switch.
+  /// The times of all events of one kind at one switch.
   template <class What>
   std::vector<double> times(std::string const& switchName) const {
     std::vector<double> times;
-    for (auto const& [time, name, what] : happenings_) {
+    for (auto const& [time, name, what] : events_) {
       if (name == switchName && std::holds_alternative<What>(what)) times.push_back(time);
     }
     return times;
@@ -45,7 +45,7 @@ class Played final : public Audience {
   template <class What>
   std::vector<What> all(std::string const& switchName) const {
     std::vector<What> found;
-    for (auto const& [time, name, what] : happenings_) {
+    for (auto const& [time, name, what] : events_) {
       if (name == switchName && std::holds_alternative<What>(what)) {
         found.push_back(std::get<What>(what));
       }
@@ -60,8 +60,8 @@ class Played final : public Audience {
     }));
   }
 
-  void happened(Happening const& happening) override {
-    happenings_.push_back({happening.time, happening.switchName, happening.what});
+  void happened(Event const& event) override {
+    events_.push_back({event.time, event.switchName, event.what});
   }
 
  private:
@@ -74,7 +74,7 @@ class Played final : public Audience {
   ScenarioResult result_;
   std::unique_ptr<Simulation> simulation_;
   std::unique_ptr<Expectations> expectations_;
-  std::vector<Kept> happenings_;
+  std::vector<Kept> events_;
 };
 
 /// Two switches whose every delay is fixed, as in the shipped timeline: A opens at 7.001, B at

@@ -83,8 +83,8 @@ class Ear final : public Audience {
       };
     }
   }
-  void happened(Happening const& happening) override {
-    if (auto const* line = std::get_if<SyslogLine>(&happening.what)) {
+  void happened(Event const& event) override {
+    if (auto const* line = std::get_if<SyslogLine>(&event.what)) {
       logs << line->name << ' ' << line->text << '\n';
       for (auto const& argument : line->arguments) logs << argument << '\n';
     }

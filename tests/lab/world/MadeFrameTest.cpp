@@ -45,10 +45,10 @@ class Recorded final : public Audience {
     simulation_.audienceIs(*this);
     simulation_.run();
   }
-  void happened(Happening const& happening) override {
-    auto const* const frame = std::get_if<FramePassed>(&happening.what);
+  void happened(Event const& event) override {
+    auto const* const frame = std::get_if<FramePassed>(&event.what);
     if (frame && frame->received && frame->verdict != "accepted") return;
-    events_.happened(happening);
+    events_.happened(event);
   }
   std::string text() const { return lines_.str(); }
 

@@ -12,10 +12,10 @@ using ::testing::ElementsAre;
 class LosesHostKey final : public Audience {
  public:
   LosesHostKey(Simulation& simulation, double at) : simulation_(simulation), at_(at) {}
-  void happened(Happening const& happening) override {
-    if (auto const* const line = std::get_if<SyslogLine>(&happening.what)) {
+  void happened(Event const& event) override {
+    if (auto const* const line = std::get_if<SyslogLine>(&event.what)) {
       if (line->name == "MACSECD_KEY_UNREADABLE") {
-        told.push_back(happening.switchName + ": " + line->arguments[0]);
+        told.push_back(event.switchName + ": " + line->arguments[0]);
       }
     }
   }

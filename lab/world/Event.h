@@ -95,7 +95,7 @@ struct Reloaded {
   std::vector<std::string> diagnostics;  ///< because of which it wasn't taken
 };
 
-struct Happening {
+struct Event {
   double time;
   std::string const& switchName;
   std::variant<SyslogLine, ForwardingChanged, PortChanged, SaAsked, SaInstalled, PrincipalChanged,
@@ -107,7 +107,7 @@ struct Happening {
 class Audience {
  public:
   virtual ~Audience() = default;
-  virtual void happened(Happening const& happening) { static_cast<void>(happening); }
+  virtual void happened(Event const& event) { static_cast<void>(event); }
   /// A line of the scenario is carried out.
   virtual void acted(double time, std::string const& text) {
     static_cast<void>(time), static_cast<void>(text);
