@@ -58,11 +58,11 @@ KeyHistory::Key* KeyHistory::keyIs(Lumo::IntfId intfId, SakId const& sak) {
   return &keys.emplace_back(Key{sak.number, 0, 0, {}});
 }
 
-void KeyHistory::ssciIs(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci) {
+void KeyHistory::bindSsci(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci) {
   Key* const key = keyIs(intfId, sak);
   if (!key || key->ssci != 0) return;
   key->ssci = ssci;
-  changed(intfId, sak.server);
+  keep(intfId, sak.server);
   commit();
 }
 
@@ -75,14 +75,14 @@ std::optional<uint64_t> KeyHistory::firstToSend(Lumo::IntfId intfId, SakId const
   return std::max<uint64_t>(key->reserved, 1);
 }
 
-void KeyHistory::sends(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci, uint64_t next) {
+void KeyHistory::noteSent(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci, uint64_t next) {
   if (next == 0) return spend(intfId, sak);
   Key* const key = keyIs(intfId, sak);
   if (!key) return;
   if (key->ssci == 0) key->ssci = ssci;
   if (key->reserved > next && key->reserved - next > kReserved / 2) return;
   key->reserved = next > kAll - kReserved ? kAll : next + kReserved;
-  changed(intfId, sak.server);
+  keep(intfId, sak.server);
   commit();
 }
 
@@ -91,7 +91,7 @@ void KeyHistory::spend(Lumo::IntfId intfId, SakId const& sak) {
   Key* const key = keyIs(intfId, sak);
   if (!key) return;
   key->reserved = kAll;
-  changed(intfId, sak.server);
+  keep(intfId, sak.server);
   commit();
 }
 
@@ -109,14 +109,14 @@ uint64_t KeyHistory::firstToReceive(Lumo::IntfId intfId, SakId const& sak, uint6
   return received == key->received.end() ? 1 : received->second;
 }
 
-void KeyHistory::receives(Lumo::IntfId intfId, SakId const& sak, uint64_t sci, uint64_t next) {
+void KeyHistory::noteReceived(Lumo::IntfId intfId, SakId const& sak, uint64_t sci, uint64_t next) {
   Key* const key = keyIs(intfId, sak);
   if (!key || next <= firstToReceive(intfId, sak, sci)) return;
   key->received[sci] = next;
-  changed(intfId, sak.server);
+  keep(intfId, sak.server);
 }
 
-void KeyHistory::changed(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id) {
+void KeyHistory::keep(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id) {
   if (store_) pending_.values[pathOf(intfId, id)] = textOf(*server(intfId, id));
 }
 

@@ -55,11 +55,12 @@ class KeyHistory {
   std::vector<std::string> takeUp(StateValues const& values);
 
   /// This end has this SSCI under the key, and never sends with another one under it.
-  void ssciIs(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci);
+  void bindSsci(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci);
   /// The packet number with which this end may begin to send; nothing if it may never again.
   std::optional<uint64_t> firstToSend(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci) const;
-  /// `next` is the first packet number that hasn't been sent; 0 after the last one of all.
-  void sends(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci, uint64_t next);
+  /// Packet numbers were sent with the key, or are about to be: `next` is the first packet number
+  /// that hasn't been sent; 0 after the last one of all.
+  void noteSent(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci, uint64_t next);
   /// Nothing is ever sent with this key again.
   void spend(Lumo::IntfId intfId, SakId const& sak);
   bool isSpent(Lumo::IntfId intfId, SakId const& sak) const;
@@ -67,7 +68,7 @@ class KeyHistory {
   /// The lowest packet number that may be received from this channel: 1 for a new key.
   uint64_t firstToReceive(Lumo::IntfId intfId, SakId const& sak, uint64_t sci) const;
   /// Goes to the store with the next `commit`.
-  void receives(Lumo::IntfId intfId, SakId const& sak, uint64_t sci, uint64_t next);
+  void noteReceived(Lumo::IntfId intfId, SakId const& sak, uint64_t sci, uint64_t next);
 
   /// Gives the store what it hasn't got yet. True if there was something, and the store took it.
   bool commit();
@@ -90,7 +91,7 @@ class KeyHistory {
   Server const* server(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id) const;
   Key* keyIs(Lumo::IntfId intfId, SakId const& sak);
   Server& serverIs(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id);
-  void changed(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server);
+  void keep(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server);
   static std::string pathOf(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server);
   static std::string textOf(Server const& server);
   static bool read(std::string const& text, Server& out);

@@ -221,7 +221,7 @@ void Hardware::giveRx(Lumo::IntfId intfId, AssociationNumber an) {
   auto const entry = slice_->status(intfId);
   if (!entry) return;
   if (auto const id = Macsecd::SakId::of(sak)) {
-    host_.keyHistory().ssciIs(intfId, *id, ssciOf(intfId));
+    host_.keyHistory().bindSsci(intfId, *id, ssciOf(intfId));
   }
   if (entry->rxSaStatus(an)) entry->rxSaStatusDel(an);
   entry->rxSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
@@ -251,7 +251,7 @@ bool Hardware::maySend(Lumo::IntfId intfId, Sak const& sak) {
   Macsecd::NonceWatch::Sender const sender{
       name_ + " " + intfId.stringValue().charPtr(),
       std::string(sak.keyMsgId().view()) + ":" + std::to_string(sak.keyNum()), ssci};
-  host_.keyHistory().sends(intfId, *id, ssci, *first);
+  host_.keyHistory().noteSent(intfId, *id, ssci, *first);
   nonces_.begins(sender, *first);
   nonces_.reaches(sender, *first + kFramesSent);
   return true;

@@ -184,12 +184,12 @@ void KernelPort::take(SecY const* secY) {
   hold(secY);
   if (!held_) return;
   for (HeldSa const& sa : held_->txSas) {
-    history_.sends(intfId_, sakIdOf(sa.keyId), sa.ssci, sa.packetNumber);
+    history_.noteSent(intfId_, sakIdOf(sa.keyId), sa.ssci, sa.packetNumber);
     if (reserved_ && reserved_->first == sa.keyId) reserved_.reset();
   }
   for (HeldRxSc const& sc : held_->rxScs) {
     for (HeldSa const& sa : sc.sas) {
-      history_.receives(intfId_, sakIdOf(sa.keyId), sc.sci, sa.packetNumber);
+      history_.noteReceived(intfId_, sakIdOf(sa.keyId), sc.sci, sa.packetNumber);
     }
   }
 }

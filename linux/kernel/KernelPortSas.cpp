@@ -96,7 +96,7 @@ bool KernelPort::installReceive(Sak const& sak, SciNumber sci) {
   uint64_t first = 1;
   if (auto const id = Macsecd::SakId::of(sak)) {
     first = history_.firstToReceive(intfId_, *id, sci);
-    if (auto const mine = ssciNumber(cpStatus_->mySsci())) history_.ssciIs(intfId_, *id, *mine);
+    if (auto const mine = ssciNumber(cpStatus_->mySsci())) history_.bindSsci(intfId_, *id, *mine);
   }
   return install(place, sak, first, *ssciNumber(cpStatus_->peerSsci()), "install the receive key",
                  sc->sas);
@@ -175,7 +175,7 @@ bool KernelPort::installTransmit(Sak const& sak, KeyId const& keyId) {
   if (find(held_->txSas, place.an) && !dropSa(place, held_->txSas)) return false;
   auto const first = firstPacketNumber(sak, keyId, *ssci);
   if (!first) return refuseSpent(keyId);
-  history_.sends(intfId_, sakIdOf(keyId), *ssci, *first);
+  history_.noteSent(intfId_, sakIdOf(keyId), *ssci, *first);
   reserved_ = {keyId, *first};
   if (!install(place, sak, *first, *ssci, "install the transmit key", held_->txSas)) return false;
   reserved_.reset();

@@ -53,29 +53,29 @@ TEST_F(TheKeyHistory, BeginsANewKeyWithPacketNumberOne) {
 }
 
 TEST_F(TheKeyHistory, BeginsAKeyThatComesBackAboveAllThatMayHaveBeenSent) {
-  history.sends(intf, sak(1), 2, 1);
+  history.noteSent(intf, sak(1), 2, 1);
   EXPECT_EQ(history.firstToSend(intf, sak(1), 2), 1 + kReserved);
   EXPECT_EQ(history.firstToSend(other, sak(1), 2), 1u);
 }
 
 TEST_F(TheKeyHistory, ReservesFurtherNumbersWhileThereAreEnoughLeft) {
-  history.sends(intf, sak(1), 2, 1);
+  history.noteSent(intf, sak(1), 2, 1);
   int const before = store.commits;
-  history.sends(intf, sak(1), 2, kReserved / 2);
+  history.noteSent(intf, sak(1), 2, kReserved / 2);
   EXPECT_EQ(store.commits, before);
-  history.sends(intf, sak(1), 2, kReserved / 2 + 1);
+  history.noteSent(intf, sak(1), 2, kReserved / 2 + 1);
   EXPECT_EQ(store.commits, before + 1);
   EXPECT_EQ(history.firstToSend(intf, sak(1), 2), kReserved / 2 + 1 + kReserved);
 }
 
 TEST_F(TheKeyHistory, IsInTheStoreBeforeTheFirstFrameCanBeSent) {
-  history.sends(intf, sak(1), 2, 1);
+  history.noteSent(intf, sak(1), 2, 1);
   EXPECT_EQ(afterDeath().firstToSend(intf, sak(1), 2), 1 + kReserved);
 }
 
 TEST_F(TheKeyHistory, GivesTheStoreLaterWhatItRefused) {
   store.isFull = true;
-  history.sends(intf, sak(1), 2, 1);
+  history.noteSent(intf, sak(1), 2, 1);
   EXPECT_FALSE(history.commit());
   store.isFull = false;
   EXPECT_TRUE(history.commit());
@@ -84,7 +84,7 @@ TEST_F(TheKeyHistory, GivesTheStoreLaterWhatItRefused) {
 }
 
 TEST_F(TheKeyHistory, NeverLetsAKeyBeSentWithUnderAnotherSsci) {
-  history.ssciIs(intf, sak(1), 2);
+  history.bindSsci(intf, sak(1), 2);
   EXPECT_EQ(history.firstToSend(intf, sak(1), 2), 1u);
   EXPECT_EQ(history.firstToSend(intf, sak(1), 1), std::nullopt);
   EXPECT_EQ(afterDeath().firstToSend(intf, sak(1), 1), std::nullopt);
@@ -99,15 +99,15 @@ TEST_F(TheKeyHistory, NeverLetsASpentKeyBeSentWithAgain) {
 }
 
 TEST_F(TheKeyHistory, TakesAKeyWhosePacketNumbersAreUsedUpForSpent) {
-  history.sends(intf, sak(1), 2, 1);
-  history.sends(intf, sak(1), 2, 0);
+  history.noteSent(intf, sak(1), 2, 1);
+  history.noteSent(intf, sak(1), 2, 0);
   EXPECT_TRUE(history.isSpent(intf, sak(1)));
-  history.sends(intf, sak(2), 2, std::numeric_limits<uint64_t>::max() - 5);
+  history.noteSent(intf, sak(2), 2, std::numeric_limits<uint64_t>::max() - 5);
   EXPECT_TRUE(history.isSpent(intf, sak(2)));
 }
 
 TEST_F(TheKeyHistory, TakesEveryOlderKeyOfAKeyServerForSpentHoweverManyThereWere) {
-  for (uint32_t number = 3; number <= 1000; ++number) history.sends(intf, sak(number), 2, 1);
+  for (uint32_t number = 3; number <= 1000; ++number) history.noteSent(intf, sak(number), 2, 1);
   for (uint32_t number : {1u, 2u, 3u, 500u, 996u}) {
     EXPECT_TRUE(history.isSpent(intf, sak(number))) << number;
     EXPECT_EQ(history.firstToSend(intf, sak(number), 2), std::nullopt) << number;
@@ -118,7 +118,8 @@ TEST_F(TheKeyHistory, TakesEveryOlderKeyOfAKeyServerForSpentHoweverManyThereWere
 
 TEST_F(TheKeyHistory, KeepsAsMuchInTheStoreAsInMemoryAndNoMore) {
   for (uint16_t server = 0; server < 200; ++server) {
-    for (uint32_t number = 1; number < 10; ++number) history.sends(intf, sak(number, server), 2, 1);
+    for (uint32_t number = 1; number < 10; ++number)
+      history.noteSent(intf, sak(number, server), 2, 1);
   }
   EXPECT_EQ(store.values.size(), KeyHistory::kMostServers);
   EXPECT_FALSE(history.isSpent(intf, sak(1, 0)));
@@ -126,9 +127,9 @@ TEST_F(TheKeyHistory, KeepsAsMuchInTheStoreAsInMemoryAndNoMore) {
 }
 
 TEST_F(TheKeyHistory, DropsTheKeyServersOfLongestAgoAfterARestartToo) {
-  for (uint16_t server = 200; server > 100; --server) history.sends(intf, sak(1, server), 2, 1);
+  for (uint16_t server = 200; server > 100; --server) history.noteSent(intf, sak(1, server), 2, 1);
   KeyHistory next = afterDeath();
-  next.sends(intf, sak(1, 7), 2, 1);
+  next.noteSent(intf, sak(1, 7), 2, 1);
   KeyHistory last = afterDeath();
   EXPECT_EQ(last.firstToSend(intf, sak(1, 7), 2), 1 + kReserved);
   EXPECT_EQ(last.firstToSend(intf, sak(1, 101), 2), 1 + kReserved);
@@ -137,8 +138,8 @@ TEST_F(TheKeyHistory, DropsTheKeyServersOfLongestAgoAfterARestartToo) {
 }
 
 TEST_F(TheKeyHistory, GoesOnReceivingWhereItStoodForEachChannel) {
-  history.receives(intf, sak(1), kPeer, 77);
-  history.receives(intf, sak(1), kPeer, 70);
+  history.noteReceived(intf, sak(1), kPeer, 77);
+  history.noteReceived(intf, sak(1), kPeer, 70);
   EXPECT_EQ(history.firstToReceive(intf, sak(1), kPeer), 77u);
   EXPECT_EQ(history.firstToReceive(intf, sak(1), kPeer + 1), 1u);
   EXPECT_EQ(afterDeath().firstToReceive(intf, sak(1), kPeer), 1u);
@@ -148,12 +149,12 @@ TEST_F(TheKeyHistory, GoesOnReceivingWhereItStoodForEachChannel) {
 
 TEST_F(TheKeyHistory, HoldsInterfacesOfAnyName) {
   Lumo::IntfId const odd("a/b %c");
-  history.sends(odd, sak(1), 2, 1);
+  history.noteSent(odd, sak(1), 2, 1);
   EXPECT_EQ(afterDeath().firstToSend(odd, sak(1), 2), 1 + kReserved);
 }
 
 TEST_F(TheKeyHistory, NamesWhatItCantReadAndTakesTheRest) {
-  history.sends(intf, sak(1), 2, 1);
+  history.noteSent(intf, sak(1), 2, 1);
   StateValues values = store.values;
   std::string const good = values.begin()->first;
   for (char const* text : {"", "x", "1 1", "1 1:2", "1 1:2:3:z", "1 1:2:3:5", "1 2:1:1 1:1:1"}) {
