@@ -255,7 +255,7 @@ void Daemon::connect() {
   loop_.signalIs(SIGINT, [this] { stop(); });
   loop_.signalIs(SIGUSR1, [this] { leave(); });
   linkWatch_.emplace(links_, [this] { start(); });
-  orCannotRun(loop_.watch(linkWatch_->fd(), [this] { linkWatch_->run(); }));
+  orCannotRun(loop_.watch(linkWatch_->fd(), [this] { hearLinks(); }));
   loop_.timerIs([this] { handleDue(); });
   loop_.beforeWaitIs([this] { endTurn(); });
 }
@@ -286,12 +286,18 @@ double Daemon::nextTime() const {
       {host_.timerWheel()->nextTime(), driver, linkWatch_->nextTime(), trial_.nextTime()});
 }
 
+// Many interfaces come at once, as at the start.
+void Daemon::hearLinks() {
+  if (!driver_) return linkWatch_->run();
+  driver_->inOneTurn([this] { linkWatch_->run(); });
+}
+
 void Daemon::handleDue() {
   loopDelay_.ran(nextTime(), Vesk::now());
   host_.timerWheel()->runDue();
   double const now = Vesk::now();
   if (driver_ && driver_->nextTime() <= now) driver_->run();
-  if (linkWatch_->nextTime() <= now) linkWatch_->run();
+  if (linkWatch_->nextTime() <= now) hearLinks();
   if (trial_.nextTime() <= now) trial_.run();
 }
 

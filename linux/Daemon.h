@@ -84,6 +84,7 @@ class Daemon final : private PortObserver {
   void leave();
   void commit();
   void endTurn();
+  void hearLinks();
   void handleDue();
   double nextTime() const;
   uint16_t portNumberOf(Lumo::IntfId intfId) const;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "host/config/ConfigFile.h"
 #include "linux/net/LinkTable.h"
 #include "runtime/EthAddr.h"
@@ -25,6 +27,9 @@ class HardwareDriver {
   virtual void linkChanged(LinkChange const& change) = 0;
   /// All interfaces that were there at the start have been told.
   virtual void interfacesAreKnown() = 0;
+
+  /// What `act` asks of it is one turn: the hardware is looked at once for all of it.
+  virtual void inOneTurn(std::function<void()> const& act) { act(); }
 
   /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
   virtual double nextTime() const = 0;

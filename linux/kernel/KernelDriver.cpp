@@ -131,6 +131,7 @@ KernelDriver::KernelDriver(Vesk::Ptr<Status const> status, Vesk::Ptr<Macsec::Mac
                            MacsecKernel& kernel, KernelDriverOptions options)
     : slice_(std::move(slice)),
       kernel_(kernel),
+      reader_(kernel),
       options_(std::move(options)),
       look_(Limits::kFirstRetry, Limits::kLastRetry) {
   follow(std::move(status));
@@ -147,6 +148,7 @@ void KernelDriver::follow(Vesk::Ptr<Status const> status) {
   if (!status) return;
   status_ = Vesk::make<StatusReactor>(*this, std::move(status));
   status_->hasNotificationActiveIs(true);
+  auto const oneReading = round();
   for (auto const& [intfId, port] : ports_) workOn(intfId);
 }
 
@@ -193,7 +195,7 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   auto const entry = slice_->statusIs(intfId);
   auto& history = options_.history ? *options_.history : ownHistory_;
   ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, history,
-                                                counts_, byDevice_, kernel_, entry);
+                                                counts_, byDevice_, reader_, entry);
   if (mtus_.contains(intfId)) ports_[intfId]->parentMtuIs(mtus_.at(intfId));
   ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
   ports_[intfId]->transmitHeldIs(transmitHeld_.contains(intfId));
@@ -212,7 +214,7 @@ void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
   mtus_.erase(intfId);
   auto port = ports_.extract(intfId);
   if (!port) return;
-  if (auto const* const held = port.mapped()->held()) kernel_.secYDel(held->index);
+  if (auto const* const held = port.mapped()->held()) deleteDevice(held->index);
   slice_->statusDel(intfId);
   faultIs(intfId, {});
 }
@@ -222,13 +224,18 @@ void KernelDriver::deviceChanged(int index, bool isThere) {
   if (port != byDevice_.end()) port->second->deviceChanged(isThere);
 }
 
+void KernelDriver::deleteDevice(int index) {
+  reader_.expire();
+  kernel_.secYDel(index);
+}
+
 void KernelDriver::removeOthers() {
   std::vector<MacsecLink> links;
   if (!kernel_.present() || !kernel_.links(links)) return;
   std::set<int> parents;
   for (auto const& [intfId, port] : ports_) parents.insert(port->parent());
   for (MacsecLink const& link : links) {
-    if (link.isOurs && !parents.contains(link.parent)) kernel_.secYDel(link.index);
+    if (link.isOurs && !parents.contains(link.parent)) deleteDevice(link.index);
   }
 }
 
@@ -297,6 +304,7 @@ double KernelDriver::nextTime() const {
 
 void KernelDriver::run() {
   double const now = Vesk::now();
+  auto const oneReading = round();
   if (!waiting_.empty() && nextLook_ <= now) {
     nextLook_ = now + look_.next();
     for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index);

@@ -49,6 +49,9 @@ class KernelDriver final {
   /// The network device of this index stands otherwise than before, or has gone.
   void deviceChanged(int index, bool isThere);
 
+  /// As long as what this returns lives, one reading of the kernel serves all ports.
+  KernelReader::Round round() { return KernelReader::Round(reader_); }
+
   /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
   double nextTime() const;
   void run();
@@ -69,6 +72,7 @@ class KernelDriver final {
 
   void workOn(Lumo::IntfId intfId);
   void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
+  void deleteDevice(int index);
   void tellPort(KernelPort& port);
   void poll();
   void faultIs(Lumo::IntfId intfId, Macsecd::Fault const& fault) const;
@@ -76,6 +80,7 @@ class KernelDriver final {
 
   Vesk::Ptr<Macsec::MacSecStatus> const slice_;
   MacsecKernel& kernel_;
+  KernelReader reader_;
   KernelDriverOptions const options_;
   Macsecd::KeyHistory ownHistory_;
   KernelCounts counts_;

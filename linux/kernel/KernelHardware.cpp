@@ -171,6 +171,11 @@ void KernelHardware::interfacesAreKnown() {
   driver_.removeOthers();
 }
 
+void KernelHardware::inOneTurn(std::function<void()> const& act) {
+  auto const oneReading = driver_.round();
+  act();
+}
+
 double KernelHardware::nextTime() const {
   return std::min(driver_.nextTime(), filters_.nextTime());
 }

@@ -29,6 +29,7 @@ class KernelHardware final : public HardwareDriver {
   void interfaceDel(Lumo::IntfId intfId) override;
   void linkChanged(LinkChange const& change) override;
   void interfacesAreKnown() override;
+  void inOneTurn(std::function<void()> const& act) override;
   double nextTime() const override;
   void run() override;
   void leave() override;

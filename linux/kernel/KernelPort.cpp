@@ -5,7 +5,6 @@
 
 #include "host/config/DeviceName.h"
 #include "linux/process/Limits.h"
-#include "runtime/Log.h"
 #include "runtime/World.h"
 
 namespace Linux {
@@ -27,49 +26,16 @@ uint64_t cipherOf(CipherSuite suite) {
   }
 }
 
-Vesk::LogHandle const MACSEC_DEVICE_OF_FORMER_NAME(
-    "MACSEC_DEVICE_OF_FORMER_NAME", Vesk::LogSeverity::warning,
-    "The device of interface %s still has its former name, %s; it will be %s when it is made anew",
-    "Devices had another default name in former versions. One that is there stays in use.",
-    "Give what stands on the device the new name, or write the former one as 'device' of the "
-    "interface.",
-    0.0, 0.0);
+}  // namespace
 
-std::string nameOf(Lumo::IntfId intfId, DeviceOptions const& device) {
+std::string KernelPort::nameOf(Lumo::IntfId intfId, DeviceOptions const& device) {
   if (!device.name.empty()) return device.name;
   return Macsecd::defaultDeviceName(intfId.stringValue().view());
 }
 
-struct FoundDevice {
-  MacsecLink const* link;
-  SecY const* secY;
-};
-
-// The device of this name on this interface; nothing if there is none.
-std::optional<FoundDevice> deviceOf(std::string const& name, int parent,
-                                    std::vector<MacsecLink> const& links,
-                                    std::vector<SecY> const& all) {
-  auto const link = std::find_if(links.begin(), links.end(), [&](MacsecLink const& l) {
-    return l.name == name && l.parent == parent;
-  });
-  if (link == links.end()) return {};
-  auto const found =
-      std::find_if(all.begin(), all.end(), [&](SecY const& s) { return s.index == link->index; });
-  if (found == all.end()) return {};
-  return FoundDevice{&*link, &*found};
-}
-
-uint64_t notValidFrames(SecY const& secY) {
-  uint64_t frames = 0;
-  for (HeldRxSc const& sc : secY.rxScs) frames += sc.counters.notValid;
-  return frames;
-}
-
-}  // namespace
-
 KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
                        KernelDriverOptions const& options, Macsecd::KeyHistory& history,
-                       KernelCounts& counts, ByDevice& byDevice, MacsecKernel& kernel,
+                       KernelCounts& counts, ByDevice& byDevice, KernelReader& reader,
                        Vesk::Ptr<Macsec::MacSecIntfStatus> report)
     : intfId_(intfId),
       parent_(parent),
@@ -77,7 +43,8 @@ KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
       history_(history),
       counts_(counts),
       byDevice_(byDevice),
-      kernel_(kernel),
+      reader_(reader),
+      kernel_(reader.kernel()),
       report_(std::move(report)),
       device_(std::move(device)),
       name_(nameOf(intfId, device_)),
@@ -126,74 +93,6 @@ void KernelPort::tryAgainLater() {
   retryTime_ = Vesk::now() + retry_.next();
 }
 
-bool KernelPort::readKernel() {
-  if (known_) return true;
-  std::vector<MacsecLink> links;
-  std::vector<SecY> all;
-  if (!did(kernel_.present(), "offer MACsec") || !did(kernel_.links(links), "list its devices") ||
-      !did(kernel_.secYs(all), "list its secure associations")) {
-    return false;
-  }
-  takeFrom(links, all);
-  known_ = true;
-  return true;
-}
-
-// A device can't be renamed while it is up, and what stands on it would go if it went down: one of
-// the former name stays.
-void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all) {
-  std::string const wanted = nameOf(intfId_, device_);
-  std::string const former = Macsecd::formerDeviceName(intfId_.stringValue().view());
-  auto const kind = wantedKind();
-  auto found = deviceOf(wanted, parent_, links, all);
-  if (!found && device_.name.empty() && kind) {
-    found = deviceOf(former, parent_, links, all);
-    if (found && found->secY->sci != kind->sci) found.reset();
-  }
-  std::string const before = std::exchange(name_, found ? found->link->name : wanted);
-  if (name_ == former && before != former && wanted != former) {
-    Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, wanted);
-  }
-  upWanted_ = found && !found->link->up;
-  removeOthers(links, found ? found->link->index : 0);
-  mtu_ = 0;
-  take(found ? found->secY : nullptr);
-}
-
-// A former process has made them, under another name: the kernel has one device for one SCI.
-void KernelPort::removeOthers(std::vector<MacsecLink> const& links, int index) {
-  for (MacsecLink const& link : links) {
-    if (!link.isOurs || link.parent != parent_ || link.index == index) continue;
-    if (did(kernel_.secYDel(link.index), "remove a former device")) ++counts_.devicesRemoved;
-  }
-}
-
-// Another port's device may have the index of one that is gone.
-void KernelPort::hold(SecY const* secY) {
-  if (held_) {
-    auto const known = byDevice_.find(held_->index);
-    if (known != byDevice_.end() && known->second == this) byDevice_.erase(known);
-  }
-  held_.reset();
-  if (!secY) return;
-  held_ = *secY;
-  byDevice_[held_->index] = this;
-}
-
-void KernelPort::take(SecY const* secY) {
-  hold(secY);
-  if (!held_) return;
-  for (HeldSa const& sa : held_->txSas) {
-    history_.noteSent(intfId_, sakIdOf(sa.keyId), sa.ssci, sa.packetNumber);
-    if (reserved_ && reserved_->first == sa.keyId) reserved_.reset();
-  }
-  for (HeldRxSc const& sc : held_->rxScs) {
-    for (HeldSa const& sa : sc.sas) {
-      history_.noteReceived(intfId_, sakIdOf(sa.keyId), sc.sci, sa.packetNumber);
-    }
-  }
-}
-
 std::optional<DeviceKind> KernelPort::wantedKind() const {
   if (!cpStatus_) return device_.standing;
   return DeviceKind{mySci_, cipherOf(cpStatus_->cipher()), cpStatus_->includeSci()};
@@ -204,7 +103,7 @@ bool KernelPort::removeDevice() {
     reportNothing();
     return true;
   }
-  auto const answer = kernel_.secYDel(held_->index);
+  auto const answer = deleteDevice(held_->index);
   if (answer.error != ENODEV && !did(answer, "remove the device")) return false;
   ++counts_.devicesRemoved;
   hold(nullptr);
@@ -266,7 +165,7 @@ bool KernelPort::make(DeviceKind const& kind) {
   ++devicesMade_;
   shown_.reset();
   known_ = false;
-  return readKernel();
+  return readMade();
 }
 
 bool KernelPort::setSettings() {
@@ -335,6 +234,7 @@ void KernelPort::deviceChanged(bool isThere) {
   }
   take(nullptr);
   known_ = false;
+  reader_.expire();
   retryTime_ = Vesk::now();
   tellIfChanged();
 }
@@ -357,25 +257,6 @@ void KernelPort::remove() {
   cpStatus_ = nullptr;
   device_.standing.reset();
   work();
-}
-
-void KernelPort::takePolled(std::vector<SecY> const& all) {
-  if (!known_ || working_) return;
-  shown_.reset();  // the kernel forgets it when the link goes down
-  if (held_) {
-    int const index = held_->index;
-    auto const found = std::find_if(all.begin(), all.end(),
-                                    [index](SecY const& secY) { return secY.index == index; });
-    if (found != all.end()) lookForNotValid(*found);
-    take(found != all.end() ? &*found : nullptr);
-  }
-  if (retryTime_ == std::numeric_limits<double>::infinity()) work();
-  reportNumbers();
-}
-
-// A channel that was made anew counts from nothing again.
-void KernelPort::lookForNotValid(SecY const& now) {
-  if (notValidFrames(now) > notValidFrames(*held_)) notValidTime_ = Vesk::now();
 }
 
 }  // namespace Linux

@@ -8,6 +8,7 @@
 
 #include "host/state/KeyHistory.h"
 #include "host/watch/Backoff.h"
+#include "linux/kernel/KernelReader.h"
 #include "linux/kernel/KernelRemedy.h"
 #include "linux/kernel/SaKey.h"
 #include "model/CpStatus.h"
@@ -77,10 +78,10 @@ class KernelPort {
   /// The ports whose devices are there, by the index of the device.
   using ByDevice = std::map<int, KernelPort*>;
 
-  /// `options`, `history`, `counts` and `byDevice` are shared with the other ports.
+  /// All but the first three are shared with the other ports.
   KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
              KernelDriverOptions const& options, Macsecd::KeyHistory& history, KernelCounts& counts,
-             ByDevice& byDevice, MacsecKernel& kernel, Vesk::Ptr<Macsec::MacSecIntfStatus> report);
+             ByDevice& byDevice, KernelReader& reader, Vesk::Ptr<Macsec::MacSecIntfStatus> report);
   ~KernelPort() { hold(nullptr); }
   KernelPort(KernelPort const&) = delete;
   KernelPort& operator=(KernelPort const&) = delete;
@@ -127,16 +128,19 @@ class KernelPort {
   using Sak = Macsec::Sak;
   using AssociationNumber = Macsec::AssociationNumber;
 
+  static std::string nameOf(Lumo::IntfId intfId, DeviceOptions const& device);
   bool pass();
   // Each of these returns whether the kernel is where it should be.
   bool readKernel();
   void takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
+  KernelAnswer deleteDevice(int index);
   void removeOthers(std::vector<MacsecLink> const& links, int index);
   bool removeDevice();
   std::optional<DeviceKind> wantedKind() const;
   bool keepStanding();
   bool setUpDevice();
   bool make(DeviceKind const& kind);
+  bool readMade();
   bool setSettings();
   void setMtu();
   bool setUpReceive();
@@ -184,6 +188,7 @@ class KernelPort {
   Macsecd::KeyHistory& history_;
   KernelCounts& counts_;
   ByDevice& byDevice_;
+  KernelReader& reader_;
   MacsecKernel& kernel_;
   Vesk::Ptr<Macsec::MacSecIntfStatus> const report_;
   DeviceOptions device_;

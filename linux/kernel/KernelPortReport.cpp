@@ -88,6 +88,7 @@ void KernelPort::reportNumbers() {
 bool KernelPort::did(KernelAnswer const& answer, char const* what) {
   if (answer) return true;
   known_ = false;
+  reader_.expire();
   ++counts_.refusals;
   RefusedRequest const request{std::string(intfId_.stringValue().view()), name_,
                                std::string_view(what) == kMakeDevice,

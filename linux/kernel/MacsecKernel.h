@@ -141,6 +141,8 @@ class MacsecKernel {
   virtual KernelAnswer links(std::vector<MacsecLink>& out) = 0;
   /// What the kernel holds of all of them.
   virtual KernelAnswer secYs(std::vector<SecY>& out) = 0;
+  /// One device, by its name, and what makes it; not its associations and counters.
+  virtual KernelAnswer device(std::string const& name, MacsecLink& link, SecY& secY) = 0;
 
   virtual KernelAnswer secYAdd(NewSecY const& secY) = 0;
   virtual KernelAnswer secYDel(int index) = 0;

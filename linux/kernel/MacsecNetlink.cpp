@@ -8,48 +8,17 @@
 #include <netlink/genl/ctrl.h>
 #include <netlink/genl/genl.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
+
+#include "linux/kernel/NetlinkAttributes.h"
 
 namespace Linux {
 
 namespace {
 
-// The attributes of one nest, by their type; what isn't there reads as 0.
-template <int Most>
-class Attributes {
- public:
-  explicit Attributes(nlattr* nest) {
-    if (!nest || nla_parse_nested(found_, Most, nest, nullptr) < 0) *this = Attributes();
-  }
-  nlattr* operator[](int type) const { return found_[type]; }
-  /// A number in the machine's order, of as many octets as there are.
-  uint64_t number(int type) const {
-    uint64_t number = 0;
-    if (found_[type]) {
-      size_t const size = static_cast<size_t>(nla_len(found_[type]));
-      std::memcpy(&number, nla_data(found_[type]), std::min(size, sizeof number));
-    }
-    return number;
-  }
-  template <class Take>
-  void each(int type, Take take) const {
-    if (!found_[type]) return;
-    int rest = nla_len(found_[type]);
-    for (auto* one = static_cast<nlattr*>(nla_data(found_[type])); nla_ok(one, rest);
-         one = nla_next(one, &rest)) {
-      take(one);
-    }
-  }
-
- private:
-  Attributes() = default;
-  nlattr* found_[Most + 1] = {};
-};
-
 HeldSa saOf(nlattr* nest) {
-  Attributes<MACSEC_SA_ATTR_MAX> const sa(nest);
+  NetlinkAttributes<MACSEC_SA_ATTR_MAX> const sa(nest);
   HeldSa held;
   held.an = static_cast<uint8_t>(sa.number(MACSEC_SA_ATTR_AN));
   held.on = sa.number(MACSEC_SA_ATTR_ACTIVE) != 0;
@@ -62,12 +31,12 @@ HeldSa saOf(nlattr* nest) {
 }
 
 HeldRxSc rxScOf(nlattr* nest) {
-  Attributes<MACSEC_RXSC_ATTR_MAX> const sc(nest);
+  NetlinkAttributes<MACSEC_RXSC_ATTR_MAX> const sc(nest);
   HeldRxSc held;
   held.sci = be64toh(sc.number(MACSEC_RXSC_ATTR_SCI));
   held.on = sc.number(MACSEC_RXSC_ATTR_ACTIVE) != 0;
   sc.each(MACSEC_RXSC_ATTR_SA_LIST, [&](nlattr* sa) { held.sas.push_back(saOf(sa)); });
-  Attributes<MACSEC_RXSC_STATS_ATTR_MAX> const in(sc[MACSEC_RXSC_ATTR_STATS]);
+  NetlinkAttributes<MACSEC_RXSC_STATS_ATTR_MAX> const in(sc[MACSEC_RXSC_ATTR_STATS]);
   held.counters.unchecked = in.number(MACSEC_RXSC_STATS_ATTR_IN_PKTS_UNCHECKED);
   held.counters.delayed = in.number(MACSEC_RXSC_STATS_ATTR_IN_PKTS_DELAYED);
   held.counters.ok = in.number(MACSEC_RXSC_STATS_ATTR_IN_PKTS_OK);
@@ -80,7 +49,7 @@ HeldRxSc rxScOf(nlattr* nest) {
 }
 
 SecYCounters countersOf(nlattr* nest) {
-  Attributes<MACSEC_SECY_STATS_ATTR_MAX> const stats(nest);
+  NetlinkAttributes<MACSEC_SECY_STATS_ATTR_MAX> const stats(nest);
   return {stats.number(MACSEC_SECY_STATS_ATTR_OUT_PKTS_UNTAGGED),
           stats.number(MACSEC_SECY_STATS_ATTR_OUT_PKTS_TOO_LONG),
           stats.number(MACSEC_SECY_STATS_ATTR_IN_PKTS_UNTAGGED),
@@ -91,7 +60,7 @@ SecYCounters countersOf(nlattr* nest) {
           stats.number(MACSEC_SECY_STATS_ATTR_IN_PKTS_OVERRUN)};
 }
 
-void settingsOf(Attributes<MACSEC_SECY_ATTR_MAX> const& secY, SecYSettings& out) {
+void settingsOf(NetlinkAttributes<MACSEC_SECY_ATTR_MAX> const& secY, SecYSettings& out) {
   out.encrypt = secY.number(MACSEC_SECY_ATTR_ENCRYPT) != 0;
   out.protect = secY.number(MACSEC_SECY_ATTR_PROTECT) != 0;
   out.strict = secY.number(MACSEC_SECY_ATTR_VALIDATE) == MACSEC_VALIDATE_STRICT;
@@ -103,7 +72,7 @@ void takeSecY(nlmsghdr* header, std::vector<SecY>& out) {
   nlattr* found[MACSEC_ATTR_MAX + 1];
   if (genlmsg_parse(header, 0, found, MACSEC_ATTR_MAX, nullptr) < 0) return;
   if (!found[MACSEC_ATTR_IFINDEX]) return;
-  Attributes<MACSEC_SECY_ATTR_MAX> const secY(found[MACSEC_ATTR_SECY]);
+  NetlinkAttributes<MACSEC_SECY_ATTR_MAX> const secY(found[MACSEC_ATTR_SECY]);
   SecY held;
   held.index = static_cast<int>(nla_get_u32(found[MACSEC_ATTR_IFINDEX]));
   held.sci = be64toh(secY.number(MACSEC_SECY_ATTR_SCI));
@@ -119,7 +88,7 @@ void takeSecY(nlmsghdr* header, std::vector<SecY>& out) {
   if (found[MACSEC_ATTR_RXSC_LIST]) {
     nla_for_each_nested(one, found[MACSEC_ATTR_RXSC_LIST], rest) held.rxScs.push_back(rxScOf(one));
   }
-  Attributes<MACSEC_TXSC_STATS_ATTR_MAX> const sent(found[MACSEC_ATTR_TXSC_STATS]);
+  NetlinkAttributes<MACSEC_TXSC_STATS_ATTR_MAX> const sent(found[MACSEC_ATTR_TXSC_STATS]);
   held.outEncrypted = sent.number(MACSEC_TXSC_STATS_ATTR_OUT_PKTS_ENCRYPTED);
   held.counters = countersOf(found[MACSEC_ATTR_SECY_STATS]);
   out.push_back(std::move(held));

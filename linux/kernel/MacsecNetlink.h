@@ -14,6 +14,7 @@ class MacsecNetlink final : public MacsecKernel {
   KernelAnswer present() override;
   KernelAnswer links(std::vector<MacsecLink>& out) override;
   KernelAnswer secYs(std::vector<SecY>& out) override;
+  KernelAnswer device(std::string const& name, MacsecLink& link, SecY& secY) override;
   KernelAnswer secYAdd(NewSecY const& secY) override;
   KernelAnswer secYDel(int index) override;
   KernelAnswer settingsIs(int index, SecYSettings const& settings) override;

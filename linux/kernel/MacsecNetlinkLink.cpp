@@ -4,9 +4,10 @@
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
 
-#include <cstring>
+#include <cerrno>
 
 #include "linux/kernel/MacsecNetlink.h"
+#include "linux/kernel/NetlinkAttributes.h"
 
 namespace Linux {
 
@@ -53,17 +54,39 @@ void putInfo(NetlinkMessage& message, Fill fill) {
   });
 }
 
-void takeLink(nlmsghdr* header, std::vector<MacsecLink>& out) {
+struct ToldLink {
+  MacsecLink link;
+  nlattr* data;  // of its kind; may be null
+};
+
+// Nothing of a device of another kind.
+std::optional<ToldLink> toldIn(nlmsghdr* header) {
   nlattr* found[IFLA_MAX + 1];
-  if (nlmsg_parse(header, sizeof(ifinfomsg), found, IFLA_MAX, nullptr) < 0) return;
-  if (!found[IFLA_LINKINFO] || !found[IFLA_IFNAME] || !found[IFLA_LINK]) return;
-  nlattr* info[IFLA_INFO_MAX + 1];
-  if (nla_parse_nested(info, IFLA_INFO_MAX, found[IFLA_LINKINFO], nullptr) < 0) return;
-  if (!info[IFLA_INFO_KIND] || nla_strcmp(info[IFLA_INFO_KIND], kKind) != 0) return;
+  if (nlmsg_parse(header, sizeof(ifinfomsg), found, IFLA_MAX, nullptr) < 0) return {};
+  if (!found[IFLA_LINKINFO] || !found[IFLA_IFNAME] || !found[IFLA_LINK]) return {};
+  NetlinkAttributes<IFLA_INFO_MAX> const info(found[IFLA_LINKINFO]);
+  if (!info[IFLA_INFO_KIND] || nla_strcmp(info[IFLA_INFO_KIND], kKind) != 0) return {};
   auto const& link = *static_cast<ifinfomsg const*>(nlmsg_data(header));
-  out.push_back({link.ifi_index, static_cast<int>(nla_get_u32(found[IFLA_LINK])),
-                 nla_get_string(found[IFLA_IFNAME]), (link.ifi_flags & IFF_UP) != 0,
-                 found[IFLA_IFALIAS] && nla_strcmp(found[IFLA_IFALIAS], kMark) == 0});
+  return ToldLink{{link.ifi_index, static_cast<int>(nla_get_u32(found[IFLA_LINK])),
+                   nla_get_string(found[IFLA_IFNAME]), (link.ifi_flags & IFF_UP) != 0,
+                   found[IFLA_IFALIAS] && nla_strcmp(found[IFLA_IFALIAS], kMark) == 0},
+                  info[IFLA_INFO_DATA]};
+}
+
+SecY secYOf(ToldLink const& told) {
+  NetlinkAttributes<IFLA_MACSEC_MAX> const data(told.data);
+  SecY secY;
+  secY.index = told.link.index;
+  secY.sci = be64toh(data.number(IFLA_MACSEC_SCI));
+  secY.cipher = data.number(IFLA_MACSEC_CIPHER_SUITE);
+  secY.sendSci = data.number(IFLA_MACSEC_INC_SCI) != 0;
+  secY.encodingSa = static_cast<uint8_t>(data.number(IFLA_MACSEC_ENCODING_SA));
+  secY.settings.encrypt = data.number(IFLA_MACSEC_ENCRYPT) != 0;
+  secY.settings.protect = data.number(IFLA_MACSEC_PROTECT) != 0;
+  secY.settings.strict = data.number(IFLA_MACSEC_VALIDATION) == MACSEC_VALIDATE_STRICT;
+  secY.settings.replayProtect = data.number(IFLA_MACSEC_REPLAY_PROTECT) != 0;
+  secY.settings.window = static_cast<uint32_t>(data.number(IFLA_MACSEC_WINDOW));
+  return secY;
 }
 
 }  // namespace
@@ -72,7 +95,25 @@ KernelAnswer MacsecNetlink::links(std::vector<MacsecLink>& out) {
   out.clear();
   NetlinkMessage message;
   begin(message, RTM_GETLINK, linkHeader(0));
-  return route_.dump(message, [&](nlmsghdr* header) { takeLink(header, out); });
+  return route_.dump(message, [&](nlmsghdr* header) {
+    if (auto told = toldIn(header)) out.push_back(std::move(told->link));
+  });
+}
+
+KernelAnswer MacsecNetlink::device(std::string const& name, MacsecLink& link, SecY& secY) {
+  NetlinkMessage message;
+  begin(message, RTM_GETLINK, linkHeader(0));
+  message.text(IFLA_IFNAME, name);
+  bool isThere = false;
+  auto const answer = route_.get(message, [&](nlmsghdr* header) {
+    auto const told = toldIn(header);
+    if (!told) return;
+    isThere = true;
+    link = told->link;
+    secY = secYOf(*told);
+  });
+  if (!answer || isThere) return answer;
+  return {ENODEV, "the device is none of MACsec"};
 }
 
 KernelAnswer MacsecNetlink::secYAdd(NewSecY const& secY) {

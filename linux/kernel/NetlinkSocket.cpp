@@ -101,6 +101,10 @@ KernelAnswer NetlinkSocket::ask(NetlinkMessage& message, int flags) {
   return exchange(message, NLM_F_REQUEST | NLM_F_ACK | flags, nullptr);
 }
 
+KernelAnswer NetlinkSocket::get(NetlinkMessage& message, Taker const& take) {
+  return exchange(message, NLM_F_REQUEST | NLM_F_ACK, &take);
+}
+
 KernelAnswer NetlinkSocket::dump(NetlinkMessage& message, Taker const& take) {
   return exchange(message, NLM_F_REQUEST | NLM_F_DUMP, &take);
 }

@@ -59,6 +59,8 @@ class NetlinkSocket {
   nl_sock* get() const { return socket_.get(); }
   /// Sends a request and returns what the kernel says to it. The message's flags are set here.
   KernelAnswer ask(NetlinkMessage& message, int flags = 0);
+  /// The same, of a request that is answered with more than an error: hands that to `take`.
+  KernelAnswer get(NetlinkMessage& message, Taker const& take);
   /// Hands all the messages of a dump to `take`.
   KernelAnswer dump(NetlinkMessage& message, Taker const& take);
 

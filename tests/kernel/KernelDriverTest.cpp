@@ -195,6 +195,24 @@ TEST_F(OnTheKernel, AnotherSuiteMakesTheDeviceAnew) {
   EXPECT_EQ(pass(a->frames(), b->frames()), 20u) << counted(b->held());
 }
 
+TEST_P(WithBothSuites, OneDeviceIsToldAsInTheListOfAll) {
+  bothPorts(GetParam());
+  std::vector<Linux::MacsecLink> links;
+  ASSERT_TRUE(a->kernel->links(links));
+  ASSERT_EQ(links.size(), 1u);
+  Linux::MacsecLink link;
+  Linux::SecY secY;
+  ASSERT_TRUE(a->kernel->device(links[0].name, link, secY));
+  auto const all = a->held();
+  EXPECT_EQ(std::tie(link.index, link.parent, link.up, link.isOurs),
+            std::tie(links[0].index, links[0].parent, links[0].up, links[0].isOurs));
+  EXPECT_EQ(std::tie(secY.index, secY.sci, secY.cipher, secY.sendSci, secY.encodingSa),
+            std::tie(all.index, all.sci, all.cipher, all.sendSci, all.encodingSa));
+  EXPECT_EQ(secY.settings, all.settings);
+  EXPECT_FALSE(a->kernel->device("lo", link, secY));
+  EXPECT_FALSE(a->kernel->device("nothing", link, secY));
+}
+
 TEST_F(OnTheKernel, APortThatGoesTakesItsDeviceAlongAndNoOther) {
   run("ip -n a link add link va other type macsec port 9");
   bothPorts(CipherSuite::gcmAesXpn128);

@@ -40,6 +40,17 @@ class FakeKernel final : public MacsecKernel {
     return {};
   }
 
+  KernelAnswer device(std::string const& name, MacsecLink& link, SecY& secY) override {
+    Device const* const found = device(name);
+    if (!found) return answer(ENODEV);
+    link = found->link;
+    link.up = found->up;
+    secY = found->secY;
+    secY.txSas.clear();
+    secY.rxScs.clear();
+    return {};
+  }
+
   KernelAnswer secYAdd(NewSecY const& n) override {
     return ask("make " + n.name, [&] {
       for (Device const& device : devices) {

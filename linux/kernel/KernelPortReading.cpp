@@ -1,0 +1,150 @@
+#include <algorithm>
+
+#include "host/config/DeviceName.h"
+#include "linux/kernel/KernelPort.h"
+#include "runtime/Log.h"
+#include "runtime/World.h"
+
+// What a port knows of the kernel, and how it came to know it.
+
+namespace Linux {
+
+namespace {
+
+Vesk::LogHandle const MACSEC_DEVICE_OF_FORMER_NAME(
+    "MACSEC_DEVICE_OF_FORMER_NAME", Vesk::LogSeverity::warning,
+    "The device of interface %s still has its former name, %s; it will be %s when it is made anew",
+    "Devices had another default name in former versions. One that is there stays in use.",
+    "Give what stands on the device the new name, or write the former one as 'device' of the "
+    "interface.",
+    0.0, 0.0);
+
+struct FoundDevice {
+  MacsecLink const* link;
+  SecY const* secY;
+};
+
+// The device of this name on this interface; nothing if there is none.
+std::optional<FoundDevice> deviceOf(std::string const& name, int parent,
+                                    std::vector<MacsecLink> const& links,
+                                    std::vector<SecY> const& all) {
+  auto const link = std::find_if(links.begin(), links.end(), [&](MacsecLink const& l) {
+    return l.name == name && l.parent == parent;
+  });
+  if (link == links.end()) return {};
+  auto const found =
+      std::find_if(all.begin(), all.end(), [&](SecY const& s) { return s.index == link->index; });
+  if (found == all.end()) return {};
+  return FoundDevice{&*link, &*found};
+}
+
+uint64_t notValidFrames(SecY const& secY) {
+  uint64_t frames = 0;
+  for (HeldRxSc const& sc : secY.rxScs) frames += sc.counters.notValid;
+  return frames;
+}
+
+}  // namespace
+
+bool KernelPort::readKernel() {
+  if (known_) return true;
+  auto const* const reading =
+      reader_.read([this](auto const& answer, char const* what) { return did(answer, what); });
+  if (!reading) return false;
+  takeFrom(reading->links, reading->secYs);
+  known_ = true;
+  return true;
+}
+
+// A device can't be renamed while it is up, and what stands on it would go if it went down: one of
+// the former name stays.
+void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all) {
+  std::string const wanted = nameOf(intfId_, device_);
+  std::string const former = Macsecd::formerDeviceName(intfId_.stringValue().view());
+  auto const kind = wantedKind();
+  auto found = deviceOf(wanted, parent_, links, all);
+  if (!found && device_.name.empty() && kind) {
+    found = deviceOf(former, parent_, links, all);
+    if (found && found->secY->sci != kind->sci) found.reset();
+  }
+  std::string const before = std::exchange(name_, found ? found->link->name : wanted);
+  if (name_ == former && before != former && wanted != former) {
+    Vesk::log(MACSEC_DEVICE_OF_FORMER_NAME, intfId_, former, wanted);
+  }
+  upWanted_ = found && !found->link->up;
+  removeOthers(links, found ? found->link->index : 0);
+  mtu_ = 0;
+  take(found ? found->secY : nullptr);
+}
+
+KernelAnswer KernelPort::deleteDevice(int index) {
+  reader_.expire();
+  return kernel_.secYDel(index);
+}
+
+// A former process has made them, under another name: the kernel has one device for one SCI.
+void KernelPort::removeOthers(std::vector<MacsecLink> const& links, int index) {
+  for (MacsecLink const& link : links) {
+    if (!link.isOurs || link.parent != parent_ || link.index == index) continue;
+    if (did(deleteDevice(link.index), "remove a former device")) ++counts_.devicesRemoved;
+  }
+}
+
+// Another port's device may have the index of one that is gone.
+void KernelPort::hold(SecY const* secY) {
+  if (held_) {
+    auto const known = byDevice_.find(held_->index);
+    if (known != byDevice_.end() && known->second == this) byDevice_.erase(known);
+  }
+  held_.reset();
+  if (!secY) return;
+  held_ = *secY;
+  byDevice_[held_->index] = this;
+}
+
+void KernelPort::take(SecY const* secY) {
+  hold(secY);
+  if (!held_) return;
+  for (HeldSa const& sa : held_->txSas) {
+    history_.noteSent(intfId_, sakIdOf(sa.keyId), sa.ssci, sa.packetNumber);
+    if (reserved_ && reserved_->first == sa.keyId) reserved_.reset();
+  }
+  for (HeldRxSc const& sc : held_->rxScs) {
+    for (HeldSa const& sa : sc.sas) {
+      history_.noteReceived(intfId_, sakIdOf(sa.keyId), sc.sci, sa.packetNumber);
+    }
+  }
+}
+
+// Nothing else has changed, so that the kernel isn't asked for all there is.
+bool KernelPort::readMade() {
+  MacsecLink link;
+  SecY secY;
+  if (!did(kernel_.device(name_, link, secY), "read its device")) return false;
+  upWanted_ = !link.up;
+  mtu_ = 0;
+  take(&secY);
+  known_ = true;
+  return true;
+}
+
+void KernelPort::takePolled(std::vector<SecY> const& all) {
+  if (!known_ || working_) return;
+  shown_.reset();  // the kernel forgets it when the link goes down
+  if (held_) {
+    int const index = held_->index;
+    auto const found = std::find_if(all.begin(), all.end(),
+                                    [index](SecY const& secY) { return secY.index == index; });
+    if (found != all.end()) lookForNotValid(*found);
+    take(found != all.end() ? &*found : nullptr);
+  }
+  if (retryTime_ == std::numeric_limits<double>::infinity()) work();
+  reportNumbers();
+}
+
+// A channel that was made anew counts from nothing again.
+void KernelPort::lookForNotValid(SecY const& now) {
+  if (notValidFrames(now) > notValidFrames(*held_)) notValidTime_ = Vesk::now();
+}
+
+}  // namespace Linux
