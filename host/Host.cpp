@@ -3,6 +3,7 @@
 #include "host/config/ConfigTree.h"
 #include "host/state/SilentWorld.h"
 #include "host/state/StaleStatus.h"
+#include "host/watch/StageTrace.h"
 #include "model/Factories.h"
 #include "runtime/EntityCopy.h"
 
@@ -59,7 +60,9 @@ struct Host::Machines {
         peerLoss(host.status_, host.peerLossInputDir_),
         transmitHold(host.status_, host.keyHistory_, host.transmitHoldInputDir_, host.timerWheel_,
                      [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }),
-        keyAges(host.status_) {
+        keyAges(host.status_),
+        stageTrace(host.status_,
+                   [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }) {
     codec.replayGuardIs(host.options_.replayGuard);
     peerLoss.closingIs(host.closing_);
     if (host.options_.portDoctor) {
@@ -80,6 +83,7 @@ struct Host::Machines {
   PeerLoss peerLoss;
   TransmitHold transmitHold;
   KeyAges keyAges;
+  StageTrace stageTrace;
   std::optional<PortDoctor> doctor;
   std::unique_ptr<HostCompanion> companion;
 };

@@ -151,6 +151,17 @@ std::string rekeyed(Json const& result) {
   return fmt::format("{}: a new SAK comes in {} s\n", interface, text(result.at("seconds")));
 }
 
+// Nothing of a port whose state machines haven't begun.
+std::string stages(Json const& port) {
+  if (port.at("key").is_null()) return "";
+  std::string out = fmt::format("  stages: key {}", text(port.at("key")));
+  if (!port.at("guard").is_null()) out += fmt::format(", guard {}", text(port.at("guard")));
+  for (Json const& member : port.at("members")) {
+    out += fmt::format(", member {} {}", text(member.at("member")), text(member.at("stage")));
+  }
+  return out + "\n";
+}
+
 std::string explanations(Json const& ports) {
   std::string out;
   for (Json const& port : ports) {
@@ -160,6 +171,7 @@ std::string explanations(Json const& ports) {
       out += fmt::format("  {}: {}\n    {}\n", text(cause.at("cause")), text(cause.at("what")),
                          text(cause.at("remedy")));
     }
+    if (port.contains("stages")) out += stages(port.at("stages"));
   }
   return out;
 }

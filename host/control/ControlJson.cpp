@@ -50,10 +50,23 @@ Json jsonOf(PortSummary const& port) {
   return json;
 }
 
+Json jsonOf(PortStages const& stages) {
+  Json json = {{"key", nullptr}, {"guard", nullptr}, {"members", Json::array()}};
+  if (stages.key) json["key"] = Vesk::stringValue(*stages.key);
+  if (stages.guard) json["guard"] = Vesk::stringValue(*stages.guard);
+  for (auto const& [member, stage] : stages.members) {
+    json["members"].push_back({{"ckn", member.first.charPtr()},
+                               {"member", member.second.charPtr()},
+                               {"stage", Vesk::stringValue(stage)}});
+  }
+  return json;
+}
+
 Json jsonOf(Explanation const& explanation) {
   Json json = {{"interface", explanation.intfId.stringValue().charPtr()},
                {"secured", explanation.secured},
-               {"causes", Json::array()}};
+               {"causes", Json::array()},
+               {"stages", jsonOf(explanation.stages)}};
   for (Cause const& cause : explanation.causes) {
     json["causes"].push_back(
         {{"cause", Vesk::stringValue(cause.kind)}, {"what", cause.what}, {"remedy", cause.remedy}});

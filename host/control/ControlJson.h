@@ -10,6 +10,7 @@ namespace Macsecd {
 // What is told of a switch, as JSON. Members are named in kebab-case; what isn't known is null.
 
 Json jsonOf(PortSummary const& port);
+Json jsonOf(PortStages const& stages);
 Json jsonOf(Explanation const& explanation);
 Json jsonOf(Diagnostic const& diagnostic);
 /// The counters that aren't 0, by kind; `sinceClear`: only what was counted since they were

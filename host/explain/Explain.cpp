@@ -26,6 +26,7 @@ Explainer::Explainer(Host const& host, Lumo::IntfId intfId)
 Explanation Explainer::explanation() {
   out_.intfId = intfId_;
   out_.secured = passage_ == Passage::open;
+  out_.stages = stagesOf(*host_.status(), intfId_, host_.keyServerSm(intfId_).ptr());
   if (host_.transmitHold(intfId_) == TransmitHold::Reason::tooManyMembers) noteTooManyMembers();
   if (configuration() && key() && link() && hardware() && frames() && members() && principal()) {
     keys();

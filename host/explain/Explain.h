@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/Host.h"
+#include "host/watch/PortStages.h"
 
 namespace Macsecd {
 
@@ -59,6 +60,8 @@ struct Explanation {
   /// Traffic may pass. What is listed below is then no cause, but worth knowing.
   bool secured = false;
   std::vector<Cause> causes;
+  /// How far the state machines of the port are.
+  PortStages stages;
 
   bool has(CauseKind kind) const;
 };

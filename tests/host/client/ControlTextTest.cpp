@@ -99,6 +99,17 @@ TEST(ControlText, TellsCountersAndExplanations) {
                         {"cause":"no-link","what":"the link is down","remedy":"check it"}]}]})")
                 .text,
             "Ethernet1 is not secured\n  no-link: the link is down\n    check it\n");
+  EXPECT_EQ(readingOf(ControlView::explain,
+                      R"({"ok":true,"result":[{"interface":"Ethernet1","secured":true,"causes":[],
+                        "stages":{"key":"tx-up","guard":"armed","members":[
+                        {"ckn":"c0de","member":"5e6f","stage":"live"}]}}]})")
+                .text,
+            "Ethernet1 is secured\n  stages: key tx-up, guard armed, member 5e6f live\n");
+  EXPECT_EQ(readingOf(ControlView::explain,
+                      R"({"ok":true,"result":[{"interface":"Ethernet1","secured":false,"causes":[],
+                        "stages":{"key":null,"guard":null,"members":[]}}]})")
+                .text,
+            "Ethernet1 is not secured\n");
 }
 
 TEST(ControlText, TellsTheNewSakOrWhenThereWillBeOne) {

@@ -97,6 +97,17 @@ TEST_F(ControlTest, ExplainsAPort) {
   EXPECT_EQ(told["causes"][0]["cause"], "no-link");
 }
 
+TEST_F(ControlTest, ExplainsWhereTheStateMachinesOfAPortStand) {
+  Json const stages = resultOf("explain")[0]["stages"];
+  EXPECT_EQ(stages["key"], "old");
+  EXPECT_EQ(stages["guard"], "disarmed");
+  ASSERT_EQ(stages["members"].size(), 1u);
+  EXPECT_EQ(stages["members"][0]["ckn"], "6162");
+  EXPECT_EQ(stages["members"][0]["stage"], "live");
+  a.host.stop();
+  EXPECT_TRUE(resultOf("explain")[0]["stages"]["key"].is_null());
+}
+
 TEST_F(ControlTest, CountsAndClears) {
   Json const before = resultOf("counters")[0];
   EXPECT_EQ(before["interface"], "Ethernet1");
