@@ -5,6 +5,7 @@
 #include "platform/Hex.h"
 #include "platform/SecretOctets.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Assert.h"
 
 namespace Codec {
 
@@ -61,6 +62,7 @@ void ActorKeys::setKek(std::span<uint8_t const> clear) {
 Vesk::String8 ActorKeys::storedKey(std::span<uint8_t const> wrapped,
                                    std::span<uint8_t const> clear) {
   if (!std::ranges::equal(wrapped, std::span(wrapped_).first(wrappedSize_))) {
+    VESK_ASSERT(wrapped.size() <= wrapped_.size());
     stored_ = WardcodeLib::doEncodeKey(Macsec::secretHexString(clear));
     std::ranges::copy(wrapped, wrapped_.begin());
     wrappedSize_ = wrapped.size();

@@ -5,6 +5,7 @@
 #include "model/EapolType.h"
 #include "model/MacsecConstants.h"
 #include "model/Overlay.h"
+#include "runtime/Assert.h"
 
 namespace Codec {
 
@@ -50,7 +51,10 @@ Eapol const& FrameLayout::eapol() const { return *Macsec::overlayOn<Eapol>(frame
 BasicParameterSet const& FrameLayout::basic() const {
   return *Macsec::overlayOn<BasicParameterSet>(frame.data() + kBasic);
 }
-Octets FrameLayout::covered() const { return frame.first(frame.size() - Icv::kSize); }
+Octets FrameLayout::covered() const {
+  VESK_ASSERT(frame.size() >= Icv::kSize);
+  return frame.first(frame.size() - Icv::kSize);
+}
 Octets FrameLayout::icv() const { return frame.last(Icv::kSize); }
 
 bool isMkpdu(Octets frame) {

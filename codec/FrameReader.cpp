@@ -10,6 +10,7 @@
 #include "model/Overlay.h"
 #include "platform/Hex.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Assert.h"
 
 namespace Codec {
 
@@ -22,6 +23,7 @@ constexpr size_t kNameAt = sizeof(Macsec::Eapol) + sizeof(Macsec::BasicParameter
 
 }  // namespace
 
+// IEEE 802.1X-2010, 9.4.1, and 11.11 for the form.
 Refusal FrameReader::check(Octets frame) {
   if (Refusal refusal = checkEapol(frame, layout_)) return refusal;
   if (Refusal refusal = checkBasicSet(layout_)) return refusal;
@@ -84,6 +86,7 @@ Refusal FrameReader::takeSet(SetView const& set) {
 }
 
 void FrameReader::fill(Macsec::MkaMessageInfo& message, PeerLimit& limit, bool keysAreForUs) {
+  VESK_ASSERT(actor_);
   message.intfIdIs(port_.intfId);
   auto const info = message.mkaInfoIs();
   info->baseInfoIs(basicInfo());
@@ -110,6 +113,7 @@ Macsec::BasicInfo FrameReader::basicInfo() const {
 
 template <class Put>
 void FrameReader::eachPeer(Octets list, Put put) const {
+  VESK_ASSERT(list.size() % sizeof(PeerList::Set) == 0);
   FieldValues values(actor_->members());
   for (; !list.empty(); list = list.subspan(sizeof(PeerList::Set))) {
     ListedPeer peer;

@@ -200,6 +200,7 @@ Refusal FrameWriter::writeDistCak(Macsec::CakDistInfo const& info) {
   return {};
 }
 
+// IEEE 802.1X-2010, 9.4.1: under the ICK, over all that stands in front of it.
 Refusal FrameWriter::writeIcv() {
   auto const form = port_.dialect.icvIndicator;
   size_t const head = form == IcvIndicator::leftOut ? 0 : sizeof(Icv::Set);
@@ -212,6 +213,7 @@ Refusal FrameWriter::writeIcv() {
   auto& eapol = *Macsec::overlayOn<Macsec::Eapol>(buffer_.octets().data());
   eapol.bodyLenIs(static_cast<uint16_t>(buffer_.size() - sizeof eapol));
   auto const frame = buffer_.octets();
+  VESK_ASSERT(eapol.bodyLen() % Constants::mkaWordAlignment == 0);
   auto const covered = frame.first(frame.size() - Icv::kSize);
   if (actor_->ick().compute(covered, frame.last<Icv::kSize>())) return {};
   return refusal(SubType::icvValidationErr, "has no key to sign with");

@@ -112,6 +112,7 @@ void ControlledPortSm::handleInitialized() {
   handleKeysLPN();
 }
 
+// IEEE 802.1X-2010, 9.10.
 void ControlledPortSm::handleDistSak() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
@@ -171,8 +172,8 @@ void ControlledPortSm::handleSakTransmit() {
   handleLatestKeyTxEnable();
 }
 
-// The key server doesn't start to send with a key that its own receive side hasn't got; a peer has
-// no such wait. It is `distSak` that is transmitted, not the context.
+// IEEE 802.1X-2010, 9.10. The key server doesn't start to send with a key that its own receive side
+// hasn't got; a peer has no such wait. It is `distSak` that is transmitted, not the context.
 void ControlledPortSm::handleLatestKeyTxEnable() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);

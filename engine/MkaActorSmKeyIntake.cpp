@@ -29,6 +29,7 @@ bool sakMatch(KeyInfo const& keyInfo, Sak const& sak) {
          keyInfo.keyNum() == sak.keyNum() && keyInfo.keyServerMsgId() == sak.keyMsgId();
 }
 
+// IEEE 802.1X-2010, 9.12.
 void MkaActorSm::parseCakDistInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   auto const info = rxMessageInfo()->mkaInfo();
@@ -121,7 +122,8 @@ void MkaActorSm::parseSakUseInfo() {
   countLlpnExhaustion(use);
 }
 
-// A member transmits with the SAK when, and as long as, the key server reports that it does.
+// IEEE 802.1X-2010, 9.10: a member transmits with the SAK when, and as long as, the key server
+// reports that it does.
 void MkaActorSm::applyFollowerRule(BasicInfo const& basic, KeyInfo const& match) {
   if (!basic.keyServer() || basic.sci() != actorStatus()->keyServer()) return;
   if (match == KeyInfo() || actorStatus()->electedSelf()) return;
@@ -129,8 +131,8 @@ void MkaActorSm::applyFollowerRule(BasicInfo const& basic, KeyInfo const& match)
   actorStatus()->sakTransmitIs(match.keyTx());
 }
 
-// The key server waits until every live peer can receive. `latest` and `old` are left with what the
-// last peer looked at reports.
+// IEEE 802.1X-2010, 9.10: the key server waits until every live peer can receive. `latest` and
+// `old` are left with what the last peer looked at reports.
 void MkaActorSm::applyKeyServerRule(KeyInfo& latest, KeyInfo& old) {
   if (!actorStatus()->electedSelf() || actorStatus()->distSak() == Sak()) return;
   if (actorStatus()->sakTransmit()) return;

@@ -66,6 +66,7 @@ void MkaActorSm::takePotentialPath(MkaInfo const& info) {
   refresh(*peer, info);
 }
 
+// IEEE 802.1X-2010, 9.4.3.
 void MkaActorSm::parseLivePeerInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   for (auto& listed : rxMessageInfo()->livePeer()) {

@@ -11,6 +11,7 @@ Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 
 }  // namespace
 
+// IEEE 802.1X-2010, 9.4.
 void MkaActorSm::handleRxMessage() {
   auto const rx = rxMessageInfo();
   if (rx->intfId() != intfId_) return;

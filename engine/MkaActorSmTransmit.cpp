@@ -28,6 +28,7 @@ uint8_t macsecCapability(CipherSuite cipher) {
 
 }  // namespace
 
+// IEEE 802.1X-2010, 9.4: each period a participant sends all that it has to say.
 void MkaActorSm::handleMkpduTimerExpiry() {
   if (!initialized_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
@@ -53,8 +54,8 @@ void MkaActorSm::transmit(MkaMessageInfo& tx) {
   tx.countInc(1);
 }
 
-// As long as no key server is known, every actor that may be one claims the role, and so is
-// a candidate for the others' election; from then on the elected one alone.
+// IEEE 802.1X-2010, 9.5: as long as no key server is known, every actor that may be one claims the
+// role, and so is a candidate for the others' election; from then on the elected one alone.
 BasicInfo MkaActorSm::basicInfo() {
   bool const claims =
       actorStatus()->keyServer() == Sci() ? mayBeKeyServer() : actorStatus()->electedSelf();
@@ -68,7 +69,8 @@ BasicInfo MkaActorSm::basicInfo() {
                    msgId, msgNum, ckn_);
 }
 
-// The SAK goes out from the moment it is made until transmit with it has begun.
+// IEEE 802.1X-2010, 9.8: the SAK goes out from the moment it is made until transmit with it has
+// begun.
 SakDistInfo MkaActorSm::sakDistInfo() const {
   Sak const& sak = actorStatus()->distSak();
   bool const isDistributed = actorStatus()->electedSelf() && actorStatus()->principal() &&
@@ -78,7 +80,7 @@ SakDistInfo MkaActorSm::sakDistInfo() const {
                      intfStatus_->macsecParams().cipher(), sak.key());
 }
 
-// The flags tell what is installed, not what has been asked for.
+// IEEE 802.1X-2010, 9.10: the flags tell what is installed, not what has been asked for.
 SakUseInfo MkaActorSm::sakUseInfo() const {
   SakContext const& old = cpStatus_->oldSakContext();
   SakContext const& latest = cpStatus_->latestSakContext();

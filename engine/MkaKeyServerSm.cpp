@@ -178,6 +178,7 @@ void MkaKeyServerSm::handleKeyServerChange() {
   mkaActorStatus()->distSakIs(Sak());
 }
 
+// IEEE 802.1X-2010, 9.8: another live peer means another SAK.
 void MkaKeyServerSm::handleLivePeer(Vesk::String8 const& peer) {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
@@ -272,7 +273,7 @@ Vesk::String8 MkaKeyServerSm::sakContext(uint32_t keyNum) const {
   return context + hexString(Lumo::NetU32(keyNum));
 }
 
-// The controlled port sees `sakTransmit` false before the key arrives.
+// IEEE 802.1X-2010, 9.8.1. The controlled port sees `sakTransmit` false before the key arrives.
 void MkaKeyServerSm::generateNewSak() {
   VESK_TRACE(8, ": IntfId ", intfId_, " for ckn ", ckn_);
   int const bits = static_cast<int>(mkaIntfStatus()->macsecParams().cipher());

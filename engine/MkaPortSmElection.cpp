@@ -218,6 +218,7 @@ void MkaPortSm::PortStatusReactor::ActorStatusReactor::handleDistSak() {
   sm.actorDeletionTimer_->timeMinIs(Vesk::now() + sm.status()->actorDelPeriod());
 }
 
+// IEEE 802.1X-2010, 9.9.
 void MkaPortSm::PortStatusReactor::ActorStatusReactor::advanceAn(AssociationNumber an) {
   bool const wraps = an.value() == AssociationNumber::max;
   owner().portStatus()->anOfNextKeyIs(AssociationNumber(wraps ? 0 : an.value() + 1));

@@ -22,6 +22,7 @@ Vesk::LogHandle const MKA_CA_CREATED(
 
 }  // namespace
 
+// IEEE 802.1X-2010, 9.14.
 void MkaPortSm::handleKey() {
   if (!initialized_) return;
   Cak const key = intfStatus()->key();
@@ -136,6 +137,7 @@ void MkaPortSm::deleteActorsOfOlderKeys(Cak const& key, bool defaultActors) {
   }
 }
 
+// IEEE 802.1X-2010, 9.14.
 void MkaPortSm::handleActorDeletion() {
   if (!initialized_) return;
   VESK_TRACE(8, ": IntfId ", intfId_);

@@ -2,6 +2,7 @@
 
 #include "platform/SameKey.h"
 #include "platform/WardcodeLib.h"
+#include "runtime/Assert.h"
 
 namespace Macsecd {
 
@@ -58,7 +59,9 @@ std::optional<SwitchConfig> KeptConfig::config() const {
 }
 
 bool KeptConfig::commit() {
-  if (pending_.empty() || !store_->commit(pending_)) return false;
+  if (pending_.empty()) return false;
+  VESK_ASSERT(store_);
+  if (!store_->commit(pending_)) return false;
   pending_ = {};
   return true;
 }

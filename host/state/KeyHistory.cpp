@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "host/state/StatePath.h"
+#include "runtime/Assert.h"
 
 namespace Macsecd {
 
@@ -55,6 +56,7 @@ KeyHistory::Key* KeyHistory::keyIs(Lumo::IntfId intfId, SakId const& sak) {
   if (known != keys.end()) return &*known;
   if (!keys.empty() && sak.number < keys.back().number) return nullptr;
   if (keys.size() >= kMostKeys) keys.erase(keys.begin());
+  VESK_ASSERT(keys.empty() || keys.back().number < sak.number);
   return &keys.emplace_back(Key{sak.number, 0, 0, {}});
 }
 
@@ -117,6 +119,7 @@ void KeyHistory::noteReceived(Lumo::IntfId intfId, SakId const& sak, uint64_t sc
 }
 
 void KeyHistory::keep(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id) {
+  VESK_ASSERT(server(intfId, id));
   if (store_) pending_.values[pathOf(intfId, id)] = textOf(*server(intfId, id));
 }
 

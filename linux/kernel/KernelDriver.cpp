@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "linux/process/Limits.h"
+#include "runtime/Assert.h"
 #include "runtime/Log.h"
 #include "runtime/TimerWheel.h"
 #include "runtime/World.h"
@@ -221,7 +222,9 @@ void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
 
 void KernelDriver::deviceChanged(int index, bool isThere) {
   auto const port = byDevice_.find(index);
-  if (port != byDevice_.end()) port->second->deviceChanged(isThere);
+  if (port == byDevice_.end()) return;
+  VESK_ASSERT(port->second->held() && port->second->held()->index == index);
+  port->second->deviceChanged(isThere);
 }
 
 void KernelDriver::deleteDevice(int index) {

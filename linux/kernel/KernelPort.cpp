@@ -5,6 +5,7 @@
 
 #include "host/config/DeviceName.h"
 #include "linux/process/Limits.h"
+#include "runtime/Assert.h"
 #include "runtime/World.h"
 
 namespace Linux {
@@ -49,6 +50,12 @@ KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
       device_(std::move(device)),
       name_(nameOf(intfId, device_)),
       retry_(Limits::kFirstRetry, Limits::kLastRetry) {}
+
+KernelPort::~KernelPort() {
+  hold(nullptr);
+  VESK_DEBUG_ASSERT(
+      std::ranges::none_of(byDevice_, [this](auto const& one) { return one.second == this; }));
+}
 
 void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
   cpStatus_ = std::move(cpStatus);
@@ -169,6 +176,7 @@ bool KernelPort::make(DeviceKind const& kind) {
 }
 
 bool KernelPort::setSettings() {
+  VESK_ASSERT(held_);
   SecYSettings wanted;
   wanted.window = device_.replayWindow;
   if (held_->settings == wanted) return true;

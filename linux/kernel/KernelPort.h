@@ -82,7 +82,7 @@ class KernelPort {
   KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
              KernelDriverOptions const& options, Macsecd::KeyHistory& history, KernelCounts& counts,
              ByDevice& byDevice, KernelReader& reader, Vesk::Ptr<Macsec::MacSecIntfStatus> report);
-  ~KernelPort() { hold(nullptr); }
+  ~KernelPort();
   KernelPort(KernelPort const&) = delete;
   KernelPort& operator=(KernelPort const&) = delete;
 

@@ -2,6 +2,7 @@
 #include <cerrno>
 
 #include "linux/kernel/KernelPort.h"
+#include "runtime/Assert.h"
 
 namespace Linux {
 
@@ -45,6 +46,7 @@ bool KernelPort::isHeldAsWanted(HeldSa const& sa) const {
 }
 
 bool KernelPort::setUpReceive() {
+  VESK_ASSERT(held_ && cpStatus_);
   auto const ssci = ssciNumber(cpStatus_->peerSsci());
   SciNumber const sci = ssci ? sciNumber(cpStatus_->peerSsci().sci()) : 0;
   bool isDone = dropOtherChannels(sci) && dropOtherReceiveSas(sci);
@@ -119,6 +121,7 @@ bool KernelPort::install(SaPlace const& place, Sak const& sak, uint64_t packetNu
 
 bool KernelPort::dropSa(SaPlace const& place, std::vector<HeldSa>& sas) {
   HeldSa* const sa = find(sas, place.an);
+  VESK_ASSERT(sa);
   if (sa->on) {
     if (!did(kernel_.saOnIs(place, false), "switch off a secure association")) return false;
     sa->on = false;
@@ -131,6 +134,7 @@ bool KernelPort::dropSa(SaPlace const& place, std::vector<HeldSa>& sas) {
 
 // The new SA, then the switch to it, then the end of the old one: nothing is lost on the way.
 bool KernelPort::setUpTransmit() {
+  VESK_ASSERT(held_ && cpStatus_);
   Sak const sak = transmitHeld_ ? Sak() : cpStatus_->txSak();
   if (sak == Sak()) {
     bool const isDone = dropOtherTransmitSas(nullptr);
