@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "runtime/NestedReactors.h"
+
 namespace Codec {
 
 using Macsec::MkaActorStatus;
@@ -10,15 +12,8 @@ using Macsec::MkaPortStatus;
 using Macsec::Status;
 
 struct ActorFollower::ActorStatusReactor final
-    : Vesk::Reactor<MkaActorStatus const, ActorFollower, ActorStatusReactor> {
-  ActorStatusReactor(ActorFollower& follower, Vesk::Ptr<MkaActorStatus const> status, Port& port)
-      : Reactor(follower, std::move(status)), port_(port), keys_(notifier()->ckn(), notifier()) {
-    onIck();
-    onKek();
-    port_.actors.push_back(&keys_);
-    takeUpPeers();
-  }
-  ~ActorStatusReactor() override { handleGone(); }
+    : Vesk::Reactor<MkaActorStatus const, PortStatusReactor, ActorStatusReactor> {
+  ActorStatusReactor(PortStatusReactor& port, Vesk::Ptr<MkaActorStatus const> status);
 
   Vesk::String8 const& fwkKey() const { return notifier()->ckn(); }
   void onIck() override { keys_.ickIs(notifier()->ick()); }
@@ -31,7 +26,8 @@ struct ActorFollower::ActorStatusReactor final
   }
 
   /// The keys go at once, whoever still holds this.
-  void handleGone() {
+  void retire() {
+    Reactor::retire();
     std::erase(port_.actors, &keys_);
     keys_.ickIs(Vesk::String8());
     keys_.kekIs(Vesk::String8());
@@ -53,59 +49,47 @@ struct ActorFollower::PortStatusReactor final
     : Vesk::Reactor<MkaPortStatus const, ActorFollower, PortStatusReactor> {
   PortStatusReactor(ActorFollower& follower, Vesk::Ptr<MkaPortStatus const> status)
       : Reactor(follower, std::move(status)) {
-    for (auto& actor : notifier()->actorStatus()) actorIs(&actor);
+    onActorStatusImmediate();
   }
 
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
   void onActorStatus(Vesk::String8 const& ckn) override {
-    if (auto const actor = notifier()->actorStatus(ckn)) {
-      actorIs(actor);
-    } else {
-      actors_.xDel(ckn, [](ActorStatusReactor& reactor) { reactor.handleGone(); });
-    }
+    actors_.follow(*this, notifier()->actorStatus(), ckn);
   }
-  void retireAll() {
-    for (ActorStatusReactor& reactor : actors_.map()) reactor.handleGone();
-    actors_.retireAll();
-  }
+  void onActorStatusImmediate() override { actors_.followAll(*this, notifier()->actorStatus()); }
+  auto nested() { return std::tie(actors_); }
 
  private:
-  void actorIs(Vesk::Ptr<MkaActorStatus const> const& actor) {
-    actors_.xIs(actor->ckn(), actor, [&] {
-      Port& port = owner().ports_.portIs(notifier()->intfId());
-      return Vesk::make<ActorStatusReactor>(owner(), actor, port);
-    });
-  }
-
   Vesk::NestedReactors<ActorStatusReactor, Vesk::String8> actors_;
 };
+
+ActorFollower::ActorStatusReactor::ActorStatusReactor(PortStatusReactor& port,
+                                                      Vesk::Ptr<MkaActorStatus const> status)
+    : Reactor(port, std::move(status)),
+      port_(port.owner().ports_.portIs(port.fwkKey())),
+      keys_(notifier()->ckn(), notifier()) {
+  onIck();
+  onKek();
+  port_.actors.push_back(&keys_);
+  takeUpPeers();
+}
 
 struct ActorFollower::StatusReactor final
     : Vesk::Reactor<Status const, ActorFollower, StatusReactor> {
   StatusReactor(ActorFollower& follower, Vesk::Ptr<Status const> status)
       : Reactor(follower, std::move(status)) {
-    for (auto& port : notifier()->portStatus()) portIs(&port);
+    for (MkaPortStatus& port : notifier()->portStatus()) onPortStatus(port.intfId());
   }
 
   void onPortStatus(Lumo::IntfId const& intfId) override {
-    if (auto const port = notifier()->portStatus(intfId)) {
-      portIs(port);
-      return;
-    }
-    ports_.xDel(intfId, [](PortStatusReactor& reactor) { reactor.retireAll(); });
-    owner().handlers_.onDel(intfId);
+    bool const isHere = notifier()->portStatus().find(intfId) != nullptr;
+    if (isHere) owner().handlers_.onNew(intfId);
+    ports_.follow(owner(), notifier()->portStatus(), intfId);
+    if (!isHere) owner().handlers_.onDel(intfId);
   }
-  void retireAll() {
-    for (PortStatusReactor& reactor : ports_.map()) reactor.retireAll();
-    ports_.retireAll();
-  }
+  auto nested() { return std::tie(ports_); }
 
  private:
-  void portIs(Vesk::Ptr<MkaPortStatus const> const& port) {
-    owner().handlers_.onNew(port->intfId());
-    ports_.xIs(port->intfId(), port, [&] { return Vesk::make<PortStatusReactor>(owner(), port); });
-  }
-
   Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> ports_;
 };
 
@@ -114,9 +98,6 @@ ActorFollower::ActorFollower(Vesk::Ptr<Status const> status, Ports& ports, PortH
       handlers_(std::move(handlers)),
       statusReactor_(Vesk::make<StatusReactor>(*this, std::move(status))) {}
 
-ActorFollower::~ActorFollower() {
-  statusReactor_->retireAll();
-  Vesk::retire(statusReactor_);
-}
+ActorFollower::~ActorFollower() { Vesk::retire(statusReactor_); }
 
 }  // namespace Codec

@@ -27,7 +27,7 @@ ConfigSm::ConfigSm(Vesk::Ptr<Config const> config, Vesk::Ptr<Status> status,
       eapKeyStatus_(Vesk::make<EapKeyStatusReactor>(*this, std::move(eapKeyStatus))),
       ethIntfStatusDir_(Vesk::make<EthIntfStatusDirReactor>(*this, std::move(ethIntfStatusDir))),
       brineCounters_(std::move(brineCounters)) {
-  profilesFollowConfig();
+  followProfiles();
   handleEapKeyStatus();
   handleInitialized();
 }
@@ -35,9 +35,7 @@ ConfigSm::ConfigSm(Vesk::Ptr<Config const> config, Vesk::Ptr<Status> status,
 ConfigSm::~ConfigSm() = default;
 
 void ConfigSm::end() {
-  Vesk::endReactors(config_, status_, eapKeyStatus_);
-  ethIntfStatusDir_->retireAll();
-  Vesk::endReactors(ethIntfStatusDir_);
+  Vesk::endReactors(config_, status_, eapKeyStatus_, ethIntfStatusDir_);
   profile_.retireAll();
 }
 
@@ -80,28 +78,12 @@ Vesk::Ptr<Interface::EthIntfStatusDir const> const& ConfigSm::ethIntfStatusDir()
   return ethIntfStatusDir_->notifier();
 }
 
-void ConfigSm::profileIs(Vesk::Ptr<Profile const> const& profile) {
-  profile_.xIs(profile->name(), profile,
-               [&] { return Vesk::make<ProfileReactor>(*this, profile); });
-}
-
-void ConfigSm::profileDel(Vesk::Name const& name) {
-  profile_.xDel(name, [](ProfileReactor& profile) { profile.handleDel(); });
-}
-
-void ConfigSm::profilesFollowConfig() {
-  for (Profile& profile : config()->profile()) profileIs(&profile);
-  for (ProfileReactor& reactor : profile_.map()) {
-    if (!config()->profile(reactor.fwkKey())) profileDel(reactor.fwkKey());
-  }
+void ConfigSm::followProfiles() {
+  profile_.followAll(*this, config()->profile(), &ProfileReactor::handleDel);
 }
 
 void ConfigSm::ConfigReactor::onProfile(Vesk::Name const& name) {
-  if (auto profile = notifier()->profile(name)) {
-    owner().profileIs(profile);
-  } else {
-    owner().profileDel(name);
-  }
+  owner().profile_.follow(owner(), notifier()->profile(), name, &ProfileReactor::handleDel);
 }
 
 void ConfigSm::handleInitialized() {
@@ -128,33 +110,15 @@ bool ConfigSm::isStale(IntfStatus const& intfStatus) const {
 ConfigSm::EthIntfStatusDirReactor::EthIntfStatusDirReactor(
     ConfigSm& sm, Vesk::Ptr<Interface::EthIntfStatusDir const> dir)
     : Reactor(sm, std::move(dir)) {
-  for (auto& member : notifier()->intfStatus()) ethIntfStatusIs(&member);
-}
-
-void ConfigSm::EthIntfStatusDirReactor::hasNotificationActiveIs(bool active) {
-  NotifieeConst::hasNotificationActiveIs(active);
-  ethIntfStatus_.hasNotificationActiveIs(active);
+  onIntfStatusImmediate();
 }
 
 void ConfigSm::EthIntfStatusDirReactor::onIntfStatus(Lumo::IntfId const& intfId) {
-  if (auto member = notifier()->intfStatus(intfId)) {
-    ethIntfStatusIs(member);
-  } else {
-    ethIntfStatus_.xDel(intfId);
-  }
+  ethIntfStatus_.follow(owner(), notifier()->intfStatus(), intfId);
 }
 
 void ConfigSm::EthIntfStatusDirReactor::onIntfStatusImmediate() {
-  for (auto& member : notifier()->intfStatus()) ethIntfStatusIs(&member);
-  for (auto& nested : ethIntfStatus_.map()) {
-    if (!notifier()->intfStatus(nested.fwkKey())) ethIntfStatus_.xDel(nested.fwkKey());
-  }
-}
-
-void ConfigSm::EthIntfStatusDirReactor::ethIntfStatusIs(
-    Vesk::Ptr<Interface::EthIntfStatus const> const& member) {
-  ethIntfStatus_.xIs(member->intfId(), member,
-                     [&] { return Vesk::make<EthIntfStatusReactor>(owner(), member); });
+  ethIntfStatus_.followAll(owner(), notifier()->intfStatus());
 }
 
 }  // namespace Macsec

@@ -5,6 +5,7 @@
 #include "platform/EapKeyStatus.h"
 #include "platform/EthIntfStatus.h"
 #include "platform/MessageCounters.h"
+#include "runtime/NestedReactors.h"
 #include "runtime/Reactor.h"
 
 namespace Macsec {
@@ -70,9 +71,7 @@ class ConfigSm final : public Vesk::StateMachine {
   struct ProfileReactor;
 
   bool isStale(IntfStatus const& intfStatus) const;
-  void profileIs(Vesk::Ptr<Profile const> const& profile);
-  void profileDel(Vesk::Name const& name);
-  void profilesFollowConfig();
+  void followProfiles();
 
   Vesk::Ptr<ConfigReactor> config_;
   Vesk::Ptr<StatusReactor> status_;

@@ -7,7 +7,7 @@ namespace Macsec {
 struct ConfigSm::ConfigReactor final : Vesk::Reactor<Config const, ConfigSm, ConfigReactor> {
   using Reactor::Reactor;
   void onProfile(Vesk::Name const& name) override;
-  void onProfileImmediate() override { owner().profilesFollowConfig(); }
+  void onProfileImmediate() override { owner().followProfiles(); }
   void onFipsRestrictions() override { owner().handleFipsRestrictions(); }
   void onDelayProtection() override { owner().handleDelayProtection(); }
   void onClearMkaCounters() override { owner().handleClearMkaCounters(); }
@@ -30,14 +30,11 @@ struct ConfigSm::EthIntfStatusDirReactor final
   struct EthIntfStatusReactor;
 
   EthIntfStatusDirReactor(ConfigSm& sm, Vesk::Ptr<Interface::EthIntfStatusDir const> dir);
-  void hasNotificationActiveIs(bool active) override;
   void onIntfStatus(Lumo::IntfId const& intfId) override;
   void onIntfStatusImmediate() override;
-  void retireAll() { ethIntfStatus_.retireAll(); }
+  auto nested() { return std::tie(ethIntfStatus_); }
 
  private:
-  void ethIntfStatusIs(Vesk::Ptr<Interface::EthIntfStatus const> const& member);
-
   Vesk::NestedReactors<EthIntfStatusReactor, Lumo::IntfId> ethIntfStatus_;
 };
 

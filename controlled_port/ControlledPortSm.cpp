@@ -49,9 +49,7 @@ ControlledPortSm::ControlledPortSm(Vesk::String8 ckn, Lumo::IntfId intfId, Vesk:
 ControlledPortSm::~ControlledPortSm() = default;
 
 void ControlledPortSm::end() {
-  Vesk::endReactors(actorStatus_, latestKeyTxEnableTimer_, oldKeyRetirementTimer_);
-  hwStatus_->retireAll();
-  Vesk::endReactors(hwStatus_);
+  Vesk::endReactors(actorStatus_, latestKeyTxEnableTimer_, oldKeyRetirementTimer_, hwStatus_);
 }
 
 Vesk::Ptr<ControlledPortSm> ControlledPortSm::ControlledPortSmIs(

@@ -38,11 +38,6 @@ ControlledPortSm::HwStatusReactor::HwStatusReactor(ControlledPortSm& sm,
   }
 }
 
-void ControlledPortSm::HwStatusReactor::hasNotificationActiveIs(bool active) {
-  NotifieeConst::hasNotificationActiveIs(active);
-  macsecIntfStatus_.hasNotificationActiveIs(active);
-}
-
 bool ControlledPortSm::HwStatusReactor::isFollowed(Lumo::IntfId intfId) const {
   return !Vesk::world().switches().visitsAreFiltered || intfId == owner().intfId() ||
          macsecIntfStatus_.find(intfId);
@@ -85,8 +80,6 @@ void ControlledPortSm::HwStatusReactor::macsecIntfStatusIs(
   macsecIntfStatus_.xIs(member->intfId(), member,
                         [&] { return Vesk::make<MacsecIntfStatusReactor>(owner(), member); });
 }
-
-void ControlledPortSm::HwStatusReactor::retireAll() { macsecIntfStatus_.retireAll(); }
 
 bool ControlledPortSm::HwStatusReactor::MacsecIntfStatusReactor::concernsOwner() const {
   return owner().initialized_ && fwkKey() == owner().intfId_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controlled_port/ControlledPortSm.h"
+#include "runtime/NestedReactors.h"
 
 namespace Macsec {
 
@@ -33,7 +34,6 @@ struct ControlledPortSm::HwStatusReactor final
   struct MacsecIntfStatusReactor;
 
   HwStatusReactor(ControlledPortSm& sm, Vesk::Ptr<MacSecIntfStatusPtrDir const> dir);
-  void hasNotificationActiveIs(bool active) override;
   void onStatus(Lumo::IntfId const& intfId) override;
   void onStatusImmediate() override;
   /// The reactor of this interface, made if the directory has the interface; else null.
@@ -41,7 +41,7 @@ struct ControlledPortSm::HwStatusReactor final
   /// Throws `Vesk::RangeException` for a null entry.
   void macsecIntfStatusIs(Vesk::Ptr<MacSecIntfStatus const> const& member);
   size_t followed() const { return macsecIntfStatus_.members(); }
-  void retireAll();
+  auto nested() { return std::tie(macsecIntfStatus_); }
 
  private:
   bool isFollowed(Lumo::IntfId intfId) const;

@@ -40,9 +40,8 @@ MkaPortSm::~MkaPortSm() = default;
 void MkaPortSm::end() {
   initialized_ = false;
   if (portStatus_) handleCleanUp();
-  Vesk::endReactors(status_, intfStatus_);
-  if (portStatus_) portStatus_->retireAll();
-  Vesk::endReactors(portStatus_, pamManager_, hwStatus_, defaultActorTimer_, actorDeletionTimer_);
+  Vesk::endReactors(status_, intfStatus_, portStatus_, pamManager_, hwStatus_, defaultActorTimer_,
+                    actorDeletionTimer_);
   mkaActorSmDelAll();
 }
 
@@ -143,34 +142,15 @@ void MkaPortSm::handleCleanUp() {
 
 MkaPortSm::PortStatusReactor::PortStatusReactor(MkaPortSm& sm, Vesk::Ptr<MkaPortStatus> portStatus)
     : Reactor(sm, std::move(portStatus)) {
-  for (auto& member : notifier()->actorStatus()) actorStatusIs(&member);
-}
-
-void MkaPortSm::PortStatusReactor::hasNotificationActiveIs(bool active) {
-  NotifieeConst::hasNotificationActiveIs(active);
-  actorStatus_.hasNotificationActiveIs(active);
+  onActorStatusImmediate();
 }
 
 void MkaPortSm::PortStatusReactor::onActorStatus(Vesk::String8 const& ckn) {
-  if (auto member = notifier()->actorStatus(ckn)) {
-    actorStatusIs(member);
-  } else {
-    actorStatus_.xDel(ckn);
-  }
+  actorStatus_.follow(owner(), notifier()->actorStatus(), ckn);
 }
 
 void MkaPortSm::PortStatusReactor::onActorStatusImmediate() {
-  for (auto& member : notifier()->actorStatus()) actorStatusIs(&member);
-  for (auto& nested : actorStatus_.map()) {
-    if (!notifier()->actorStatus(nested.fwkKey())) actorStatus_.xDel(nested.fwkKey());
-  }
+  actorStatus_.followAll(owner(), notifier()->actorStatus());
 }
-
-void MkaPortSm::PortStatusReactor::actorStatusIs(Vesk::Ptr<MkaActorStatus> const& member) {
-  actorStatus_.xIs(member->ckn(), member,
-                   [&] { return Vesk::make<ActorStatusReactor>(owner(), member); });
-}
-
-void MkaPortSm::PortStatusReactor::retireAll() { actorStatus_.retireAll(); }
 
 }  // namespace Macsec

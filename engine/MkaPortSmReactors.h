@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/MkaPortSm.h"
+#include "runtime/NestedReactors.h"
 
 namespace Macsec {
 
@@ -30,11 +31,9 @@ struct MkaPortSm::PortStatusReactor final
   struct ActorStatusReactor;
 
   PortStatusReactor(MkaPortSm& sm, Vesk::Ptr<MkaPortStatus> portStatus);
-  void hasNotificationActiveIs(bool active) override;
   void onActorStatus(Vesk::String8 const& ckn) override;
   void onActorStatusImmediate() override;
-  void actorStatusIs(Vesk::Ptr<MkaActorStatus> const& member);
-  void retireAll();
+  auto nested() { return std::tie(actorStatus_); }
 
  private:
   Vesk::NestedReactors<ActorStatusReactor, Vesk::String8> actorStatus_;

@@ -43,9 +43,7 @@ MkaSm::~MkaSm() = default;
 
 void MkaSm::end() {
   handleCleanUp();
-  Vesk::endReactors(status_);
-  ethIntfStatusDir_->retireAll();
-  Vesk::endReactors(ethIntfStatusDir_, hwStatus_);
+  Vesk::endReactors(status_, ethIntfStatusDir_, hwStatus_);
   mkaPortSmDelAll();
 }
 

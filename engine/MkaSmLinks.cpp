@@ -14,40 +14,18 @@ Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 MkaSm::EthIntfStatusDirReactor::EthIntfStatusDirReactor(
     MkaSm& sm, Vesk::Ptr<Interface::EthIntfStatusDir const> dir)
     : Reactor(sm, std::move(dir)) {
-  for (auto& member : notifier()->intfStatus()) ethIntfStatusIs(&member);
-}
-
-void MkaSm::EthIntfStatusDirReactor::hasNotificationActiveIs(bool active) {
-  NotifieeConst::hasNotificationActiveIs(active);
-  ethIntfStatus_.hasNotificationActiveIs(active);
+  onIntfStatusImmediate();
 }
 
 void MkaSm::EthIntfStatusDirReactor::onIntfStatus(Lumo::IntfId const& intfId) {
-  if (auto member = notifier()->intfStatus(intfId)) {
-    ethIntfStatusIs(member);
-  } else {
-    ethIntfStatusDel(intfId);
-  }
+  ethIntfStatus_.follow(owner(), notifier()->intfStatus(), intfId,
+                        &EthIntfStatusReactor::handleEthIntfDelete);
 }
 
 void MkaSm::EthIntfStatusDirReactor::onIntfStatusImmediate() {
-  for (auto& member : notifier()->intfStatus()) ethIntfStatusIs(&member);
-  for (auto& nested : ethIntfStatus_.map()) {
-    if (!notifier()->intfStatus(nested.fwkKey())) ethIntfStatusDel(nested.fwkKey());
-  }
+  ethIntfStatus_.followAll(owner(), notifier()->intfStatus(),
+                           &EthIntfStatusReactor::handleEthIntfDelete);
 }
-
-void MkaSm::EthIntfStatusDirReactor::ethIntfStatusIs(
-    Vesk::Ptr<Interface::EthIntfStatus const> const& member) {
-  ethIntfStatus_.xIs(member->intfId(), member,
-                     [&] { return Vesk::make<EthIntfStatusReactor>(owner(), member); });
-}
-
-void MkaSm::EthIntfStatusDirReactor::ethIntfStatusDel(Lumo::IntfId intfId) {
-  ethIntfStatus_.xDel(intfId, [](EthIntfStatusReactor& nested) { nested.handleEthIntfDelete(); });
-}
-
-void MkaSm::EthIntfStatusDirReactor::retireAll() { ethIntfStatus_.retireAll(); }
 
 void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleLinkStatus() {
   Lumo::IntfId const intfId = fwkKey();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/MkaSm.h"
+#include "runtime/NestedReactors.h"
 
 namespace Macsec {
 
@@ -21,12 +22,9 @@ struct MkaSm::EthIntfStatusDirReactor final
   struct EthIntfStatusReactor;
 
   EthIntfStatusDirReactor(MkaSm& sm, Vesk::Ptr<Interface::EthIntfStatusDir const> dir);
-  void hasNotificationActiveIs(bool active) override;
   void onIntfStatus(Lumo::IntfId const& intfId) override;
   void onIntfStatusImmediate() override;
-  void ethIntfStatusIs(Vesk::Ptr<Interface::EthIntfStatus const> const& member);
-  void ethIntfStatusDel(Lumo::IntfId intfId);
-  void retireAll();
+  auto nested() { return std::tie(ethIntfStatus_); }
 
  private:
   Vesk::NestedReactors<EthIntfStatusReactor, Lumo::IntfId> ethIntfStatus_;

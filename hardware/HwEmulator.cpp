@@ -1,5 +1,6 @@
 #include "hardware/HwEmulator.h"
 
+#include "runtime/NestedReactors.h"
 #include "runtime/Trace.h"
 
 namespace Macsec {
@@ -13,16 +14,13 @@ Vesk::TraceHandle traceHandle("Macsec::HwEmulator");
 struct HwEmulator::StatusReactor final : Vesk::Reactor<Status const, HwEmulator, StatusReactor> {
   struct CpStatusReactor;
 
-  StatusReactor(HwEmulator& emulator, Vesk::Ptr<Status const> status);
-  void hasNotificationActiveIs(bool active) override;
+  using Reactor::Reactor;
   void onCpStatus(Lumo::IntfId const& intfId) override;
-  void onCpStatusImmediate() override;
+  void onCpStatusImmediate() override { follow(); }
   void follow();
-  void retireAll();
+  auto nested() { return std::tie(cpStatus_); }
 
  private:
-  void cpStatusIs(Vesk::Ptr<CpStatus const> const& member);
-
   Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
 };
 
@@ -48,10 +46,7 @@ HwEmulator::HwEmulator(Vesk::Ptr<Status const> status, Vesk::Ptr<MacSecIntfStatu
 
 HwEmulator::~HwEmulator() = default;
 
-void HwEmulator::end() {
-  status_->retireAll();
-  Vesk::endReactors(status_);
-}
+void HwEmulator::end() { Vesk::endReactors(status_); }
 
 Vesk::Ptr<HwEmulator> HwEmulator::HwEmulatorIs(Vesk::Ptr<Status const> status,
                                                Vesk::Ptr<MacSecIntfStatusPtrDir> allMacsec) {
@@ -75,39 +70,11 @@ void HwEmulator::handleInitialized() {
   initialized_ = true;
 }
 
-HwEmulator::StatusReactor::StatusReactor(HwEmulator& emulator, Vesk::Ptr<Status const> status)
-    : Reactor(emulator, std::move(status)) {}
-
-void HwEmulator::StatusReactor::hasNotificationActiveIs(bool active) {
-  NotifieeConst::hasNotificationActiveIs(active);
-  cpStatus_.hasNotificationActiveIs(active);
-}
-
 void HwEmulator::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
-  if (auto member = notifier()->cpStatus(intfId)) {
-    cpStatusIs(member);
-  } else {
-    cpStatus_.xDel(intfId);
-  }
+  cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
 }
 
-void HwEmulator::StatusReactor::onCpStatusImmediate() {
-  follow();
-  for (CpStatusReactor& nested : cpStatus_.map()) {
-    if (!notifier()->cpStatus(nested.fwkKey())) cpStatus_.xDel(nested.fwkKey());
-  }
-}
-
-void HwEmulator::StatusReactor::follow() {
-  for (CpStatus& member : notifier()->cpStatus()) cpStatusIs(&member);
-}
-
-void HwEmulator::StatusReactor::cpStatusIs(Vesk::Ptr<CpStatus const> const& member) {
-  cpStatus_.xIs(member->intfId(), member,
-                [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
-}
-
-void HwEmulator::StatusReactor::retireAll() { cpStatus_.retireAll(); }
+void HwEmulator::StatusReactor::follow() { cpStatus_.followAll(owner(), notifier()->cpStatus()); }
 
 HwEmulator::StatusReactor::CpStatusReactor::CpStatusReactor(HwEmulator& emulator,
                                                             Vesk::Ptr<CpStatus const> cpStatus)

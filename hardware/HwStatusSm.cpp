@@ -22,7 +22,6 @@ HwStatusSm::~HwStatusSm() = default;
 
 void HwStatusSm::end() {
   Vesk::endReactors(hwStatusSliceDir_);
-  for (HwSliceReactor& slice : hwSlice_.map()) slice.intfHwStatusDelAll();
   hwSlice_.retireAll();
 }
 
@@ -136,37 +135,20 @@ void HwStatusSm::HwStatusSliceDirReactor::onEntityPtrImmediate() {
 
 HwStatusSm::HwSliceReactor::HwSliceReactor(HwStatusSm& sm, Vesk::Ptr<MacSecStatus const> slice)
     : Reactor(sm, std::move(slice)) {
-  for (MacSecIntfStatus& member : notifier()->status()) watchMember(&member);
-}
-
-void HwStatusSm::HwSliceReactor::hasNotificationActiveIs(bool active) {
-  NotifieeConst::hasNotificationActiveIs(active);
-  intfHwStatus_.hasNotificationActiveIs(active);
+  intfHwStatus_.followAll(*this, notifier()->status());
 }
 
 void HwStatusSm::HwSliceReactor::onStatus(Lumo::IntfId const& intfId) {
-  if (auto member = notifier()->status(intfId)) {
-    intfHwStatusIs(member);
-  } else {
-    intfHwStatusDel(intfId);
-  }
+  if (!notifier()->status(intfId)) return intfHwStatusDel(intfId);
+  intfHwStatus_.follow(*this, notifier()->status(), intfId);
+  handleIntfStatus(intfId);
 }
 
 void HwStatusSm::HwSliceReactor::onStatusImmediate() {
-  for (MacSecIntfStatus& member : notifier()->status()) intfHwStatusIs(&member);
-  for (auto& nested : intfHwStatus_.map()) {
+  for (MacSecIntfStatus& member : notifier()->status()) onStatus(member.intfId());
+  for (IntfHwStatusReactor& nested : intfHwStatus_.map()) {
     if (!notifier()->status(nested.fwkKey())) intfHwStatusDel(nested.fwkKey());
   }
-}
-
-void HwStatusSm::HwSliceReactor::watchMember(Vesk::Ptr<MacSecIntfStatus const> const& member) {
-  intfHwStatus_.xIs(member->intfId(), member,
-                    [&] { return Vesk::make<IntfHwStatusReactor>(*this, member); });
-}
-
-void HwStatusSm::HwSliceReactor::intfHwStatusIs(Vesk::Ptr<MacSecIntfStatus const> const& member) {
-  watchMember(member);
-  handleIntfStatus(member->intfId());
 }
 
 // The handler runs twice; the second run finds nothing left to delete.
@@ -176,8 +158,6 @@ void HwStatusSm::HwSliceReactor::intfHwStatusDel(Lumo::IntfId intfId) {
     nested.handleIntfStatusDelete();
   });
 }
-
-void HwStatusSm::HwSliceReactor::intfHwStatusDelAll() { intfHwStatus_.retireAll(); }
 
 void HwStatusSm::HwSliceReactor::initializedIs(bool initialized) {
   if (initialized == initialized_) return;
@@ -200,7 +180,6 @@ void HwStatusSm::HwSliceReactor::handleIntfStatus(Lumo::IntfId intfId) {
 void HwStatusSm::HwSliceReactor::handleSliceStatusDelete() {
   VESK_TRACE(8, ": ", fwkKey(), " deleted");
   owner().handleSliceStatusDelete(fwkKey());
-  intfHwStatusDelAll();
 }
 
 void HwStatusSm::HwSliceReactor::IntfHwStatusReactor::handleIntfStatusDelete() {

@@ -2,6 +2,7 @@
 
 #include "model/MacSecStatus.h"
 #include "runtime/Dir.h"
+#include "runtime/NestedReactors.h"
 #include "runtime/Reactor.h"
 
 namespace Macsec {

@@ -16,7 +16,6 @@ struct HwStatusSm::HwSliceReactor final
   struct IntfHwStatusReactor;
 
   HwSliceReactor(HwStatusSm& sm, Vesk::Ptr<MacSecStatus const> slice);
-  void hasNotificationActiveIs(bool active) override;
   Vesk::Name const& fwkKey() const { return notifier()->name(); }
   void onStatus(Lumo::IntfId const& intfId) override;
   void onStatusImmediate() override;
@@ -27,12 +26,10 @@ struct HwStatusSm::HwSliceReactor final
   void handleInitialized();
   void handleIntfStatus(Lumo::IntfId intfId);
   void handleSliceStatusDelete();
-  void intfHwStatusDelAll();
+  auto nested() { return std::tie(intfHwStatus_); }
 
  private:
-  void intfHwStatusIs(Vesk::Ptr<MacSecIntfStatus const> const& member);
   void intfHwStatusDel(Lumo::IntfId intfId);
-  void watchMember(Vesk::Ptr<MacSecIntfStatus const> const& member);
 
   bool initialized_ = false;
   Vesk::NestedReactors<IntfHwStatusReactor, Lumo::IntfId> intfHwStatus_;

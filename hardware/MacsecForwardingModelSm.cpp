@@ -16,7 +16,7 @@ struct MacsecForwardingModelSm::StatusReactor final
   using Reactor::Reactor;
   void onCpStatus(Lumo::IntfId const& intfId) override;
   void onCpStatusImmediate() override;
-  void cpStatusIs(Vesk::Ptr<CpStatus const> const& member);
+  void follow() { owner().cpStatus_.followAll(owner(), notifier()->cpStatus()); }
 };
 
 struct MacsecForwardingModelSm::CpStatusReactor final
@@ -31,7 +31,7 @@ MacsecForwardingModelSm::MacsecForwardingModelSm(
     Vesk::Ptr<Interface::IntfForwardingModelInputDir> forwardingModelInputDir)
     : status_(Vesk::make<StatusReactor>(*this, std::move(status))),
       forwardingModelInputDir_(std::move(forwardingModelInputDir)) {
-  for (CpStatus& member : status_->notifier()->cpStatus()) status_->cpStatusIs(&member);
+  status_->follow();
   handleInitialized();
 }
 
@@ -62,25 +62,13 @@ void MacsecForwardingModelSm::hasNotificationActiveIs(bool active) {
   cpStatus_.hasNotificationActiveIs(active);
 }
 
-void MacsecForwardingModelSm::StatusReactor::cpStatusIs(Vesk::Ptr<CpStatus const> const& member) {
-  owner().cpStatus_.xIs(member->intfId(), member,
-                        [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
-}
-
 void MacsecForwardingModelSm::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
-  if (auto member = notifier()->cpStatus(intfId)) {
-    cpStatusIs(member);
-  } else {
-    owner().cpStatus_.xDel(intfId);
-  }
+  owner().cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
   owner().handleControlledPortStatus(intfId);
 }
 
 void MacsecForwardingModelSm::StatusReactor::onCpStatusImmediate() {
-  for (CpStatus& member : notifier()->cpStatus()) cpStatusIs(&member);
-  for (CpStatusReactor& nested : owner().cpStatus_.map()) {
-    if (!notifier()->cpStatus(nested.fwkKey())) owner().cpStatus_.xDel(nested.fwkKey());
-  }
+  follow();
   owner().handleControlledPortStatus();
 }
 

@@ -2,6 +2,7 @@
 
 #include "model/Status.h"
 #include "platform/IntfForwardingModel.h"
+#include "runtime/NestedReactors.h"
 #include "runtime/Reactor.h"
 
 namespace Macsec {

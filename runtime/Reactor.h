@@ -2,6 +2,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -114,8 +115,14 @@ class Reactor
     if constexpr (std::is_base_of_v<NotifieeBase, Owner>) return owner_->machine();
     return nullptr;
   }
-  /// Takes the reactor out of service: no handler of it runs any more.
+  void hasNotificationActiveIs(bool active) override {
+    Handlers::hasNotificationActiveIs(active);
+    forNested([active](auto& nested) { nested.hasNotificationActiveIs(active); });
+  }
+  /// Takes the reactor out of service, and those that its class names in `nested()`: no handler of
+  /// it runs any more.
   void retire() {
+    forNested([](auto& nested) { nested.retireAll(); });
     this->isMarkedForDeletionIs(true);
     isRegisteredNotifieeIs(false);
   }
@@ -133,6 +140,13 @@ class Reactor
   }
 
  private:
+  template <class Call>
+  void forNested(Call call) {
+    if constexpr (requires(Self & self) { self.nested(); }) {
+      std::apply([&](auto&... nested) { (call(nested), ...); }, static_cast<Self&>(*this).nested());
+    }
+  }
+
   Owner* owner_;
   Ptr<X> notifier_;
   Lumo::IntfId key_;
@@ -153,49 +167,6 @@ template <class... R>
 void endReactors(Ptr<R> const&... reactors) {
   ((reactors ? (reactors->retire(), reactors->ownerDel()) : void()), ...);
 }
-
-/// The nested reactors that a reactor on a collection keeps, one for each member, by its key.
-template <class Nested, class Key>
-class NestedReactors {
- public:
-  using Map = HashMap<Nested, Key>;
-
-  Nested* find(Key const& key) const { return map_.find(key); }
-  Map const& map() const { return map_; }
-  size_t members() const { return map_.members(); }
-
-  /// Points the nested reactor of `key` at the member; makes it, by `create()`, if there is none.
-  template <class Member, class Create>
-  void xIs(Key const& key, Ptr<Member> const& member, Create create) {
-    if (Ptr<Nested> nested = map_[key]) {
-      nested->notifierIs(member);
-      return;
-    }
-    map_.insert(create().ptr());
-  }
-  /// Lets the nested reactor of `key` go. `onDelete(Nested&)` runs while it can still be read. One
-  /// whose handler is on the stack keeps its owner, who goes on with it.
-  template <class OnDelete>
-  void xDel(Key const& key, OnDelete onDelete) {
-    Ptr<Nested> nested = map_.xDel(key);
-    if (!nested) return;
-    nested->retire();
-    onDelete(*nested);
-  }
-  void xDel(Key const& key) {
-    xDel(key, [](Nested&) {});
-  }
-  /// Lets all go, with no handler.
-  void retireAll() {
-    for (Nested& nested : map_) xDel(Key(nested.fwkKey()));
-  }
-  void hasNotificationActiveIs(bool active) {
-    for (Nested& nested : map_) nested.hasNotificationActiveIs(active);
-  }
-
- private:
-  Map map_;
-};
 
 /// Passes the notification flag on to reactors and children, in the order given; nulls are skipped.
 template <class... T>

@@ -1,5 +1,6 @@
 #include "host/watch/KeyAges.h"
 
+#include "runtime/NestedReactors.h"
 #include "runtime/World.h"
 
 namespace Macsecd {
@@ -11,9 +12,10 @@ using Macsec::Status;
 struct KeyAges::StatusReactor final : Vesk::Reactor<Status const, KeyAges, StatusReactor> {
   StatusReactor(KeyAges& owner, Vesk::Ptr<Status const> status);
   void onCpStatus(Lumo::IntfId const& intfId) override;
-  void onCpStatusImmediate() override {}
-  void follow(Lumo::IntfId intfId);
-  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus;
+  auto nested() { return std::tie(cpStatus_); }
+
+ private:
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
 };
 
 struct KeyAges::CpStatusReactor final : Vesk::Reactor<CpStatus const, KeyAges, CpStatusReactor> {
@@ -24,17 +26,11 @@ struct KeyAges::CpStatusReactor final : Vesk::Reactor<CpStatus const, KeyAges, C
 
 KeyAges::StatusReactor::StatusReactor(KeyAges& owner, Vesk::Ptr<Status const> status)
     : Reactor(owner, std::move(status)) {
-  for (CpStatus& member : notifier()->cpStatus()) follow(member.intfId());
-}
-
-void KeyAges::StatusReactor::follow(Lumo::IntfId intfId) {
-  Vesk::Ptr<CpStatus const> const member = notifier()->cpStatus(intfId);
-  if (!member) return cpStatus.xDel(intfId);
-  cpStatus.xIs(intfId, member, [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
+  cpStatus_.followAll(owner, notifier()->cpStatus());
 }
 
 void KeyAges::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
-  follow(intfId);
+  cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
   auto const member = notifier()->cpStatus(intfId);
   if (!member) {
     owner().since_.erase(intfId);
@@ -49,10 +45,7 @@ KeyAges::KeyAges(Vesk::Ptr<Status const> status)
   status_->hasNotificationActiveIs(true);
 }
 
-KeyAges::~KeyAges() {
-  status_->cpStatus.retireAll();
-  Vesk::retire(status_);
-}
+KeyAges::~KeyAges() { Vesk::retire(status_); }
 
 void KeyAges::look(CpStatus const& cpStatus, bool isFirst) {
   Sak const& sak = cpStatus.txSak();

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "runtime/NestedReactors.h"
 #include "runtime/Reactor.h"
 
 namespace Macsecd {
@@ -13,15 +14,13 @@ using Macsec::Status;
 
 struct PortChanges::StatusReactor final : Vesk::Reactor<Status const, PortChanges, StatusReactor> {
   StatusReactor(PortChanges& owner, Vesk::Ptr<Status const> status);
-  void onCpStatus(Lumo::IntfId const& intfId) override { changed(intfId); }
-  void onPortStatus(Lumo::IntfId const& intfId) override { changed(intfId); }
-  void changed(Lumo::IntfId intfId) {
-    follow(intfId);
-    owner().changed_(intfId);
-  }
-  void follow(Lumo::IntfId intfId);
-  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus;
-  Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> portStatus;
+  void onCpStatus(Lumo::IntfId const& intfId) override;
+  void onPortStatus(Lumo::IntfId const& intfId) override;
+  auto nested() { return std::tie(cpStatus_, portStatus_); }
+
+ private:
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
+  Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> portStatus_;
 };
 
 struct PortChanges::CpStatusReactor final
@@ -36,56 +35,52 @@ struct PortChanges::CpStatusReactor final
 };
 
 struct PortChanges::ActorStatusReactor final
-    : Vesk::Reactor<MkaActorStatus const, PortChanges, ActorStatusReactor> {
-  ActorStatusReactor(PortChanges& owner, Vesk::Ptr<MkaActorStatus const> actor, Lumo::IntfId intfId)
-      : Reactor(owner, std::move(actor)), intfId(intfId) {}
+    : Vesk::Reactor<MkaActorStatus const, PortStatusReactor, ActorStatusReactor> {
+  using Reactor::Reactor;
   Vesk::String8 fwkKey() const { return notifier()->ckn(); }
   void onPrincipal() override { changed(); }
   void onDistSak() override { changed(); }
   void onSuccess() override { changed(); }
   void onLivePeer(Vesk::String8 const&) override { changed(); }
   void onLivePeerImmediate() override { changed(); }
-  void changed() { owner().changed_(intfId); }
-  Lumo::IntfId const intfId;
+  void changed();
 };
 
 struct PortChanges::PortStatusReactor final
     : Vesk::Reactor<MkaPortStatus const, PortChanges, PortStatusReactor> {
   PortStatusReactor(PortChanges& owner, Vesk::Ptr<MkaPortStatus const> port)
       : Reactor(owner, std::move(port)) {
-    for (MkaActorStatus& actor : notifier()->actorStatus()) follow(actor.ckn());
+    onActorStatusImmediate();
   }
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
   void onActorStatus(Vesk::String8 const& ckn) override {
-    follow(ckn);
-    owner().changed_(fwkKey());
+    actors_.follow(*this, notifier()->actorStatus(), ckn);
+    changed();
   }
-  void follow(Vesk::String8 const& ckn) {
-    Vesk::Ptr<MkaActorStatus const> const actor = notifier()->actorStatus(ckn);
-    if (!actor) return actors.xDel(ckn);
-    actors.xIs(ckn, actor,
-               [&] { return Vesk::make<ActorStatusReactor>(owner(), actor, fwkKey()); });
-  }
-  Vesk::NestedReactors<ActorStatusReactor, Vesk::String8> actors;
+  void onActorStatusImmediate() override { actors_.followAll(*this, notifier()->actorStatus()); }
+  void changed() { owner().changed_(fwkKey()); }
+  auto nested() { return std::tie(actors_); }
+
+ private:
+  Vesk::NestedReactors<ActorStatusReactor, Vesk::String8> actors_;
 };
+
+void PortChanges::ActorStatusReactor::changed() { owner().changed(); }
 
 PortChanges::StatusReactor::StatusReactor(PortChanges& owner, Vesk::Ptr<Status const> status)
     : Reactor(owner, std::move(status)) {
-  for (CpStatus& member : notifier()->cpStatus()) follow(member.intfId());
-  for (MkaPortStatus& member : notifier()->portStatus()) follow(member.intfId());
+  cpStatus_.followAll(owner, notifier()->cpStatus());
+  portStatus_.followAll(owner, notifier()->portStatus());
 }
 
-void PortChanges::StatusReactor::follow(Lumo::IntfId intfId) {
-  if (Vesk::Ptr<CpStatus const> const cp = notifier()->cpStatus(intfId)) {
-    cpStatus.xIs(intfId, cp, [&] { return Vesk::make<CpStatusReactor>(owner(), cp); });
-  } else {
-    cpStatus.xDel(intfId);
-  }
-  if (Vesk::Ptr<MkaPortStatus const> const port = notifier()->portStatus(intfId)) {
-    portStatus.xIs(intfId, port, [&] { return Vesk::make<PortStatusReactor>(owner(), port); });
-  } else {
-    portStatus.xDel(intfId, [](PortStatusReactor& gone) { gone.actors.retireAll(); });
-  }
+void PortChanges::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
+  cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
+  owner().changed_(intfId);
+}
+
+void PortChanges::StatusReactor::onPortStatus(Lumo::IntfId const& intfId) {
+  portStatus_.follow(owner(), notifier()->portStatus(), intfId);
+  owner().changed_(intfId);
 }
 
 PortChanges::PortChanges(Vesk::Ptr<Status const> status, Changed changed)
@@ -93,12 +88,7 @@ PortChanges::PortChanges(Vesk::Ptr<Status const> status, Changed changed)
   status_->hasNotificationActiveIs(true);
 }
 
-PortChanges::~PortChanges() {
-  status_->cpStatus.retireAll();
-  for (PortStatusReactor& port : status_->portStatus.map()) port.actors.retireAll();
-  status_->portStatus.retireAll();
-  Vesk::retire(status_);
-}
+PortChanges::~PortChanges() { Vesk::retire(status_); }
 
 Vesk::Ptr<Status const> const& PortChanges::status() const { return status_->notifier(); }
 

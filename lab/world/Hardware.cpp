@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "model/Factories.h"
+#include "runtime/NestedReactors.h"
 #include "runtime/World.h"
 
 namespace Lab {
@@ -62,14 +63,15 @@ struct Hardware::StatusReactor final
     : Vesk::Reactor<Macsec::Status const, Hardware, StatusReactor> {
   StatusReactor(Hardware& owner, Vesk::Ptr<Macsec::Status const> status)
       : Reactor(owner, std::move(status)) {
-    for (Macsec::CpStatus& member : notifier()->cpStatus()) onCpStatus(member.intfId());
+    cpStatus_.followAll(owner, notifier()->cpStatus());
   }
   void onCpStatus(Lumo::IntfId const& intfId) override {
-    Vesk::Ptr<Macsec::CpStatus const> const cp = notifier()->cpStatus(intfId);
-    if (!cp) return cpStatus.xDel(intfId);
-    cpStatus.xIs(intfId, cp, [&] { return Vesk::make<CpStatusReactor>(owner(), cp); });
+    cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
   }
-  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus;
+  auto nested() { return std::tie(cpStatus_); }
+
+ private:
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
 };
 
 Hardware::Hardware(Macsecd::Host& host, std::vector<Lumo::IntfId> const& interfaces,
@@ -134,7 +136,6 @@ Macsecd::HardwareReport Hardware::report(Lumo::IntfId intfId) const {
 
 void Hardware::followNothing() {
   emulator_ = nullptr;
-  if (statusReactor_) statusReactor_->cpStatus.retireAll();
   Vesk::retire(statusReactor_);
 }
 

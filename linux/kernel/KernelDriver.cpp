@@ -5,6 +5,7 @@
 #include "linux/process/Limits.h"
 #include "runtime/Assert.h"
 #include "runtime/Log.h"
+#include "runtime/NestedReactors.h"
 #include "runtime/TimerWheel.h"
 #include "runtime/World.h"
 
@@ -50,16 +51,11 @@ struct KernelDriver::StatusReactor final
     : Vesk::Reactor<Status const, KernelDriver, StatusReactor> {
   StatusReactor(KernelDriver& driver, Vesk::Ptr<Status const> status);
   void onCpStatus(Lumo::IntfId const& intfId) override;
-  void onCpStatusImmediate() override;
   void onPortStatus(Lumo::IntfId const& intfId) override;
-  void onPortStatusImmediate() override;
   void onMkpduPeriod() override;
-  void retireAll();
+  auto nested() { return std::tie(cpStatus_, portStatus_); }
 
  private:
-  void followCp(Lumo::IntfId intfId);
-  void followPort(Lumo::IntfId intfId);
-
   Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
   Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> portStatus_;
 };
@@ -85,47 +81,22 @@ struct KernelDriver::PortStatusReactor final
 
 KernelDriver::StatusReactor::StatusReactor(KernelDriver& driver, Vesk::Ptr<Status const> status)
     : Reactor(driver, std::move(status)) {
-  for (CpStatus& member : notifier()->cpStatus()) followCp(member.intfId());
-  for (MkaPortStatus& member : notifier()->portStatus()) followPort(member.intfId());
-}
-
-void KernelDriver::StatusReactor::followCp(Lumo::IntfId intfId) {
-  Vesk::Ptr<CpStatus const> const member = notifier()->cpStatus(intfId);
-  if (!member) return cpStatus_.xDel(intfId);
-  cpStatus_.xIs(intfId, member, [&] { return Vesk::make<CpStatusReactor>(owner(), member); });
-}
-
-void KernelDriver::StatusReactor::followPort(Lumo::IntfId intfId) {
-  Vesk::Ptr<MkaPortStatus const> const member = notifier()->portStatus(intfId);
-  if (!member) return portStatus_.xDel(intfId);
-  portStatus_.xIs(intfId, member, [&] { return Vesk::make<PortStatusReactor>(owner(), member); });
+  cpStatus_.followAll(owner(), notifier()->cpStatus());
+  portStatus_.followAll(owner(), notifier()->portStatus());
 }
 
 void KernelDriver::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
-  followCp(intfId);
+  cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
   owner().workOn(intfId);
-}
-
-void KernelDriver::StatusReactor::onCpStatusImmediate() {
-  for (auto const& [intfId, port] : owner().ports_) onCpStatus(intfId);
 }
 
 void KernelDriver::StatusReactor::onPortStatus(Lumo::IntfId const& intfId) {
-  followPort(intfId);
+  portStatus_.follow(owner(), notifier()->portStatus(), intfId);
   owner().workOn(intfId);
-}
-
-void KernelDriver::StatusReactor::onPortStatusImmediate() {
-  for (auto const& [intfId, port] : owner().ports_) onPortStatus(intfId);
 }
 
 void KernelDriver::StatusReactor::onMkpduPeriod() {
   owner().nextPoll_ = std::min(owner().nextPoll_, Vesk::now() + notifier()->mkpduPeriod());
-}
-
-void KernelDriver::StatusReactor::retireAll() {
-  cpStatus_.retireAll();
-  portStatus_.retireAll();
 }
 
 KernelDriver::KernelDriver(Vesk::Ptr<Status const> status, Vesk::Ptr<Macsec::MacSecStatus> slice,
@@ -138,13 +109,9 @@ KernelDriver::KernelDriver(Vesk::Ptr<Status const> status, Vesk::Ptr<Macsec::Mac
   follow(std::move(status));
 }
 
-KernelDriver::~KernelDriver() {
-  if (status_) status_->retireAll();
-  Vesk::retire(status_);
-}
+KernelDriver::~KernelDriver() { Vesk::retire(status_); }
 
 void KernelDriver::follow(Vesk::Ptr<Status const> status) {
-  if (status_) status_->retireAll();
   Vesk::retire(status_);
   if (!status) return;
   status_ = Vesk::make<StatusReactor>(*this, std::move(status));

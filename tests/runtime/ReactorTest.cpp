@@ -121,69 +121,6 @@ TEST_F(ReactorTest, OnAReadOnlyViewHearsTheSame) {
   EXPECT_THAT(owner.heard, ElementsAre("4"));
 }
 
-class NestedReactorsTest : public ReactorTest {
- protected:
-  using Nested = NestedReactors<LaneReactor, Lumo::IntfId>;
-  void nestedIs(Ptr<Lane> lane) {
-    nested.xIs(lane->intfId(), lane, [&] { return make<LaneReactor>(owner, lane); });
-  }
-  Lumo::IntfId const key{"1"};
-  Nested nested;
-};
-
-TEST_F(NestedReactorsTest, MakeTheReactorOfAMemberWithoutRunningItsHandlers) {
-  Ptr<Lane> lane = port->laneIs(key);
-  nestedIs(lane);
-  EXPECT_EQ(nested.members(), 1u);
-  EXPECT_THAT(owner.heard, IsEmpty());
-  lane->loadIs(2);
-  EXPECT_THAT(owner.heard, ElementsAre("load of 1 2"));
-}
-
-TEST_F(NestedReactorsTest, RepointTheReactorThatExistsWithCatchUp) {
-  nestedIs(port->laneIs(key));
-  LaneReactor* first = nested.find(key);
-  Ptr<Lane> second = other->laneIs(key);
-  second->loadIs(9);
-  nestedIs(second);
-  EXPECT_THAT(owner.heard, ElementsAre("load of 1 9"));
-  EXPECT_EQ(nested.find(key), first);
-  nestedIs(second);
-  EXPECT_EQ(owner.heard.size(), 1u);
-}
-
-TEST_F(NestedReactorsTest, LetAReactorGoOutOfTheMapMarkedThenHandledWhileReadable) {
-  Ptr<Lane> lane = port->laneIs(key);
-  nestedIs(lane);
-  Ptr<LaneReactor> going(nested.find(key));
-  int handled = 0;
-  nested.xDel(key, [&](LaneReactor& reactor) {
-    ++handled;
-    EXPECT_EQ(nested.find(key), nullptr);
-    EXPECT_TRUE(reactor.isMarkedForDeletion());
-    EXPECT_FALSE(reactor.isRegisteredNotifiee());
-    EXPECT_TRUE(reactor.notifier() == lane);
-    EXPECT_EQ(&reactor.owner(), &owner);
-    lane->loadIs(1);
-  });
-  EXPECT_EQ(handled, 1);
-  EXPECT_THAT(owner.heard, IsEmpty());
-  EXPECT_EQ(going->references(), 1u);
-  nested.xDel(key, [&](LaneReactor&) { ++handled; });
-  EXPECT_EQ(handled, 1);
-}
-
-TEST_F(NestedReactorsTest, LetAllGoWithoutHandler) {
-  nestedIs(port->laneIs(key));
-  nestedIs(port->laneIs(Lumo::IntfId("2")));
-  nested.hasNotificationActiveIs(true);
-  for (auto& reactor : nested.map()) EXPECT_TRUE(reactor.hasNotificationActive());
-  nested.retireAll();
-  EXPECT_EQ(nested.members(), 0u);
-  port->lane(key)->loadIs(1);
-  EXPECT_THAT(owner.heard, IsEmpty());
-}
-
 // A state machine with a child.
 class Machine final : public PtrInterface {
  public:

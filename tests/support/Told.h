@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include "runtime/NestedReactors.h"
 #include "tests/support/Switch.h"
 
 namespace Support {
@@ -18,8 +19,6 @@ class Told {
   }
   ~Told() {
     Vesk::WorldScope scope(world_);
-    status_->ports.retireAll();
-    status_->controlled.retireAll();
     Vesk::retire(status_);
     Vesk::retire(message_);
   }
@@ -52,19 +51,14 @@ class Told {
   };
   struct PortReactor final : Vesk::Reactor<Macsec::MkaPortStatus const, Told, PortReactor> {
     using Reactor::Reactor;
-    ~PortReactor() override { actors.retireAll(); }
     Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
     void onMySci() override { owner().then("mySci"); }
     void onAnOfNextKey() override { owner().then("anOfNextKey"); }
     void onActorStatus(Vesk::String8 const& ckn) override {
-      if (auto member = notifier()->actorStatus(ckn)) {
-        actors.xIs(ckn, Vesk::Ptr<Macsec::MkaActorStatus const>(member),
-                   [&] { return Vesk::make<ActorReactor>(owner(), member); });
-      } else {
-        actors.xDel(ckn);
-      }
+      actors.follow(owner(), notifier()->actorStatus(), ckn);
       owner().then("actorStatus");
     }
+    auto nested() { return std::tie(actors); }
     Vesk::NestedReactors<ActorReactor, Vesk::String8> actors;
   };
   struct CpReactor final : Vesk::Reactor<Macsec::CpStatus const, Told, CpReactor> {
@@ -83,23 +77,14 @@ class Told {
     using Reactor::Reactor;
     void onIntfStatus(Lumo::IntfId const&) override { owner().then("intfStatus"); }
     void onPortStatus(Lumo::IntfId const& intfId) override {
-      if (auto member = notifier()->portStatus(intfId)) {
-        ports.xIs(intfId, Vesk::Ptr<Macsec::MkaPortStatus const>(member),
-                  [&] { return Vesk::make<PortReactor>(owner(), member); });
-      } else {
-        ports.xDel(intfId);
-      }
+      ports.follow(owner(), notifier()->portStatus(), intfId);
       owner().then("portStatus");
     }
     void onCpStatus(Lumo::IntfId const& intfId) override {
-      if (auto member = notifier()->cpStatus(intfId)) {
-        controlled.xIs(intfId, Vesk::Ptr<Macsec::CpStatus const>(member),
-                       [&] { return Vesk::make<CpReactor>(owner(), member); });
-      } else {
-        controlled.xDel(intfId);
-      }
+      controlled.follow(owner(), notifier()->cpStatus(), intfId);
       owner().then("cpStatus");
     }
+    auto nested() { return std::tie(ports, controlled); }
     Vesk::NestedReactors<PortReactor, Lumo::IntfId> ports;
     Vesk::NestedReactors<CpReactor, Lumo::IntfId> controlled;
   };
