@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "host/text/EventKind.h"
 #include "host/text/JsonText.h"
 #include "host/text/TimeText.h"
 #include "platform/Hex.h"
@@ -43,15 +44,17 @@ std::string faultWords(Json const& json) {
 }
 
 std::string wordsOf(Json const& json) {
+  using enum EventKind;
   std::string const event = text(json, "event");
-  if (event == "link") return "the link is " + text(json, "link");
-  if (event == "state") return "the port is " + text(json, "state");
-  if (event == "key") return keyWords(json);
-  if (event == "key-server") return keyServerWords(json);
-  if (event == "sak") return sakWords(json);
-  if (event == "peer-came") return peerWords(json, "is live");
-  if (event == "peer-went") return peerWords(json, "went");
-  if (event == "hardware-fault") return faultWords(json);
+  auto const is = [&](EventKind kind) { return event == Vesk::stringValue(kind); };
+  if (is(link)) return "the link is " + text(json, "link");
+  if (is(state)) return "the port is " + text(json, "state");
+  if (is(key)) return keyWords(json);
+  if (is(keyServer)) return keyServerWords(json);
+  if (is(sak)) return sakWords(json);
+  if (is(peerCame)) return peerWords(json, "is live");
+  if (is(peerWent)) return peerWords(json, "went");
+  if (is(hardwareFault)) return faultWords(json);
   return event;
 }
 

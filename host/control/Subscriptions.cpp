@@ -1,9 +1,29 @@
 #include "host/control/Subscriptions.h"
 
-#include "host/control/EventJson.h"
-#include "host/text/JsonText.h"
+#include "host/port/EventJson.h"
+#include "host/text/ControlProtocol.h"
+#include "host/text/TimeText.h"
+#include "platform/Hex.h"
+#include "runtime/World.h"
 
 namespace Macsecd {
+
+namespace {
+
+Json headOf(double time) {
+  double const wallTime = Vesk::world().wallTime() + time - Vesk::now();
+  return {{"version", kControlVersion}, {"time", timeText(wallTime)}, {"monotonic", time}};
+}
+
+std::string frameLine(Lumo::IntfId intfId, FrameWay way, std::span<uint8_t const> frame) {
+  std::string octets(2 * frame.size(), '0');
+  Macsec::hexEncode(frame, octets.data());
+  Json json = frameJson(headOf(Vesk::now()), intfId.stringValue().charPtr(), way);
+  json["octets"] = std::move(octets);
+  return jsonText(json);
+}
+
+}  // namespace
 
 Subscriptions::~Subscriptions() {
   if (!capturing_.empty()) host_.tapDel(*this);
@@ -25,7 +45,7 @@ void Subscriptions::end(uint64_t connection) {
 }
 
 void Subscriptions::happened(PortEvent const& event) {
-  std::string const line = jsonText(jsonOf(event));
+  std::string const line = jsonText(eventJson(headOf(event.time), event));
   for (auto const& [connection, intfId] : watching_) {
     if (!intfId || intfId->stringValue().view() == event.interface) tell_(connection, line);
   }
@@ -35,7 +55,7 @@ void Subscriptions::framePassed(Lumo::IntfId intfId, FrameWay way, std::span<uin
   std::string line;
   for (auto const& [connection, wanted] : capturing_) {
     if (wanted != intfId) continue;
-    if (line.empty()) line = jsonText(frameJson(intfId, way, frame));
+    if (line.empty()) line = frameLine(intfId, way, frame);
     tell_(connection, line);
   }
 }

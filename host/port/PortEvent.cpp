@@ -10,7 +10,7 @@ namespace Macsecd {
 
 namespace {
 
-using Kind = PortEventKind;
+using Kind = EventKind;
 /// Live peers: key name and member identifier, and the SCI.
 using Peers = std::map<std::pair<std::string, std::string>, std::string>;
 

@@ -6,23 +6,23 @@
 #include <vector>
 
 #include "host/port/PortSummary.h"
+#include "host/text/EventKind.h"
 
 namespace Macsecd {
 
-enum class PortEventKind : uint8_t {
-  link,           ///< `value`: "up", "down", or "absent" when the interface went
-  hardwareFault,  ///< `value`: why the hardware doesn't do as asked; empty when it does again
-  peerCame,       ///< a live peer of `key`: `sci`, `memberId`
-  peerWent,
-  key,        ///< the key in use: `key`, `role`; empty when there is none any more
-  keyServer,  ///< of the key in use, if there is one: `sci`, `isKeyServer`; empty for none
-  sak,        ///< the key for transmit: `sak`, `an`; empty when there is none any more
-  state,      ///< `value`: "open", "closed", "absent"
-};
-
 /// Something that has come about on a port.
+///
+/// | `kind` | |
+/// |---|---|
+/// | `link` | `value`: "up", "down", or "absent" when the interface went |
+/// | `hardwareFault` | `value`: why the hardware doesn't do as asked; empty when it does again |
+/// | `peerCame`, `peerWent` | a live peer of `key`: `sci`, `memberId` |
+/// | `key` | the key in use: `key`, `role`; empty when there is none any more |
+/// | `keyServer` | of the key in use, or of `key`: `sci`, `isKeyServer`; empty for none |
+/// | `sak` | the key for transmit: `sak`, `an`; empty when there is none any more |
+/// | `state` | `value`: "open", "closed", "absent" |
 struct PortEvent {
-  PortEventKind kind{};
+  EventKind kind{};
   std::string interface;
   double time = 0;  ///< of the world's clock, in seconds
   std::string value = {};
@@ -40,18 +40,3 @@ struct PortEvent {
 std::vector<PortEvent> eventsBetween(PortSummary const& before, PortSummary const& after);
 
 }  // namespace Macsecd
-
-template <>
-struct Vesk::EnumNames<Macsecd::PortEventKind> {
-  using Kind = Macsecd::PortEventKind;
-  static constexpr std::pair<Kind, char const*> names[] = {
-      {Kind::link, "link"},
-      {Kind::hardwareFault, "hardware-fault"},
-      {Kind::peerCame, "peer-came"},
-      {Kind::peerWent, "peer-went"},
-      {Kind::key, "key"},
-      {Kind::keyServer, "key-server"},
-      {Kind::sak, "sak"},
-      {Kind::state, "state"},
-  };
-};

@@ -4,7 +4,7 @@
 
 namespace Macsecd {
 
-using Kind = PortEventKind;
+using Kind = EventKind;
 
 PortHistory::PortHistory(Host& host)
     : watch_(host, [this](PortEvent const& event) { happened(event); }) {

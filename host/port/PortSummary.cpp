@@ -19,12 +19,6 @@ PeerSummary summaryOf(MkaPeer const& peer, bool isLive) {
           info.keyServerPriority(), info.msgNum(),       Vesk::now() - peer.timeStamp()};
 }
 
-std::string roleOf(MkaActorStatus const& actor, Macsec::IntfStatus const* intfStatus) {
-  if (!intfStatus) return "former";
-  if (actor.ckn() == intfStatus->key().ckn()) return "primary";
-  return actor.ckn() == intfStatus->defaultKey().ckn() ? "fallback" : "former";
-}
-
 KeySummary summaryOf(MkaActorStatus const& actor, Macsec::IntfStatus const* intfStatus) {
   KeySummary key;
   key.name = actor.ckn().charPtr();
@@ -68,6 +62,12 @@ void addControlledPort(Host const& host, Lumo::IntfId intfId, PortSummary& out) 
 KeySummary const* PortSummary::principal() const {
   auto const found = std::ranges::find(keys, true, &KeySummary::isPrincipal);
   return found == keys.end() ? nullptr : &*found;
+}
+
+std::string roleOf(MkaActorStatus const& actor, Macsec::IntfStatus const* intfStatus) {
+  if (!intfStatus) return "former";
+  if (actor.ckn() == intfStatus->key().ckn()) return "primary";
+  return actor.ckn() == intfStatus->defaultKey().ckn() ? "fallback" : "former";
 }
 
 std::vector<Lumo::IntfId> interfacesOf(Host const& host) {

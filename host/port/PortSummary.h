@@ -48,6 +48,8 @@ struct PortSummary {
   KeySummary const* principal() const;
 };
 
+/// What the key of an actor is to the interface: `KeySummary::role`. `intfStatus` may be null.
+std::string roleOf(Macsec::MkaActorStatus const& actor, Macsec::IntfStatus const* intfStatus);
 /// The interfaces that the configuration names, in the order of their names.
 std::vector<Lumo::IntfId> interfacesOf(Host const& host);
 /// `PortSummary::link`.

@@ -118,11 +118,11 @@ void PortWatch::lookAtLink(Lumo::IntfId intfId) {
   Told& told = told_[intfId];
   std::string const link = linkOf(host_, intfId);
   if (std::exchange(told.link, link) == link) return;
-  tell_({PortEventKind::link, intfId.stringValue().charPtr(), Vesk::now(), link});
+  tell_({EventKind::link, intfId.stringValue().charPtr(), Vesk::now(), link});
 }
 
 void PortWatch::hardwareFaultChanged(Lumo::IntfId intfId, std::string const& fault) {
-  tell_({PortEventKind::hardwareFault, intfId.stringValue().charPtr(), Vesk::now(), fault});
+  tell_({EventKind::hardwareFault, intfId.stringValue().charPtr(), Vesk::now(), fault});
 }
 
 }  // namespace Macsecd

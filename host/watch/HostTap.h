@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "codec/FrameSink.h"
+#include "runtime/Text.h"
 
 namespace Macsecd {
 
@@ -56,3 +57,9 @@ class HostTaps final : public Codec::FrameSink {
 };
 
 }  // namespace Macsecd
+
+template <>
+struct Vesk::EnumNames<Macsecd::FrameWay> {
+  using Way = Macsecd::FrameWay;
+  static constexpr std::pair<Way, char const*> names[] = {{Way::in, "in"}, {Way::out, "out"}};
+};

@@ -43,7 +43,7 @@ void Expectations::happened(Event const& event) {
       if (auto const* logs = std::get_if<Logs>(&expectation.what)) {
         hear(check, *logs, *line, event.time);
       }
-    } else if (auto const* port = std::get_if<PortChanged>(&event.what)) {
+    } else if (auto const* port = eventOf(event, EventKind::state)) {
       if (auto const* portIs = std::get_if<PortIs>(&expectation.what)) {
         see(check, *portIs, *port, event.time);
       }
@@ -52,13 +52,13 @@ void Expectations::happened(Event const& event) {
 }
 
 // A port that is to stay as it is may not leave its state within an instant either.
-void Expectations::see(Check& check, PortIs const& expected, PortChanged const& port, double time) {
+void Expectations::see(Check& check, PortIs const& expected, PortEvent const& port, double time) {
   When const& when = check.expectation->when;
   if (when.span != Span::throughout || !isBefore(when.from, time) ||
       expected.port.interface != port.interface) {
     return;
   }
-  judge(check, time, Findings::of(expected, port.state));
+  judge(check, time, Findings::of(expected, port.value));
 }
 
 void Expectations::hear(Check& check, Logs const& expected, SyslogLine const& line, double time) {

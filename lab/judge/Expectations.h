@@ -42,7 +42,7 @@ class Expectations final : public Audience {
   };
 
   void hear(Check& check, Logs const& expected, SyslogLine const& line, double time);
-  void see(Check& check, PortIs const& expected, PortChanged const& port, double time);
+  void see(Check& check, PortIs const& expected, PortEvent const& port, double time);
   void look(Check& check, double time);
   void lookAtLines(Check& check, Logs const& expected, double time);
   void judge(Check& check, double time, Finding const& finding);

@@ -1,9 +1,9 @@
 #include "lab/report/Events.h"
 
-#include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "host/text/JsonText.h"
+#include "host/control/ControlJson.h"
+#include "host/port/EventJson.h"
 #include "host/text/TimeText.h"
 #include "lab/world/Clock.h"
 
@@ -11,6 +11,8 @@ namespace Lab {
 
 namespace {
 
+using Macsecd::eventJson;
+using Macsecd::frameJson;
 using Macsecd::Json;
 using Macsecd::orNull;
 
@@ -27,94 +29,81 @@ void putSa(Json& json, bool transmit, uint8_t an, std::optional<KeyName> const& 
   json["key-number"] = key ? Json(key->number) : Json();
 }
 
-void put(Json& json, SyslogLine const& line) {
-  json["event"] = "syslog";
+Json jsonOf(Json head, SyslogLine const& line) {
+  Json json = eventJson(std::move(head), "", EventKind::syslog);
   json["name"] = line.name;
   json["severity"] = line.severity;
   json["arguments"] = line.arguments;
   json["text"] = line.text;
+  return json;
 }
 
-void put(Json& json, ForwardingChanged const& changed) {
-  json["event"] = "forwarding";
-  json["interface"] = changed.interface;
+Json jsonOf(Json head, ForwardingChanged const& changed) {
+  Json json = eventJson(std::move(head), changed.interface, EventKind::forwarding);
   json["entry"] = changed.unauthorized ? Json("unauthorized") : Json();
+  return json;
 }
 
-void put(Json& json, PortChanged const& changed) {
-  json["event"] = "state";
-  json["interface"] = changed.interface;
-  json["state"] = changed.state;
-}
+Json jsonOf(Json head, PortEvent const& event) { return eventJson(std::move(head), event); }
 
-void put(Json& json, SaAsked const& asked) {
-  json["event"] = "sa-asked";
-  json["interface"] = asked.interface;
+Json jsonOf(Json head, SaAsked const& asked) {
+  Json json = eventJson(std::move(head), asked.interface, EventKind::saAsked);
   putSa(json, asked.transmit, asked.an, asked.key);
+  return json;
 }
 
-void put(Json& json, SaInstalled const& installed) {
-  json["event"] = "sa-installed";
-  json["interface"] = installed.interface;
+Json jsonOf(Json head, SaInstalled const& installed) {
+  Json json = eventJson(std::move(head), installed.interface, EventKind::saInstalled);
   putSa(json, installed.transmit, installed.an, installed.key);
   json["packet-number"] = installed.packetNumber;
+  return json;
 }
 
-void put(Json& json, PrincipalChanged const& changed) {
-  json["event"] = "key";
-  json["interface"] = changed.interface;
-  json["ckn"] = orNull(changed.ckn);
-}
-
-void put(Json& json, KeyServerChanged const& changed) {
-  json["event"] = "key-server";
-  json["interface"] = changed.interface;
-  json["ckn"] = changed.ckn;
-  json["sci"] = orNull(changed.sci);
-  json["is-key-server"] = changed.self;
-}
-
-void put(Json& json, PeersChanged const& changed) {
-  json["event"] = "peers";
-  json["interface"] = changed.interface;
+Json jsonOf(Json head, PeersChanged const& changed) {
+  Json json = eventJson(std::move(head), changed.interface, EventKind::peers);
   json["ckn"] = changed.ckn;
   json["live"] = changed.live;
   json["potential"] = changed.potential;
+  return json;
 }
 
-void put(Json& json, FramePassed const& frame) {
-  json["event"] = frame.received ? "frame-received" : "frame-sent";
-  json["interface"] = frame.interface;
+Json jsonOf(Json head, FramePassed const& frame) {
+  Json json = frameJson(std::move(head), frame.interface, frame.way);
   json["ckn"] = orNull(frame.ckn);
   json["member-id"] = orNull(frame.memberId);
   json["message-number"] = orNull(frame.messageNumber);
   json["length"] = frame.length;
   json["sets"] = frame.sets;
-  if (frame.received) json["verdict"] = orNull(frame.verdict);
+  if (frame.way == FrameWay::in) json["verdict"] = orNull(frame.verdict);
+  return json;
 }
 
-void put(Json& json, ProcessEnded const& ended) {
-  json["event"] = "exit";
+Json jsonOf(Json head, ProcessEnded const& ended) {
+  Json json = eventJson(std::move(head), "", EventKind::exit);
   json["status"] = ended.status;
   putTime(json, "starts-again", ended.startsAgain);
+  return json;
 }
 
-void put(Json& json, Reloaded const& reloaded) {
-  json["event"] = "reload";
+Json jsonOf(Json head, Reloaded const& reloaded) {
+  Json json = eventJson(std::move(head), "", EventKind::reload);
   json["file"] = reloaded.file;
   json["taken"] = reloaded.taken;
-  json["mistakes"] = reloaded.diagnostics;
+  json["mistakes"] = Json::array();
+  for (auto const& diagnostic : reloaded.diagnostics) {
+    json["mistakes"].push_back(Macsecd::jsonOf(diagnostic));
+  }
+  return json;
 }
 
 }  // namespace
 
 void Events::happened(Event const& event) {
-  Json json;
-  putTime(json, "", event.time);
-  json["switch"] = event.switchName;
-  std::visit([&](auto const& what) { put(json, what); }, event.what);
-  // Names that are no UTF-8 are shown as far as they are.
-  out_ << Macsecd::jsonText(json) << '\n';
+  Json head;
+  putTime(head, "", event.time);
+  head["switch"] = event.switchName;
+  std::visit([&](auto const& what) { out_ << Macsecd::jsonText(jsonOf(head, what)) << '\n'; },
+             event.what);
 }
 
 }  // namespace Lab

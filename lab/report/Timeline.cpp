@@ -20,8 +20,8 @@ void Timeline::acted(double time, std::string const& text) { line(time, "--", te
 void Timeline::happened(Event const& event) {
   if (auto const* syslog = std::get_if<SyslogLine>(&event.what)) {
     line(event.time, event.switchName, syslog->name + ": " + syslog->text);
-  } else if (auto const* port = std::get_if<PortChanged>(&event.what)) {
-    line(event.time, event.switchName, "port " + port->interface + " is " + port->state);
+  } else if (auto const* port = eventOf(event, EventKind::state)) {
+    line(event.time, event.switchName, "port " + port->interface + " is " + port->value);
   } else if (auto const* ended = std::get_if<ProcessEnded>(&event.what)) {
     line(event.time, event.switchName,
          fmt::format("process ends with status {}, the next starts at {}", ended->status,
@@ -30,7 +30,7 @@ void Timeline::happened(Event const& event) {
     line(event.time, event.switchName,
          fmt::format("{} is {}taken over", reloaded->file, reloaded->taken ? "" : "not "));
     for (auto const& diagnostic : reloaded->diagnostics) {
-      line(event.time, event.switchName, diagnostic);
+      line(event.time, event.switchName, diagnostic.text());
     }
   }
 }

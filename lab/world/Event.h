@@ -7,10 +7,18 @@
 #include <variant>
 #include <vector>
 
+#include "host/port/PortEvent.h"
+#include "host/text/Diagnostic.h"
+#include "host/watch/HostTap.h"
+
 namespace Lab {
 
-// Everything observable of a switch, as docs/lab.md lists it under Events. `interface` is the name
-// of the interface concerned.
+// Everything observable of a switch, as docs/lab.md lists it under Events: what a running one tells
+// as well (`PortEvent`), and what it doesn't. `interface` is the name of the interface concerned.
+
+using Macsecd::EventKind;
+using Macsecd::FrameWay;
+using Macsecd::PortEvent;
 
 struct SyslogLine {
   std::string name;
@@ -22,11 +30,6 @@ struct SyslogLine {
 struct ForwardingChanged {
   std::string interface;
   bool unauthorized;
-};
-
-struct PortChanged {
-  std::string interface;
-  char const* state;  ///< "open", "closed" or "absent"
 };
 
 /// A key by its name: member identifier of its key server, and number.
@@ -51,18 +54,6 @@ struct SaInstalled {
   uint32_t packetNumber;
 };
 
-struct PrincipalChanged {
-  std::string interface;
-  std::optional<std::string> ckn;
-};
-
-struct KeyServerChanged {
-  std::string interface;
-  std::string ckn;
-  std::optional<std::string> sci;
-  bool self;
-};
-
 struct PeersChanged {
   std::string interface;
   std::string ckn;
@@ -73,7 +64,7 @@ struct PeersChanged {
 /// An MKPDU at a switch, with what could be read of it.
 struct FramePassed {
   std::string interface;
-  bool received;
+  FrameWay way;
   std::optional<std::string> ckn;
   std::optional<std::string> memberId;
   std::optional<uint32_t> messageNumber;
@@ -92,16 +83,22 @@ struct ProcessEnded {
 struct Reloaded {
   std::string file;
   bool taken;
-  std::vector<std::string> diagnostics;  ///< because of which it wasn't taken
+  std::vector<Macsecd::Diagnostic> diagnostics;  ///< because of which it wasn't taken
 };
 
 struct Event {
   double time;
   std::string const& switchName;
-  std::variant<SyslogLine, ForwardingChanged, PortChanged, SaAsked, SaInstalled, PrincipalChanged,
-               KeyServerChanged, PeersChanged, FramePassed, ProcessEnded, Reloaded>
+  std::variant<SyslogLine, ForwardingChanged, PortEvent, SaAsked, SaInstalled, PeersChanged,
+               FramePassed, ProcessEnded, Reloaded>
       what;
 };
+
+/// The event of a port, if it is one of this kind; else null.
+inline PortEvent const* eventOf(Event const& event, EventKind kind) {
+  auto const* const event = std::get_if<PortEvent>(&event.what);
+  return event && event->kind == kind ? event : nullptr;
+}
 
 /// Somebody who follows a simulation.
 class Audience {

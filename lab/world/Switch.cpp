@@ -160,8 +160,10 @@ void Switch::linkIs(Lumo::IntfId intfId, bool up) {
 }
 
 void Switch::deviceIs(Lumo::IntfId intfId, bool up) {
-  inWorld([&] { hardware_->deviceIs(intfId, up); });
-  watch_->lookAtPorts();
+  inWorld([&] {
+    hardware_->deviceIs(intfId, up);
+    watch_->lookAtPorts();
+  });
 }
 
 void Switch::interfaceDel(Lumo::IntfId intfId) {
@@ -198,9 +200,7 @@ void Switch::configure(std::function<void(Macsecd::SwitchConfig&)> const& change
 void Switch::reload(Reload reload) {
   withIcvIndicator(reload.read.config);
   record_.reloadDiagnostics = reload.read.diagnostics;
-  std::vector<std::string> diagnostics;
-  for (auto const& diagnostic : reload.read.diagnostics) diagnostics.push_back(diagnostic.text());
-  tell(Reloaded{reload.file, reload.read.good(), diagnostics});
+  tell(Reloaded{reload.file, reload.read.good(), reload.read.diagnostics});
   if (reload.read.good()) config_ = reload.read.config;
   if (started_) inWorld([&] { host_->reload(reload.read); });
 }

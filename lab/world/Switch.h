@@ -103,7 +103,7 @@ class Switch final : public Codec::FrameSink {
   void processEnded(int status);
   void written(Vesk::AttributeWrite const& write);
   void tell(TreeWatch::What what);
-  FramePassed passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const;
+  FramePassed passed(Lumo::IntfId intfId, FrameWay way, std::span<uint8_t const> frame) const;
 
   SwitchSpec const& spec_;
   Scenario const& scenario_;

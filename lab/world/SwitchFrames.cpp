@@ -30,8 +30,7 @@ std::string verdict(MessageCounterData const& before, MessageCounterData const& 
 }  // namespace
 
 void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
-  FramePassed frameReceived = passed(intfId, frame);
-  frameReceived.received = true;
+  FramePassed frameReceived = passed(intfId, FrameWay::in, frame);
   heldBack_.emplace();
   inWorld([&] {
     MessageCounterData const before = host_->counters()->messageCounterData(intfId);
@@ -45,12 +44,13 @@ void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
 }
 
 void Switch::send(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
-  tell(passed(intfId, frame));
+  tell(passed(intfId, FrameWay::out, frame));
   outlets_.sent(*this, intfId, frame);
 }
 
 // A key is called as its actor here spells it, or by its octets if there is none.
-FramePassed Switch::passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) const {
+FramePassed Switch::passed(Lumo::IntfId intfId, FrameWay way,
+                           std::span<uint8_t const> frame) const {
   FrameSummary summary = summaryOf(frame);
   auto const portStatus = host_->status()->portStatus(intfId);
   if (portStatus && summary.ckn) {
@@ -61,7 +61,7 @@ FramePassed Switch::passed(Lumo::IntfId intfId, std::span<uint8_t const> frame) 
       break;
     }
   }
-  return {intfId.stringValue().charPtr(), false,        summary.ckn,  summary.memberId,
+  return {intfId.stringValue().charPtr(), way,          summary.ckn,  summary.memberId,
           summary.messageNumber,          frame.size(), summary.sets, std::nullopt};
 }
 

@@ -2,11 +2,22 @@
 
 #include <algorithm>
 
+#include "host/port/PortSummary.h"
 #include "lab/world/PortView.h"
+#include "runtime/World.h"
 
 namespace Lab {
 
 namespace {
+
+using ForwardingInput = Interface::IntfForwardingModelInputDir;
+using Macsec::CpStatus;
+using Macsec::IntfStatus;
+using Macsec::MacSecIntfStatus;
+using Macsec::MkaActorStatus;
+using Macsec::MkaPortStatus;
+using Macsec::SaStatus;
+using Macsec::Status;
 
 using Place = std::pair<bool, uint8_t>;  // transmit, association number
 
@@ -20,6 +31,22 @@ std::vector<std::string> names(Map const& peers) {
   for (auto& peer : peers) ids.emplace_back(peer.msgId().charPtr());
   std::sort(ids.begin(), ids.end());
   return ids;
+}
+
+// Which actor is principal, and what its key is to the interface.
+bool concernsKeyInUse(Vesk::AttributeWrite const& write) {
+  return write.of<MkaActorStatus>({MkaActorStatus::kPrincipal}) ||
+         write.of<MkaPortStatus>({MkaPortStatus::kActorStatus}) ||
+         write.of<Status>({Status::kIntfStatus, Status::kPortStatus}) ||
+         write.of<IntfStatus>({IntfStatus::kKey, IntfStatus::kDefaultKey});
+}
+
+// What `Macsecd::passageOf` looks at.
+bool concernsPassage(Vesk::AttributeWrite const& write) {
+  return write.of<Status>({Status::kCpStatus}) ||
+         write.of<CpStatus>({CpStatus::kControlledPortEnabled}) ||
+         write.of<ForwardingInput>({ForwardingInput::kForwardingModelInput}) ||
+         write.of<MacSecIntfStatus>({MacSecIntfStatus::kTxSaStatus, MacSecIntfStatus::kRxSaStatus});
 }
 
 // Tells what differs between two tables of places: first what went, then what came or changed.
@@ -37,35 +64,31 @@ void tellDifference(Table const& before, Table const& after, Gone gone, Stands s
 }  // namespace
 
 void TreeWatch::written(Vesk::AttributeWrite const& write) {
-  Vesk::Entity const* const entity = &write.entity;
-  if (auto* actor = dynamic_cast<Macsec::MkaActorStatus const*>(entity)) {
+  if (auto* actor =
+          write.of<MkaActorStatus>({MkaActorStatus::kKeyServer, MkaActorStatus::kElectedSelf,
+                                    MkaActorStatus::kLivePeer, MkaActorStatus::kPotentialPeer})) {
     lookAtActor(*actor);
-    lookAtPrincipals();
-  } else if (dynamic_cast<Macsec::MkaPortStatus const*>(entity)) {
-    lookAtPrincipals();
-  } else if (auto* cpStatus = dynamic_cast<Macsec::CpStatus const*>(entity)) {
-    lookAtPorts();
-    lookAtAsked(cpStatus->intfId());
-  } else if (entity == host_.status().ptr()) {
-    lookAtPorts();
-    lookAtPrincipals();
-    for (Lumo::IntfId const intfId : interfaces_) lookAtAsked(intfId);
-  } else if (dynamic_cast<Interface::IntfForwardingModelInputDir const*>(entity)) {
-    lookAtForwarding();
-    lookAtPorts();
-  } else if (dynamic_cast<Macsec::SaStatus const*>(entity) ||
-             dynamic_cast<Macsec::MacSecIntfStatus const*>(entity)) {
+  }
+  if (write.of<ForwardingInput>({ForwardingInput::kForwardingModelInput})) lookAtForwarding();
+  if (write.of<MacSecIntfStatus>({MacSecIntfStatus::kTxSaStatus, MacSecIntfStatus::kRxSaStatus}) ||
+      write.of<SaStatus>({SaStatus::kLpn})) {
     for (Lumo::IntfId const intfId : interfaces_) lookAtInstalled(intfId);
-    lookAtPorts();
+  }
+  if (concernsPassage(write)) lookAtPorts();
+  if (concernsKeyInUse(write)) lookAtKeysInUse();
+  if (auto* cp = write.of<CpStatus>({CpStatus::kRxSak, CpStatus::kTxSak})) {
+    lookAtAsked(cp->intfId());
+  }
+  if (write.of<Status>({Status::kCpStatus})) {
+    for (Lumo::IntfId const intfId : interfaces_) lookAtAsked(intfId);
   }
 }
 
 void TreeWatch::lookAtPorts() {
   for (Lumo::IntfId const intfId : interfaces_) {
-    char const* const state = stateOf(host_, intfId);
-    if (told_[intfId].state == state) continue;
-    told_[intfId].state = state;
-    tell_(PortChanged{textOf(intfId), state});
+    std::string const state = stateOf(host_, intfId);
+    if (std::exchange(told_[intfId].state, state) == state) continue;
+    tell_(PortEvent{EventKind::state, textOf(intfId), Vesk::now(), state});
   }
 }
 
@@ -127,14 +150,15 @@ void TreeWatch::lookAtForwarding() {
   }
 }
 
-void TreeWatch::lookAtPrincipals() {
+void TreeWatch::lookAtKeysInUse() {
   for (Lumo::IntfId const intfId : interfaces_) {
-    std::optional<std::string> ckn;
-    if (auto const actor = PortView(*host_.status(), intfId).principal())
-      ckn = actor->ckn().charPtr();
-    if (told_[intfId].principal == ckn) continue;
-    told_[intfId].principal = ckn;
-    tell_(PrincipalChanged{textOf(intfId), ckn});
+    PortEvent event{EventKind::key, textOf(intfId), Vesk::now()};
+    if (auto const actor = PortView(*host_.status(), intfId).principal()) {
+      event.key = actor->ckn().charPtr();
+      event.role = Macsecd::roleOf(*actor, host_.status()->intfStatus(intfId).ptr());
+    }
+    std::pair const now(event.key, event.role);
+    if (std::exchange(told_[intfId].keyInUse, now) != now) tell_(event);
   }
 }
 
@@ -145,11 +169,14 @@ void TreeWatch::lookAtActor(Macsec::MkaActorStatus const& actor) {
   std::string const ckn = actor.ckn().charPtr();
   ToldActor& told = toldActors_[{port->intfId(), ckn}];
 
-  std::optional<std::string> sci;
+  std::string sci;
   if (actor.keyServer() != Macsec::Sci()) sci = sciText(actor.keyServer());
   if (std::pair now(sci, actor.electedSelf()); told.keyServer != now) {
     told.keyServer = now;
-    tell_(KeyServerChanged{interface, ckn, now.first, now.second});
+    PortEvent event{EventKind::keyServer, interface, Vesk::now()};
+    event.key = ckn;
+    std::tie(event.sci, event.isKeyServer) = now;
+    tell_(event);
   }
   if (std::pair now(names(actor.livePeer()), names(actor.potentialPeer())); told.peers != now) {
     told.peers = now;

@@ -38,19 +38,19 @@ class TreeWatch {
   struct Told {
     std::string state = "absent";
     bool unauthorized = false;
-    std::optional<std::string> principal;
+    std::pair<std::string, std::string> keyInUse;  // its name and its role
     std::map<std::pair<bool, uint8_t>, KeyName> asked;
     std::map<std::pair<bool, uint8_t>, std::pair<KeyName, uint32_t>> installed;
   };
   struct ToldActor {
-    std::pair<std::optional<std::string>, bool> keyServer;
+    std::pair<std::string, bool> keyServer;
     std::pair<std::vector<std::string>, std::vector<std::string>> peers;
   };
 
   void lookAtAsked(Lumo::IntfId intfId);
   void lookAtInstalled(Lumo::IntfId intfId);
   void lookAtForwarding();
-  void lookAtPrincipals();
+  void lookAtKeysInUse();
   void lookAtActor(Macsec::MkaActorStatus const& actor);
 
   Macsecd::Host const& host_;

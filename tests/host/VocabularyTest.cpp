@@ -5,7 +5,7 @@
 #include "host/config/ConfigFile.h"
 #include "host/control/Control.h"
 #include "host/control/ControlJson.h"
-#include "host/control/EventJson.h"
+#include "host/port/EventJson.h"
 #include "host/text/ControlProtocol.h"
 #include "tests/host/HostFixture.h"
 
@@ -40,9 +40,9 @@ TEST(Vocabulary, NamesEachMemberOfAnAnswerInKebabCase) {
     ASSERT_TRUE(answer["ok"]) << answer;
     collectNames(answer, names);
   }
-  for (auto const& [kind, word] : Vesk::EnumNames<PortEventKind>::names) {
+  for (auto const& [kind, word] : Vesk::EnumNames<EventKind>::names) {
     Vesk::WorldScope const scope(a.world);
-    collectNames(jsonOf(PortEvent{kind, "Ethernet1"}), names);
+    collectNames(eventJson({}, PortEvent{kind, "Ethernet1"}), names);
     names.emplace_back(word);
   }
   EXPECT_GT(names.size(), 60u);

@@ -35,7 +35,7 @@ class KillDemands final : public Audience {
     }
     if (auto const* frame = std::get_if<FramePassed>(&event.what)) framePassed(one, *frame);
     if (!follows_) return;
-    if (auto const* port = std::get_if<PortChanged>(&event.what)) portChanged(one, *port);
+    if (auto const* port = eventOf(event, EventKind::state)) portChanged(one, *port);
     if (auto const* sa = std::get_if<SaInstalled>(&event.what)) saChanged(one, *sa);
     if (auto const* sa = std::get_if<SaAsked>(&event.what)) saChanged(one, *sa);
   }
@@ -115,10 +115,8 @@ class KillDemands final : public Audience {
     installed_.insert({place, {keyOf(sa), sa.entityId()}});
   }
 
-  void portChanged(Switch const& one, PortChanged const& port) {
-    if (open_.count(&one) && port.state != std::string("open")) {
-      fail(one.name() + " is " + port.state);
-    }
+  void portChanged(Switch const& one, PortEvent const& port) {
+    if (open_.count(&one) && port.value != "open") fail(one.name() + " is " + port.value);
   }
   static bool transmits(Switch const& one, KeyName const& key) {
     auto const& sa = one.hardware().slice()->status(intf())->txSaStatus();
@@ -156,9 +154,9 @@ class KillDemands final : public Audience {
   // (Frames under another primary key than that of B fail their ICV, killed or not.)
   void framePassed(Switch const& one, FramePassed const& frame) {
     if (!frame.ckn || !frame.memberId || !frame.messageNumber) return;
-    if (&one == &a_ && !frame.received)
+    if (&one == &a_ && frame.way == FrameWay::out)
       return sent(*frame.ckn, *frame.memberId, *frame.messageNumber);
-    if (follows_ && &one == &b_ && frame.received && frame.verdict != "accepted" &&
+    if (follows_ && &one == &b_ && frame.way == FrameWay::in && frame.verdict != "accepted" &&
         frame.verdict != "ignored" && frame.verdict != "icvValidationErr" &&
         !isRepeatedNumber(frame) && !isForFormerMember(frame)) {
       fail("B refused a frame: " + *frame.verdict);

@@ -52,11 +52,19 @@ class Played final : public Audience {
     }
     return found;
   }
+  /// The states of the ports of a switch, one after the other.
+  std::vector<std::string> states(std::string const& switchName) const {
+    std::vector<std::string> states;
+    for (PortEvent const& event : all<PortEvent>(switchName)) {
+      if (event.kind == EventKind::state) states.push_back(event.value);
+    }
+    return states;
+  }
   /// How many frames a switch received, by verdict.
   size_t received(std::string const& switchName, std::string const& verdict) const {
     auto const frames = all<FramePassed>(switchName);
     return static_cast<size_t>(std::count_if(frames.begin(), frames.end(), [&](auto const& frame) {
-      return frame.received && frame.verdict == verdict;
+      return frame.way == FrameWay::in && frame.verdict == verdict;
     }));
   }
 

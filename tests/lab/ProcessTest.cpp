@@ -122,9 +122,9 @@ TEST(Process, TellsItsEndAndReloadsAsEvents) {
       R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"exit","status":0,"starts-again":"1970-01-01T00:00:08.001000Z","starts-again-monotonic":8.001})"
       "\n");
   EXPECT_EQ(
-      eventOf(Reloaded{"b.yaml", false, {"b.yaml:1:2: no; write 'yes'"}}),
+      eventOf(Reloaded{"b.yaml", false, {{"b.yaml", 1, 2, "no", "write 'yes'"}}}),
       R"({"time":"1970-01-01T00:00:07.001000Z","monotonic":7.001,"switch":"A","event":"reload","file":"b.yaml","taken":false,)"
-      R"("mistakes":["b.yaml:1:2: no; write 'yes'"]})"
+      R"("mistakes":[{"file":"b.yaml","line":1,"column":2,"what":"no","remedy":"write 'yes'"}]})"
       "\n");
 }
 

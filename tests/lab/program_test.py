@@ -209,7 +209,8 @@ class Captures(Folder):
 
     def compare(self, frames, events, supplicant):
         sent = {(event["member-id"], event["message-number"]): number
-                for number, event in enumerate(events) if event["event"] == "frame-sent"}
+                for number, event in enumerate(events)
+                if event["event"] == "frame" and event["way"] == "out"}
         for frame in frames:
             key = frame["mka.actor_mi"], int(frame["mka.actor_mn"], 16)
             self.assertIn(key, sent)

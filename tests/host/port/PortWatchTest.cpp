@@ -3,7 +3,8 @@
 #include <optional>
 
 #include "host/client/EventText.h"
-#include "host/control/EventJson.h"
+#include "host/port/EventJson.h"
+#include "host/text/TimeText.h"
 #include "tests/host/HostFixture.h"
 
 namespace Macsecd {
@@ -24,7 +25,8 @@ class PortWatchTest : public ::testing::Test {
   void watch(Switch& one) {
     Vesk::WorldScope const scope(one.world);
     watch_.emplace(one.host, [this](PortEvent const& event) {
-      auto const line = eventLineOf(jsonOf(event).dump());
+      auto const line =
+          eventLineOf(eventJson(Json::object({{"time", timeText(event.time)}}), event).dump());
       ASSERT_TRUE(line);
       EXPECT_EQ(line->interface, "Ethernet1");
       EXPECT_EQ(line->time, Vesk::now());

@@ -47,7 +47,7 @@ class Recorded final : public Audience {
   }
   void happened(Event const& event) override {
     auto const* const frame = std::get_if<FramePassed>(&event.what);
-    if (frame && frame->received && frame->verdict != "accepted") return;
+    if (frame && frame->way == FrameWay::in && frame->verdict != "accepted") return;
     events_.happened(event);
   }
   std::string text() const { return lines_.str(); }
