@@ -3,26 +3,21 @@
 namespace Macsec {
 
 Vesk::Ptr<Profile> Config::profileIs(Vesk::Name const& key) {
-  return memberIs(
-      kProfile, profile_, key, [&] { return newProfile(key); }, &NotifieeConst::onProfile);
+  return memberIs<kProfile>(profile_, key, [&] { return newProfile(key); });
 }
 
 Vesk::Ptr<Profile> Config::newProfile(Vesk::Name const& key) { return Vesk::make<Profile>(key); }
 
 Vesk::Ptr<Profile> Config::profileDel(Vesk::Name const& key) {
-  return memberDel(kProfile, profile_, key, &NotifieeConst::onProfile);
+  return memberDel<kProfile>(profile_, key);
 }
 
-void Config::profileDelAll() { memberDelAll(kProfile, profile_, &NotifieeConst::onProfile); }
+void Config::profileDelAll() { memberDelAll<kProfile>(profile_); }
 
-void Config::profileNotify(Vesk::Name const& key) {
-  tellKey(kProfile, key, &NotifieeConst::onProfile);
-}
+void Config::profileNotify(Vesk::Name const& key) { tellKey<kProfile>(key); }
 
 Vesk::Ptr<IntfConfig> Config::intfConfigIs(Lumo::IntfId key) {
-  return memberIs(
-      kIntfConfig, intfConfig_, key, [&] { return newIntfConfig(key); },
-      &NotifieeConst::onIntfConfig);
+  return memberIs<kIntfConfig>(intfConfig_, key, [&] { return newIntfConfig(key); });
 }
 
 Vesk::Ptr<IntfConfig> Config::newIntfConfig(Lumo::IntfId key) {
@@ -30,15 +25,11 @@ Vesk::Ptr<IntfConfig> Config::newIntfConfig(Lumo::IntfId key) {
 }
 
 Vesk::Ptr<IntfConfig> Config::intfConfigDel(Lumo::IntfId key) {
-  return memberDel(kIntfConfig, intfConfig_, key, &NotifieeConst::onIntfConfig);
+  return memberDel<kIntfConfig>(intfConfig_, key);
 }
 
-void Config::intfConfigDelAll() {
-  memberDelAll(kIntfConfig, intfConfig_, &NotifieeConst::onIntfConfig);
-}
+void Config::intfConfigDelAll() { memberDelAll<kIntfConfig>(intfConfig_); }
 
-void Config::intfConfigNotify(Lumo::IntfId key) {
-  tellKey(kIntfConfig, key, &NotifieeConst::onIntfConfig);
-}
+void Config::intfConfigNotify(Lumo::IntfId key) { tellKey<kIntfConfig>(key); }
 
 }  // namespace Macsec

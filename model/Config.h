@@ -19,7 +19,7 @@ class IntfConfig final : public Vesk::DescribedEntity<IntfConfig> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onProfileName);
+      v.value(kProfileName, &R::onProfileName);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -37,12 +37,10 @@ class IntfConfig final : public Vesk::DescribedEntity<IntfConfig> {
   Lumo::IntfId intfId() const { return intfId_; }
   /// Name of the profile; it need not exist.
   Vesk::String8 const& profileName() const { return profileName_; }
-  void profileNameIs(Vesk::String8 const& v) {
-    write(kProfileName, profileName_, v, &NotifieeConst::onProfileName);
-  }
+  void profileNameIs(Vesk::String8 const& v) { write<kProfileName>(profileName_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &IntfConfig::intfId_);
     v.value("profileName", &IntfConfig::profileName_, &IntfConfig::profileNameIs);
   }
@@ -79,12 +77,12 @@ class Config final : public Vesk::DescribedEntity<Config> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Vesk::Name>(&R::onProfile, &R::onProfileImmediate);
-      v.template collection<Lumo::IntfId>(&R::onIntfConfig, &R::onIntfConfigImmediate);
-      v.value(&R::onShutdown);
-      v.value(&R::onFipsRestrictions);
-      v.value(&R::onClearMkaCounters);
-      v.value(&R::onDelayProtection);
+      v.template collection<Vesk::Name>(kProfile, &R::onProfile, &R::onProfileImmediate);
+      v.template collection<Lumo::IntfId>(kIntfConfig, &R::onIntfConfig, &R::onIntfConfigImmediate);
+      v.value(kShutdown, &R::onShutdown);
+      v.value(kFipsRestrictions, &R::onFipsRestrictions);
+      v.value(kClearMkaCounters, &R::onClearMkaCounters);
+      v.value(kDelayProtection, &R::onDelayProtection);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -125,35 +123,29 @@ class Config final : public Vesk::DescribedEntity<Config> {
 
   /// Administrative off switch of the whole system.
   bool shutdown() const { return shutdown_; }
-  void shutdownIs(bool v) { write(kShutdown, shutdown_, v, &NotifieeConst::onShutdown); }
+  void shutdownIs(bool v) { write<kShutdown>(shutdown_, v); }
   /// Run the crypto library in FIPS mode; a change restarts the process.
   bool fipsRestrictions() const { return fipsRestrictions_; }
-  void fipsRestrictionsIs(bool v) {
-    write(kFipsRestrictions, fipsRestrictions_, v, &NotifieeConst::onFipsRestrictions);
-  }
+  void fipsRestrictionsIs(bool v) { write<kFipsRestrictions>(fipsRestrictions_, v); }
   /// Delay protection: shorter MKPDU period.
   bool delayProtection() const { return delayProtection_; }
-  void delayProtectionIs(bool v) {
-    write(kDelayProtection, delayProtection_, v, &NotifieeConst::onDelayProtection);
-  }
+  void delayProtectionIs(bool v) { write<kDelayProtection>(delayProtection_, v); }
   /// Each increment asks for a clearing of all counters; the value means nothing.
   uint32_t clearMkaCounters() const { return clearMkaCounters_; }
-  void clearMkaCountersIs(uint32_t v) {
-    write(kClearMkaCounters, clearMkaCounters_, v, &NotifieeConst::onClearMkaCounters);
-  }
+  void clearMkaCountersIs(uint32_t v) { write<kClearMkaCounters>(clearMkaCounters_, v); }
   uint32_t clearMkaCountersInc(uint32_t n) {
     clearMkaCountersIs(clearMkaCounters_ + n);
     return clearMkaCounters_;
   }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.members("profile", &Config::profile_, &Config::profileIs);
     v.members("intfConfig", &Config::intfConfig_, &Config::intfConfigIs);
     v.value("shutdown", &Config::shutdown_, &Config::shutdownIs);
     v.value("fipsRestrictions", &Config::fipsRestrictions_, &Config::fipsRestrictionsIs);
-    v.value("delayProtection", &Config::delayProtection_, &Config::delayProtectionIs);
     v.value("clearMkaCounters", &Config::clearMkaCounters_, &Config::clearMkaCountersIs);
+    v.value("delayProtection", &Config::delayProtection_, &Config::delayProtectionIs);
   }
 
  private:
@@ -161,8 +153,8 @@ class Config final : public Vesk::DescribedEntity<Config> {
   IntfConfigMap intfConfig_;
   bool shutdown_ = shutdownDefault;
   bool fipsRestrictions_ = fipsRestrictionsDefault;
-  bool delayProtection_ = delayProtectionDefault;
   uint32_t clearMkaCounters_ = 0;
+  bool delayProtection_ = delayProtectionDefault;
 };
 
 }  // namespace Macsec

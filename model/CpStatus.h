@@ -53,19 +53,19 @@ class CpStatus final : public Vesk::DescribedEntity<CpStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onProtectFrames);
-      v.value(&R::onReplayProtect);
-      v.value(&R::onValidateFrames);
-      v.value(&R::onConfidentialityOffset);
-      v.value(&R::onControlledPortEnabled);
-      v.value(&R::onPortValid);
-      v.value(&R::onOldSakContext);
-      v.value(&R::onLatestSakContext);
-      v.value(&R::onTxSak);
-      v.template collection<AssociationNumber>(&R::onRxSak, &R::onRxSakImmediate);
-      v.template collection<AssociationNumber>(&R::onRxLPN, &R::onRxLPNImmediate);
-      v.value(&R::onMySsci);
-      v.value(&R::onPeerSsci);
+      v.value(kProtectFrames, &R::onProtectFrames);
+      v.value(kReplayProtect, &R::onReplayProtect);
+      v.value(kValidateFrames, &R::onValidateFrames);
+      v.value(kConfidentialityOffset, &R::onConfidentialityOffset);
+      v.value(kControlledPortEnabled, &R::onControlledPortEnabled);
+      v.value(kPortValid, &R::onPortValid);
+      v.value(kOldSakContext, &R::onOldSakContext);
+      v.value(kLatestSakContext, &R::onLatestSakContext);
+      v.value(kTxSak, &R::onTxSak);
+      v.template collection<AssociationNumber>(kRxSak, &R::onRxSak, &R::onRxSakImmediate);
+      v.template collection<AssociationNumber>(kRxLPN, &R::onRxLPN, &R::onRxLPNImmediate);
+      v.value(kMySsci, &R::onMySsci);
+      v.value(kPeerSsci, &R::onPeerSsci);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -90,24 +90,17 @@ class CpStatus final : public Vesk::DescribedEntity<CpStatus> {
   MacsecParams const& macsecParams() const { return macsecParams_; }
   /// Data path control, at its default throughout.
   bool protectFrames() const { return protectFrames_; }
-  void protectFramesIs(bool v) {
-    write(kProtectFrames, protectFrames_, v, &NotifieeConst::onProtectFrames);
-  }
+  void protectFramesIs(bool v) { write<kProtectFrames>(protectFrames_, v); }
   /// Data path control, at its default throughout.
   uint32_t replayProtect() const { return replayProtect_; }
-  void replayProtectIs(uint32_t v) {
-    write(kReplayProtect, replayProtect_, v, &NotifieeConst::onReplayProtect);
-  }
+  void replayProtectIs(uint32_t v) { write<kReplayProtect>(replayProtect_, v); }
   /// Data path control, at its default throughout.
   bool validateFrames() const { return validateFrames_; }
-  void validateFramesIs(bool v) {
-    write(kValidateFrames, validateFrames_, v, &NotifieeConst::onValidateFrames);
-  }
+  void validateFramesIs(bool v) { write<kValidateFrames>(validateFrames_, v); }
   /// Data path control, at its default throughout.
   uint8_t confidentialityOffset() const { return confidentialityOffset_; }
   void confidentialityOffsetIs(uint8_t v) {
-    write(kConfidentialityOffset, confidentialityOffset_, v,
-          &NotifieeConst::onConfidentialityOffset);
+    write<kConfidentialityOffset>(confidentialityOffset_, v);
   }
   /// Cipher suite, of `macsecParams`.
   CipherSuite cipher() const { return macsecParams_.cipher(); }
@@ -115,50 +108,43 @@ class CpStatus final : public Vesk::DescribedEntity<CpStatus> {
   bool includeSci() const { return macsecParams_.includeSci(); }
   /// Traffic may pass through the controlled port.
   bool controlledPortEnabled() const { return controlledPortEnabled_; }
-  void controlledPortEnabledIs(bool v) {
-    write(kControlledPortEnabled, controlledPortEnabled_, v,
-          &NotifieeConst::onControlledPortEnabled);
-  }
+  void controlledPortEnabledIs(bool v) { write<kControlledPortEnabled>(controlledPortEnabled_, v); }
   /// Reserved flag of the data path.
   bool portValid() const { return portValid_; }
-  void portValidIs(bool v) { write(kPortValid, portValid_, v, &NotifieeConst::onPortValid); }
+  void portValidIs(bool v) { write<kPortValid>(portValid_, v); }
   /// The key in steady use, or being retired.
   SakContext const& oldSakContext() const { return oldSakContext_; }
-  void oldSakContextIs(SakContext const& v) {
-    write(kOldSakContext, oldSakContext_, v, &NotifieeConst::onOldSakContext);
-  }
+  void oldSakContextIs(SakContext const& v) { write<kOldSakContext>(oldSakContext_, v); }
   /// The key being brought in.
   SakContext const& latestSakContext() const { return latestSakContext_; }
-  void latestSakContextIs(SakContext const& v) {
-    write(kLatestSakContext, latestSakContext_, v, &NotifieeConst::onLatestSakContext);
-  }
+  void latestSakContextIs(SakContext const& v) { write<kLatestSakContext>(latestSakContext_, v); }
   /// The SAK for transmit; the default means none.
   Sak const& txSak() const { return txSak_; }
-  void txSakIs(Sak const& v) { write(kTxSak, txSak_, v, &NotifieeConst::onTxSak); }
+  void txSakIs(Sak const& v) { write<kTxSak>(txSak_, v); }
 
   /// SAKs for receive, at most one for each association number.
   RxSakMap const& rxSak() const { return rxSak_; }
   Sak const* rxSak(AssociationNumber key) const { return rxSak_[key]; }
-  void rxSakIs(Sak const& v) { valueIs(kRxSak, rxSak_, v.an(), v, &NotifieeConst::onRxSak); }
-  void rxSakDel(AssociationNumber key) { valueDel(kRxSak, rxSak_, key, &NotifieeConst::onRxSak); }
-  void rxSakDelAll() { valueDelAll(kRxSak, rxSak_, &NotifieeConst::onRxSak); }
+  void rxSakIs(Sak const& v) { valueIs<kRxSak>(rxSak_, v.an(), v); }
+  void rxSakDel(AssociationNumber key) { valueDel<kRxSak>(rxSak_, key); }
+  void rxSakDelAll() { valueDelAll<kRxSak>(rxSak_); }
 
   /// Lowest acceptable packet number of each receive SA.
   RxLPNMap const& rxLPN() const { return rxLPN_; }
   RxLPN const* rxLPN(AssociationNumber key) const { return rxLPN_[key]; }
-  void rxLPNIs(RxLPN const& v) { valueIs(kRxLPN, rxLPN_, v.an(), v, &NotifieeConst::onRxLPN); }
-  void rxLPNDel(AssociationNumber key) { valueDel(kRxLPN, rxLPN_, key, &NotifieeConst::onRxLPN); }
-  void rxLPNDelAll() { valueDelAll(kRxLPN, rxLPN_, &NotifieeConst::onRxLPN); }
+  void rxLPNIs(RxLPN const& v) { valueIs<kRxLPN>(rxLPN_, v.an(), v); }
+  void rxLPNDel(AssociationNumber key) { valueDel<kRxLPN>(rxLPN_, key); }
+  void rxLPNDelAll() { valueDelAll<kRxLPN>(rxLPN_); }
 
   /// Own short SCI.
   Ssci const& mySsci() const { return mySsci_; }
-  void mySsciIs(Ssci const& v) { write(kMySsci, mySsci_, v, &NotifieeConst::onMySsci); }
+  void mySsciIs(Ssci const& v) { write<kMySsci>(mySsci_, v); }
   /// Peer's short SCI.
   Ssci const& peerSsci() const { return peerSsci_; }
-  void peerSsciIs(Ssci const& v) { write(kPeerSsci, peerSsci_, v, &NotifieeConst::onPeerSsci); }
+  void peerSsciIs(Ssci const& v) { write<kPeerSsci>(peerSsci_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &CpStatus::intfId_);
     v.parameter("macsecParams", &CpStatus::macsecParams_);
     v.value("protectFrames", &CpStatus::protectFrames_, &CpStatus::protectFramesIs);

@@ -37,13 +37,13 @@ class IntfStatus final : public Vesk::DescribedEntity<IntfStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onKey);
-      v.value(&R::onDefaultKey);
-      v.value(&R::onKeyServerPriority);
-      v.value(&R::onReKeyPeriod);
-      v.value(&R::onDot1xType);
-      v.value(&R::onGroupCakLifetime);
-      v.value(&R::onProfileName);
+      v.value(kKey, &R::onKey);
+      v.value(kDefaultKey, &R::onDefaultKey);
+      v.value(kKeyServerPriority, &R::onKeyServerPriority);
+      v.value(kReKeyPeriod, &R::onReKeyPeriod);
+      v.value(kDot1xType, &R::onDot1xType);
+      v.value(kGroupCakLifetime, &R::onGroupCakLifetime);
+      v.value(kProfileName, &R::onProfileName);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -65,44 +65,32 @@ class IntfStatus final : public Vesk::DescribedEntity<IntfStatus> {
   MacsecParams const& macsecParams() const { return macsecParams_; }
   /// Primary key.
   Cak const& key() const { return key_; }
-  void keyIs(Cak const& v) { write(kKey, key_, v, &NotifieeConst::onKey); }
+  void keyIs(Cak const& v) { write<kKey>(key_, v); }
   /// Fallback key.
   Cak const& defaultKey() const { return defaultKey_; }
-  void defaultKeyIs(Cak const& v) {
-    write(kDefaultKey, defaultKey_, v, &NotifieeConst::onDefaultKey);
-  }
+  void defaultKeyIs(Cak const& v) { write<kDefaultKey>(defaultKey_, v); }
   /// Key server priority of the actors of this interface.
   uint8_t keyServerPriority() const { return keyServerPriority_; }
-  void keyServerPriorityIs(uint8_t v) {
-    write(kKeyServerPriority, keyServerPriority_, v, &NotifieeConst::onKeyServerPriority);
-  }
+  void keyServerPriorityIs(uint8_t v) { write<kKeyServerPriority>(keyServerPriority_, v); }
   /// Session rekey period in seconds; 0 means no timed rekey.
   double reKeyPeriod() const { return reKeyPeriod_; }
-  void reKeyPeriodIs(double v) {
-    write(kReKeyPeriod, reKeyPeriod_, v, &NotifieeConst::onReKeyPeriod);
-  }
+  void reKeyPeriodIs(double v) { write<kReKeyPeriod>(reKeyPeriod_, v); }
   /// Cipher suite, of `macsecParams`.
   CipherSuite cipher() const { return macsecParams_.cipher(); }
   /// SCI inclusion, of `macsecParams`.
   bool includeSci() const { return macsecParams_.includeSci(); }
   /// 2 while the primary key is configured, else the type of the 802.1X key it was derived from.
   Dot1x::Dot1xType dot1xType() const { return dot1xType_; }
-  void dot1xTypeIs(Dot1x::Dot1xType v) {
-    write(kDot1xType, dot1xType_, v, &NotifieeConst::onDot1xType);
-  }
+  void dot1xTypeIs(Dot1x::Dot1xType v) { write<kDot1xType>(dot1xType_, v); }
   /// Lifetime in seconds of a group CAK; 0 means that it is off.
   uint32_t groupCakLifetime() const { return groupCakLifetime_; }
-  void groupCakLifetimeIs(uint32_t v) {
-    write(kGroupCakLifetime, groupCakLifetime_, v, &NotifieeConst::onGroupCakLifetime);
-  }
+  void groupCakLifetimeIs(uint32_t v) { write<kGroupCakLifetime>(groupCakLifetime_, v); }
   /// Name of the profile from which this entry was last updated.
   Vesk::String8 const& profileName() const { return profileName_; }
-  void profileNameIs(Vesk::String8 const& v) {
-    write(kProfileName, profileName_, v, &NotifieeConst::onProfileName);
-  }
+  void profileNameIs(Vesk::String8 const& v) { write<kProfileName>(profileName_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &IntfStatus::intfId_);
     v.parameter("macsecParams", &IntfStatus::macsecParams_);
     v.value("key", &IntfStatus::key_, &IntfStatus::keyIs);

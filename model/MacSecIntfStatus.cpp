@@ -7,14 +7,13 @@ Vesk::Ptr<SaStatus> MacSecIntfStatus::txSaStatusIs(AssociationNumber association
   if (txSaStatus_ && txSaStatus_->associationNumber() == associationNumber &&
       txSaStatus_->keyId() == keyId && txSaStatus_->keyNum() == keyNum)
     return txSaStatus_.ptr();
-  childIs(kTxSaStatus, txSaStatus_, Vesk::make<SaStatus>(associationNumber, keyId, keyNum),
-          &NotifieeConst::onTxSaStatus);
+  childIs<kTxSaStatus>(txSaStatus_, Vesk::make<SaStatus>(associationNumber, keyId, keyNum));
   return txSaStatus_.ptr();
 }
 
 Vesk::Ptr<SaStatus> MacSecIntfStatus::txSaStatusDel() {
   Vesk::Ptr<SaStatus> gone = txSaStatus_.ptr();
-  childIs(kTxSaStatus, txSaStatus_, Vesk::Ptr<SaStatus>(), &NotifieeConst::onTxSaStatus);
+  childIs<kTxSaStatus>(txSaStatus_, Vesk::Ptr<SaStatus>());
   return gone;
 }
 
@@ -24,9 +23,7 @@ Vesk::Ptr<SaStatus> MacSecIntfStatus::rxSaStatusIs(AssociationNumber key,
     Vesk::requireSameParameter(member->name(), "keyId", keyId, member->keyId());
     Vesk::requireSameParameter(member->name(), "keyNum", keyNum, member->keyNum());
   }
-  return memberIs(
-      kRxSaStatus, rxSaStatus_, key, [&] { return newRxSaStatus(key, keyId, keyNum); },
-      &NotifieeConst::onRxSaStatus);
+  return memberIs<kRxSaStatus>(rxSaStatus_, key, [&] { return newRxSaStatus(key, keyId, keyNum); });
 }
 
 Vesk::Ptr<SaStatus> MacSecIntfStatus::newRxSaStatus(AssociationNumber key,
@@ -35,15 +32,11 @@ Vesk::Ptr<SaStatus> MacSecIntfStatus::newRxSaStatus(AssociationNumber key,
 }
 
 Vesk::Ptr<SaStatus> MacSecIntfStatus::rxSaStatusDel(AssociationNumber key) {
-  return memberDel(kRxSaStatus, rxSaStatus_, key, &NotifieeConst::onRxSaStatus);
+  return memberDel<kRxSaStatus>(rxSaStatus_, key);
 }
 
-void MacSecIntfStatus::rxSaStatusDelAll() {
-  memberDelAll(kRxSaStatus, rxSaStatus_, &NotifieeConst::onRxSaStatus);
-}
+void MacSecIntfStatus::rxSaStatusDelAll() { memberDelAll<kRxSaStatus>(rxSaStatus_); }
 
-void MacSecIntfStatus::rxSaStatusNotify(AssociationNumber key) {
-  tellKey(kRxSaStatus, key, &NotifieeConst::onRxSaStatus);
-}
+void MacSecIntfStatus::rxSaStatusNotify(AssociationNumber key) { tellKey<kRxSaStatus>(key); }
 
 }  // namespace Macsec

@@ -22,7 +22,7 @@ class SaStatus final : public Vesk::DescribedEntity<SaStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onLpn);
+      v.value(kLpn, &R::onLpn);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -48,10 +48,10 @@ class SaStatus final : public Vesk::DescribedEntity<SaStatus> {
   uint32_t keyNum() const { return keyNum_; }
   /// Packet number that the driver reports for the SA.
   uint32_t lpn() const { return lpn_; }
-  void lpnIs(uint32_t v) { write(kLpn, lpn_, v, &NotifieeConst::onLpn); }
+  void lpnIs(uint32_t v) { write<kLpn>(lpn_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("associationNumber", &SaStatus::associationNumber_);
     v.parameter("keyId", &SaStatus::keyId_);
     v.parameter("keyNum", &SaStatus::keyNum_);
@@ -81,10 +81,11 @@ class MacSecIntfStatus final : public Vesk::DescribedEntity<MacSecIntfStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onTxSaStatus);
-      v.template collection<AssociationNumber>(&R::onRxSaStatus, &R::onRxSaStatusImmediate);
-      v.value(&R::onSecHdrSize);
-      v.value(&R::onConfigured);
+      v.value(kTxSaStatus, &R::onTxSaStatus);
+      v.template collection<AssociationNumber>(kRxSaStatus, &R::onRxSaStatus,
+                                               &R::onRxSaStatusImmediate);
+      v.value(kSecHdrSize, &R::onSecHdrSize);
+      v.value(kConfigured, &R::onConfigured);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -125,15 +126,13 @@ class MacSecIntfStatus final : public Vesk::DescribedEntity<MacSecIntfStatus> {
 
   /// Size of the security header in bytes; only the driver writes it.
   uint32_t secHdrSize() const { return secHdrSize_; }
-  void secHdrSizeIs(uint32_t v) {
-    write(kSecHdrSize, secHdrSize_, v, &NotifieeConst::onSecHdrSize);
-  }
+  void secHdrSizeIs(uint32_t v) { write<kSecHdrSize>(secHdrSize_, v); }
   /// The driver has configured MACsec on this interface.
   bool configured() const { return configured_; }
-  void configuredIs(bool v) { write(kConfigured, configured_, v, &NotifieeConst::onConfigured); }
+  void configuredIs(bool v) { write<kConfigured>(configured_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &MacSecIntfStatus::intfId_);
     v.child("txSaStatus", &MacSecIntfStatus::txSaStatus_);
     v.members("rxSaStatus", &MacSecIntfStatus::rxSaStatus_, &MacSecIntfStatus::rxSaStatusIs);

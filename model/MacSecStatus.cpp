@@ -3,8 +3,7 @@
 namespace Macsec {
 
 Vesk::Ptr<MacSecIntfStatus> MacSecStatus::statusIs(Lumo::IntfId key) {
-  return memberIs(
-      kStatus, status_, key, [&] { return newStatus(key); }, &NotifieeConst::onStatus);
+  return memberIs<kStatus>(status_, key, [&] { return newStatus(key); });
 }
 
 Vesk::Ptr<MacSecIntfStatus> MacSecStatus::newStatus(Lumo::IntfId key) {
@@ -12,14 +11,12 @@ Vesk::Ptr<MacSecIntfStatus> MacSecStatus::newStatus(Lumo::IntfId key) {
 }
 
 Vesk::Ptr<MacSecIntfStatus> MacSecStatus::statusDel(Lumo::IntfId key) {
-  return memberDel(kStatus, status_, key, &NotifieeConst::onStatus);
+  return memberDel<kStatus>(status_, key);
 }
 
-void MacSecStatus::statusDelAll() { memberDelAll(kStatus, status_, &NotifieeConst::onStatus); }
+void MacSecStatus::statusDelAll() { memberDelAll<kStatus>(status_); }
 
-void MacSecStatus::statusNotify(Lumo::IntfId key) {
-  tellKey(kStatus, key, &NotifieeConst::onStatus);
-}
+void MacSecStatus::statusNotify(Lumo::IntfId key) { tellKey<kStatus>(key); }
 
 Vesk::Ptr<MacSecIntfStatus> MacSecIntfStatusPtrDir::status(Lumo::IntfId key) const {
   Vesk::Ptr<MacSecIntfStatus> const* ptr = status_[key];
@@ -33,12 +30,12 @@ void MacSecIntfStatusPtrDir::statusIs(Vesk::Ptr<MacSecIntfStatus> const& ptr) {
         "allowed\"");
   }
   Lumo::IntfId const key = ptr->intfId();
-  if (status_.xIs(key, ptr)) memberChanged(kStatus, &status_, key, "+", &NotifieeConst::onStatus);
+  if (status_.xIs(key, ptr)) memberChanged<kStatus>(&status_, key, "+");
 }
 
 Vesk::Ptr<MacSecIntfStatus> MacSecIntfStatusPtrDir::statusDel(Lumo::IntfId key) {
   Vesk::Ptr<MacSecIntfStatus> gone = status(key);
-  if (status_.xDel(key)) memberChanged(kStatus, &status_, key, "", &NotifieeConst::onStatus);
+  if (status_.xDel(key)) memberChanged<kStatus>(&status_, key, "");
   return gone;
 }
 
@@ -46,8 +43,6 @@ void MacSecIntfStatusPtrDir::statusDelAll() {
   for (auto& entry : status_) statusDel(entry.fwkKey());
 }
 
-void MacSecIntfStatusPtrDir::statusNotify(Lumo::IntfId key) {
-  tellKey(kStatus, key, &NotifieeConst::onStatus);
-}
+void MacSecIntfStatusPtrDir::statusNotify(Lumo::IntfId key) { tellKey<kStatus>(key); }
 
 }  // namespace Macsec

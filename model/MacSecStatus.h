@@ -21,7 +21,7 @@ class MacSecStatus final : public Vesk::DescribedEntity<MacSecStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onStatus, &R::onStatusImmediate);
+      v.template collection<Lumo::IntfId>(kStatus, &R::onStatus, &R::onStatusImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -46,7 +46,7 @@ class MacSecStatus final : public Vesk::DescribedEntity<MacSecStatus> {
   void statusNotify(Lumo::IntfId key);
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.members("status", &MacSecStatus::status_, &MacSecStatus::statusIs);
   }
 
@@ -67,7 +67,7 @@ class MacSecIntfStatusPtrDir final : public Vesk::DescribedEntity<MacSecIntfStat
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onStatus, &R::onStatusImmediate);
+      v.template collection<Lumo::IntfId>(kStatus, &R::onStatus, &R::onStatusImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -91,7 +91,7 @@ class MacSecIntfStatusPtrDir final : public Vesk::DescribedEntity<MacSecIntfStat
   void statusNotify(Lumo::IntfId key);
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.reference("status", &MacSecIntfStatusPtrDir::status_);
   }
 

@@ -3,8 +3,7 @@
 namespace Macsec {
 
 Vesk::Ptr<MkaPeer> MkaActorStatus::livePeerIs(Vesk::String8 const& key) {
-  return memberIs(
-      kLivePeer, livePeer_, key, [&] { return newLivePeer(key); }, &NotifieeConst::onLivePeer);
+  return memberIs<kLivePeer>(livePeer_, key, [&] { return newLivePeer(key); });
 }
 
 Vesk::Ptr<MkaPeer> MkaActorStatus::newLivePeer(Vesk::String8 const& key) {
@@ -12,21 +11,15 @@ Vesk::Ptr<MkaPeer> MkaActorStatus::newLivePeer(Vesk::String8 const& key) {
 }
 
 Vesk::Ptr<MkaPeer> MkaActorStatus::livePeerDel(Vesk::String8 const& key) {
-  return memberDel(kLivePeer, livePeer_, key, &NotifieeConst::onLivePeer);
+  return memberDel<kLivePeer>(livePeer_, key);
 }
 
-void MkaActorStatus::livePeerDelAll() {
-  memberDelAll(kLivePeer, livePeer_, &NotifieeConst::onLivePeer);
-}
+void MkaActorStatus::livePeerDelAll() { memberDelAll<kLivePeer>(livePeer_); }
 
-void MkaActorStatus::livePeerNotify(Vesk::String8 const& key) {
-  tellKey(kLivePeer, key, &NotifieeConst::onLivePeer);
-}
+void MkaActorStatus::livePeerNotify(Vesk::String8 const& key) { tellKey<kLivePeer>(key); }
 
 Vesk::Ptr<MkaPeer> MkaActorStatus::potentialPeerIs(Vesk::String8 const& key) {
-  return memberIs(
-      kPotentialPeer, potentialPeer_, key, [&] { return newPotentialPeer(key); },
-      &NotifieeConst::onPotentialPeer);
+  return memberIs<kPotentialPeer>(potentialPeer_, key, [&] { return newPotentialPeer(key); });
 }
 
 Vesk::Ptr<MkaPeer> MkaActorStatus::newPotentialPeer(Vesk::String8 const& key) {
@@ -34,15 +27,11 @@ Vesk::Ptr<MkaPeer> MkaActorStatus::newPotentialPeer(Vesk::String8 const& key) {
 }
 
 Vesk::Ptr<MkaPeer> MkaActorStatus::potentialPeerDel(Vesk::String8 const& key) {
-  return memberDel(kPotentialPeer, potentialPeer_, key, &NotifieeConst::onPotentialPeer);
+  return memberDel<kPotentialPeer>(potentialPeer_, key);
 }
 
-void MkaActorStatus::potentialPeerDelAll() {
-  memberDelAll(kPotentialPeer, potentialPeer_, &NotifieeConst::onPotentialPeer);
-}
+void MkaActorStatus::potentialPeerDelAll() { memberDelAll<kPotentialPeer>(potentialPeer_); }
 
-void MkaActorStatus::potentialPeerNotify(Vesk::String8 const& key) {
-  tellKey(kPotentialPeer, key, &NotifieeConst::onPotentialPeer);
-}
+void MkaActorStatus::potentialPeerNotify(Vesk::String8 const& key) { tellKey<kPotentialPeer>(key); }
 
 }  // namespace Macsec

@@ -31,11 +31,11 @@ class MkaInfo final : public Vesk::DescribedEntity<MkaInfo> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onBaseInfo);
-      v.value(&R::onSakUseInfo);
-      v.value(&R::onSakDistInfo);
-      v.value(&R::onCakDistInfo);
-      v.value(&R::onIcvIndicatorInfo);
+      v.value(kBaseInfo, &R::onBaseInfo);
+      v.value(kSakUseInfo, &R::onSakUseInfo);
+      v.value(kSakDistInfo, &R::onSakDistInfo);
+      v.value(kCakDistInfo, &R::onCakDistInfo);
+      v.value(kIcvIndicatorInfo, &R::onIcvIndicatorInfo);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -45,32 +45,24 @@ class MkaInfo final : public Vesk::DescribedEntity<MkaInfo> {
 
   /// Basic parameter set.
   BasicInfo const& baseInfo() const { return baseInfo_; }
-  void baseInfoIs(BasicInfo const& v) {
-    write(kBaseInfo, baseInfo_, v, &NotifieeConst::onBaseInfo);
-  }
+  void baseInfoIs(BasicInfo const& v) { write<kBaseInfo>(baseInfo_, v); }
   /// SAK use parameter set.
   SakUseInfo const& sakUseInfo() const { return sakUseInfo_; }
-  void sakUseInfoIs(SakUseInfo const& v) {
-    write(kSakUseInfo, sakUseInfo_, v, &NotifieeConst::onSakUseInfo);
-  }
+  void sakUseInfoIs(SakUseInfo const& v) { write<kSakUseInfo>(sakUseInfo_, v); }
   /// Distributed SAK.
   SakDistInfo const& sakDistInfo() const { return sakDistInfo_; }
-  void sakDistInfoIs(SakDistInfo const& v) {
-    write(kSakDistInfo, sakDistInfo_, v, &NotifieeConst::onSakDistInfo);
-  }
+  void sakDistInfoIs(SakDistInfo const& v) { write<kSakDistInfo>(sakDistInfo_, v); }
   /// Distributed CAK.
   CakDistInfo const& cakDistInfo() const { return cakDistInfo_; }
-  void cakDistInfoIs(CakDistInfo const& v) {
-    write(kCakDistInfo, cakDistInfo_, v, &NotifieeConst::onCakDistInfo);
-  }
+  void cakDistInfoIs(CakDistInfo const& v) { write<kCakDistInfo>(cakDistInfo_, v); }
   /// ICV indicator.
   IcvIndicatorInfo const& icvIndicatorInfo() const { return icvIndicatorInfo_; }
   void icvIndicatorInfoIs(IcvIndicatorInfo const& v) {
-    write(kIcvIndicatorInfo, icvIndicatorInfo_, v, &NotifieeConst::onIcvIndicatorInfo);
+    write<kIcvIndicatorInfo>(icvIndicatorInfo_, v);
   }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.value("baseInfo", &MkaInfo::baseInfo_, &MkaInfo::baseInfoIs);
     v.value("sakUseInfo", &MkaInfo::sakUseInfo_, &MkaInfo::sakUseInfoIs);
     v.value("sakDistInfo", &MkaInfo::sakDistInfo_, &MkaInfo::sakDistInfoIs);
@@ -106,11 +98,12 @@ class MkaMessageInfo final : public Vesk::DescribedEntity<MkaMessageInfo> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onIntfId);
-      v.value(&R::onCount);
-      v.value(&R::onMkaInfo);
-      v.template collection<Vesk::String8>(&R::onLivePeer, &R::onLivePeerImmediate);
-      v.template collection<Vesk::String8>(&R::onPotentialPeer, &R::onPotentialPeerImmediate);
+      v.value(kIntfId, &R::onIntfId);
+      v.value(kCount, &R::onCount);
+      v.value(kMkaInfo, &R::onMkaInfo);
+      v.template collection<Vesk::String8>(kLivePeer, &R::onLivePeer, &R::onLivePeerImmediate);
+      v.template collection<Vesk::String8>(kPotentialPeer, &R::onPotentialPeer,
+                                           &R::onPotentialPeerImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -123,10 +116,10 @@ class MkaMessageInfo final : public Vesk::DescribedEntity<MkaMessageInfo> {
 
   /// The interface that the message belongs to.
   Lumo::IntfId intfId() const { return intfId_; }
-  void intfIdIs(Lumo::IntfId v) { write(kIntfId, intfId_, v, &NotifieeConst::onIntfId); }
+  void intfIdIs(Lumo::IntfId v) { write<kIntfId>(intfId_, v); }
   /// Messages so far. Reactors under an interface hear of messages for that interface alone.
   uint32_t count() const { return count_; }
-  void countIs(uint32_t v) { writeKeyed(kCount, intfId_, count_, v, &NotifieeConst::onCount); }
+  void countIs(uint32_t v) { writeKeyed<kCount>(intfId_, count_, v); }
   uint32_t countInc(uint32_t n) {
     countIs(count_ + n);
     return count_;
@@ -140,29 +133,21 @@ class MkaMessageInfo final : public Vesk::DescribedEntity<MkaMessageInfo> {
   /// Live peers: member identifier in hexadecimal to message number.
   LivePeerMap const& livePeer() const { return livePeer_; }
   uint32_t const* livePeer(Vesk::String8 const& key) const { return livePeer_[key]; }
-  void livePeerIs(Vesk::String8 const& key, uint32_t v) {
-    valueIs(kLivePeer, livePeer_, key, v, &NotifieeConst::onLivePeer);
-  }
-  void livePeerDel(Vesk::String8 const& key) {
-    valueDel(kLivePeer, livePeer_, key, &NotifieeConst::onLivePeer);
-  }
-  void livePeerDelAll() { valueDelAll(kLivePeer, livePeer_, &NotifieeConst::onLivePeer); }
+  void livePeerIs(Vesk::String8 const& key, uint32_t v) { valueIs<kLivePeer>(livePeer_, key, v); }
+  void livePeerDel(Vesk::String8 const& key) { valueDel<kLivePeer>(livePeer_, key); }
+  void livePeerDelAll() { valueDelAll<kLivePeer>(livePeer_); }
 
   /// Potential peers, in the same way.
   PotentialPeerMap const& potentialPeer() const { return potentialPeer_; }
   uint32_t const* potentialPeer(Vesk::String8 const& key) const { return potentialPeer_[key]; }
   void potentialPeerIs(Vesk::String8 const& key, uint32_t v) {
-    valueIs(kPotentialPeer, potentialPeer_, key, v, &NotifieeConst::onPotentialPeer);
+    valueIs<kPotentialPeer>(potentialPeer_, key, v);
   }
-  void potentialPeerDel(Vesk::String8 const& key) {
-    valueDel(kPotentialPeer, potentialPeer_, key, &NotifieeConst::onPotentialPeer);
-  }
-  void potentialPeerDelAll() {
-    valueDelAll(kPotentialPeer, potentialPeer_, &NotifieeConst::onPotentialPeer);
-  }
+  void potentialPeerDel(Vesk::String8 const& key) { valueDel<kPotentialPeer>(potentialPeer_, key); }
+  void potentialPeerDelAll() { valueDelAll<kPotentialPeer>(potentialPeer_); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.value("intfId", &MkaMessageInfo::intfId_, &MkaMessageInfo::intfIdIs);
     v.value("count", &MkaMessageInfo::count_, &MkaMessageInfo::countIs);
     v.child("mkaInfo", &MkaMessageInfo::mkaInfo_);

@@ -24,54 +24,45 @@ void MkaPamManager::handleTxMessageInfoInit() {
 }
 
 Vesk::Ptr<Intf> MkaPamManager::mkaIntfIs(Lumo::IntfId key) {
-  return memberIs(
-      kMkaIntf, mkaIntf_, key, [&] { return newMkaIntf(key); }, &NotifieeConst::onMkaIntf);
+  return memberIs<kMkaIntf>(mkaIntf_, key, [&] { return newMkaIntf(key); });
 }
 
 Vesk::Ptr<Intf> MkaPamManager::newMkaIntf(Lumo::IntfId key) { return Vesk::make<Intf>(key); }
 
 Vesk::Ptr<Intf> MkaPamManager::mkaIntfDel(Lumo::IntfId key) {
-  return memberDel(kMkaIntf, mkaIntf_, key, &NotifieeConst::onMkaIntf);
+  return memberDel<kMkaIntf>(mkaIntf_, key);
 }
 
-void MkaPamManager::mkaIntfDelAll() { memberDelAll(kMkaIntf, mkaIntf_, &NotifieeConst::onMkaIntf); }
+void MkaPamManager::mkaIntfDelAll() { memberDelAll<kMkaIntf>(mkaIntf_); }
 
-void MkaPamManager::mkaIntfNotify(Lumo::IntfId key) {
-  tellKey(kMkaIntf, key, &NotifieeConst::onMkaIntf);
-}
+void MkaPamManager::mkaIntfNotify(Lumo::IntfId key) { tellKey<kMkaIntf>(key); }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::rxMessageInfoIs() {
   if (rxMessageInfo_) return rxMessageInfo_.ptr();
-  childIs(kRxMessageInfo, rxMessageInfo_, Vesk::make<MkaMessageInfo>(),
-          &NotifieeConst::onRxMessageInfo);
+  childIs<kRxMessageInfo>(rxMessageInfo_, Vesk::make<MkaMessageInfo>());
   return rxMessageInfo_.ptr();
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::rxMessageInfoDel() {
   Vesk::Ptr<MkaMessageInfo> gone = rxMessageInfo_.ptr();
-  childIs(kRxMessageInfo, rxMessageInfo_, Vesk::Ptr<MkaMessageInfo>(),
-          &NotifieeConst::onRxMessageInfo);
+  childIs<kRxMessageInfo>(rxMessageInfo_, Vesk::Ptr<MkaMessageInfo>());
   return gone;
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::txMessageInfoIs() {
   if (txMessageInfo_) return txMessageInfo_.ptr();
-  childIs(kTxMessageInfo, txMessageInfo_, Vesk::make<MkaMessageInfo>(),
-          &NotifieeConst::onTxMessageInfo);
+  childIs<kTxMessageInfo>(txMessageInfo_, Vesk::make<MkaMessageInfo>());
   return txMessageInfo_.ptr();
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaPamManager::txMessageInfoDel() {
   Vesk::Ptr<MkaMessageInfo> gone = txMessageInfo_.ptr();
-  childIs(kTxMessageInfo, txMessageInfo_, Vesk::Ptr<MkaMessageInfo>(),
-          &NotifieeConst::onTxMessageInfo);
+  childIs<kTxMessageInfo>(txMessageInfo_, Vesk::Ptr<MkaMessageInfo>());
   return gone;
 }
 
 Vesk::Ptr<MkaPamCounter> MkaPamManager::txPamCounterIs(Lumo::IntfId key) {
-  return memberIs(
-      kTxPamCounter, txPamCounter_, key, [&] { return newTxPamCounter(key); },
-      &NotifieeConst::onTxPamCounter);
+  return memberIs<kTxPamCounter>(txPamCounter_, key, [&] { return newTxPamCounter(key); });
 }
 
 Vesk::Ptr<MkaPamCounter> MkaPamManager::newTxPamCounter(Lumo::IntfId key) {
@@ -79,21 +70,15 @@ Vesk::Ptr<MkaPamCounter> MkaPamManager::newTxPamCounter(Lumo::IntfId key) {
 }
 
 Vesk::Ptr<MkaPamCounter> MkaPamManager::txPamCounterDel(Lumo::IntfId key) {
-  return memberDel(kTxPamCounter, txPamCounter_, key, &NotifieeConst::onTxPamCounter);
+  return memberDel<kTxPamCounter>(txPamCounter_, key);
 }
 
-void MkaPamManager::txPamCounterDelAll() {
-  memberDelAll(kTxPamCounter, txPamCounter_, &NotifieeConst::onTxPamCounter);
-}
+void MkaPamManager::txPamCounterDelAll() { memberDelAll<kTxPamCounter>(txPamCounter_); }
 
-void MkaPamManager::txPamCounterNotify(Lumo::IntfId key) {
-  tellKey(kTxPamCounter, key, &NotifieeConst::onTxPamCounter);
-}
+void MkaPamManager::txPamCounterNotify(Lumo::IntfId key) { tellKey<kTxPamCounter>(key); }
 
 Vesk::Ptr<MkaPamCounter> MkaPamManager::rxPamCounterIs(Lumo::IntfId key) {
-  return memberIs(
-      kRxPamCounter, rxPamCounter_, key, [&] { return newRxPamCounter(key); },
-      &NotifieeConst::onRxPamCounter);
+  return memberIs<kRxPamCounter>(rxPamCounter_, key, [&] { return newRxPamCounter(key); });
 }
 
 Vesk::Ptr<MkaPamCounter> MkaPamManager::newRxPamCounter(Lumo::IntfId key) {
@@ -101,15 +86,11 @@ Vesk::Ptr<MkaPamCounter> MkaPamManager::newRxPamCounter(Lumo::IntfId key) {
 }
 
 Vesk::Ptr<MkaPamCounter> MkaPamManager::rxPamCounterDel(Lumo::IntfId key) {
-  return memberDel(kRxPamCounter, rxPamCounter_, key, &NotifieeConst::onRxPamCounter);
+  return memberDel<kRxPamCounter>(rxPamCounter_, key);
 }
 
-void MkaPamManager::rxPamCounterDelAll() {
-  memberDelAll(kRxPamCounter, rxPamCounter_, &NotifieeConst::onRxPamCounter);
-}
+void MkaPamManager::rxPamCounterDelAll() { memberDelAll<kRxPamCounter>(rxPamCounter_); }
 
-void MkaPamManager::rxPamCounterNotify(Lumo::IntfId key) {
-  tellKey(kRxPamCounter, key, &NotifieeConst::onRxPamCounter);
-}
+void MkaPamManager::rxPamCounterNotify(Lumo::IntfId key) { tellKey<kRxPamCounter>(key); }
 
 }  // namespace Macsec

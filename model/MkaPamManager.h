@@ -23,7 +23,7 @@ class Intf final : public Vesk::DescribedEntity<Intf> {
   Lumo::IntfId intfId() const { return intfId_; }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &Intf::intfId_);
   }
 
@@ -43,8 +43,8 @@ class MkaPamCounter final : public Vesk::DescribedEntity<MkaPamCounter> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onSuccess);
-      v.value(&R::onFailure);
+      v.value(kSuccess, &R::onSuccess);
+      v.value(kFailure, &R::onFailure);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -62,21 +62,21 @@ class MkaPamCounter final : public Vesk::DescribedEntity<MkaPamCounter> {
   Lumo::IntfId intfId() const { return intfId_; }
   /// Packets handled.
   uint32_t success() const { return success_; }
-  void successIs(uint32_t v) { write(kSuccess, success_, v, &NotifieeConst::onSuccess); }
+  void successIs(uint32_t v) { write<kSuccess>(success_, v); }
   uint32_t successInc(uint32_t n) {
     successIs(success_ + n);
     return success_;
   }
   /// Packets that failed.
   uint32_t failure() const { return failure_; }
-  void failureIs(uint32_t v) { write(kFailure, failure_, v, &NotifieeConst::onFailure); }
+  void failureIs(uint32_t v) { write<kFailure>(failure_, v); }
   uint32_t failureInc(uint32_t n) {
     failureIs(failure_ + n);
     return failure_;
   }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &MkaPamCounter::intfId_);
     v.value("success", &MkaPamCounter::success_, &MkaPamCounter::successIs);
     v.value("failure", &MkaPamCounter::failure_, &MkaPamCounter::failureIs);
@@ -116,11 +116,13 @@ class MkaPamManager final : public Vesk::DescribedEntity<MkaPamManager> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onMkaIntf, &R::onMkaIntfImmediate);
-      v.value(&R::onRxMessageInfo);
-      v.value(&R::onTxMessageInfo);
-      v.template collection<Lumo::IntfId>(&R::onTxPamCounter, &R::onTxPamCounterImmediate);
-      v.template collection<Lumo::IntfId>(&R::onRxPamCounter, &R::onRxPamCounterImmediate);
+      v.template collection<Lumo::IntfId>(kMkaIntf, &R::onMkaIntf, &R::onMkaIntfImmediate);
+      v.value(kRxMessageInfo, &R::onRxMessageInfo);
+      v.value(kTxMessageInfo, &R::onTxMessageInfo);
+      v.template collection<Lumo::IntfId>(kTxPamCounter, &R::onTxPamCounter,
+                                          &R::onTxPamCounterImmediate);
+      v.template collection<Lumo::IntfId>(kRxPamCounter, &R::onRxPamCounter,
+                                          &R::onRxPamCounterImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -193,7 +195,7 @@ class MkaPamManager final : public Vesk::DescribedEntity<MkaPamManager> {
   void handleTxMessageInfoInit();
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.reference("ethDevPamCollection", &MkaPamManager::ethDevPamCollection_);
     v.members("mkaIntf", &MkaPamManager::mkaIntf_, &MkaPamManager::mkaIntfIs);
     v.child("rxMessageInfo", &MkaPamManager::rxMessageInfo_);

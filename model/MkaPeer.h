@@ -21,9 +21,9 @@ class MkaPeer final : public Vesk::DescribedEntity<MkaPeer> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onBaseInfo);
-      v.value(&R::onSakUseInfo);
-      v.value(&R::onTimeStamp);
+      v.value(kBaseInfo, &R::onBaseInfo);
+      v.value(kSakUseInfo, &R::onSakUseInfo);
+      v.value(kTimeStamp, &R::onTimeStamp);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -40,20 +40,16 @@ class MkaPeer final : public Vesk::DescribedEntity<MkaPeer> {
   Vesk::String8 const& msgId() const { return msgId_; }
   /// The peer's basic parameter set as last received.
   BasicInfo const& baseInfo() const { return baseInfo_; }
-  void baseInfoIs(BasicInfo const& v) {
-    write(kBaseInfo, baseInfo_, v, &NotifieeConst::onBaseInfo);
-  }
+  void baseInfoIs(BasicInfo const& v) { write<kBaseInfo>(baseInfo_, v); }
   /// The peer's SAK use set as last received.
   SakUseInfo const& sakUseInfo() const { return sakUseInfo_; }
-  void sakUseInfoIs(SakUseInfo const& v) {
-    write(kSakUseInfo, sakUseInfo_, v, &NotifieeConst::onSakUseInfo);
-  }
+  void sakUseInfoIs(SakUseInfo const& v) { write<kSakUseInfo>(sakUseInfo_, v); }
   /// When the record was last refreshed, in seconds of `Vesk::now`.
   double timeStamp() const { return timeStamp_; }
-  void timeStampIs(double v) { write(kTimeStamp, timeStamp_, v, &NotifieeConst::onTimeStamp); }
+  void timeStampIs(double v) { write<kTimeStamp>(timeStamp_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("msgId", &MkaPeer::msgId_);
     v.value("baseInfo", &MkaPeer::baseInfo_, &MkaPeer::baseInfoIs);
     v.value("sakUseInfo", &MkaPeer::sakUseInfo_, &MkaPeer::sakUseInfoIs);

@@ -3,9 +3,7 @@
 namespace Macsec {
 
 Vesk::Ptr<MkaActorStatus> MkaPortStatus::actorStatusIs(Vesk::String8 const& key) {
-  return memberIs(
-      kActorStatus, actorStatus_, key, [&] { return newActorStatus(key); },
-      &NotifieeConst::onActorStatus);
+  return memberIs<kActorStatus>(actorStatus_, key, [&] { return newActorStatus(key); });
 }
 
 Vesk::Ptr<MkaActorStatus> MkaPortStatus::newActorStatus(Vesk::String8 const& key) {
@@ -13,15 +11,11 @@ Vesk::Ptr<MkaActorStatus> MkaPortStatus::newActorStatus(Vesk::String8 const& key
 }
 
 Vesk::Ptr<MkaActorStatus> MkaPortStatus::actorStatusDel(Vesk::String8 const& key) {
-  return memberDel(kActorStatus, actorStatus_, key, &NotifieeConst::onActorStatus);
+  return memberDel<kActorStatus>(actorStatus_, key);
 }
 
-void MkaPortStatus::actorStatusDelAll() {
-  memberDelAll(kActorStatus, actorStatus_, &NotifieeConst::onActorStatus);
-}
+void MkaPortStatus::actorStatusDelAll() { memberDelAll<kActorStatus>(actorStatus_); }
 
-void MkaPortStatus::actorStatusNotify(Vesk::String8 const& key) {
-  tellKey(kActorStatus, key, &NotifieeConst::onActorStatus);
-}
+void MkaPortStatus::actorStatusNotify(Vesk::String8 const& key) { tellKey<kActorStatus>(key); }
 
 }  // namespace Macsec

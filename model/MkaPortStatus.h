@@ -24,9 +24,10 @@ class MkaPortStatus final : public Vesk::DescribedEntity<MkaPortStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onMySci);
-      v.value(&R::onAnOfNextKey);
-      v.template collection<Vesk::String8>(&R::onActorStatus, &R::onActorStatusImmediate);
+      v.value(kMySci, &R::onMySci);
+      v.value(kAnOfNextKey, &R::onAnOfNextKey);
+      v.template collection<Vesk::String8>(kActorStatus, &R::onActorStatus,
+                                           &R::onActorStatusImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -46,12 +47,10 @@ class MkaPortStatus final : public Vesk::DescribedEntity<MkaPortStatus> {
   Lumo::IntfId intfId() const { return intfId_; }
   /// This port's SCI.
   Sci const& mySci() const { return mySci_; }
-  void mySciIs(Sci const& v) { write(kMySci, mySci_, v, &NotifieeConst::onMySci); }
+  void mySciIs(Sci const& v) { write<kMySci>(mySci_, v); }
   /// Association number to use for the next key.
   AssociationNumber anOfNextKey() const { return anOfNextKey_; }
-  void anOfNextKeyIs(AssociationNumber v) {
-    write(kAnOfNextKey, anOfNextKey_, v, &NotifieeConst::onAnOfNextKey);
-  }
+  void anOfNextKeyIs(AssociationNumber v) { write<kAnOfNextKey>(anOfNextKey_, v); }
 
   /// One entry for each actor, by CKN.
   ActorStatusMap const& actorStatus() const { return actorStatus_; }
@@ -68,7 +67,7 @@ class MkaPortStatus final : public Vesk::DescribedEntity<MkaPortStatus> {
   void actorStatusNotify(Vesk::String8 const& key);
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &MkaPortStatus::intfId_);
     v.value("mySci", &MkaPortStatus::mySci_, &MkaPortStatus::mySciIs);
     v.value("anOfNextKey", &MkaPortStatus::anOfNextKey_, &MkaPortStatus::anOfNextKeyIs);

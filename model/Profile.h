@@ -41,15 +41,15 @@ class Profile final : public Vesk::DescribedEntity<Profile> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onIntf, &R::onIntfImmediate);
-      v.value(&R::onKey);
-      v.value(&R::onDefaultKey);
-      v.value(&R::onKeyServerPriority);
-      v.value(&R::onSessionReKeyPeriod);
-      v.value(&R::onCipherSuite);
-      v.value(&R::onDot1xEnabled);
-      v.value(&R::onIncludeSci);
-      v.value(&R::onGroupCak);
+      v.template collection<Lumo::IntfId>(kIntf, &R::onIntf, &R::onIntfImmediate);
+      v.value(kKey, &R::onKey);
+      v.value(kDefaultKey, &R::onDefaultKey);
+      v.value(kKeyServerPriority, &R::onKeyServerPriority);
+      v.value(kSessionReKeyPeriod, &R::onSessionReKeyPeriod);
+      v.value(kCipherSuite, &R::onCipherSuite);
+      v.value(kDot1xEnabled, &R::onDot1xEnabled);
+      v.value(kIncludeSci, &R::onIncludeSci);
+      v.value(kGroupCak, &R::onGroupCak);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -73,47 +73,37 @@ class Profile final : public Vesk::DescribedEntity<Profile> {
   /// Interfaces bound to this profile; only an entry with value true counts.
   IntfMap const& intf() const { return intf_; }
   bool const* intf(Lumo::IntfId key) const { return intf_[key]; }
-  void intfIs(Lumo::IntfId key, bool v) { valueIs(kIntf, intf_, key, v, &NotifieeConst::onIntf); }
-  void intfDel(Lumo::IntfId key) { valueDel(kIntf, intf_, key, &NotifieeConst::onIntf); }
-  void intfDelAll() { valueDelAll(kIntf, intf_, &NotifieeConst::onIntf); }
+  void intfIs(Lumo::IntfId key, bool v) { valueIs<kIntf>(intf_, key, v); }
+  void intfDel(Lumo::IntfId key) { valueDel<kIntf>(intf_, key); }
+  void intfDelAll() { valueDelAll<kIntf>(intf_); }
 
   /// Primary pre-shared key.
   Cak const& key() const { return key_; }
-  void keyIs(Cak const& v) { write(kKey, key_, v, &NotifieeConst::onKey); }
+  void keyIs(Cak const& v) { write<kKey>(key_, v); }
   /// Fallback pre-shared key.
   Cak const& defaultKey() const { return defaultKey_; }
-  void defaultKeyIs(Cak const& v) {
-    write(kDefaultKey, defaultKey_, v, &NotifieeConst::onDefaultKey);
-  }
+  void defaultKeyIs(Cak const& v) { write<kDefaultKey>(defaultKey_, v); }
   /// Key server priority.
   uint8_t keyServerPriority() const { return keyServerPriority_; }
-  void keyServerPriorityIs(uint8_t v) {
-    write(kKeyServerPriority, keyServerPriority_, v, &NotifieeConst::onKeyServerPriority);
-  }
+  void keyServerPriorityIs(uint8_t v) { write<kKeyServerPriority>(keyServerPriority_, v); }
   /// Session rekey period in seconds; 0 means no timed rekey.
   uint32_t sessionReKeyPeriod() const { return sessionReKeyPeriod_; }
-  void sessionReKeyPeriodIs(uint32_t v) {
-    write(kSessionReKeyPeriod, sessionReKeyPeriod_, v, &NotifieeConst::onSessionReKeyPeriod);
-  }
+  void sessionReKeyPeriodIs(uint32_t v) { write<kSessionReKeyPeriod>(sessionReKeyPeriod_, v); }
   /// Cipher suite.
   CipherSuite cipherSuite() const { return cipherSuite_; }
-  void cipherSuiteIs(CipherSuite v) {
-    write(kCipherSuite, cipherSuite_, v, &NotifieeConst::onCipherSuite);
-  }
+  void cipherSuiteIs(CipherSuite v) { write<kCipherSuite>(cipherSuite_, v); }
   /// Take the primary key from 802.1X instead of `key`.
   bool dot1xEnabled() const { return dot1xEnabled_; }
-  void dot1xEnabledIs(bool v) {
-    write(kDot1xEnabled, dot1xEnabled_, v, &NotifieeConst::onDot1xEnabled);
-  }
+  void dot1xEnabledIs(bool v) { write<kDot1xEnabled>(dot1xEnabled_, v); }
   /// Send the SCI in SecTAGs.
   bool includeSci() const { return includeSci_; }
-  void includeSciIs(bool v) { write(kIncludeSci, includeSci_, v, &NotifieeConst::onIncludeSci); }
+  void includeSciIs(bool v) { write<kIncludeSci>(includeSci_, v); }
   /// Group CAK settings.
   GroupCak const& groupCak() const { return groupCak_; }
-  void groupCakIs(GroupCak const& v) { write(kGroupCak, groupCak_, v, &NotifieeConst::onGroupCak); }
+  void groupCakIs(GroupCak const& v) { write<kGroupCak>(groupCak_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.values("intf", &Profile::intf_, &Profile::intfIs);
     v.value("key", &Profile::key_, &Profile::keyIs);
     v.value("defaultKey", &Profile::defaultKey_, &Profile::defaultKeyIs);

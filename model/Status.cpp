@@ -7,9 +7,7 @@ Vesk::Ptr<IntfStatus> Status::intfStatusIs(Lumo::IntfId key, MacsecParams const&
     Vesk::requireSameParameter(member->name(), "macsecParams", macsecParams,
                                member->macsecParams());
   }
-  return memberIs(
-      kIntfStatus, intfStatus_, key, [&] { return newIntfStatus(key, macsecParams); },
-      &NotifieeConst::onIntfStatus);
+  return memberIs<kIntfStatus>(intfStatus_, key, [&] { return newIntfStatus(key, macsecParams); });
 }
 
 Vesk::Ptr<IntfStatus> Status::newIntfStatus(Lumo::IntfId key, MacsecParams const& macsecParams) {
@@ -17,25 +15,19 @@ Vesk::Ptr<IntfStatus> Status::newIntfStatus(Lumo::IntfId key, MacsecParams const
 }
 
 Vesk::Ptr<IntfStatus> Status::intfStatusDel(Lumo::IntfId key) {
-  return memberDel(kIntfStatus, intfStatus_, key, &NotifieeConst::onIntfStatus);
+  return memberDel<kIntfStatus>(intfStatus_, key);
 }
 
-void Status::intfStatusDelAll() {
-  memberDelAll(kIntfStatus, intfStatus_, &NotifieeConst::onIntfStatus);
-}
+void Status::intfStatusDelAll() { memberDelAll<kIntfStatus>(intfStatus_); }
 
-void Status::intfStatusNotify(Lumo::IntfId key) {
-  tellKey(kIntfStatus, key, &NotifieeConst::onIntfStatus);
-}
+void Status::intfStatusNotify(Lumo::IntfId key) { tellKey<kIntfStatus>(key); }
 
 Vesk::Ptr<CpStatus> Status::cpStatusIs(Lumo::IntfId key, MacsecParams const& macsecParams) {
   if (auto* member = cpStatus_.find(key)) {
     Vesk::requireSameParameter(member->name(), "macsecParams", macsecParams,
                                member->macsecParams());
   }
-  return memberIs(
-      kCpStatus, cpStatus_, key, [&] { return newCpStatus(key, macsecParams); },
-      &NotifieeConst::onCpStatus);
+  return memberIs<kCpStatus>(cpStatus_, key, [&] { return newCpStatus(key, macsecParams); });
 }
 
 Vesk::Ptr<CpStatus> Status::newCpStatus(Lumo::IntfId key, MacsecParams const& macsecParams) {
@@ -43,19 +35,15 @@ Vesk::Ptr<CpStatus> Status::newCpStatus(Lumo::IntfId key, MacsecParams const& ma
 }
 
 Vesk::Ptr<CpStatus> Status::cpStatusDel(Lumo::IntfId key) {
-  return memberDel(kCpStatus, cpStatus_, key, &NotifieeConst::onCpStatus);
+  return memberDel<kCpStatus>(cpStatus_, key);
 }
 
-void Status::cpStatusDelAll() { memberDelAll(kCpStatus, cpStatus_, &NotifieeConst::onCpStatus); }
+void Status::cpStatusDelAll() { memberDelAll<kCpStatus>(cpStatus_); }
 
-void Status::cpStatusNotify(Lumo::IntfId key) {
-  tellKey(kCpStatus, key, &NotifieeConst::onCpStatus);
-}
+void Status::cpStatusNotify(Lumo::IntfId key) { tellKey<kCpStatus>(key); }
 
 Vesk::Ptr<MkaPortStatus> Status::portStatusIs(Lumo::IntfId key) {
-  return memberIs(
-      kPortStatus, portStatus_, key, [&] { return newPortStatus(key); },
-      &NotifieeConst::onPortStatus);
+  return memberIs<kPortStatus>(portStatus_, key, [&] { return newPortStatus(key); });
 }
 
 Vesk::Ptr<MkaPortStatus> Status::newPortStatus(Lumo::IntfId key) {
@@ -63,15 +51,11 @@ Vesk::Ptr<MkaPortStatus> Status::newPortStatus(Lumo::IntfId key) {
 }
 
 Vesk::Ptr<MkaPortStatus> Status::portStatusDel(Lumo::IntfId key) {
-  return memberDel(kPortStatus, portStatus_, key, &NotifieeConst::onPortStatus);
+  return memberDel<kPortStatus>(portStatus_, key);
 }
 
-void Status::portStatusDelAll() {
-  memberDelAll(kPortStatus, portStatus_, &NotifieeConst::onPortStatus);
-}
+void Status::portStatusDelAll() { memberDelAll<kPortStatus>(portStatus_); }
 
-void Status::portStatusNotify(Lumo::IntfId key) {
-  tellKey(kPortStatus, key, &NotifieeConst::onPortStatus);
-}
+void Status::portStatusNotify(Lumo::IntfId key) { tellKey<kPortStatus>(key); }
 
 }  // namespace Macsec

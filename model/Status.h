@@ -53,19 +53,19 @@ class Status final : public Vesk::DescribedEntity<Status> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onIntfStatus, &R::onIntfStatusImmediate);
-      v.template collection<Lumo::IntfId>(&R::onCpStatus, &R::onCpStatusImmediate);
-      v.template collection<Lumo::IntfId>(&R::onPortStatus, &R::onPortStatusImmediate);
-      v.value(&R::onFipsStatus);
-      v.value(&R::onMacsecEnabled);
-      v.value(&R::onMkpduPeriod);
-      v.value(&R::onDelayProtection);
-      v.value(&R::onMkpduThreshold);
-      v.value(&R::onMkaLifeTime);
-      v.value(&R::onDefaultKeyActivationPeriod);
-      v.value(&R::onActorDelPeriod);
-      v.value(&R::onOldKeyRetirementPeriod);
-      v.value(&R::onLatestKeyEnablePeriod);
+      v.template collection<Lumo::IntfId>(kIntfStatus, &R::onIntfStatus, &R::onIntfStatusImmediate);
+      v.template collection<Lumo::IntfId>(kCpStatus, &R::onCpStatus, &R::onCpStatusImmediate);
+      v.template collection<Lumo::IntfId>(kPortStatus, &R::onPortStatus, &R::onPortStatusImmediate);
+      v.value(kFipsStatus, &R::onFipsStatus);
+      v.value(kMacsecEnabled, &R::onMacsecEnabled);
+      v.value(kMkpduPeriod, &R::onMkpduPeriod);
+      v.value(kDelayProtection, &R::onDelayProtection);
+      v.value(kMkpduThreshold, &R::onMkpduThreshold);
+      v.value(kMkaLifeTime, &R::onMkaLifeTime);
+      v.value(kDefaultKeyActivationPeriod, &R::onDefaultKeyActivationPeriod);
+      v.value(kActorDelPeriod, &R::onActorDelPeriod);
+      v.value(kOldKeyRetirementPeriod, &R::onOldKeyRetirementPeriod);
+      v.value(kLatestKeyEnablePeriod, &R::onLatestKeyEnablePeriod);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -129,60 +129,43 @@ class Status final : public Vesk::DescribedEntity<Status> {
 
   /// FIPS state of this process; the host resets it at its start.
   FipsStatus const& fipsStatus() const { return fipsStatus_; }
-  void fipsStatusIs(FipsStatus const& v) {
-    write(kFipsStatus, fipsStatus_, v, &NotifieeConst::onFipsStatus);
-  }
+  void fipsStatusIs(FipsStatus const& v) { write<kFipsStatus>(fipsStatus_, v); }
   /// Master enable; the host keeps it equal to the negation of `Config::shutdown`.
   bool macsecEnabled() const { return macsecEnabled_; }
-  void macsecEnabledIs(bool v) {
-    write(kMacsecEnabled, macsecEnabled_, v, &NotifieeConst::onMacsecEnabled);
-  }
+  void macsecEnabledIs(bool v) { write<kMacsecEnabled>(macsecEnabled_, v); }
   /// MKPDU transmit period in seconds.
   double mkpduPeriod() const { return mkpduPeriod_; }
-  void mkpduPeriodIs(double v) {
-    write(kMkpduPeriod, mkpduPeriod_, v, &NotifieeConst::onMkpduPeriod);
-  }
+  void mkpduPeriodIs(double v) { write<kMkpduPeriod>(mkpduPeriod_, v); }
   /// Delay protection in force.
   bool delayProtection() const { return delayProtection_; }
-  void delayProtectionIs(bool v) {
-    write(kDelayProtection, delayProtection_, v, &NotifieeConst::onDelayProtection);
-  }
+  void delayProtectionIs(bool v) { write<kDelayProtection>(delayProtection_, v); }
   /// Tolerance, in message numbers, when a peer's listing of this actor is judged.
   uint8_t mkpduThreshold() const { return mkpduThreshold_; }
-  void mkpduThresholdIs(uint8_t v) {
-    write(kMkpduThreshold, mkpduThreshold_, v, &NotifieeConst::onMkpduThreshold);
-  }
+  void mkpduThresholdIs(uint8_t v) { write<kMkpduThreshold>(mkpduThreshold_, v); }
   /// Seconds after which a silent peer is dropped; also the guard on SAK generation.
   uint8_t mkaLifeTime() const { return mkaLifeTime_; }
-  void mkaLifeTimeIs(uint8_t v) {
-    write(kMkaLifeTime, mkaLifeTime_, v, &NotifieeConst::onMkaLifeTime);
-  }
+  void mkaLifeTimeIs(uint8_t v) { write<kMkaLifeTime>(mkaLifeTime_, v); }
   /// Wait of a fallback key server, in seconds.
   uint8_t defaultKeyActivationPeriod() const { return defaultKeyActivationPeriod_; }
   void defaultKeyActivationPeriodIs(uint8_t v) {
-    write(kDefaultKeyActivationPeriod, defaultKeyActivationPeriod_, v,
-          &NotifieeConst::onDefaultKeyActivationPeriod);
+    write<kDefaultKeyActivationPeriod>(defaultKeyActivationPeriod_, v);
   }
   /// Delay of the sweep of displaced actors, in seconds.
   uint8_t actorDelPeriod() const { return actorDelPeriod_; }
-  void actorDelPeriodIs(uint8_t v) {
-    write(kActorDelPeriod, actorDelPeriod_, v, &NotifieeConst::onActorDelPeriod);
-  }
+  void actorDelPeriodIs(uint8_t v) { write<kActorDelPeriod>(actorDelPeriod_, v); }
   /// Seconds from the latest key's installation for transmit to the end of the old key.
   uint8_t oldKeyRetirementPeriod() const { return oldKeyRetirementPeriod_; }
   void oldKeyRetirementPeriodIs(uint8_t v) {
-    write(kOldKeyRetirementPeriod, oldKeyRetirementPeriod_, v,
-          &NotifieeConst::onOldKeyRetirementPeriod);
+    write<kOldKeyRetirementPeriod>(oldKeyRetirementPeriod_, v);
   }
   /// Seconds from the latest key's installation for receive to its use for transmit.
   uint8_t latestKeyEnablePeriod() const { return latestKeyEnablePeriod_; }
   void latestKeyEnablePeriodIs(uint8_t v) {
-    write(kLatestKeyEnablePeriod, latestKeyEnablePeriod_, v,
-          &NotifieeConst::onLatestKeyEnablePeriod);
+    write<kLatestKeyEnablePeriod>(latestKeyEnablePeriod_, v);
   }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.members("intfStatus", &Status::intfStatus_, &Status::intfStatusIs);
     v.members("cpStatus", &Status::cpStatus_, &Status::cpStatusIs);
     v.members("portStatus", &Status::portStatus_, &Status::portStatusIs);

@@ -20,7 +20,7 @@ class EapKeyStatus final : public Vesk::DescribedEntity<EapKeyStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onKey, &R::onKeyImmediate);
+      v.template collection<Lumo::IntfId>(kKey, &R::onKey, &R::onKeyImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -35,14 +35,12 @@ class EapKeyStatus final : public Vesk::DescribedEntity<EapKeyStatus> {
   /// The keys.
   KeyMap const& key() const { return key_; }
   EapKey const* key(Lumo::IntfId key) const { return key_[key]; }
-  void keyIs(Lumo::IntfId key, EapKey const& v) {
-    valueIs(kKey, key_, key, v, &NotifieeConst::onKey);
-  }
-  void keyDel(Lumo::IntfId key) { valueDel(kKey, key_, key, &NotifieeConst::onKey); }
-  void keyDelAll() { valueDelAll(kKey, key_, &NotifieeConst::onKey); }
+  void keyIs(Lumo::IntfId key, EapKey const& v) { valueIs<kKey>(key_, key, v); }
+  void keyDel(Lumo::IntfId key) { valueDel<kKey>(key_, key); }
+  void keyDelAll() { valueDelAll<kKey>(key_); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.values("key", &EapKeyStatus::key_, &EapKeyStatus::keyIs);
   }
 

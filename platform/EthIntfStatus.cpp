@@ -9,9 +9,8 @@ Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::intfStatusIs(Lumo::IntfId key,
     Vesk::requireSameParameter(member->name(), "ethAddr", ethAddr, member->ethAddr());
     Vesk::requireSameParameter(member->name(), "portNumber", portNumber, member->portNumber());
   }
-  return memberIs(
-      kIntfStatus, intfStatus_, key, [&] { return newIntfStatus(key, ethAddr, portNumber); },
-      &NotifieeConst::onIntfStatus);
+  return memberIs<kIntfStatus>(intfStatus_, key,
+                               [&] { return newIntfStatus(key, ethAddr, portNumber); });
 }
 
 Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::newIntfStatus(Lumo::IntfId key,
@@ -21,15 +20,11 @@ Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::newIntfStatus(Lumo::IntfId key,
 }
 
 Vesk::Ptr<EthIntfStatus> EthIntfStatusDir::intfStatusDel(Lumo::IntfId key) {
-  return memberDel(kIntfStatus, intfStatus_, key, &NotifieeConst::onIntfStatus);
+  return memberDel<kIntfStatus>(intfStatus_, key);
 }
 
-void EthIntfStatusDir::intfStatusDelAll() {
-  memberDelAll(kIntfStatus, intfStatus_, &NotifieeConst::onIntfStatus);
-}
+void EthIntfStatusDir::intfStatusDelAll() { memberDelAll<kIntfStatus>(intfStatus_); }
 
-void EthIntfStatusDir::intfStatusNotify(Lumo::IntfId key) {
-  tellKey(kIntfStatus, key, &NotifieeConst::onIntfStatus);
-}
+void EthIntfStatusDir::intfStatusNotify(Lumo::IntfId key) { tellKey<kIntfStatus>(key); }
 
 }  // namespace Interface

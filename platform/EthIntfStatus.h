@@ -27,7 +27,7 @@ class EthIntfStatus final : public Vesk::DescribedEntity<EthIntfStatus> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onLinkStatus);
+      v.value(kLinkStatus, &R::onLinkStatus);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -53,12 +53,10 @@ class EthIntfStatus final : public Vesk::DescribedEntity<EthIntfStatus> {
   uint16_t portNumber() const { return portNumber_; }
   /// 2 means that the link is up, any other value that it is not.
   LinkStatus linkStatus() const { return linkStatus_; }
-  void linkStatusIs(LinkStatus v) {
-    write(kLinkStatus, linkStatus_, v, &NotifieeConst::onLinkStatus);
-  }
+  void linkStatusIs(LinkStatus v) { write<kLinkStatus>(linkStatus_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &EthIntfStatus::intfId_);
     v.parameter("ethAddr", &EthIntfStatus::ethAddr_);
     v.parameter("portNumber", &EthIntfStatus::portNumber_);
@@ -85,7 +83,7 @@ class EthIntfStatusDir final : public Vesk::DescribedEntity<EthIntfStatusDir> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onIntfStatus, &R::onIntfStatusImmediate);
+      v.template collection<Lumo::IntfId>(kIntfStatus, &R::onIntfStatus, &R::onIntfStatusImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -112,7 +110,7 @@ class EthIntfStatusDir final : public Vesk::DescribedEntity<EthIntfStatusDir> {
   void intfStatusNotify(Lumo::IntfId key);
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.members("intfStatus", &EthIntfStatusDir::intfStatus_, &EthIntfStatusDir::intfStatusIs);
   }
 

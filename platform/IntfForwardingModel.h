@@ -42,7 +42,7 @@ class IntfForwardingModelInputDir final
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onForwardingModelInput,
+      v.template collection<Lumo::IntfId>(kForwardingModelInput, &R::onForwardingModelInput,
                                           &R::onForwardingModelInputImmediate);
     }
   };
@@ -62,20 +62,15 @@ class IntfForwardingModelInputDir final
     return forwardingModelInput_[key];
   }
   void forwardingModelInputIs(Lumo::IntfId key, IntfForwardingModel const& v) {
-    valueIs(kForwardingModelInput, forwardingModelInput_, key, v,
-            &NotifieeConst::onForwardingModelInput);
+    valueIs<kForwardingModelInput>(forwardingModelInput_, key, v);
   }
   void forwardingModelInputDel(Lumo::IntfId key) {
-    valueDel(kForwardingModelInput, forwardingModelInput_, key,
-             &NotifieeConst::onForwardingModelInput);
+    valueDel<kForwardingModelInput>(forwardingModelInput_, key);
   }
-  void forwardingModelInputDelAll() {
-    valueDelAll(kForwardingModelInput, forwardingModelInput_,
-                &NotifieeConst::onForwardingModelInput);
-  }
+  void forwardingModelInputDelAll() { valueDelAll<kForwardingModelInput>(forwardingModelInput_); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.values("forwardingModelInput", &IntfForwardingModelInputDir::forwardingModelInput_,
              &IntfForwardingModelInputDir::forwardingModelInputIs);
   }

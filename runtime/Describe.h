@@ -3,14 +3,15 @@
 #include <string>
 #include <string_view>
 
-#include "runtime/Entity.h"
+#include "runtime/Attributes.h"
 #include "runtime/Text.h"
 
 namespace Vesk {
 
-// An entity class describes its attributes once, in order of declaration:
+// An entity class describes its attributes once, in order of declaration, which is that of their
+// numbers:
 //
-//   template <class V> static void describe(V&& v) {
+//   template <class V> static constexpr void describe(V&& v) {
 //     v.parameter("intfId", &Port::intfId_);             constructor parameter; the first: the key
 //     v.value("speed", &Port::speed_, &Port::speedIs);   value, with its setter
 //     v.derived("cipher", &Port::cipher);                computed from others
@@ -29,7 +30,7 @@ namespace Vesk {
 /// Who goes through what is described next, where it doesn't outlive the process: the visitor
 /// itself, or what its own `ofProcess` gives.
 template <class V>
-decltype(auto) ofProcess(V& visitor) {
+constexpr decltype(auto) ofProcess(V& visitor) {
   if constexpr (requires { visitor.ofProcess(); }) {
     return visitor.ofProcess();
   } else {
@@ -161,11 +162,15 @@ struct ParameterPrinter : AttributeVisitor {
 
 /// Base of an entity class that describes itself.
 template <class Self>
-class DescribedEntity : public Entity {
+class DescribedEntity : public Attributes<Self> {
  public:
-  using Entity::Entity;
+  using Attributes<Self>::Attributes;
 
   char const* attributeAt(void const* field, std::string& value) const override {
+    if constexpr (requires { typename Self::NotifieeConst; }) {
+      static_assert(Detail::describesWhatItTells<Self>(),
+                    "handlers() and describe() have the attributes in the order of their numbers");
+    }
     Detail::AttributeFinder<Self> finder(static_cast<Self const&>(*this), field, value);
     Self::describe(finder);
     return finder.name;

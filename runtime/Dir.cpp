@@ -27,8 +27,6 @@ void Dir::entityPtrDelAll() {
   for (auto& entry : entityPtr_) entityPtrDel(entry.fwkKey());
 }
 
-void Dir::entityPtrNotify(Name const& name) {
-  tellKey(kEntityPtr, name, &NotifieeConst::onEntityPtr);
-}
+void Dir::entityPtrNotify(Name const& name) { tellKey<kEntityPtr>(name); }
 
 }  // namespace Vesk

@@ -18,7 +18,7 @@ class Dir final : public DescribedEntity<Dir> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Name>(&R::onEntityPtr, &R::onEntityPtrImmediate);
+      v.template collection<Name>(kEntityPtr, &R::onEntityPtr, &R::onEntityPtrImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -38,7 +38,7 @@ class Dir final : public DescribedEntity<Dir> {
   void entityPtrNotify(Name const& name);
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.reference("entityPtr", &Dir::entityPtr_);
   }
 

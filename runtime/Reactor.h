@@ -16,11 +16,11 @@ namespace Vesk {
 // attributes for whatever class `R` derives from it:
 //
 //   template <class R, class V> static constexpr void handlers(V&& v) {
-//     v.value(&R::onKey);
-//     v.template collection<Lumo::IntfId>(&R::onCpStatus, &R::onCpStatusImmediate);
+//     v.value(kKey, &R::onKey);
+//     v.template collection<Lumo::IntfId>(kCpStatus, &R::onCpStatus, &R::onCpStatusImmediate);
 //   }
 //
-// The number of an attribute, as writes name it, is its place in this list.
+// Writes name an attribute by its number alone, and find its handler here (`runtime/Attributes.h`).
 
 namespace Detail {
 
@@ -29,19 +29,19 @@ namespace Detail {
 template <class N>
 struct Overrides {
   Watch watch = 0;
-  uint8_t attribute = 0;
+  uint8_t attributes = 0;
 
   template <class A>
-  constexpr void value(void (A::*)()) {
-    next(!std::is_same_v<A, N>);
+  constexpr void value(uint8_t number, void (A::*)()) {
+    row(number, !std::is_same_v<A, N>);
   }
   template <class K, class A, class B>
-  constexpr void collection(void (A::*)(K const&), void (B::*)()) {
-    next(!std::is_same_v<A, N> || !std::is_same_v<B, N>);
+  constexpr void collection(uint8_t number, void (A::*)(K const&), void (B::*)()) {
+    row(number, !std::is_same_v<A, N> || !std::is_same_v<B, N>);
   }
-  constexpr void next(bool overridden) {
-    if (overridden) watch |= Watch{1} << attribute;
-    ++attribute;
+  constexpr void row(uint8_t number, bool overridden) {
+    if (overridden) watch |= Watch{1} << number;
+    ++attributes;
   }
 };
 
@@ -52,16 +52,14 @@ struct CatchUp {
   N& notifiee;
   Watch watch;
 
-  void value(void (N::*on)()) { next(on); }
+  void value(uint8_t number, void (N::*on)()) { row(number, on); }
   template <class K>
-  void collection(void (N::*)(K const&), void (N::*onImmediate)()) {
-    next(onImmediate);
+  void collection(uint8_t number, void (N::*)(K const&), void (N::*onImmediate)()) {
+    row(number, onImmediate);
   }
-  void next(void (N::*on)()) {
-    if ((watch & 1) && !notifiee.isMarkedForDeletion()) {
-      runHandler(notifiee.machine(), [&] { (notifiee.*on)(); });
-    }
-    watch >>= 1;
+  void row(uint8_t number, void (N::*on)()) {
+    if (!(watch >> number & 1) || notifiee.isMarkedForDeletion()) return;
+    runHandler(notifiee.machine(), [&] { (notifiee.*on)(); });
   }
 };
 
@@ -135,7 +133,7 @@ class Reactor
       Handlers::template handlers<Self>(found);
       return found;
     }();
-    static_assert(overrides.attribute <= 32, "a class has at most 32 attributes to watch");
+    static_assert(overrides.attributes <= 32, "a class has at most 32 attributes to watch");
     return overrides.watch;
   }
 

@@ -19,7 +19,7 @@ class Lane final : public DescribedEntity<Lane> {
     virtual void onLoad() {}
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onLoad);
+      v.value(kLoad, &R::onLoad);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -31,10 +31,10 @@ class Lane final : public DescribedEntity<Lane> {
   Lumo::IntfId intfId() const { return intfId_; }
   uint32_t width() const { return width_; }
   uint32_t load() const { return load_; }
-  void loadIs(uint32_t v) { write(kLoad, load_, v, &NotifieeConst::onLoad); }
+  void loadIs(uint32_t v) { write<kLoad>(load_, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("intfId", &Lane::intfId_);
     v.parameter("width", &Lane::width_);
     v.value("load", &Lane::load_, &Lane::loadIs);
@@ -62,10 +62,10 @@ class Port final : public DescribedEntity<Port> {
 
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onSpeed);
-      v.value(&R::onLabel);
-      v.template collection<Lumo::IntfId>(&R::onLane, &R::onLaneImmediate);
-      v.template collection<Name>(&R::onNote, &R::onNoteImmediate);
+      v.value(kSpeed, &R::onSpeed);
+      v.value(kLabel, &R::onLabel);
+      v.template collection<Lumo::IntfId>(kLane, &R::onLane, &R::onLaneImmediate);
+      v.template collection<Name>(kNote, &R::onNote, &R::onNoteImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -76,47 +76,39 @@ class Port final : public DescribedEntity<Port> {
   explicit Port(Name const& name = "port") : DescribedEntity(name) {}
 
   uint32_t speed() const { return speed_; }
-  void speedIs(uint32_t v) { write(kSpeed, speed_, v, &NotifieeConst::onSpeed); }
+  void speedIs(uint32_t v) { write<kSpeed>(speed_, v); }
   uint32_t speedInc(uint32_t n) {
     speedIs(speed_ + n);
     return speed_;
   }
   /// A write that concerns one interface.
-  void speedOfIs(Lumo::IntfId intfId, uint32_t v) {
-    writeKeyed(kSpeed, intfId, speed_, v, &NotifieeConst::onSpeed);
-  }
+  void speedOfIs(Lumo::IntfId intfId, uint32_t v) { writeKeyed<kSpeed>(intfId, speed_, v); }
 
   String8 const& label() const { return label_; }
-  void labelIs(String8 const& v) { write(kLabel, label_, v, &NotifieeConst::onLabel); }
+  void labelIs(String8 const& v) { write<kLabel>(label_, v); }
 
   LaneMap const& lane() const { return lane_; }
   Ptr<Lane> lane(Lumo::IntfId key) const { return lane_[key]; }
   Ptr<Lane> laneIs(Lumo::IntfId key, uint32_t width = 1) {
-    Ptr<Lane> lane = memberIs(
-        kLane, lane_, key, [&] { return make<Lane>(key, width); }, &NotifieeConst::onLane);
+    Ptr<Lane> lane = memberIs<kLane>(lane_, key, [&] { return make<Lane>(key, width); });
     requireSameParameter(lane->name(), "width", width, lane->width());
     return lane;
   }
-  Ptr<Lane> laneDel(Lumo::IntfId key) {
-    return memberDel(kLane, lane_, key, &NotifieeConst::onLane);
-  }
-  void laneDelAll() { memberDelAll(kLane, lane_, &NotifieeConst::onLane); }
+  Ptr<Lane> laneDel(Lumo::IntfId key) { return memberDel<kLane>(lane_, key); }
+  void laneDelAll() { memberDelAll<kLane>(lane_); }
   /// A factory that fails.
   Ptr<Lane> nullLaneIs(Lumo::IntfId key) {
-    return memberIs(
-        kLane, lane_, key, [] { return Ptr<Lane>(); }, &NotifieeConst::onLane);
+    return memberIs<kLane>(lane_, key, [] { return Ptr<Lane>(); });
   }
 
   NoteMap const& note() const { return note_; }
   uint32_t const* note(Name const& key) const { return note_[key]; }
-  void noteIs(Name const& key, uint32_t v) {
-    valueIs(kNote, note_, key, v, &NotifieeConst::onNote);
-  }
-  void noteDel(Name const& key) { valueDel(kNote, note_, key, &NotifieeConst::onNote); }
-  void noteDelAll() { valueDelAll(kNote, note_, &NotifieeConst::onNote); }
+  void noteIs(Name const& key, uint32_t v) { valueIs<kNote>(note_, key, v); }
+  void noteDel(Name const& key) { valueDel<kNote>(note_, key); }
+  void noteDelAll() { valueDelAll<kNote>(note_); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.value("speed", &Port::speed_, &Port::speedIs);
     v.value("label", &Port::label_, &Port::labelIs);
     v.members("lane", &Port::lane_, &Port::laneIs);

@@ -18,9 +18,9 @@ class Book final : public Vesk::DescribedEntity<Book> {
     virtual void onMarkImmediate() {}
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.value(&R::onTitle);
-      v.value(&R::onReader);
-      v.template collection<Vesk::Name>(&R::onMark, &R::onMarkImmediate);
+      v.value(kTitle, &R::onTitle);
+      v.value(kReader, &R::onReader);
+      v.template collection<Vesk::Name>(kMark, &R::onMark, &R::onMarkImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -30,15 +30,13 @@ class Book final : public Vesk::DescribedEntity<Book> {
 
   Lumo::IntfId fwkKey() const { return Lumo::IntfId(Vesk::String8(std::to_string(number_))); }
   Vesk::String8 const& title() const { return title_; }
-  void titleIs(Vesk::String8 const& v) { write(kTitle, title_, v, &NotifieeConst::onTitle); }
+  void titleIs(Vesk::String8 const& v) { write<kTitle>(title_, v); }
   uint32_t reader() const { return reader_; }
-  void readerIs(uint32_t v) { write(kReader, reader_, v, &NotifieeConst::onReader); }
-  void markIs(Vesk::Name const& key, uint32_t v) {
-    valueIs(kMark, mark_, key, v, &NotifieeConst::onMark);
-  }
+  void readerIs(uint32_t v) { write<kReader>(reader_, v); }
+  void markIs(Vesk::Name const& key, uint32_t v) { valueIs<kMark>(mark_, key, v); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.parameter("number", &Book::number_);
     v.parameter("pages", &Book::pages_);
     v.value("title", &Book::title_, &Book::titleIs);
@@ -64,7 +62,7 @@ class Shelf final : public Vesk::DescribedEntity<Shelf> {
     virtual void onBookImmediate() {}
     template <class R, class V>
     static constexpr void handlers(V&& v) {
-      v.template collection<Lumo::IntfId>(&R::onBook, &R::onBookImmediate);
+      v.template collection<Lumo::IntfId>(kBook, &R::onBook, &R::onBookImmediate);
     }
   };
   class Notifiee : public NotifieeConst {};
@@ -74,13 +72,12 @@ class Shelf final : public Vesk::DescribedEntity<Shelf> {
   Vesk::Ptr<Book> book(Lumo::IntfId key) const { return book_[key]; }
   Vesk::Ptr<Book> bookIs(Lumo::IntfId key, uint16_t pages) {
     uint32_t const number = Vesk::valueFromStrep<uint32_t>(key.stringValue().view());
-    return memberIs(
-        kBook, book_, key, [&] { return Vesk::make<Book>(number, pages); }, &NotifieeConst::onBook);
+    return memberIs<kBook>(book_, key, [&] { return Vesk::make<Book>(number, pages); });
   }
-  void bookDel(Lumo::IntfId key) { memberDel(kBook, book_, key, &NotifieeConst::onBook); }
+  void bookDel(Lumo::IntfId key) { memberDel<kBook>(book_, key); }
 
   template <class V>
-  static void describe(V&& v) {
+  static constexpr void describe(V&& v) {
     v.members("book", &Shelf::book_, &Shelf::bookIs);
   }
 
