@@ -60,8 +60,8 @@ struct AttributeVisitor {
 
 template <class E>
 struct AttributeFinder : AttributeVisitor {
-  AttributeFinder(E const& entity, void const* at, std::string& value)
-      : entity(entity), at(at), text(value) {}
+  AttributeFinder(E const& in, void const* field, std::string& value)
+      : entity(in), at(field), text(value) {}
   E const& entity;
   void const* at;
   std::string& text;
@@ -93,8 +93,8 @@ struct AttributeFinder : AttributeVisitor {
 
 template <class E>
 struct AttributeWriter : AttributeVisitor {
-  AttributeWriter(E& entity, std::string_view wanted, std::string_view text)
-      : entity(entity), wanted(wanted), text(text) {}
+  AttributeWriter(E& to, std::string_view attribute, std::string_view value)
+      : entity(to), wanted(attribute), text(value) {}
   E& entity;
   std::string_view wanted;
   std::string_view text;
@@ -110,7 +110,7 @@ struct AttributeWriter : AttributeVisitor {
 
 template <class E>
 struct PlaceFinder : AttributeVisitor {
-  PlaceFinder(E const& entity, Entity const& wanted) : entity(entity), wanted(wanted) {}
+  PlaceFinder(E const& in, Entity const& member) : entity(in), wanted(member) {}
   E const& entity;
   Entity const& wanted;
   std::optional<Entity::Place> place;
@@ -124,7 +124,7 @@ struct PlaceFinder : AttributeVisitor {
 };
 
 struct LastingFinder : AttributeVisitor {
-  explicit LastingFinder(std::string_view wanted) : wanted(wanted) {}
+  explicit LastingFinder(std::string_view attribute) : wanted(attribute) {}
   std::string_view wanted;
   bool found = false;
 
@@ -145,7 +145,7 @@ struct LastingFinder : AttributeVisitor {
 
 template <class E>
 struct ParameterPrinter : AttributeVisitor {
-  explicit ParameterPrinter(E const& entity) : entity(entity) {}
+  explicit ParameterPrinter(E const& of) : entity(of) {}
   E const& entity;
   std::string text;
   bool isKey = true;
@@ -203,15 +203,15 @@ bool attributeFromText(E& entity, std::string_view attribute, std::string_view t
 
 /// The attributes of an entity and of all that it holds, a line each, indented by depth.
 template <class E>
-std::string entityToText(E const& entity, int depth = 0);
+std::string entityToText(E const& entity, size_t depth = 0);
 
 namespace Detail {
 
 template <class E>
 struct TextVisitor : AttributeVisitor {
-  TextVisitor(E const& entity, int depth) : entity(entity), depth(depth) {}
+  TextVisitor(E const& of, size_t indented) : entity(of), depth(indented) {}
   E const& entity;
-  int depth;
+  size_t depth;
   std::string out;
 
   void line(std::string const& text) { out += std::string(2 * depth, ' ') + text + "\n"; }
@@ -248,7 +248,7 @@ struct TextVisitor : AttributeVisitor {
 }  // namespace Detail
 
 template <class E>
-std::string entityToText(E const& entity, int depth) {
+std::string entityToText(E const& entity, size_t depth) {
   Detail::TextVisitor<E> visitor(entity, depth);
   E::describe(visitor);
   return visitor.out;

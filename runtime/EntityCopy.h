@@ -14,7 +14,7 @@ namespace Detail {
 // Finds the constructor parameter behind the key.
 template <class P>
 struct ParameterFinder : AttributeVisitor {
-  explicit ParameterFinder(Entity const& entity) : entity(entity) {}
+  explicit ParameterFinder(Entity const& in) : entity(in) {}
   Entity const& entity;
   P const* found = nullptr;
 
@@ -40,7 +40,7 @@ Ptr<M> memberLike(E& to, M const& member, Ptr<M> (E::*is)(A, P)) {
 
 template <class E>
 struct Copier : AttributeVisitor {
-  Copier(E const& from, E& to) : from(from), to(to) {}
+  Copier(E const& source, E& copy) : from(source), to(copy) {}
   E const& from;
   E& to;
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <new>
 #include <ostream>
+#include <stdexcept>
 
 #include "runtime/PtrInterface.h"
 
@@ -22,11 +23,12 @@ uint32_t hashBytes(void const* bytes, size_t size) {
 
 String8::Rep* String8::blankRep(size_t size, bool secret) {
   if (size == 0) return nullptr;
+  if (size > Rep::kLongest) throw std::length_error("a text of more than 2 GiB");
   auto* rep = static_cast<Rep*>(std::malloc(offsetof(Rep, text) + size + 1));
   if (!rep) throw std::bad_alloc();
   rep->references = 1;
   rep->hash = 0;
-  rep->length = static_cast<uint32_t>(size);
+  rep->length = size & Rep::kLongest;
   rep->secret = secret;
   rep->text[size] = '\0';
   return rep;

@@ -75,6 +75,7 @@ class String8 {
 
  private:
   struct Rep {
+    static constexpr uint32_t kLongest = 0x7fffffff;
     uint32_t references;
     uint32_t hash;  // 0 until it is first asked for
     uint32_t length : 31;

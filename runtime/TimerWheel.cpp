@@ -12,7 +12,7 @@ double TimerWheel::nextTime() const { return heap_.empty() ? never : heap_.front
 
 size_t TimerWheel::runDue() {
   struct Pass {
-    Pass(double& time) : time(time) { time = Vesk::now(); }
+    explicit Pass(double& passTime) : time(passTime) { time = Vesk::now(); }
     ~Pass() { time = -never; }
     double& time;
   };
