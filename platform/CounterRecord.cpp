@@ -111,7 +111,7 @@ SlotReading CounterRecord::area(size_t area, size_t at, char const* what) const 
   bool sawProgress = false;
   for (int i = 0; i < kTries; ++i) {
     Copied copied[2];
-    for (size_t slot : {0, 1}) {
+    for (size_t slot = 0; slot < 2; ++slot) {
       copied[slot] = copySlot(words_.data() + at + slot * kSlotWords, slot,
                               slotSeed(index_, name, area, slot), readings[slot]);
       auto const fault = [&](char const* text) {

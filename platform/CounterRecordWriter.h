@@ -40,7 +40,7 @@ class CounterRecordWriter {
       Store::store(words_[kNameAt + i], word);
     }
     Store::store(words_[kNameChecksumAt], CounterRecord::nameChecksum(words_, index_));
-    for (uint64_t sequence : {1, 2}) {
+    for (uint64_t sequence = 1; sequence <= 2; ++sequence) {
       countersAre(sequence, {});
       snapshotIs(sequence, {});
     }
