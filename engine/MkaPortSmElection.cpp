@@ -42,7 +42,7 @@ void MkaPortSm::logKeyInUse(MkaActorStatus const& actor) const {
 // While an actor is marked, others may be told of it and elect: the outermost election has the last
 // word.
 struct MkaPortSm::Election {
-  explicit Election(MkaPortSm& sm) : sm(sm) { ++sm.elections_; }
+  explicit Election(MkaPortSm& of) : sm(of) { ++sm.elections_; }
   ~Election() { --sm.elections_; }
   // An actor has been marked, or a mark taken away.
   void hasMarked() const {
