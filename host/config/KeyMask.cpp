@@ -49,8 +49,7 @@ KeyMask::KeyMask(std::string_view text) : text_(text), masked_(text.size(), ' ')
       end = behindStretch(text, at);
       maskStretch(at, end);
     } else {
-      std::copy_n(text.begin() + static_cast<ptrdiff_t>(at), end - at,
-                  masked_.begin() + static_cast<ptrdiff_t>(at));
+      text.copy(masked_.data() + at, end - at, at);
     }
     at = end;
   }
@@ -65,7 +64,7 @@ void KeyMask::maskStretch(size_t begin, size_t end) {
     if (mayBeKey(text_.substr(at, word - at))) {
       mask(at, word);
     } else {
-      std::copy(text_.begin() + at, text_.begin() + word, masked_.begin() + at);
+      text_.copy(masked_.data() + at, word - at, at);
     }
     if (word < end) masked_[word] = text_[word];
     at = word + 1;

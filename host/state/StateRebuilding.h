@@ -75,8 +75,8 @@ using Vesk::Detail::AttributeVisitor;
 // what is under one key is made of the same.
 template <class P>
 struct SiblingParameter : AttributeVisitor {
-  SiblingParameter(Rebuilding const& rebuilding, std::string const& above, std::string const& key)
-      : rebuilding(rebuilding), above(above), key(key) {}
+  SiblingParameter(Rebuilding const& from, std::string const& parent, std::string const& member)
+      : rebuilding(from), above(parent), key(member) {}
   Rebuilding const& rebuilding;
   std::string const& above;
   std::string const& key;
@@ -95,8 +95,8 @@ struct SiblingParameter : AttributeVisitor {
 // Goes through the description of an entity to the one row that the names speak of.
 template <class E>
 struct Putting : AttributeVisitor {
-  Putting(Rebuilding& rebuilding, E& entity, std::string const& above, Rebuilding::Names names)
-      : rebuilding(rebuilding), entity(entity), above(above), names(names) {}
+  Putting(Rebuilding& from, E& to, std::string const& path, Rebuilding::Names rest)
+      : rebuilding(from), entity(to), above(path), names(rest) {}
   Rebuilding& rebuilding;
   E& entity;
   std::string const& above;

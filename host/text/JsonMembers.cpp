@@ -53,7 +53,7 @@ class Scanner {
   std::string_view text(char const* wanted) {
     if (peek() != '"') fail(wanted);
     size_t const start = at_++;
-    while (at_ < text_.size() && text_[at_] != '"') at_ += text_[at_] == '\\' ? 2 : 1;
+    while (at_ < text_.size() && text_[at_] != '"') at_ += text_[at_] == '\\' ? 2u : 1u;
     if (at_ >= text_.size()) fail("the '\"' that ends a text");
     return text_.substr(start, ++at_ - start);
   }
