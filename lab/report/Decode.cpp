@@ -48,7 +48,7 @@ char const* words(Verdict verdict) {
 std::string otherFrame(Macsecd::PcapFrame const& frame) {
   auto const& octets = frame.octets;
   if (octets.size() < 14) return fmt::format("{} octets are no Ethernet frame", octets.size());
-  unsigned const type = octets[12] << 8 | octets[13];
+  int const type = octets[12] << 8 | octets[13];
   if (type != 0x888e) return fmt::format("EtherType 0x{:04x}", type);
   return fmt::format("EAPOL type {}", octets[15]);
 }

@@ -61,7 +61,7 @@ Switch& Simulation::switchOf(std::string const& name) const {
   for (auto const& one : switches_) {
     if (one->name() == name) return *one;
   }
-  VESK_ASSERT(!"the parser lets no unknown switch through");
+  VESK_ASSERT_NAMED(false, "the parser lets no unknown switch through");
   std::abort();
 }
 
