@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <span>
 #include <system_error>
 
 #include "host/config/DeviceName.h"
@@ -24,7 +25,7 @@ namespace {
 using Uses = std::map<uint32_t, std::vector<std::string>>;
 
 /// A message about something of this kind, with its attributes.
-template <class Header, int Most>
+template <class Header, uint16_t Most>
 struct Parsed {
   explicit Parsed(nlmsghdr* message)
       : header(*static_cast<Header const*>(nlmsg_data(message))),
@@ -132,7 +133,7 @@ std::vector<std::string> usesOf(std::string const& interface) {
 std::string cutOffText(Macsecd::InterfaceConfig const& interface,
                        std::vector<std::string> const& uses) {
   size_t const shown = std::min(uses.size(), Limits::kNamedUses);
-  std::string named = fmt::format("{}", fmt::join(uses.begin(), uses.begin() + shown, ", "));
+  std::string named = fmt::format("{}", fmt::join(std::span(uses).first(shown), ", "));
   if (shown < uses.size()) named += fmt::format(" and {} more", uses.size() - shown);
   std::string const device =
       interface.device.empty() ? Macsecd::defaultDeviceName(interface.name) : interface.device;

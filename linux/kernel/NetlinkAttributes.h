@@ -9,7 +9,7 @@
 namespace Linux {
 
 /// The attributes of one nest, by their type; what isn't there reads as 0.
-template <int Most>
+template <uint16_t Most>
 class NetlinkAttributes {
  public:
   explicit NetlinkAttributes(nlattr* nest) {

@@ -4,6 +4,8 @@
 
 namespace Linux {
 
+using What = LinkChange::What;
+
 namespace {
 
 Lumo::IntfId intfIdOf(std::string const& name) { return Lumo::IntfId(Vesk::String8(name)); }
@@ -29,7 +31,6 @@ void Ports::enter(Link const& link) {
 void Ports::leave(std::string const& name) { observer_.portDel(intfIdOf(name)); }
 
 void Ports::changed(LinkChange const& change) {
-  using What = LinkChange::What;
   Link const& link = change.link;
   if (change.what == What::renamed && isPort(change.formerName)) leave(change.formerName);
   if (!isPort(link.name)) return;

@@ -24,7 +24,7 @@ int checked(int result, char const* what) {
 
 // Kept by whoever runs it: a handler may end its own watch.
 struct EventLoop::Watch : std::enable_shared_from_this<Watch> {
-  explicit Watch(Handler handler) : handler(std::move(handler)) {}
+  explicit Watch(Handler then) : handler(std::move(then)) {}
   static void run(void* userData) noexcept {
     auto const self = static_cast<Watch*>(userData)->shared_from_this();
     self->handler();
