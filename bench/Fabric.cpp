@@ -11,8 +11,7 @@ constexpr double kWireDelay = 0.001;
 }  // namespace
 
 struct Fabric::End final : Codec::FrameSink {
-  End(Fabric& fabric, uint32_t number)
-      : fabric(fabric), number(number), world(fabric.clock_, number + 1) {}
+  End(Fabric& in, uint32_t n) : fabric(in), number(n), world(in.clock_, n + 1) {}
   void send(Lumo::IntfId intfId, std::span<uint8_t const> frame) override {
     fabric.carry(number, intfId, frame);
   }

@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
         Spoiled{"OtherAlgorithm", SubType::basicParamSetErr, [](Bytes& f) { f[49] ^= 1; }},
         Spoiled{"WrongIcv", SubType::icvValidationErr, [](Bytes& f) { f.back() ^= 1; }},
         Spoiled{"ChangedSource", SubType::icvValidationErr, [](Bytes& f) { f[6] ^= 1; }}),
-    [](auto const& info) { return std::string(info.param.what); });
+    [](auto const& test) { return std::string(test.param.what); });
 
 INSTANTIATE_TEST_SUITE_P(
     BehindTheIcv, SpoiledTest,
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
                             [](Bytes& f) { f[kLive] = 255, f[kLive + 3] = 4, resign(f); }},
                     Spoiled{"UnknownSetBeyondTheEnd", SubType::unrecognizedSetErr,
                             [](Bytes& f) { f[kSakSet] = 9, f[kSakSet + 2] = 9, resign(f); }}),
-    [](auto const& info) { return std::string(info.param.what); });
+    [](auto const& test) { return std::string(test.param.what); });
 
 TEST(FrameReader, HandsUpAllThatWasSent) {
   CodecBench bench;
@@ -267,7 +267,7 @@ TEST(FrameReader, KnowsACknOnItsOwnInterfaceAlone) {
 }
 
 TEST(FrameReader, UnwrapsADistributedCakOfEitherLength) {
-  for (size_t digits : {32, 64}) {
+  for (size_t digits : {32u, 64u}) {
     for (char const* name : {"", "abcd", "abcdef"}) {
       CodecBench bench;
       bench.actorIs();

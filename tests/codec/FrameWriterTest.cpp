@@ -155,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(
                                }},
                     Unsendable{"BadPeerIdentifier", SubType::livePeerListErr,
                                [](CodecBench& b) { b.tx().livePeerIs("nonsense", 1); }}),
-    [](auto const& info) { return std::string(info.param.what); });
+    [](auto const& test) { return std::string(test.param.what); });
 
 /// Member identifiers, each another one.
 Vesk::String8 member(int number) {

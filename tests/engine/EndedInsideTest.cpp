@@ -237,7 +237,7 @@ std::vector<std::string> namesOfDeeds() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, EndedInside, ::testing::ValuesIn(namesOfDeeds()),
-                         [](auto const& info) { return info.param; });
+                         [](auto const& test) { return test.param; });
 
 }  // namespace
 }  // namespace Macsec

@@ -102,7 +102,7 @@ TEST(Actor, TriesMemberIdentifiersUntilOneConflictsWithNoPeer) {
     port.status().livePeerIs(id('1'));
     port.status().potentialPeerIs(id('2'));
     port.status().msgNumIs(5);
-    for (uint8_t byte : {0x11, 0x22, 0x33}) {
+    for (uint8_t byte : std::initializer_list<uint8_t>{0x11, 0x22, 0x33}) {
       port.world.nextRandom.insert(port.world.nextRandom.end(), 12, byte);
     }
     port.sm().updateMsgId();

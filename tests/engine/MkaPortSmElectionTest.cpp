@@ -212,7 +212,7 @@ TEST(PrincipalElection, AFailureOfAnotherActorChangesNothing) {
 
 TEST(PrincipalElection, TheNextAssociationNumberRunsBehindTheDistributedOne) {
   Port port;
-  for (uint8_t an : {0, 1, 2, 3, 0}) {
+  for (uint8_t an : std::initializer_list<uint8_t>{0, 1, 2, 3, 0}) {
     port.distSakIs(Port::kPrimary, sak(an, an + 1u));
     EXPECT_EQ(port.portStatus()->anOfNextKey().value(), (an + 1) % 4);
   }

@@ -123,7 +123,7 @@ TEST_F(Ports, OnlyTheValueTwoMeansThatTheLinkIsUp) {
   enable();
   configure();
   s.startEngine();
-  for (uint8_t state : {0, 1, 3, 255}) {
+  for (uint8_t state : std::initializer_list<uint8_t>{0, 1, 3, 255}) {
     linkIs(state);
     EXPECT_FALSE(hasPortSm()) << int(state);
   }

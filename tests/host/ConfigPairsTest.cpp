@@ -84,7 +84,7 @@ class Machine {
 std::string nameOf(Vesk::String8 const& ckn) {
   Vesk::String8 const octets = keyNameOctets(ckn.view());
   std::string text;
-  for (unsigned char const octet : octets.view()) text += fmt::format("{:02x}", octet);
+  for (char const octet : octets.view()) text += fmt::format("{:02x}", uint8_t(octet));
   return text;
 }
 

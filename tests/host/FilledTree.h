@@ -22,7 +22,7 @@ struct Changer {
         if (other != value) return void(value = other);
       }
     } else if constexpr (std::is_arithmetic_v<T>) {
-      value = static_cast<T>(value + number % 3 + 1);
+      value = static_cast<T>(value + static_cast<T>(number % 3 + 1));
     } else if constexpr (std::is_same_v<T, Vesk::String8>) {
       value = Vesk::String8("it's 50% \\ of a/b #" + std::to_string(number));
     } else if constexpr (std::is_same_v<T, Lumo::IntfId>) {
@@ -39,7 +39,7 @@ struct Changer {
 /// Writes another value into every value attribute of an entity.
 template <class E>
 struct Filler : Vesk::Detail::AttributeVisitor {
-  Filler(E& entity, Changer& changer) : entity(entity), changer(changer) {}
+  Filler(E& to, Changer& with) : entity(to), changer(with) {}
   E& entity;
   Changer& changer;
   Vesk::Detail::AttributeVisitor ofProcess() { return {}; }
@@ -62,7 +62,7 @@ inline void fillInterface(Macsec::Status& status, Lumo::IntfId intfId, Changer& 
   fill(*status.intfStatusIs(intfId, params), changer);
   auto const cpStatus = status.cpStatusIs(intfId, params);
   fill(*cpStatus, changer);
-  for (uint8_t an : {0, 3}) {
+  for (uint8_t an : std::initializer_list<uint8_t>{0, 3}) {
     Macsec::Sak sak;
     changer.change(sak);
     sak.anIs(Macsec::AssociationNumber(an));
@@ -92,8 +92,8 @@ inline void fillTree(Macsec::Status& status) {
 /// All attributes of a tree by path, from the descriptions of its classes.
 template <class E>
 struct Flattener : Vesk::Detail::AttributeVisitor {
-  Flattener(E const& entity, std::string path, StateValues& out)
-      : entity(entity), path(std::move(path)), out(out) {}
+  Flattener(E const& of, std::string at, StateValues& values)
+      : entity(of), path(std::move(at)), out(values) {}
   E const& entity;
   std::string path;
   StateValues& out;

@@ -35,8 +35,8 @@ inline SwitchConfig configWith(std::string const& cak, std::string const& profil
 
 /// A switch in its own world.
 struct Switch {
-  explicit Switch(uint8_t number, HostOptions const& options = {})
-      : world(number), host(world, "switch", sent, options), number(number) {}
+  explicit Switch(uint8_t n, HostOptions const& options = {})
+      : world(n), host(world, "switch", sent, options), number(n) {}
   void interface() { host.interfaceIs(kIntf, Lumo::EthAddr({2, 0, 0, 0, 0, number}), 1); }
   Vesk::Ptr<Macsec::IntfStatus> intfStatus() const { return host.status()->intfStatus(kIntf); }
   Vesk::Ptr<Macsec::MkaActorStatus> actor() const {

@@ -71,7 +71,7 @@ class OnTheKernel : public ::testing::Test {
 class WithBothSuites : public OnTheKernel, public ::testing::WithParamInterface<CipherSuite> {};
 INSTANTIATE_TEST_SUITE_P(Suites, WithBothSuites,
                          ::testing::Values(CipherSuite::gcmAesXpn128, CipherSuite::gcmAesXpn256),
-                         [](auto const& info) { return std::string(stringValue(info.param)); });
+                         [](auto const& test) { return std::string(stringValue(test.param)); });
 
 TEST_P(WithBothSuites, KeysPassFramesBothWays) {
   bothPorts(GetParam());

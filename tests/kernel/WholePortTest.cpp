@@ -10,8 +10,8 @@ using Macsecd::Suite;
 
 // The whole control plane of one end, on the kernel's MACsec.
 struct End {
-  End(std::string const& space, std::string const& interface, uint8_t number)
-      : space(space), intfId(interface.c_str()), peer(number, {.emulateHardware = false}) {
+  End(std::string const& home, std::string const& interface, uint8_t number)
+      : space(home), intfId(interface.c_str()), peer(number, {.emulateHardware = false}) {
     Inside const inside(space);
     kernel.emplace();
     index = static_cast<int>(if_nametoindex(interface.c_str()));
@@ -133,8 +133,8 @@ class AWholePort : public ::testing::TestWithParam<Suite> {
 
 INSTANTIATE_TEST_SUITE_P(Suites, AWholePort,
                          ::testing::Values(Suite::gcmAesXpn128, Suite::gcmAesXpn256),
-                         [](auto const& info) {
-                           return info.param == Suite::gcmAesXpn128 ? "xpn128" : "xpn256";
+                         [](auto const& test) {
+                           return test.param == Suite::gcmAesXpn128 ? "xpn128" : "xpn256";
                          });
 
 TEST_P(AWholePort, OpensAndCarriesFrames) {

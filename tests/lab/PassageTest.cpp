@@ -84,8 +84,8 @@ std::vector<std::string> shippedScenarios() {
 }
 
 INSTANTIATE_TEST_SUITE_P(, ShippedScenario, testing::ValuesIn(shippedScenarios()),
-                         [](auto const& info) {
-                           std::string name = info.param;
+                         [](auto const& test) {
+                           std::string name = test.param;
                            std::ranges::replace(name, '-', '_');
                            return name;
                          });

@@ -84,9 +84,9 @@ TEST(SakUseAnAndOffset, B6ReadsAsItsFields) {
 }
 
 TEST(SakUsePlainTxAndLengthSet, KeepsBit13ThroughTheSettersOfTheOtherFields) {
-  for (uint16_t bit13 : {0x0000, 0x2000}) {
+  for (uint16_t bit13 : std::initializer_list<uint16_t>{0x0000, 0x2000}) {
     SakUsePlainTxAndLengthSet part(bit13);
-    for (uint8_t flag : {1, 0}) {
+    for (uint8_t flag : std::initializer_list<uint8_t>{1, 0}) {
       part.plainTxIs(flag);
       part.plainRxIs(flag);
       part.delayProtectIs(flag);

@@ -47,7 +47,7 @@ TEST(AesCmac, TakesA256BitKeyByItsLength) {
 }
 
 TEST(AesCmac, StaysWithoutAKeyForAnyOtherKeyLength) {
-  for (size_t size : {0, 15, 17, 24, 31, 33}) {
+  for (size_t size : {0u, 15u, 17u, 24u, 31u, 33u}) {
     AesCmac cmac{std::vector<uint8_t>(size)};
     EXPECT_FALSE(cmac.keyed()) << size;
     std::array<uint8_t, AesCmac::kSize> mac;

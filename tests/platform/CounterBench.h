@@ -16,7 +16,7 @@ class CounterBench {
   using Type = MessageCounterType;
   using SubType = MessageCounterFailureSubType;
 
-  explicit CounterBench(MessageCountersOptions options = {}) : options(options) { restart(); }
+  explicit CounterBench(MessageCountersOptions given = {}) : options(given) { restart(); }
 
   /// A new process takes the place of the former one.
   void restart() {
@@ -86,7 +86,7 @@ std::string corruptionOf(Read read) {
 template <class Check>
 void withEachOctetFlipped(std::span<uint8_t> octets, Check check) {
   for (size_t at = 0; at < octets.size(); ++at) {
-    for (uint8_t flip : {1, 2, 4, 8, 16, 32, 64, 128, 255}) {
+    for (uint8_t flip : std::initializer_list<uint8_t>{1, 2, 4, 8, 16, 32, 64, 128, 255}) {
       octets[at] ^= flip;
       check(at);
       octets[at] ^= flip;

@@ -76,7 +76,7 @@ TEST(KeyWrap, RefusesAKeyWrappedUnderAnotherKek) {
 
 TEST(KeyWrap, RefusesOtherSizes) {
   KeyWrap wrap(octetsOf(kKek128));
-  for (size_t size : {0, 8, 15, 24, 31, 40}) {
+  for (size_t size : {0u, 8u, 15u, 24u, 31u, 40u}) {
     std::vector<uint8_t> octets(size, 1);
     std::vector<uint8_t> out(size + KeyWrap::kOverhead, 1);
     EXPECT_FALSE(wrap.wrap(octets, out)) << size;
@@ -90,7 +90,7 @@ TEST(KeyWrap, RefusesOtherSizes) {
 }
 
 TEST(KeyWrap, DoesNothingWithoutAKekOfAnAesLength) {
-  for (size_t size : {0, 15, 24, 33}) {
+  for (size_t size : {0u, 15u, 24u, 33u}) {
     KeyWrap wrap{std::vector<uint8_t>(size)};
     std::vector<uint8_t> out(24);
     EXPECT_FALSE(wrap.keyed()) << size;

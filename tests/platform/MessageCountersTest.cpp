@@ -122,7 +122,7 @@ TEST_F(Counters, TheSnapshotOfTheEmptyRecordOrAStrangerStoresNothing) {
 }
 
 TEST_F(Counters, ANewProcessGoesOnCounting) {
-  for (unsigned counted : {8, 9, 10, 11}) {
+  for (unsigned counted : {8u, 9u, 10u, 11u}) {
     if (counted == 8) bench.fill();
     bench.restart();
     EXPECT_EQ(bench.counted(bench.one), counted) << "before anybody names the interface";

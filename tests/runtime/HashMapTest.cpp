@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -117,7 +118,8 @@ TEST(HashMap, WalkDependsOnTheContentsAlone) {
     auto order = keys;
     std::shuffle(order.begin(), order.end(), draw);
     for (auto const& key : order) add(grown, key);
-    std::vector<String8> leaving(keys.begin() + kept, keys.end());
+    auto const others = std::span(keys).subspan(kept);
+    std::vector<String8> leaving(others.begin(), others.end());
     std::shuffle(leaving.begin(), leaving.end(), draw);
     for (auto const& key : leaving) grown.xDel(key);
     EXPECT_THAT(walk(grown), ElementsAreArray(walk(direct)));

@@ -184,7 +184,7 @@ TEST_F(StateMachineTest, ChildThatIsEndedWhileItStartsIsGone) {
 
 TEST_F(StateMachineTest, EndedInsideATraceOfItsTimersHandlerIsNotContinued) {
   struct TracedWorld final : Support::TestWorld {
-    explicit TracedWorld(Ptr<Machine>& machine) : TestWorld(1), machine(machine) {}
+    explicit TracedWorld(Ptr<Machine>& ends) : TestWorld(1), machine(ends) {}
     void trace(TraceRecord const&) override { machine = nullptr; }
     Ptr<Machine>& machine;
   } traced(machine);
@@ -200,8 +200,8 @@ TEST_F(StateMachineTest, EndedInsideATraceOfItsTimersHandlerIsNotContinued) {
 
 TEST_F(StateMachineTest, EndedInsideItsCatchUpIsNotContinued) {
   struct Follower final : StateMachine {
-    explicit Follower(std::vector<std::string>& steps, Ptr<Port> port)
-        : steps(steps), reactor(make<Both>(*this, std::move(port))) {}
+    explicit Follower(std::vector<std::string>& seen, Ptr<Port> port)
+        : steps(seen), reactor(make<Both>(*this, std::move(port))) {}
     struct Both final : Reactor<Port, Follower, Both> {
       using Reactor::Reactor;
       void onSpeed() override {

@@ -46,7 +46,7 @@ namespace Detail {
 // Takes down where each field of an object lies. The same walker serves values and entities.
 template <class T>
 struct LayoutVisitor : Vesk::Detail::AttributeVisitor {
-  explicit LayoutVisitor(T const& object) : object(object) {}
+  explicit LayoutVisitor(T const& of) : object(of) {}
   T const& object;
   DescribedLayout layout;
 

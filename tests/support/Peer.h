@@ -6,8 +6,10 @@ namespace Support {
 
 /// Another member of the association, whose MKPDUs a test writes.
 struct Peer {
-  Peer(uint8_t number, bool claims = false, uint8_t priority = 20)
-      : sci(Lumo::EthAddr({2, 0, 0, 0, 0, number}), 1), claims(claims), priority(priority) {
+  Peer(uint8_t number, bool claimsToServe = false, uint8_t itsPriority = 20)
+      : sci(Lumo::EthAddr({2, 0, 0, 0, 0, number}), 1),
+        claims(claimsToServe),
+        priority(itsPriority) {
     std::string digits = "b0b1b2b3b4b5b6b7b8b9ba";
     digits += "0123456789abcdef"[number >> 4];
     digits += "0123456789abcdef"[number & 15];

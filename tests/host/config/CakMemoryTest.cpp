@@ -51,7 +51,7 @@ size_t copiesOf(int key) {
   return Support::searchMemory(3 * kKeySize, [&](std::string_view octets) {
     size_t copies = 0;
     for (Form const& form : kForms) {
-      for (size_t const begin : {0, 4, 8}) {
+      for (size_t const begin : {0u, 4u, 8u}) {
         std::string wanted = inForm(key, form, begin, 8);
         copies += memmem(octets.data(), octets.size(), wanted.data(), wanted.size()) != nullptr;
         wipe(wanted);

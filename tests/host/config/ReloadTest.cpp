@@ -174,11 +174,11 @@ class ReloadOnTheWay : public Reload {
   ~ReloadOnTheWay() override { s.world.attributeFollowerDel(follower); }
 
   struct Follower final : Vesk::AttributeFollower {
-    explicit Follower(ReloadOnTheWay& test) : test(test) {}
+    explicit Follower(ReloadOnTheWay& of) : test(of) {}
     void attributeWritten(Vesk::AttributeWrite const&) override {
       auto const intf = test.s.intfStatus();
-      std::string const key = intf ? std::string(intf->key().ckn().view()) : "gone";
-      if (test.keys.empty() || test.keys.back() != key) test.keys.push_back(key);
+      std::string const now = intf ? std::string(intf->key().ckn().view()) : "gone";
+      if (test.keys.empty() || test.keys.back() != now) test.keys.push_back(now);
     }
     ReloadOnTheWay& test;
   };

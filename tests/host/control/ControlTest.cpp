@@ -92,9 +92,9 @@ TEST_F(ControlTest, TellsWhatIsNotThereAsNull) {
 
 TEST_F(ControlTest, ExplainsAPort) {
   a.host.linkIs(kIntf, false);
-  Json const told = resultOf("explain")[0];
-  EXPECT_FALSE(told["secured"].get<bool>());
-  EXPECT_EQ(told["causes"][0]["cause"], "no-link");
+  Json const why = resultOf("explain")[0];
+  EXPECT_FALSE(why["secured"].get<bool>());
+  EXPECT_EQ(why["causes"][0]["cause"], "no-link");
 }
 
 TEST_F(ControlTest, ExplainsWhereTheStateMachinesOfAPortStand) {

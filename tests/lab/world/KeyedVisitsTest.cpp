@@ -86,8 +86,8 @@ TEST_P(KeyedVisits, LeaveTheSameTracesAndWritesAsVisitsToEverybody) {
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, KeyedVisits,
                          testing::Values("three-switches", "two-switches", "restart", "shutdown"),
-                         [](auto const& info) {
-                           std::string name = info.param;
+                         [](auto const& test) {
+                           std::string name = test.param;
                            name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
                            return name;
                          });

@@ -136,8 +136,10 @@ TEST_F(Lmdb, FileThatIsDamagedAnywhereCrashesNobody) {
     for (bool const cut : {true, false}) {
       std::filesystem::copy_file(good, path, std::filesystem::copy_options::overwrite_existing);
       if (cut) std::filesystem::resize_file(path, at);
-      if (!cut)
-        std::fstream(path, std::ios::in | std::ios::out).seekp(at) << std::string(64, '\x7f');
+      if (!cut) {
+        std::fstream(path, std::ios::in | std::ios::out).seekp(static_cast<std::streamoff>(at))
+            << std::string(64, '\x7f');
+      }
       LmdbStore store(path);
       aside += !store.notices().empty();
       store.readAll();

@@ -21,7 +21,7 @@ std::vector<size_t> sizesOf(EapolSocket& socket, size_t most) {
 TEST(EapolSocket, HandsOverAtMostSoManyFramesAtOnceAndKeepsTheRest) {
   SocketPair pair;
   EapolSocket socket(std::move(pair.near));
-  for (size_t size : {60, 70, 80}) pair.put(mkaFrame(size));
+  for (size_t size : {60u, 70u, 80u}) pair.put(mkaFrame(size));
   EXPECT_THAT(sizesOf(socket, 2), ElementsAre(60, 70));
   EXPECT_THAT(sizesOf(socket, 2), ElementsAre(80));
   EXPECT_THAT(sizesOf(socket, 2), IsEmpty());
@@ -71,7 +71,7 @@ bool passes(std::vector<uint8_t> const& frame) {
 
 TEST(EapolFilter, PassesMkpdusAlone) {
   EXPECT_TRUE(passes(mkaFrame(60)));
-  for (uint8_t type : {0, 1, 2, 3, 4, 6, 7, 8, 255}) {
+  for (uint8_t type : std::initializer_list<uint8_t>{0, 1, 2, 3, 4, 6, 7, 8, 255}) {
     auto frame = mkaFrame(60);
     frame[15] = type;
     EXPECT_FALSE(passes(frame)) << int(type);
@@ -82,7 +82,7 @@ TEST(EapolFilter, PassesMkpdusAlone) {
 }
 
 TEST(EapolFilter, PassesNothingTooShortToTell) {
-  for (size_t size : {1, 12, 13, 14, 15}) EXPECT_FALSE(passes(mkaFrame(size))) << size;
+  for (size_t size : {1u, 12u, 13u, 14u, 15u}) EXPECT_FALSE(passes(mkaFrame(size))) << size;
   EXPECT_TRUE(passes(mkaFrame(16)));
 }
 

@@ -36,7 +36,7 @@ struct Made {
     return *this;
   }
   nlmsghdr& header() { return *reinterpret_cast<nlmsghdr*>(buffer.data()); }
-  ifinfomsg& info() { return *static_cast<ifinfomsg*>(NLMSG_DATA(&header())); }
+  ifinfomsg& info() { return *reinterpret_cast<ifinfomsg*>(buffer.data() + sizeof(nlmsghdr)); }
   std::optional<LinkMessage> read() { return linkMessageOf(header()); }
 
   alignas(8) std::array<uint8_t, 512> buffer{};

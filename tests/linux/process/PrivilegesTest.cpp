@@ -61,8 +61,9 @@ TEST(Privileges, LeaveNoWayIntoOtherNamespaces) {
 }
 
 TEST(Privileges, LeaveNoWayToAProcessInOtherNamespaces) {
-  for (unsigned long const flag : {CLONE_NEWNS, CLONE_NEWCGROUP, CLONE_NEWUTS, CLONE_NEWIPC,
-                                   CLONE_NEWPID, CLONE_NEWNET, CLONE_NEWUSER}) {
+  for (unsigned long const flag : std::initializer_list<unsigned long>{
+           CLONE_NEWNS, CLONE_NEWCGROUP, CLONE_NEWUTS, CLONE_NEWIPC, CLONE_NEWPID, CLONE_NEWNET,
+           CLONE_NEWUSER}) {
     EXPECT_TRUE(holdsWithout([flag] { return isRefused(cloned(flag | SIGCHLD), EPERM); })) << flag;
     EXPECT_TRUE(holdsWithout([flag] {
       clone_args arguments{};

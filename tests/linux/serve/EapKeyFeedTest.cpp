@@ -156,7 +156,7 @@ TEST_F(EapKeyFeedTest, LinesOfAClientThatDoesNotWaitForAnswersAreAllTaken) {
 TEST_F(EapKeyFeedTest, ALineInPiecesOfAnySizeIsOneLine) {
   Client client(path_);
   std::string const line = keyLine();
-  for (size_t size : {1, 7, 64, 200}) {
+  for (size_t size : {1u, 7u, 64u, 200u}) {
     keys_->keyDel(kIntf);
     std::string answers;
     for (size_t at = 0; at < line.size(); at += size) {

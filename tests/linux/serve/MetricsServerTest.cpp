@@ -39,18 +39,18 @@ class MetricsServerTest : public ::testing::Test {
   }
   /// All that comes until the server ends the connection.
   std::string answer(Descriptor const& fd) {
-    std::string text;
+    std::string all;
     pollfd waited[] = {{loop.fd(), POLLIN, 0}, {fd.fd(), POLLIN, 0}};
     while (poll(waited, 2, 10000) > 0) {
       settle(loop);
       if (waited[1].revents == 0) continue;
       char part[65536];
       ssize_t const got = recv(fd.fd(), part, sizeof part, 0);
-      if (got <= 0) return text;
-      text.append(part, static_cast<size_t>(got));
+      if (got <= 0) return all;
+      all.append(part, static_cast<size_t>(got));
     }
     ADD_FAILURE() << "no end";
-    return text;
+    return all;
   }
   std::string asked(std::string const& request) {
     Descriptor const fd = connected();
