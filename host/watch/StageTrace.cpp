@@ -1,5 +1,6 @@
 #include "host/watch/StageTrace.h"
 
+#include "runtime/NestedReactors.h"
 #include "runtime/Reactor.h"
 #include "runtime/Trace.h"
 
@@ -47,68 +48,59 @@ struct StageTrace::CpStatusReactor final
 };
 
 struct StageTrace::ActorStatusReactor final
-    : Vesk::Reactor<MkaActorStatus const, StageTrace, ActorStatusReactor> {
-  ActorStatusReactor(StageTrace& owner, Vesk::Ptr<MkaActorStatus const> actor, Lumo::IntfId intfId)
-      : Reactor(owner, std::move(actor)), intfId(intfId) {}
+    : Vesk::Reactor<MkaActorStatus const, PortStatusReactor, ActorStatusReactor> {
+  using Reactor::Reactor;
   Vesk::String8 fwkKey() const { return notifier()->ckn(); }
-  void onPrincipal() override { owner().look(intfId); }
-  void onNewSak() override { owner().look(intfId); }
-  void onDistSak() override { owner().look(intfId); }
-  void onLivePeer(Vesk::String8 const&) override { owner().look(intfId); }
-  void onLivePeerImmediate() override { owner().look(intfId); }
-  void onPotentialPeer(Vesk::String8 const&) override { owner().look(intfId); }
-  void onPotentialPeerImmediate() override { owner().look(intfId); }
-  Lumo::IntfId const intfId;
+  void onPrincipal() override { look(); }
+  void onNewSak() override { look(); }
+  void onDistSak() override { look(); }
+  void onLivePeer(Vesk::String8 const&) override { look(); }
+  void onLivePeerImmediate() override { look(); }
+  void onPotentialPeer(Vesk::String8 const&) override { look(); }
+  void onPotentialPeerImmediate() override { look(); }
+  void look();
 };
 
 struct StageTrace::PortStatusReactor final
     : Vesk::Reactor<MkaPortStatus const, StageTrace, PortStatusReactor> {
   PortStatusReactor(StageTrace& owner, Vesk::Ptr<MkaPortStatus const> port)
       : Reactor(owner, std::move(port)) {
-    for (MkaActorStatus& actor : notifier()->actorStatus()) follow(actor.ckn());
+    onActorStatusImmediate();
   }
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
   void onActorStatus(Vesk::String8 const& ckn) override {
-    follow(ckn);
-    owner().look(fwkKey());
+    actors_.follow(*this, notifier()->actorStatus(), ckn);
+    look();
   }
-  void follow(Vesk::String8 const& ckn) {
-    Vesk::Ptr<MkaActorStatus const> const actor = notifier()->actorStatus(ckn);
-    if (!actor) return actors.xDel(ckn);
-    actors.xIs(ckn, actor,
-               [&] { return Vesk::make<ActorStatusReactor>(owner(), actor, fwkKey()); });
-  }
-  Vesk::NestedReactors<ActorStatusReactor, Vesk::String8> actors;
+  void onActorStatusImmediate() override { actors_.followAll(*this, notifier()->actorStatus()); }
+  void look() { owner().look(fwkKey()); }
+  auto nested() { return std::tie(actors_); }
+
+ private:
+  Vesk::NestedReactors<ActorStatusReactor, Vesk::String8> actors_;
 };
+
+void StageTrace::ActorStatusReactor::look() { owner().look(); }
 
 struct StageTrace::StatusReactor final : Vesk::Reactor<Status const, StageTrace, StatusReactor> {
   StatusReactor(StageTrace& owner, Vesk::Ptr<Status const> status)
       : Reactor(owner, std::move(status)) {
-    for (CpStatus& member : notifier()->cpStatus()) followCp(member.intfId());
-    for (MkaPortStatus& member : notifier()->portStatus()) followPort(member.intfId());
+    cpStatus_.followAll(owner, notifier()->cpStatus());
+    portStatus_.followAll(owner, notifier()->portStatus());
   }
   void onCpStatus(Lumo::IntfId const& intfId) override {
-    followCp(intfId);
+    cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
     owner().look(intfId);
   }
   void onPortStatus(Lumo::IntfId const& intfId) override {
-    followPort(intfId);
+    portStatus_.follow(owner(), notifier()->portStatus(), intfId);
     owner().look(intfId);
   }
-  void followCp(Lumo::IntfId intfId) {
-    Vesk::Ptr<CpStatus const> const cp = notifier()->cpStatus(intfId);
-    if (!cp) return cpStatus.xDel(intfId);
-    cpStatus.xIs(intfId, cp, [&] { return Vesk::make<CpStatusReactor>(owner(), cp); });
-  }
-  void followPort(Lumo::IntfId intfId) {
-    Vesk::Ptr<MkaPortStatus const> const port = notifier()->portStatus(intfId);
-    if (!port) {
-      return portStatus.xDel(intfId, [](PortStatusReactor& gone) { gone.actors.retireAll(); });
-    }
-    portStatus.xIs(intfId, port, [&] { return Vesk::make<PortStatusReactor>(owner(), port); });
-  }
-  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus;
-  Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> portStatus;
+  auto nested() { return std::tie(cpStatus_, portStatus_); }
+
+ private:
+  Vesk::NestedReactors<CpStatusReactor, Lumo::IntfId> cpStatus_;
+  Vesk::NestedReactors<PortStatusReactor, Lumo::IntfId> portStatus_;
 };
 
 StageTrace::StageTrace(Vesk::Ptr<Status const> status, KeyServerOf keyServerOf)
@@ -117,12 +109,7 @@ StageTrace::StageTrace(Vesk::Ptr<Status const> status, KeyServerOf keyServerOf)
   status_->hasNotificationActiveIs(true);
 }
 
-StageTrace::~StageTrace() {
-  status_->cpStatus.retireAll();
-  for (PortStatusReactor& port : status_->portStatus.map()) port.actors.retireAll();
-  status_->portStatus.retireAll();
-  Vesk::retire(status_);
-}
+StageTrace::~StageTrace() { Vesk::retire(status_); }
 
 void StageTrace::look(Lumo::IntfId intfId) {
   if (!traceHandle.isEnabled(2)) return;

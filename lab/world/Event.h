@@ -96,8 +96,8 @@ struct Event {
 
 /// The event of a port, if it is one of this kind; else null.
 inline PortEvent const* eventOf(Event const& event, EventKind kind) {
-  auto const* const event = std::get_if<PortEvent>(&event.what);
-  return event && event->kind == kind ? event : nullptr;
+  auto const* const port = std::get_if<PortEvent>(&event.what);
+  return port && port->kind == kind ? port : nullptr;
 }
 
 /// Somebody who follows a simulation.

@@ -206,7 +206,7 @@ TEST_F(Dot1xKeys, ALinkThatGoesBeforeItIsInitializedOrWithoutStatusChangesNothin
 
 /// The octets from `first` to `last` as hexadecimal text.
 std::string octetsFrom(uint8_t first, uint8_t last) {
-  std::vector<uint8_t> octets(last - first + 1);
+  std::vector<uint8_t> octets(static_cast<size_t>(last - first + 1));
   std::iota(octets.begin(), octets.end(), first);
   return hexString(octets).charPtr();
 }

@@ -268,8 +268,8 @@ TEST_F(Configuration, StaleEntriesGoBeforeItIsInitialized) {
 
 /// Does something once, inside the next notification of an interface's status.
 struct InsideIntfStatus final : Vesk::Reactor<Status const, int, InsideIntfStatus> {
-  InsideIntfStatus(Vesk::Ptr<Status> const& status, std::function<void()> deed)
-      : Reactor(none, status), deed(std::move(deed)) {}
+  InsideIntfStatus(Vesk::Ptr<Status> const& status, std::function<void()> once)
+      : Reactor(none, status), deed(std::move(once)) {}
   void onIntfStatus(Lumo::IntfId const&) override {
     if (deed) std::exchange(deed, nullptr)();
   }

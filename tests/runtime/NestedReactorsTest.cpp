@@ -144,9 +144,9 @@ class LanesReactor final : public Reactor<Port, Owner, LanesReactor> {
 TEST_F(NestedReactorsTest, GoOutOfServiceWithTheReactorThatNamesThem) {
   Ptr<Lane> lane = port->laneIs(key);
   auto reactor = make<LanesReactor>(owner, port);
-  Ptr<LaneReactor> const nested(reactor->lanes.find(key));
+  Ptr<LaneReactor> const laneReactor(reactor->lanes.find(key));
   reactor->retire();
-  EXPECT_TRUE(nested->isMarkedForDeletion());
+  EXPECT_TRUE(laneReactor->isMarkedForDeletion());
   EXPECT_EQ(reactor->lanes.members(), 0u);
   lane->loadIs(1);
   EXPECT_THAT(owner.heard, IsEmpty());

@@ -37,13 +37,15 @@ class OwnWorld final : public World {
 
 /// Follows the attribute log of one world.
 struct Follower final : AttributeFollower {
-  explicit Follower(World& world) : world(world) { world.attributeFollowerIs(*this); }
-  ~Follower() { world.attributeFollowerDel(*this); }
+  explicit Follower(World& world) : world_(world) { world_.attributeFollowerIs(*this); }
+  ~Follower() { world_.attributeFollowerDel(*this); }
   void attributeWritten(AttributeWrite const& write) override {
     written.push_back(write.attribute);
   }
-  World& world;
   std::vector<std::string> written;
+
+ private:
+  World& world_;
 };
 
 // What a switch does outside of any world would reach nobody: neither store nor log.

@@ -144,8 +144,8 @@ TEST(ScenarioParser, ReadsEveryWayToGiveATime) {
   auto when = [](std::string const& span) {
     return parseScenario(scene(span + " expect A logs no X"), "f").scenario.expectations.at(0).when;
   };
-  auto is = [](When const& when, Span span, double from, double to) {
-    return when.span == span && when.from == from && when.to == to;
+  auto is = [](When const& read, Span span, double from, double to) {
+    return read.span == span && read.from == from && read.to == to;
   };
   EXPECT_TRUE(is(when("at 2.5"), Span::at, 2.5, 2.5));
   EXPECT_TRUE(is(when("by 3"), Span::by, 0, 3));
