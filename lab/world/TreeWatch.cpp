@@ -69,6 +69,10 @@ void TreeWatch::written(Vesk::AttributeWrite const& write) {
                                     MkaActorStatus::kLivePeer, MkaActorStatus::kPotentialPeer})) {
     lookAtActor(*actor);
   }
+  // One that is made anew begins without the peers of the former one.
+  if (write.member && write.of<MkaPortStatus>({MkaPortStatus::kActorStatus})) {
+    lookAtActor(static_cast<MkaActorStatus const&>(*write.member));
+  }
   if (write.of<ForwardingInput>({ForwardingInput::kForwardingModelInput})) lookAtForwarding();
   if (write.of<MacSecIntfStatus>({MacSecIntfStatus::kTxSaStatus, MacSecIntfStatus::kRxSaStatus}) ||
       write.of<SaStatus>({SaStatus::kLpn})) {

@@ -11,14 +11,17 @@ using ::testing::ElementsAre;
 class TheTraceOfStages : public ::testing::Test {
  protected:
   TheTraceOfStages() {
-    Vesk::TraceHandle::streamLevelsIs("Macsecd::StageTrace", 1 << 2);
     for (Switch* one : {&a, &b}) {
       Vesk::WorldScope const scope(one->world);
+      Vesk::TraceHandle::streamLevelsIs("Macsecd::StageTrace", 1 << 2);
       one->bringUp();
     }
     talk(a, b, 20);
   }
-  ~TheTraceOfStages() override { Vesk::TraceHandle::streamLevelsIs("Macsecd::StageTrace", 0); }
+  ~TheTraceOfStages() override {
+    Vesk::WorldScope const scope(a.world);
+    Vesk::TraceHandle::streamLevelsIs("Macsecd::StageTrace", 0);
+  }
 
   /// What stands behind `begin` in the traces of a switch.
   static std::vector<std::string> steps(Switch const& of, std::string const& begin) {
