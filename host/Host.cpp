@@ -57,12 +57,12 @@ struct Host::Machines {
                                            host.hwStatus_, host.timerWheel_)),
         forwardingModelSm(
             Macsec::macsecForwardingModelSmFactory(host.status_, host.forwardingModelInputDir_)),
-        peerLoss(host.status_, host.peerLossInputDir_),
-        transmitHold(host.status_, host.keyHistory_, host.transmitHoldInputDir_, host.timerWheel_,
+        portChanges(host.status_),
+        peerLoss(portChanges, host.peerLossInputDir_),
+        transmitHold(portChanges, host.keyHistory_, host.transmitHoldInputDir_, host.timerWheel_,
                      [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }),
         keyAges(host.status_),
-        stageTrace(host.status_,
-                   [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }) {
+        stageTrace(portChanges, [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }) {
     codec.replayGuardIs(host.options_.replayGuard);
     peerLoss.closingIs(host.closing_);
     if (host.options_.portDoctor) {
@@ -80,6 +80,7 @@ struct Host::Machines {
   Codec::FrameCodec codec;
   Vesk::Ptr<Macsec::MkaRootSm> mkaRootSm;
   Vesk::Ptr<Macsec::MacsecForwardingModelSm> forwardingModelSm;
+  PortChanges portChanges;
   PeerLoss peerLoss;
   TransmitHold transmitHold;
   KeyAges keyAges;

@@ -4,9 +4,12 @@
 
 namespace Macsecd {
 
-PeerLoss::PeerLoss(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Input> input)
-    : input_(std::move(input)),
-      ports_(std::move(status), [this](Lumo::IntfId intfId) { look(intfId); }) {}
+PeerLoss::PeerLoss(PortChanges& ports, Vesk::Ptr<Input> input)
+    : ports_(ports), input_(std::move(input)) {
+  ports_.listenerIs(*this);
+}
+
+PeerLoss::~PeerLoss() { ports_.listenerDel(*this); }
 
 void PeerLoss::closingIs(std::set<Lumo::IntfId> closing) {
   auto const former = std::exchange(closing_, std::move(closing));

@@ -9,22 +9,27 @@ namespace Macsecd {
 
 /// Closes open ports that have lost all their peers, where that is wanted, until a peer is there
 /// again. The engine keeps such a port open; this acts on forwarding alone, by an input of its own.
-class PeerLoss {
+class PeerLoss final : private PortListener {
  public:
   using Input = Interface::IntfForwardingModelInputDir;
 
-  PeerLoss(Vesk::Ptr<Macsec::Status const> status, Vesk::Ptr<Input> input);
+  /// `ports` lives longer.
+  PeerLoss(PortChanges& ports, Vesk::Ptr<Input> input);
+  ~PeerLoss();
+  PeerLoss(PeerLoss const&) = delete;
+  PeerLoss& operator=(PeerLoss const&) = delete;
 
   /// The interfaces on which ports are to be closed.
   void closingIs(std::set<Lumo::IntfId> closing);
 
  private:
+  void portChanged(Lumo::IntfId intfId) override { look(intfId); }
   void look(Lumo::IntfId intfId);
   bool isLost(Lumo::IntfId intfId) const;
 
+  PortChanges& ports_;
   Vesk::Ptr<Input> const input_;
   std::set<Lumo::IntfId> closing_;
-  PortChanges const ports_;
 };
 
 }  // namespace Macsecd

@@ -1,7 +1,5 @@
 #include "host/watch/PortChanges.h"
 
-#include <vector>
-
 #include "runtime/NestedReactors.h"
 #include "runtime/Reactor.h"
 
@@ -31,7 +29,9 @@ struct PortChanges::CpStatusReactor final
   void onTxSak() override { changed(); }
   void onRxSak(Macsec::AssociationNumber const&) override { changed(); }
   void onRxSakImmediate() override { changed(); }
-  void changed() { owner().changed_(fwkKey()); }
+  void onLatestSakContext() override { owner().stepped(fwkKey()); }
+  void onOldSakContext() override { owner().stepped(fwkKey()); }
+  void changed() { owner().changed(fwkKey()); }
 };
 
 struct PortChanges::ActorStatusReactor final
@@ -43,7 +43,11 @@ struct PortChanges::ActorStatusReactor final
   void onSuccess() override { changed(); }
   void onLivePeer(Vesk::String8 const&) override { changed(); }
   void onLivePeerImmediate() override { changed(); }
+  void onNewSak() override { stepped(); }
+  void onPotentialPeer(Vesk::String8 const&) override { stepped(); }
+  void onPotentialPeerImmediate() override { stepped(); }
   void changed();
+  void stepped();
 };
 
 struct PortChanges::PortStatusReactor final
@@ -58,7 +62,8 @@ struct PortChanges::PortStatusReactor final
     changed();
   }
   void onActorStatusImmediate() override { actors_.followAll(*this, notifier()->actorStatus()); }
-  void changed() { owner().changed_(fwkKey()); }
+  void changed() { owner().changed(fwkKey()); }
+  void stepped() { owner().stepped(fwkKey()); }
   auto nested() { return std::tie(actors_); }
 
  private:
@@ -66,6 +71,7 @@ struct PortChanges::PortStatusReactor final
 };
 
 void PortChanges::ActorStatusReactor::changed() { owner().changed(); }
+void PortChanges::ActorStatusReactor::stepped() { owner().stepped(); }
 
 PortChanges::StatusReactor::StatusReactor(PortChanges& owner, Vesk::Ptr<Status const> status)
     : Reactor(owner, std::move(status)) {
@@ -75,16 +81,16 @@ PortChanges::StatusReactor::StatusReactor(PortChanges& owner, Vesk::Ptr<Status c
 
 void PortChanges::StatusReactor::onCpStatus(Lumo::IntfId const& intfId) {
   cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
-  owner().changed_(intfId);
+  owner().changed(intfId);
 }
 
 void PortChanges::StatusReactor::onPortStatus(Lumo::IntfId const& intfId) {
   portStatus_.follow(owner(), notifier()->portStatus(), intfId);
-  owner().changed_(intfId);
+  owner().changed(intfId);
 }
 
-PortChanges::PortChanges(Vesk::Ptr<Status const> status, Changed changed)
-    : changed_(std::move(changed)), status_(Vesk::make<StatusReactor>(*this, std::move(status))) {
+PortChanges::PortChanges(Vesk::Ptr<Status const> status)
+    : status_(Vesk::make<StatusReactor>(*this, std::move(status))) {
   status_->hasNotificationActiveIs(true);
 }
 
@@ -92,10 +98,19 @@ PortChanges::~PortChanges() { Vesk::retire(status_); }
 
 Vesk::Ptr<Status const> const& PortChanges::status() const { return status_->notifier(); }
 
-void PortChanges::begin() {
+std::vector<Lumo::IntfId> PortChanges::ports() const {
   std::vector<Lumo::IntfId> ports;
   for (CpStatus& member : status()->cpStatus()) ports.push_back(member.intfId());
-  for (Lumo::IntfId const intfId : ports) changed_(intfId);
+  return ports;
+}
+
+// By place: who is told may bring another listener.
+void PortChanges::changed(Lumo::IntfId intfId) {
+  for (size_t i = 0; i < listeners_.size(); ++i) listeners_[i]->portChanged(intfId);
+}
+
+void PortChanges::stepped(Lumo::IntfId intfId) {
+  for (size_t i = 0; i < listeners_.size(); ++i) listeners_[i]->portStepped(intfId);
 }
 
 }  // namespace Macsecd

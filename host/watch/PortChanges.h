@@ -1,24 +1,40 @@
 #pragma once
 
-#include <functional>
+#include <vector>
 
 #include "model/Status.h"
 
 namespace Macsecd {
 
-/// Tells when something of a port may have changed that decides whether traffic may pass on it: its
-/// controlled port, the keys that it asks for, its actors, their role and their live peers.
+/// Hears of the changes of all ports (`PortChanges`).
+class PortListener {
+ public:
+  /// Something of a port may have changed that decides whether traffic may pass on it: its
+  /// controlled port, the keys that it asks for, its actors, their role and their live peers.
+  virtual void portChanged(Lumo::IntfId intfId) = 0;
+  /// A key, a member or the guard on new SAKs may have come to another stage, and nothing of the
+  /// above has changed.
+  virtual void portStepped(Lumo::IntfId intfId) { static_cast<void>(intfId); }
+
+ protected:
+  PortListener() = default;
+  ~PortListener() = default;
+};
+
+/// Follows all ports of a status tree for those who listen.
 class PortChanges {
  public:
-  using Changed = std::function<void(Lumo::IntfId)>;
-
-  /// Tells of every port once when `begin` is called, and from then on of each change.
-  PortChanges(Vesk::Ptr<Macsec::Status const> status, Changed changed);
+  explicit PortChanges(Vesk::Ptr<Macsec::Status const> status);
   ~PortChanges();
   PortChanges(PortChanges const&) = delete;
   PortChanges& operator=(PortChanges const&) = delete;
 
-  void begin();
+  /// Who hears of each change, behind those who came before; it leaves before it ends.
+  void listenerIs(PortListener& listener) { listeners_.push_back(&listener); }
+  void listenerDel(PortListener& listener) { std::erase(listeners_, &listener); }
+
+  /// The interfaces with a controlled port.
+  std::vector<Lumo::IntfId> ports() const;
   Vesk::Ptr<Macsec::Status const> const& status() const;
 
  private:
@@ -27,7 +43,10 @@ class PortChanges {
   struct PortStatusReactor;
   struct ActorStatusReactor;
 
-  Changed const changed_;
+  void changed(Lumo::IntfId intfId);
+  void stepped(Lumo::IntfId intfId);
+
+  std::vector<PortListener*> listeners_;
   Vesk::Ptr<StatusReactor> status_;
 };
 

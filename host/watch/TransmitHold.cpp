@@ -46,16 +46,16 @@ struct TransmitHold::Timer final : Zorn::TimerReactor<TransmitHold> {
   void onTime() override { owner().handleTime(); }
 };
 
-TransmitHold::TransmitHold(Vesk::Ptr<Macsec::Status const> status, KeyHistory& history,
-                           Vesk::Ptr<Input> input, Vesk::Ptr<Zorn::TimerWheel> wheel,
-                           KeyServerOf keyServerOf)
-    : history_(history),
+TransmitHold::TransmitHold(PortChanges& ports, KeyHistory& history, Vesk::Ptr<Input> input,
+                           Vesk::Ptr<Zorn::TimerWheel> wheel, KeyServerOf keyServerOf)
+    : ports_(ports),
+      history_(history),
       input_(std::move(input)),
       keyServerOf_(std::move(keyServerOf)),
-      timer_(Vesk::make<Timer>(*this, std::move(wheel))),
-      ports_(std::move(status), [this](Lumo::IntfId intfId) { look(intfId); }) {
+      timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
+  ports_.listenerIs(*this);
   takeUp();
-  ports_.begin();
+  for (Lumo::IntfId const intfId : ports_.ports()) look(intfId);
 }
 
 // What state machines before these held back is held back until it is looked at.
@@ -65,7 +65,10 @@ void TransmitHold::takeUp() {
   if (!held_.empty()) timer_->timeMinIs(Vesk::now());
 }
 
-TransmitHold::~TransmitHold() { Vesk::retire(timer_); }
+TransmitHold::~TransmitHold() {
+  ports_.listenerDel(*this);
+  Vesk::retire(timer_);
+}
 
 TransmitHold::Reason TransmitHold::reason(Lumo::IntfId intfId) const {
   auto const found = held_.find(intfId);

@@ -25,7 +25,7 @@ namespace Macsecd {
 /// It ends with a key that isn't spent. If this switch is the key server, it makes one as soon as
 /// the third member has gone. The engine goes on untouched: this acts on forwarding by an input of
 /// its own, which the hardware goes by as well.
-class TransmitHold {
+class TransmitHold final : private PortListener {
  public:
   using Input = Interface::IntfForwardingModelInputDir;
   enum class Reason : uint8_t { none, tooManyMembers, otherPeer, spentKey };
@@ -33,8 +33,9 @@ class TransmitHold {
   /// The state machine that decides on new SAKs for the key in use; null if there is none.
   using KeyServerOf = std::function<Vesk::Ptr<Macsec::MkaKeyServerSm>(Lumo::IntfId)>;
 
-  /// An interface stands in `input` while its transmit key is held back. `history` lives longer.
-  TransmitHold(Vesk::Ptr<Macsec::Status const> status, KeyHistory& history, Vesk::Ptr<Input> input,
+  /// An interface stands in `input` while its transmit key is held back. `ports` and `history` live
+  /// longer.
+  TransmitHold(PortChanges& ports, KeyHistory& history, Vesk::Ptr<Input> input,
                Vesk::Ptr<Zorn::TimerWheel> wheel, KeyServerOf keyServerOf);
   ~TransmitHold();
   TransmitHold(TransmitHold const&) = delete;
@@ -48,6 +49,7 @@ class TransmitHold {
  private:
   struct Timer;
 
+  void portChanged(Lumo::IntfId intfId) override { look(intfId); }
   void takeUp();
   Reason reasonNow(Lumo::IntfId intfId) const;
   void spend(Lumo::IntfId intfId, Macsec::Sak const& sak);
@@ -57,12 +59,12 @@ class TransmitHold {
   void handleTime();
   void renewKey(Lumo::IntfId intfId);
 
+  PortChanges& ports_;
   KeyHistory& history_;
   Vesk::Ptr<Input> const input_;
   KeyServerOf const keyServerOf_;
   std::map<Lumo::IntfId, Reason> held_;
   Vesk::Ptr<Timer> timer_;
-  PortChanges ports_;
 };
 
 }  // namespace Macsecd

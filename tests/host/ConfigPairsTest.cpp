@@ -227,6 +227,7 @@ struct Pair {
   End after(Way way) const {
     Machine near(1), far(2);
     for (Machine* const machine : {&near, &far}) {
+      Vesk::WorldScope const scope(machine->world);
       for (uint8_t i = 0; i < 2; ++i) {
         if (hasEapKey[i]) machine->eapKeys[i] = eapKey(i);
       }
@@ -237,6 +238,7 @@ struct Pair {
     if (farChanges) reload(far, farSecond);
     change(near, way);
     talk(near, far, changeTime, changeTime + kSettled);
+    Vesk::WorldScope const scope(near.world);
     return End(*near.host);
   }
 
