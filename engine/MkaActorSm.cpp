@@ -60,7 +60,7 @@ MkaActorSm::~MkaActorSm() = default;
 
 void MkaActorSm::end() {
   handleCleanUp();
-  Vesk::endReactors(actorStatus_, pamManager_, rxMessageInfo_, mkpduTimer_);
+  Vesk::endReactors(actorStatusReactor_, pamManager_, rxMessageInfo_, mkpduTimer_);
 }
 
 Vesk::Ptr<MkaActorSm> MkaActorSm::MkaActorSmIs(Vesk::String8 ckn, Vesk::String8 cak,
@@ -85,12 +85,8 @@ Vesk::Ptr<MkaActorSm> mkaActorSmFactory(Vesk::String8 ckn, Vesk::String8 cak, Lu
 
 void MkaActorSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
-  Vesk::passNotificationActive(active, actorStatus_, pamManager_, rxMessageInfo_, keyServerSm_,
-                               cpSm_, mkpduTimer_);
-}
-
-Vesk::Ptr<MkaActorStatus> const& MkaActorSm::actorStatus() const {
-  return actorStatus_->notifier();
+  Vesk::passNotificationActive(active, actorStatusReactor_, pamManager_, rxMessageInfo_,
+                               keyServerSm_, cpSm_, mkpduTimer_);
 }
 
 Vesk::Ptr<MkaPamManager> MkaActorSm::pamManager() const {
@@ -142,7 +138,8 @@ void MkaActorSm::handleInitialized() {
   intfStatus_ = status_->intfStatus(intfId_);
   portStatus_ = status_->portStatus(intfId_);
   VESK_ASSERT(portStatus_ && portStatus_->actorStatus(ckn_));
-  actorStatus_ = Vesk::make<ActorStatusReactor>(*this, portStatus_->actorStatus(ckn_));
+  actorStatus_ = portStatus_->actorStatus(ckn_);
+  actorStatusReactor_ = Vesk::make<ActorStatusReactor>(*this, actorStatus_);
   cpStatus_ = status_->cpStatus(intfId_);
   if (actorStatus()->msgId().empty()) {
     updateMsgId();

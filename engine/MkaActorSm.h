@@ -40,7 +40,7 @@ class MkaActorSm final : public Vesk::StateMachine {
   bool initialized() const { return initialized_; }
   Vesk::Ptr<Status> const& status() const { return status_; }
   Vesk::Ptr<IntfStatus const> const& intfStatus() const { return intfStatus_; }
-  Vesk::Ptr<MkaActorStatus> const& actorStatus() const;
+  Vesk::Ptr<MkaActorStatus> const& actorStatus() const { return actorStatus_; }
   /// Null if it was made without one.
   Vesk::Ptr<MkaPamManager> pamManager() const;
   Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const { return hwStatus_; }
@@ -123,7 +123,8 @@ class MkaActorSm final : public Vesk::StateMachine {
   Lumo::IntfId const intfId_;
   Vesk::Ptr<Status> status_;
   Vesk::Ptr<IntfStatus const> intfStatus_;
-  Vesk::Ptr<ActorStatusReactor> actorStatus_;
+  Vesk::Ptr<MkaActorStatus> actorStatus_;
+  Vesk::Ptr<ActorStatusReactor> actorStatusReactor_;
   Vesk::Ptr<PamManagerReactor> pamManager_;
   Vesk::Ptr<RxMessageInfoReactor> rxMessageInfo_;
   Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus_;
