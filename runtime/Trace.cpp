@@ -45,16 +45,18 @@ TraceHandle::TraceHandle(char const* name) : name_(name), levels_(ringLevels), n
 
 void TraceHandle::streamsChange(uint16_t former, uint16_t levels) {
   for (size_t level = 0; level < streams_.size(); ++level) {
-    streams_[level] += (levels >> level & 1) - (former >> level & 1);
+    if (former >> level & 1) --streams_[level];
+    if (levels >> level & 1) ++streams_[level];
   }
   levelsAreCounted();
 }
 
 void TraceHandle::levelsAreCounted() {
-  levels_ = ringLevels;
+  unsigned levels = ringLevels;
   for (size_t level = 0; level < streams_.size(); ++level) {
-    if (streams_[level] > 0) levels_ |= 1 << level;
+    if (streams_[level] > 0) levels |= 1u << level;
   }
+  levels_ = static_cast<uint16_t>(levels);
 }
 
 bool TraceHandle::goesToStream(FacilityLevel level) const {
