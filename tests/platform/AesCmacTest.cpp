@@ -64,9 +64,10 @@ TEST(AesCmac, MatchesOnlyTheWholeRightMac) {
   EXPECT_TRUE(cmac.matches(messageOf(16), mac));
   EXPECT_FALSE(cmac.matches(messageOf(16), std::span(mac).first(8)));
   for (size_t bit = 0; bit < 128; ++bit) {
-    mac[bit / 8] ^= 1 << bit % 8;
+    auto const mask = static_cast<uint8_t>(1u << bit % 8);
+    mac[bit / 8] ^= mask;
     EXPECT_FALSE(cmac.matches(messageOf(16), mac)) << bit;
-    mac[bit / 8] ^= 1 << bit % 8;
+    mac[bit / 8] ^= mask;
   }
   EXPECT_FALSE(AesCmac().matches(messageOf(16), mac));
 }

@@ -56,11 +56,12 @@ TEST(KeyWrap, RefusesAnyFlippedBitAndThenStillUnwrapsTheRightOne) {
     auto wrapped = octetsOf(v.wrapped);
     std::vector<uint8_t> key(wrapped.size() - KeyWrap::kOverhead);
     for (size_t bit = 0; bit < 8 * wrapped.size(); ++bit) {
-      wrapped[bit / 8] ^= 1 << bit % 8;
+      auto const mask = static_cast<uint8_t>(1u << bit % 8);
+      wrapped[bit / 8] ^= mask;
       key.assign(key.size(), 1);
       EXPECT_FALSE(wrap.unwrap(wrapped, key)) << v.wrapped << " bit " << bit;
       EXPECT_TRUE(allZero(key));
-      wrapped[bit / 8] ^= 1 << bit % 8;
+      wrapped[bit / 8] ^= mask;
     }
     EXPECT_TRUE(wrap.unwrap(wrapped, key));
     EXPECT_EQ(hexString(key), v.key);
