@@ -10,8 +10,11 @@ uint64_t lastEntityId = 0;
 void tellWorld(AttributeWrite const& write) {
   RunningHandler outside(nullptr);
   if (world().attributeLog()) world().attributeWritten(write);
-  auto const& followers = world().attributeFollowers();
-  for (size_t i = 0; i < followers.size(); ++i) followers[i]->attributeWritten(write);
+  // One that leaves while it is told, or has another one leave, keeps nobody else from hearing.
+  auto const& present = world().attributeFollowers();
+  for (AttributeFollower* follower : std::vector(present)) {
+    if (std::ranges::find(present, follower) != present.end()) follower->attributeWritten(write);
+  }
 }
 
 }  // namespace

@@ -83,6 +83,31 @@ TEST(World, TellsItsOwnFollowersOfWritesAlone) {
   EXPECT_THAT(first.written, IsEmpty()) << "the world itself takes what it has asked for";
 }
 
+TEST(World, TellsWhoStandsBehindAFollowerThatLeavesWhileItIsTold) {
+  struct Leaver final : AttributeFollower {
+    void attributeWritten(AttributeWrite const&) override {
+      world().attributeFollowerDel(*this);
+      if (other) world().attributeFollowerDel(*other);
+      ++told;
+    }
+    AttributeFollower* other = nullptr;
+    int told = 0;
+  };
+  OwnWorld own;
+  WorldScope const scope(own);
+  Leaver leaver, left;
+  leaver.other = &left;
+  own.attributeFollowerIs(leaver);
+  own.attributeFollowerIs(left);
+  Follower const behind(own);
+  auto const port = make<Port>();
+  port->speedIs(1);
+  port->speedIs(2);
+  EXPECT_EQ(leaver.told, 1);
+  EXPECT_EQ(left.told, 0);
+  EXPECT_EQ(behind.written.size(), 2u);
+}
+
 TEST(World, TakesTheAttributeLogWhileItIsOnWhoeverFollows) {
   OwnWorld own;
   WorldScope const scope(own);
