@@ -8,7 +8,7 @@ namespace {
 
 std::optional<Macsec::MemberIdentifier> ownIdentifier(FrameReader const& reader) {
   auto const* const actor = reader.actor().status();
-  return actor ? Macsec::MemberIdentifier::parsed(actor->msgId().view()) : std::nullopt;
+  return actor ? reader.actor().members().identifier(actor->msgId()) : std::nullopt;
 }
 
 }  // namespace

@@ -293,16 +293,22 @@ void Host::restart() {
   start();
 }
 
+// Who hears of the frame, or of what follows from it, may take the interface away or end what the
+// switch runs.
 void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   Vesk::WorldScope const scope(world_);
-  if (!machines_) return;
+  if (!running()) return;
+  frameEvidence_.try_emplace(intfId);
   taps_.passed(intfId, FrameWay::in, frame);
-  FrameEvidence& evidence = frameEvidence_[intfId];
+  if (!running()) return;
+  auto const message = pamManager_->rxMessageInfo();
   Codec::Refusal const refusal = machines_->codec.receive(intfId, frame);
+  auto const evidence = frameEvidence_.find(intfId);
+  if (evidence == frameEvidence_.end()) return;
   if (refusal) {
-    evidence.refused(refusal, frame);
+    evidence->second.refused(refusal, frame);
   } else {
-    evidence.accepted(*pamManager_->rxMessageInfo(), frame);
+    evidence->second.accepted(*message, frame);
   }
 }
 

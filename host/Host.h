@@ -7,6 +7,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "codec/FrameCodec.h"
@@ -218,7 +219,7 @@ class Host {
   std::map<Lumo::IntfId, Codec::Dialect> dialects_;
   std::set<Lumo::IntfId> closing_;  ///< ports without peers
   std::set<Lumo::IntfId> setDown_;  ///< interfaces
-  std::map<Lumo::IntfId, FrameEvidence> frameEvidence_;
+  std::unordered_map<Lumo::IntfId, FrameEvidence> frameEvidence_;
   std::map<Lumo::IntfId, Fault> hardwareFaults_;
   HardwareReports hardwareReports_;
   std::unique_ptr<Machines> machines_;

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 
 #include "runtime/String8.h"
@@ -36,3 +37,8 @@ class IntfId {
 std::ostream& operator<<(std::ostream& out, IntfId id);
 
 }  // namespace Lumo
+
+template <>
+struct std::hash<Lumo::IntfId> {
+  size_t operator()(Lumo::IntfId id) const { return id.index(); }
+};
