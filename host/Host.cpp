@@ -57,17 +57,19 @@ struct Host::Machines {
                                            host.hwStatus_, host.timerWheel_)),
         forwardingModelSm(
             Macsec::macsecForwardingModelSmFactory(host.status_, host.forwardingModelInputDir_)),
-        portChanges(host.status_),
-        peerLoss(portChanges, host.peerLossInputDir_),
-        transmitHold(portChanges, host.keyHistory_, host.transmitHoldInputDir_, host.timerWheel_,
-                     [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }),
+        portChanges(Vesk::make<PortChanges>(host.status_)),
+        peerLoss(Vesk::make<PeerLoss>(*portChanges, host.peerLossInputDir_)),
+        transmitHold(Vesk::make<TransmitHold>(
+            *portChanges, host.keyHistory_, host.transmitHoldInputDir_, host.timerWheel_,
+            [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); })),
         keyAges(host.status_),
-        stageTrace(portChanges, [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }) {
+        stageTrace(*portChanges,
+                   [&host](Lumo::IntfId intfId) { return host.keyServerSm(intfId); }) {
     codec.replayGuardIs(host.options_.replayGuard);
-    peerLoss.closingIs(host.closing_);
+    peerLoss->closingIs(host.closing_);
     if (host.options_.portDoctor) {
-      doctor.emplace(
-          host.config_, host.status_, host.timerWheel_, transmitHold,
+      doctor = Vesk::make<PortDoctor>(
+          host.config_, host.status_, host.timerWheel_, *transmitHold,
           [&host](Lumo::IntfId intfId) { return host.isOpen(intfId); },
           host.options_.treatedTroubles);
     }
@@ -80,12 +82,12 @@ struct Host::Machines {
   Codec::FrameCodec codec;
   Vesk::Ptr<Macsec::MkaRootSm> mkaRootSm;
   Vesk::Ptr<Macsec::MacsecForwardingModelSm> forwardingModelSm;
-  PortChanges portChanges;
-  PeerLoss peerLoss;
-  TransmitHold transmitHold;
+  Vesk::Ptr<PortChanges> portChanges;
+  Vesk::Ptr<PeerLoss> peerLoss;
+  Vesk::Ptr<TransmitHold> transmitHold;
   KeyAges keyAges;
   StageTrace stageTrace;
-  std::optional<PortDoctor> doctor;
+  Vesk::Ptr<PortDoctor> doctor;
   std::unique_ptr<HostCompanion> companion;
 };
 
@@ -209,7 +211,9 @@ void Host::takeClosing(SwitchConfig const& config) {
     if (interface.onPeerLoss != OnPeerLoss::close) continue;
     closing_.insert(Lumo::IntfId(Vesk::String8(interface.name)));
   }
-  if (running()) machines_->peerLoss.closingIs(closing_);
+  if (!running()) return;
+  PeerLoss& peerLoss = *machines_->peerLoss;
+  Vesk::runHandler(&peerLoss, [&] { peerLoss.closingIs(closing_); });
 }
 
 // The port number is part of what an interface is: another one makes it anew.
@@ -320,11 +324,13 @@ std::optional<KeyAge> Host::keyAge(Lumo::IntfId intfId) const {
 void Host::keyIsSpent(Lumo::IntfId intfId, SakId const& sak) {
   Vesk::WorldScope const scope(world_);
   keyHistory_.spend(intfId, sak);
-  if (running()) machines_->transmitHold.look(intfId);
+  if (!running()) return;
+  TransmitHold& transmitHold = *machines_->transmitHold;
+  Vesk::runHandler(&transmitHold, [&] { transmitHold.look(intfId); });
 }
 
 TransmitHold::Reason Host::transmitHold(Lumo::IntfId intfId) const {
-  return running() ? machines_->transmitHold.reason(intfId) : TransmitHold::Reason::none;
+  return running() ? machines_->transmitHold->reason(intfId) : TransmitHold::Reason::none;
 }
 
 Passage Host::passage(Lumo::IntfId intfId) const {

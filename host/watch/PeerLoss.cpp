@@ -9,12 +9,11 @@ PeerLoss::PeerLoss(PortChanges& ports, Vesk::Ptr<Input> input)
   ports_.listenerIs(*this);
 }
 
-PeerLoss::~PeerLoss() { ports_.listenerDel(*this); }
+void PeerLoss::end() { ports_.listenerDel(*this); }
 
 void PeerLoss::closingIs(std::set<Lumo::IntfId> closing) {
-  auto const former = std::exchange(closing_, std::move(closing));
-  for (Lumo::IntfId const intfId : former) look(intfId);
-  for (Lumo::IntfId const intfId : closing_) look(intfId);
+  for (Lumo::IntfId const intfId : std::exchange(closing_, closing)) look(intfId);
+  for (Lumo::IntfId const intfId : closing) look(intfId);
 }
 
 bool PeerLoss::isLost(Lumo::IntfId intfId) const {

@@ -9,20 +9,18 @@ namespace Macsecd {
 
 /// Closes open ports that have lost all their peers, where that is wanted, until a peer is there
 /// again. The engine keeps such a port open; this acts on forwarding alone, by an input of its own.
-class PeerLoss final : private PortListener {
+class PeerLoss final : public Vesk::StateMachine, private PortListener {
  public:
   using Input = Interface::IntfForwardingModelInputDir;
 
   /// `ports` lives longer.
   PeerLoss(PortChanges& ports, Vesk::Ptr<Input> input);
-  ~PeerLoss();
-  PeerLoss(PeerLoss const&) = delete;
-  PeerLoss& operator=(PeerLoss const&) = delete;
 
   /// The interfaces on which ports are to be closed.
   void closingIs(std::set<Lumo::IntfId> closing);
 
  private:
+  void end() override;
   void portChanged(Lumo::IntfId intfId) override { look(intfId); }
   void look(Lumo::IntfId intfId);
   bool isLost(Lumo::IntfId intfId) const;

@@ -94,7 +94,7 @@ PortChanges::PortChanges(Vesk::Ptr<Status const> status)
   status_->hasNotificationActiveIs(true);
 }
 
-PortChanges::~PortChanges() { Vesk::retire(status_); }
+void PortChanges::end() { Vesk::endReactors(status_); }
 
 Vesk::Ptr<Status const> const& PortChanges::status() const { return status_->notifier(); }
 

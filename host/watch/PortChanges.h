@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "model/Status.h"
+#include "runtime/StateMachine.h"
 
 namespace Macsecd {
 
@@ -22,12 +23,9 @@ class PortListener {
 };
 
 /// Follows all ports of a status tree for those who listen.
-class PortChanges {
+class PortChanges final : public Vesk::StateMachine {
  public:
   explicit PortChanges(Vesk::Ptr<Macsec::Status const> status);
-  ~PortChanges();
-  PortChanges(PortChanges const&) = delete;
-  PortChanges& operator=(PortChanges const&) = delete;
 
   /// Who hears of each change, behind those who came before; it leaves before it ends.
   void listenerIs(PortListener& listener) { listeners_.push_back(&listener); }
@@ -43,6 +41,7 @@ class PortChanges {
   struct PortStatusReactor;
   struct ActorStatusReactor;
 
+  void end() override;
   void changed(Lumo::IntfId intfId);
   void stepped(Lumo::IntfId intfId);
 

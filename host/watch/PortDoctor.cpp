@@ -45,7 +45,7 @@ PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Statu
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
 }
 
-PortDoctor::~PortDoctor() { Vesk::retire(timer_); }
+void PortDoctor::end() { Vesk::endReactors(timer_); }
 
 void PortDoctor::round() {
   double const late = Vesk::now() - timer_->time();

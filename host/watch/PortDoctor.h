@@ -29,7 +29,7 @@ namespace Macsecd {
 /// begins to wait again whenever the members or their roles change. A port that doesn't get well is
 /// left alone for twice as long each time. Apart from that the doctor counts how often the process
 /// itself stood still, which looks like the loss of all peers.
-class PortDoctor {
+class PortDoctor final : public Vesk::StateMachine {
  public:
   struct Counts {
     uint64_t boundAnew = 0;
@@ -43,9 +43,6 @@ class PortDoctor {
   PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
              Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold, IsOpen isOpen,
              PortTroubles treated = allPortTroubles());
-  ~PortDoctor();
-  PortDoctor(PortDoctor const&) = delete;
-  PortDoctor& operator=(PortDoctor const&) = delete;
 
   Counts const& counts() const { return counts_; }
 
@@ -63,6 +60,7 @@ class PortDoctor {
 
   using Cases = std::map<Lumo::IntfId, Case>;
 
+  void end() override;
   static Members membersOf(Macsec::MkaPortStatus const& port);
   static bool mayWaitForPrimaryKey(Macsec::MkaPortStatus const& port);
   void round();

@@ -65,9 +65,9 @@ void TransmitHold::takeUp() {
   if (!held_.empty()) timer_->timeMinIs(Vesk::now());
 }
 
-TransmitHold::~TransmitHold() {
+void TransmitHold::end() {
   ports_.listenerDel(*this);
-  Vesk::retire(timer_);
+  Vesk::endReactors(timer_);
 }
 
 TransmitHold::Reason TransmitHold::reason(Lumo::IntfId intfId) const {

@@ -25,7 +25,7 @@ namespace Macsecd {
 /// It ends with a key that isn't spent. If this switch is the key server, it makes one as soon as
 /// the third member has gone. The engine goes on untouched: this acts on forwarding by an input of
 /// its own, which the hardware goes by as well.
-class TransmitHold final : private PortListener {
+class TransmitHold final : public Vesk::StateMachine, private PortListener {
  public:
   using Input = Interface::IntfForwardingModelInputDir;
   enum class Reason : uint8_t { none, tooManyMembers, otherPeer, spentKey };
@@ -37,9 +37,6 @@ class TransmitHold final : private PortListener {
   /// longer.
   TransmitHold(PortChanges& ports, KeyHistory& history, Vesk::Ptr<Input> input,
                Vesk::Ptr<Zorn::TimerWheel> wheel, KeyServerOf keyServerOf);
-  ~TransmitHold();
-  TransmitHold(TransmitHold const&) = delete;
-  TransmitHold& operator=(TransmitHold const&) = delete;
 
   /// Why the transmit key of this interface is held back.
   Reason reason(Lumo::IntfId intfId) const;
@@ -49,6 +46,7 @@ class TransmitHold final : private PortListener {
  private:
   struct Timer;
 
+  void end() override;
   void portChanged(Lumo::IntfId intfId) override { look(intfId); }
   void takeUp();
   Reason reasonNow(Lumo::IntfId intfId) const;

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 #include "model/Factories.h"
 #include "tests/support/PortMadeAnew.h"
 #include "tests/support/TestWorld.h"
@@ -15,7 +13,7 @@ class PortChangesTest : public ::testing::Test, public PortListener {
  protected:
   /// Follows the tree from now on.
   void begin() {
-    changes.emplace(status);
+    changes = Vesk::make<PortChanges>(status);
     changes->listenerIs(*this);
   }
   void portChanged(Lumo::IntfId intfId) override { told += intfId == kIntf; }
@@ -25,7 +23,7 @@ class PortChangesTest : public ::testing::Test, public PortListener {
   Support::TestWorld world;
   Vesk::WorldScope scope{world};
   Vesk::Ptr<Macsec::Status> status = Macsec::statusFactory("status");
-  std::optional<PortChanges> changes;
+  Vesk::Ptr<PortChanges> changes;
   int told = 0;
   int steps = 0;
 };
