@@ -42,6 +42,7 @@ class End {
     socket_ = Linux::Descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0));
     int const room = 8 << 20;
     setsockopt(socket_.fd(), SOL_SOCKET, SO_RCVBUFFORCE, &room, sizeof room);
+    setsockopt(socket_.fd(), SOL_SOCKET, SO_SNDBUFFORCE, &room, sizeof room);
     if (bind(socket_.fd(), reinterpret_cast<sockaddr*>(&address_), sizeof address_) != 0) {
       throw std::system_error(errno, std::generic_category(), address);
     }

@@ -3,6 +3,7 @@
 import ctypes
 import json
 import os
+import shlex
 import signal
 import socket
 import subprocess
@@ -19,9 +20,10 @@ FAULTS = ("InPktsLate", "InPktsInvalid", "InPktsNotValid", "InPktsNotUsingSA", "
 
 
 def run(command, check=True):
-    """What a command writes."""
-    done = subprocess.run(command, shell=isinstance(command, str), text=True, check=False,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    """What a command writes. A shell costs as much as the command, and few need one."""
+    shell = not set(command).isdisjoint("&|;<>")
+    done = subprocess.run(command if shell else shlex.split(command), shell=shell, text=True,
+                          check=False, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     if check and done.returncode != 0:
         raise RuntimeError(f"{command} ended with {done.returncode}: {done.stdout}")
     return done.stdout
@@ -37,6 +39,12 @@ def until(condition, what, seconds=LIMIT):
         if time.monotonic() > end:
             raise AssertionError(f"not within {seconds} s: {what}")
         time.sleep(0.1)
+
+
+def transmit_key(secy):
+    """The identifier of the key that a MACsec device, as the kernel tells of it, transmits with."""
+    keys = {sa["an"]: sa["key"] for sa in secy.get("sa_list", [])}
+    return keys.get(secy.get("encoding_sa"))
 
 
 def inside(space, call):
@@ -94,7 +102,7 @@ class Machine:
                 "nud permanent")
 
     def has(self, device):
-        return subprocess.run(f"ip -n {self.name} link show {device}", shell=True, check=False,
+        return subprocess.run(["ip", "-n", self.name, "link", "show", device], check=False,
                               capture_output=True).returncode == 0
 
     def pings(self, other, count=5, options="", link="eth0"):
@@ -226,9 +234,7 @@ class Machine:
 
     def transmit_key(self, device=DEVICE):
         """The identifier of the key that the kernel transmits with; None without one."""
-        secy = self.macsec(device)
-        keys = {sa["an"]: sa["key"] for sa in secy.get("sa_list", [])}
-        return keys.get(secy.get("encoding_sa"))
+        return transmit_key(self.macsec(device))
 
     def faults(self, device=DEVICE):
         """The kernel's counters of frames that it didn't take, those that aren't 0."""
@@ -248,7 +254,7 @@ class Machine:
         alive = self.daemon and self.daemon.poll() is None
         print(f"--- {self.name}: status", self.ctl("status", False) if alive else "(dead)",
               self.ctl("explain", False) if alive else "", sep="\n")
-        print(run(f"ip -n {self.name} -br link; ip -n {self.name} -s macsec show", check=False))
+        print(run(f"ip -n {self.name} -br link && ip -n {self.name} -s macsec show", check=False))
 
     def clear(self):
         if self.daemon and self.daemon.poll() is None:

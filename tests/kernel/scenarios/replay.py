@@ -6,7 +6,7 @@ no old frame is taken, and no nonce is used twice."""
 import time
 
 from hub import Cable, Recorder, demand_no_nonce_twice, distributed  # the player looks for the cable
-from machines import run, until
+from machines import run, transmit_key, until
 
 RATE = 100  # datagrams a second and direction
 HOLD = 8  # seconds, longer than a life time
@@ -21,7 +21,7 @@ def key_in_use(cable):
     found = set()
     for machine in cable.machines:
         secy = machine.macsec()
-        found.add(machine.transmit_key())
+        found.add(transmit_key(secy))
         for place in [secy] + secy.get("rx_sc", []):
             found |= {sa["key"] for sa in place.get("sa_list", [])}
     return found.pop() if len(found) == 1 else None
