@@ -8,9 +8,9 @@
 
 namespace Macsecd {
 
-using Kind = EventKind;
-
 namespace {
+
+using Kind = EventKind;
 
 /// Live peers: key name and member identifier, and the SCI.
 using Peers = std::map<std::pair<std::string, std::string>, std::string>;

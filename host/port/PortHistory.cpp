@@ -4,8 +4,6 @@
 
 namespace Macsecd {
 
-using Kind = EventKind;
-
 PortHistory::PortHistory(Host& host)
     : watch_(host, [this](PortEvent const& event) { happened(event); }) {
   for (Lumo::IntfId const intfId : interfacesOf(host)) {
@@ -22,12 +20,12 @@ PortHistory::Port const& PortHistory::port(std::string const& interface) const {
 
 void PortHistory::happened(PortEvent const& event) {
   Now& now = ports_[event.interface];
-  if (event.kind == Kind::link && event.value == "up") now.waitsSince = event.time;
-  if (event.kind == Kind::sak) {
+  if (event.kind == EventKind::link && event.value == "up") now.waitsSince = event.time;
+  if (event.kind == EventKind::sak) {
     bool const hadSak = std::exchange(now.hasSak, !event.sak.empty());
     now.port.rekeys += hadSak && now.hasSak;
   }
-  if (event.kind != Kind::state) return;
+  if (event.kind != EventKind::state) return;
   if (event.value != "open") {
     if (!now.waitsSince || event.value == "closed") now.waitsSince = event.time;
     return;
