@@ -9,7 +9,7 @@ Vesk::String8 MemberTexts::text(MemberIdentifier const& identifier) {
   for (size_t i = 0; i < kKept; ++i) {
     if (known_[i].identifier == identifier) return met(i).text;
   }
-  Vesk::String8 const text = identifier.stringValue();
+  Vesk::String8 text = identifier.stringValue();
   keep(identifier, text);
   return text;
 }

@@ -45,7 +45,7 @@ std::string faultWords(Json const& json) {
 
 std::string wordsOf(Json const& json) {
   using enum EventKind;
-  std::string const event = text(json, "event");
+  std::string event = text(json, "event");
   auto const is = [&](EventKind kind) { return event == Vesk::stringValue(kind); };
   if (is(link)) return "the link is " + text(json, "link");
   if (is(state)) return "the port is " + text(json, "state");

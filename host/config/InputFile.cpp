@@ -68,7 +68,7 @@ std::optional<Fault> InputFile::faultOfOwner() const {
 
 std::optional<Fault> InputFile::faultOfKeeping() const {
   if (wasGiven()) return std::nullopt;
-  if (auto const fault = faultOfOwner()) return fault;
+  if (auto fault = faultOfOwner()) return fault;
   char const* who = nullptr;
   if (othersMay() & S_IWGRP) who = "its group can change it";
   if (othersMay() & S_IROTH) who = "everybody can read it";

@@ -36,7 +36,7 @@ Result<> KeptConfig::triedIs(Vesk::String8 const& sealed) {
   if (store_) {
     StateChange change = pending_;
     change.values[kTriedPath] = std::string(sealed.view());
-    if (auto const taken = store_->commit(change); !taken) return taken;
+    if (auto taken = store_->commit(change); !taken) return taken;
     pending_ = {};
   }
   tried_ = sealed;

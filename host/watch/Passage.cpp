@@ -17,7 +17,7 @@ bool isUnauthorized(Input const& input, Lumo::IntfId intfId) {
 Vesk::Ptr<Macsec::MacSecIntfStatus> installedOn(Vesk::Dir const& slices, Lumo::IntfId intfId) {
   for (auto const& entry : slices.entityPtr()) {
     auto const slice = Vesk::ptrCast<Macsec::MacSecStatus>(entry.value());
-    if (auto const found = slice->status(intfId)) return found;
+    if (auto found = slice->status(intfId)) return found;
   }
   return nullptr;
 }
