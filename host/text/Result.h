@@ -26,7 +26,7 @@ template <class T = void>
 class [[nodiscard]] Result {
  public:
   template <std::convertible_to<T> U>
-  Result(U&& value) : outcome_(std::in_place_index<0>, std::forward<U>(value)) {}
+  Result(U value) : outcome_(std::in_place_index<0>, std::move(value)) {}
   Result(Fault fault) : outcome_(std::in_place_index<1>, std::move(fault)) {}
 
   explicit operator bool() const { return outcome_.index() == 0; }
