@@ -58,7 +58,7 @@ class RequestHandler {
   /// What came of something, where it went well.
   template <class T>
   static T had(Result<T> result) {
-    if (!result) throw result.fault();
+    if (!result) throw Fault(result.fault());
     if constexpr (!std::is_void_v<T>) return *std::move(result);
   }
 

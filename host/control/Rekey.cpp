@@ -35,7 +35,7 @@ Result<> checkSettled(char const* name, MkaActorStatus const& actor) {
 
 Result<> checkSecured(Host const& host, Lumo::IntfId intfId, MkaActorStatus const& actor) {
   char const* const name = intfId.stringValue().charPtr();
-  if (auto const leads = checkKeyServer(name, actor); !leads) return leads;
+  if (auto leads = checkKeyServer(name, actor); !leads) return leads;
   if (actor.livePeer().empty()) {
     return Fault{fmt::format("{} has no live peer", name), seeExplain(name)};
   }
