@@ -42,6 +42,7 @@ void MkaSm::EthIntfStatusDirReactor::EthIntfStatusReactor::handleLinkStatus() {
     if (!sm.isLinkUp(intfId) || !sm.status()->intfStatus(intfId)) return;
   }
   VESK_TRACE(3, ": Intf ", intfId, " is back up. Creating portSm and other statuses.");
+  ++sm.portsAskedFor_;
   if (!sm.status()->portStatus(intfId)) sm.status()->portStatusIs(intfId);
   if (!sm.isPortAskedFor(intfId)) return;
   if (!sm.status()->cpStatus(intfId)) {

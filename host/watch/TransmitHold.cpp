@@ -116,23 +116,35 @@ void TransmitHold::spendKeys(Lumo::IntfId intfId) {
   spend(intfId, principal->distSak());
 }
 
+// Who hears of it may change it again.
 void TransmitHold::reasonIs(Lumo::IntfId intfId, Reason reason) {
   if (reason == Reason::none) {
     held_.erase(intfId);
-    Vesk::log(MACSECD_SENDS_AGAIN, intfId);
-    input_->forwardingModelInputDel(intfId);
-    return;
-  }
-  held_[intfId] = reason;
-  if (reason == Reason::tooManyMembers) {
-    Vesk::log(MACSECD_TOO_MANY_MEMBERS, intfId);
-  } else if (reason == Reason::otherPeer) {
-    Vesk::log(MACSECD_OTHER_PEER, intfId);
   } else {
-    Vesk::log(MACSECD_KEY_SPENT, intfId, sakText(ports_.status()->cpStatus(intfId)->txSak()));
-    timer_->timeMinIs(Vesk::now());
+    held_[intfId] = reason;
   }
-  input_->forwardingModelInputIs(intfId, Interface::intfForwardingModelUnauthorized());
+  tell(intfId, reason);
+  if (this->reason(intfId) != reason) return;
+  if (reason == Reason::none) {
+    input_->forwardingModelInputDel(intfId);
+  } else {
+    input_->forwardingModelInputIs(intfId, Interface::intfForwardingModelUnauthorized());
+  }
+}
+
+void TransmitHold::tell(Lumo::IntfId intfId, Reason reason) {
+  switch (reason) {
+    case Reason::none:
+      return Vesk::log(MACSECD_SENDS_AGAIN, intfId);
+    case Reason::tooManyMembers:
+      return Vesk::log(MACSECD_TOO_MANY_MEMBERS, intfId);
+    case Reason::otherPeer:
+      return Vesk::log(MACSECD_OTHER_PEER, intfId);
+    case Reason::spentKey:
+      timer_->timeMinIs(Vesk::now());
+      return Vesk::log(MACSECD_KEY_SPENT, intfId,
+                       sakText(ports_.status()->cpStatus(intfId)->txSak()));
+  }
 }
 
 void TransmitHold::handleTime() {

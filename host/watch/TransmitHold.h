@@ -54,6 +54,7 @@ class TransmitHold final : public Vesk::StateMachine, private PortListener {
   void spendTransmitKey(Lumo::IntfId intfId);
   void spendKeys(Lumo::IntfId intfId);
   void reasonIs(Lumo::IntfId intfId, Reason reason);
+  void tell(Lumo::IntfId intfId, Reason reason);
   void handleTime();
   void renewKey(Lumo::IntfId intfId);
 

@@ -61,13 +61,12 @@ struct CalledBack final : Codec::FrameSink {
     host.linkIs(kIntf, true);
   }
   /// What the port doctor looks after.
-  void loseThePrincipal() {
+  void peerIsAnother() {
     Vesk::WorldScope const scope(world);
-    auto const port = host.status()->portStatus(kIntf);
-    auto const actor = port ? port->actorStatus("6162") : nullptr;
     auto const cp = host.status()->cpStatus(kIntf);
-    if (actor) actor->principalIs(false);
-    if (cp) cp->controlledPortEnabledIs(false);
+    if (!cp) return;
+    cp->peerSsciIs(Macsec::Ssci({Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001"));
+    cp->controlledPortEnabledIs(false);
   }
 
   std::function<void(CalledBack&)> deed;
@@ -98,7 +97,7 @@ bool live(CalledBack& own, Switch& other) {
   own.prepare();
   other.bringUp();
   talk(own, other, 20);
-  own.loseThePrincipal();
+  own.peerIsAnother();
   talk(own, other, 45);
   talk(own, other, 55, true);
   talk(own, other, 75);
