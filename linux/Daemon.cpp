@@ -315,7 +315,7 @@ void Daemon::start() {
 
 std::vector<Macsecd::Diagnostic> Daemon::reload() {
   ServiceManager::reloading();
-  auto const diagnostics = readConfig();
+  auto diagnostics = readConfig();
   ServiceManager::ready();
   return diagnostics;
 }

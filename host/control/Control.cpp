@@ -69,7 +69,7 @@ class RequestHandler {
 
   /// The one that is asked for, or all that are configured.
   std::vector<Lumo::IntfId> interfaces() const {
-    auto const all = interfacesOf(host_);
+    auto all = interfacesOf(host_);
     if (!request_.text("interface")) return all;
     return {interface(all)};
   }

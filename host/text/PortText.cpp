@@ -10,7 +10,7 @@ std::string sciText(Macsec::Sci const& sci) {
   return fmt::format("{}/{}", sci.addr().stringValue().view(), sci.portNum());
 }
 
-bool isNone(Macsec::Sak const& sak) { return sak.keyMsgId() == Vesk::String8(); }
+bool isNone(Macsec::Sak const& sak) { return sak.keyMsgId().empty(); }
 
 std::string sakText(Macsec::Sak const& sak) {
   if (isNone(sak)) return {};

@@ -174,7 +174,7 @@ KernelAnswer FilterNetlink::filters(int index, Macsecd::EtherTypes const& clear,
     NetlinkMessage message;
     begin(message, RTM_GETTFILTER, header);
     HeldFilter& held = side == FilterSide::in ? out.in : out.out;
-    auto const answer = route_.dump(message, [&](nlmsghdr* answered) {
+    auto answer = route_.dump(message, [&](nlmsghdr* answered) {
       takeFilter(answered, octetsOf(program), held, out.hasOthers);
     });
     if (!answer) return answer;

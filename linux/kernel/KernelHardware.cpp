@@ -17,7 +17,7 @@ DeviceState deviceStateOf(Link const& link) {
 }
 
 Vesk::Ptr<Macsec::MacSecStatus> sliceOf(Macsecd::Host& host) {
-  auto const slice = Macsec::macSecStatusFactory("kernel");
+  auto slice = Macsec::macSecStatusFactory("kernel");
   host.slices()->entityPtrIs(slice);
   return slice;
 }

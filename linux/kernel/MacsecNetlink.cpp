@@ -106,7 +106,7 @@ KernelAnswer MacsecNetlink::present() {
 
 // A dump that devices come or go under may be broken off: it is asked for again.
 KernelAnswer MacsecNetlink::secYs(std::vector<SecY>& out) {
-  if (auto const answer = present(); !answer) return answer;
+  if (auto answer = present(); !answer) return answer;
   KernelAnswer answer;
   for (int attempt = 0; attempt < 3; ++attempt) {
     out.clear();

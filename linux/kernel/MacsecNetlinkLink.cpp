@@ -105,7 +105,7 @@ KernelAnswer MacsecNetlink::device(std::string const& name, MacsecLink& link, Se
   begin(message, RTM_GETLINK, linkHeader(0));
   message.text(IFLA_IFNAME, name);
   bool isThere = false;
-  auto const answer = route_.get(message, [&](nlmsghdr* header) {
+  auto answer = route_.get(message, [&](nlmsghdr* header) {
     auto const told = toldIn(header);
     if (!told) return;
     isThere = true;

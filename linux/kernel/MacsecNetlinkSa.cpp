@@ -10,7 +10,7 @@ namespace Linux {
 
 template <class Fill>
 KernelAnswer MacsecNetlink::request(uint8_t command, int index, Fill fill) {
-  if (auto const answer = present(); !answer) return answer;
+  if (auto answer = present(); !answer) return answer;
   NetlinkMessage message;
   genlmsg_put(message.get(), NL_AUTO_PORT, NL_AUTO_SEQ, family_, 0, 0, command,
               MACSEC_GENL_VERSION);

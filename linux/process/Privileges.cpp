@@ -34,7 +34,7 @@ Result<> readOwn() { return done(capng_get_caps_process(), "reading the capabili
 
 // What the process itself may do, of the two that it needs: no more than it has.
 Result<> keepOnlyNetworking() {
-  if (auto const read = readOwn(); !read) return read;
+  if (auto read = readOwn(); !read) return read;
   bool isPermitted[std::size(kKept)];
   for (size_t i = 0; i < std::size(kKept); ++i) {
     isPermitted[i] = capng_have_capability(CAPNG_PERMITTED, kKept[i]) != 0;
@@ -50,7 +50,7 @@ Result<> keepOnlyNetworking() {
 // The bounding set takes CAP_SETPCAP to change, and the library complains to the log of the machine
 // when it tries without. A service manager that gave none has limited the set itself.
 Result<> limitBounds() {
-  if (auto const read = readOwn(); !read) return read;
+  if (auto read = readOwn(); !read) return read;
   if (capng_have_capability(CAPNG_EFFECTIVE, CAP_SETPCAP) == 0) return {};
   capng_clear(CAPNG_SELECT_BOUNDS);
   for (unsigned const capability : kKept) {
@@ -64,7 +64,7 @@ Result<> limitBounds() {
 // start one with more either, by the flag that is set after.
 Result<> limitSuccessors() {
   prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
-  if (auto const limited = limitBounds(); !limited) return limited;
+  if (auto limited = limitBounds(); !limited) return limited;
   return done(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "giving up new privileges");
 }
 
@@ -78,7 +78,7 @@ Result<> refuseTracing() { return done(prctl(PR_SET_DUMPABLE, 0), "turning core 
 }  // namespace
 
 Result<> checkPrivileges() {
-  if (auto const read = readOwn(); !read) return read;
+  if (auto read = readOwn(); !read) return read;
   std::string missing;
   for (size_t i = 0; i < std::size(kKept); ++i) {
     if (capng_have_capability(CAPNG_EFFECTIVE, kKept[i]) != 0) continue;
@@ -92,7 +92,7 @@ Result<> checkPrivileges() {
 Result<> dropPrivileges() {
   for (auto const step :
        {refuseCoreDumps, limitSuccessors, keepOnlyNetworking, refuseTracing, refuseSystemCalls}) {
-    if (auto const done = step(); !done) return done;
+    if (auto done = step(); !done) return done;
   }
   return {};
 }

@@ -33,7 +33,7 @@ Result<> Tracing::wishIs(Macsecd::TraceWish const& wish) {
     if (!file) return file.fault();
     opened = *std::move(file);
   }
-  if (auto const known = Macsecd::traceIs(wish); !known) return known;
+  if (auto known = Macsecd::traceIs(wish); !known) return known;
   if (opened) file_ = std::move(opened);
   if (wish.levels == 0) {
     world_.traceTo(nullptr);

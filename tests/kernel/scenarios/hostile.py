@@ -88,9 +88,10 @@ def sessions(cable):
 
 def stand(before, now):
     """Whether sessions are as before, be it with other members: a port that has lost its peer may have
-    to be bound anew."""
+    to be bound anew. A follower that alone has lost it goes on under the key in use, without a
+    principal actor."""
     def without_members(found):
-        return {name: (state, [(ckn, principal, len(peers)) for ckn, principal, peers in keys])
+        return {name: (state, [(ckn, len(peers)) for ckn, _, peers in keys])
                 for name, (state, keys) in found.items()}
     return without_members(now) == without_members(before)
 
