@@ -38,7 +38,7 @@ std::vector<uint8_t> roundInput(std::string_view label, Octets context, int bits
 
 /// Fills `out` with the rounds of the derivation function, counted from 1: what NIST SP 800-108
 /// calls a KDF in counter mode, with a counter of 8 bits. The KBKDF of OpenSSL 3.0 has one of 32
-/// bits and no other, so the rounds are counted here; the PRF is the provider's.
+/// bits and no other, so the rounds are counted here; in FIPS mode the PRF is the provider's.
 bool derived(AesCmac& cmac, std::vector<uint8_t> input, std::span<uint8_t> out) {
   SecretOctets<AesCmac::kSize> block;
   block.sizeIs(AesCmac::kSize);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "platform/Hex.h"
 
@@ -23,6 +24,13 @@ class SecretOctets {
   SecretOctets() = default;
   SecretOctets(SecretOctets const&) = delete;
   SecretOctets& operator=(SecretOctets const&) = delete;
+  SecretOctets(SecretOctets&& from) noexcept { *this = std::move(from); }
+  /// What stood here goes with `from`.
+  SecretOctets& operator=(SecretOctets&& from) noexcept {
+    octets_.swap(from.octets_);
+    std::swap(size_, from.size_);
+    return *this;
+  }
   ~SecretOctets() { wipe(octets_); }
 
   size_t size() const { return size_; }

@@ -2,12 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <memory>
 #include <utility>
 
+#include "platform/ProviderCmac.h"
 #include "tests/platform/AllocationCount.h"
 #include "tests/platform/OctetText.h"
+#include "tests/platform/RefusingProvider.h"
 
 namespace Macsec {
 namespace {
@@ -44,6 +48,20 @@ TEST(AesCmac, TakesA256BitKeyByItsLength) {
   EXPECT_EQ(macOf(cmac, messageOf(0)), "028962f61b7bf89efc6b551f4667d983");
   EXPECT_EQ(macOf(cmac, messageOf(16)), "28a7023f452e8f82bd4bf28d8c37c35c");
   EXPECT_EQ(macOf(cmac, messageOf(64)), "e1992190549f6ed5696a2c056c315410");
+}
+
+TEST(AesCmac, IsThatOfOpenSslForEachLength) {
+  for (char const* text : {kKey128, kKey256}) {
+    AesCmac cmac(octetsOf(text));
+    ProviderCmac opensslCmac(octetsOf(text));
+    std::vector<uint8_t> message;
+    for (size_t size = 0; size <= 1500; ++size) {
+      std::array<uint8_t, AesCmac::kSize> expected;
+      ASSERT_TRUE(opensslCmac.compute(message, expected));
+      ASSERT_EQ(macOf(cmac, message), hexString(expected).charPtr()) << size;
+      message.push_back(static_cast<uint8_t>(size * 7));
+    }
+  }
 }
 
 TEST(AesCmac, StaysWithoutAKeyForAnyOtherKeyLength) {
@@ -117,6 +135,48 @@ TEST(AesCmac, LeavesNoKeyInTheMemoryThatItFrees) {
     EXPECT_GT(blocks, 0u);
     EXPECT_EQ(withKey, 0u);
   }
+}
+
+alignas(AesCmac) uint8_t place[sizeof(AesCmac)];
+
+bool standsInPlace(char const* hex) {
+  auto const octets = octetsOf(hex);
+  return std::ranges::search(place, octets).size() > 0;
+}
+
+TEST(AesCmac, WipesWhatItKeepsOfTheKey) {
+  // RFC 4493, 4: K1 and K2; the MAC of the last message, which the next one starts from.
+  constexpr char const* kKept[] = {
+      "fbeed618357133667c85e08f7236a8de",
+      "f7ddac306ae266ccf90bc11ee46d513b",
+      "070a16b46b4d4144f79bdd9dd04a287c",
+  };
+  auto* const cmac = std::construct_at(reinterpret_cast<AesCmac*>(place), octetsOf(kKey128));
+  EXPECT_FALSE(macOf(*cmac, messageOf(16)).empty());
+  for (char const* kept : kKept) EXPECT_TRUE(standsInPlace(kept)) << kept;
+  std::destroy_at(cmac);
+  for (char const* kept : kKept) EXPECT_FALSE(standsInPlace(kept)) << kept;
+}
+
+/// The provider is the process's, so the test runs in one of its own.
+TEST(AesCmacDeathTest, AProviderThatRefusesInTheMiddleOfAMessageSpoilsThisOneAlone) {
+  auto const run = [] {
+    std::vector<uint8_t> const message(1500, 7);
+    std::array<uint8_t, AesCmac::kSize> right;
+    std::array<uint8_t, AesCmac::kSize> mac;
+    EXPECT_TRUE(RefusingProvider::install());
+    AesCmac cmac(octetsOf(kKey128));
+    EXPECT_TRUE(cmac.compute(message, right));
+    for (int worksLeft = 0; worksLeft < 4; ++worksLeft) {
+      RefusingProvider::worksLeftIs(worksLeft);
+      EXPECT_FALSE(cmac.compute(message, mac)) << worksLeft;
+      EXPECT_EQ(mac, (std::array<uint8_t, AesCmac::kSize>{}));
+      EXPECT_TRUE(cmac.compute(message, mac)) << worksLeft;
+      EXPECT_EQ(mac, right);
+    }
+    std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+  };
+  EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

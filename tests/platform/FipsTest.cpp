@@ -104,6 +104,17 @@ TEST_F(FipsModeDeathTest, WhatTheFipsProviderLacksIsFoundNowhereElse) {
   });
 }
 
+TEST_F(FipsModeDeathTest, TheMacIsTheProvidersOwn) {
+  inProcess([&] {
+    SwitchableProvider::install(Mood::offersAll, "CMAC");
+    EXPECT_TRUE(authenticates());
+    ASSERT_TRUE(OSSL_PROVIDER_try_load(nullptr, "fips", 1));
+    EXPECT_EQ(EVP_default_properties_enable_fips(nullptr, 1), 1);
+    EXPECT_EQ(providerOfCipher(), "fips");
+    EXPECT_FALSE(authenticates());
+  });
+}
+
 TEST_F(FipsModeDeathTest, AProviderWithoutAnAlgorithmThatIsNeededChangesNothingAndTheLogNamesIt) {
   for (std::string const name :
        {"AES-256-CBC", "AES-128-WRAP", "AES-256-WRAP", "AES-256-GCM", "CMAC", "CTR-DRBG"}) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace Macsec {
 namespace {
@@ -33,6 +34,17 @@ TEST(SecretOctets, AreWipedWhenTheyGo) {
   ASSERT_EQ(octetsInPlace(0xa5), 4);
   std::destroy_at(octets);
   EXPECT_EQ(octetsInPlace(0xa5), 0);
+}
+
+TEST(SecretOctets, MoveAndLeaveNothingBehind) {
+  SecretOctets<4> first;
+  ASSERT_TRUE(first.hexIs("01ff"));
+  SecretOctets<4> second = std::move(first);
+  EXPECT_EQ(hexString(second.octets()), "01ff");
+  first.sizeIs(4);
+  EXPECT_EQ(hexString(first.octets()), "00000000");
+  second = SecretOctets<4>();
+  EXPECT_EQ(second.size(), 0u);
 }
 
 TEST(SecretOctets, CompareEqualOnlyWithTheSameSizeAndContent) {
