@@ -59,9 +59,13 @@ void ActorKeys::setKek(std::span<uint8_t const> clear) {
   stored_ = Vesk::String8();
 }
 
+bool ActorKeys::hasStored(std::span<uint8_t const> wrapped) const {
+  return std::ranges::equal(wrapped, std::span(wrapped_).first(wrappedSize_));
+}
+
 Vesk::String8 ActorKeys::storedKey(std::span<uint8_t const> wrapped,
                                    std::span<uint8_t const> clear) {
-  if (!std::ranges::equal(wrapped, std::span(wrapped_).first(wrappedSize_))) {
+  if (!hasStored(wrapped)) {
     VESK_ASSERT(wrapped.size() <= wrapped_.size());
     stored_ = WardcodeLib::doEncodeKey(Macsec::secretHexString(clear));
     std::ranges::copy(wrapped, wrapped_.begin());

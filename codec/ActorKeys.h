@@ -15,8 +15,7 @@
 namespace Codec {
 
 /// What the codec keeps of one actor: its name on the wire, its place in the status tree, its two
-/// keys set in their ciphers, and the texts that its frames repeat. The ciphers wipe their keys
-/// when this goes.
+/// keys as AES takes them, and the texts that its frames repeat. The keys are wiped when this goes.
 class ActorKeys {
  public:
   /// `status` is the actor's own; who only reads captures has none.
@@ -47,11 +46,14 @@ class ActorKeys {
   void clearKeysIs(Vesk::String8 const& ick, Vesk::String8 const& kek);
 
   Macsec::AesCmac& ick() { return ick_; }
-  Macsec::KeyWrap& kek() { return kek_; }
+  Macsec::KeyWrap const& kek() const { return kek_; }
   MemberTexts& members() { return members_; }
 
+  /// True for a wrapped key that came under the KEK of now and is stored already: it needn't be
+  /// unwrapped again.
+  bool hasStored(std::span<uint8_t const> wrapped) const;
   /// The stored form of a distributed key that arrived wrapped. A key that is repeated keeps the
-  /// stored form that it got first.
+  /// stored form that it got first, and `clear` isn't looked at.
   Vesk::String8 storedKey(std::span<uint8_t const> wrapped, std::span<uint8_t const> clear);
 
  private:

@@ -72,6 +72,7 @@ Refusal FrameReader::takeSet(SetView const& set) {
       return {};
     case Types::distSakParameterSetType:
       distSak_ = set;
+      if (actor_->hasStored(wrappedSak(set))) return checkSuite(set);
       return unwrapSak(set, *actor_, sak_);
     case Types::distCakParameterSetType:
       distCak_ = set;
@@ -150,8 +151,7 @@ Macsec::SakDistInfo FrameReader::sakDistInfo() {
   DistSak::fields(FromFrame<DistSak::Set, DistSak::Info>{set, info, values}, bodyLength);
   info.anAndOffsetIs(anAndOffset);
   if (DistSak::hasKey(bodyLength)) {
-    info.sakIs(
-        actor_->storedKey(distSak_.octets.subspan(DistSak::keyAt(bodyLength)), sak_.octets()));
+    info.sakIs(actor_->storedKey(wrappedSak(distSak_), sak_.octets()));
   }
   return info;
 }

@@ -34,7 +34,7 @@ constexpr size_t kBehindPeers = sizeof(SakUse::Set) + sizeof(DistSak::Set) + kMa
 
 /// The stored key under the key encrypting key. False if it doesn't decode, or is of no length that
 /// can be wrapped.
-bool wrapStored(Macsec::KeyWrap& kek, Vesk::String8 const& stored, Wrapped& wrapped) {
+bool wrapStored(Macsec::KeyWrap const& kek, Vesk::String8 const& stored, Wrapped& wrapped) {
   Clear clear;
   if (!clear.hexIs(WardcodeLib::doDecodeKey(stored).view())) return false;
   wrapped.sizeIs(clear.size() + Macsec::KeyWrap::kOverhead);

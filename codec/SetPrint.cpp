@@ -56,11 +56,12 @@ Refusal printDistSak(std::ostream& out, SetView const& set, ActorKeys* key, bool
   Print<DistSak::Set> print{set.as<DistSak::Set>(), out};
   DistSak::anAndOffset(print);
   DistSak::fields(print, set.bodyLength);
-  if (!DistSak::hasKey(set.bodyLength)) {
+  Octets const wrapped = wrappedSak(set);
+  if (wrapped.empty()) {
     printField(out, "key", "none: MACsec is not to be used");
     return {};
   }
-  printOctets(out, "wrapped SAK", set.octets.subspan(DistSak::keyAt(set.bodyLength)));
+  printOctets(out, "wrapped SAK", wrapped);
   if (!key) return {};
   ClearKey sak;
   if (Refusal refusal = unwrapSak(set, *key, sak)) return refusal;

@@ -10,30 +10,36 @@ namespace {
 
 constexpr size_t kSuiteAt = 8;
 
-bool unwrapped(Octets wrapped, ActorKeys& actor, ClearKey& clear) {
+bool unwrapped(Octets wrapped, ActorKeys const& actor, ClearKey& clear) {
   clear.sizeIs(wrapped.size() - Macsec::KeyWrap::kOverhead);
   return actor.kek().unwrap(wrapped, clear.octets());
 }
 
 }  // namespace
 
-Refusal unwrapSak(SetView const& set, ActorKeys& actor, ClearKey& sak) {
+Octets wrappedSak(SetView const& set) {
   if (!DistSak::hasKey(set.bodyLength)) return {};
-  size_t const keyAt = DistSak::keyAt(set.bodyLength);
-  Octets const wrapped = set.octets.subspan(keyAt);
-  if (DistSak::hasSuite(set.bodyLength)) {
-    auto const suite = FieldValues::fromFrame(set.as<DistSak::Set>().cipherSuite());
-    if (!DistSak::keyFits(suite, wrapped.size() - Macsec::KeyWrap::kOverhead)) {
-      return {SubType::distSakSetErr, set.octet + kSuiteAt,
-              "begins a cipher suite that needs a key of another length"};
-    }
-  }
+  return set.octets.subspan(DistSak::keyAt(set.bodyLength));
+}
+
+Refusal checkSuite(SetView const& set) {
+  if (!DistSak::hasSuite(set.bodyLength)) return {};
+  auto const suite = FieldValues::fromFrame(set.as<DistSak::Set>().cipherSuite());
+  if (DistSak::keyFits(suite, wrappedSak(set).size() - Macsec::KeyWrap::kOverhead)) return {};
+  return {SubType::distSakSetErr, set.octet + kSuiteAt,
+          "begins a cipher suite that needs a key of another length"};
+}
+
+Refusal unwrapSak(SetView const& set, ActorKeys const& actor, ClearKey& sak) {
+  Octets const wrapped = wrappedSak(set);
+  if (wrapped.empty()) return {};
+  if (Refusal refusal = checkSuite(set)) return refusal;
   if (unwrapped(wrapped, actor, sak)) return {};
-  return {SubType::distSakSetErr, set.octet + keyAt,
+  return {SubType::distSakSetErr, set.octet + DistSak::keyAt(set.bodyLength),
           "begins a wrapped SAK whose integrity is lost"};
 }
 
-Refusal unwrapCak(SetView const& set, ActorKeys& actor, ClearKey& cak, size_t& wrappedSize) {
+Refusal unwrapCak(SetView const& set, ActorKeys const& actor, ClearKey& cak, size_t& wrappedSize) {
   for (size_t size : {DistCak::kShortKey, DistCak::kLongKey}) {
     if (!DistCak::keyFits(size, set.bodyLength)) continue;
     wrappedSize = size;

@@ -216,6 +216,17 @@ TEST(FrameReader, KeepsTheStoredFormOfASakThatIsRepeated) {
   EXPECT_EQ(bench.rx().mkaInfo()->sakDistInfo(), first);
 }
 
+TEST(FrameReader, UnwrapsARepeatedSakAgainUnderAnotherKek) {
+  CodecBench bench;
+  auto const actor = bench.actorIs();
+  Bytes const frame = bench.fullFrame();
+  bench.receive(frame);
+  actor->kekIs(WardcodeLib::doEncodeKey("000102030405060708090a0b0c0d0e0f"));
+  bench.receive(frame);
+  EXPECT_EQ(bench.successes(), 1u);
+  EXPECT_EQ(bench.failures(SubType::distSakSetErr), 1u);
+}
+
 TEST(FrameReader, TakesAnEmptySakUseSetAsNone) {
   CodecBench bench;
   bench.actorIs();

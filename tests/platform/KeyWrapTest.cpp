@@ -4,6 +4,7 @@
 #include <openssl/err.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "tests/platform/AllocationCount.h"
 #include "tests/platform/OctetText.h"
@@ -99,32 +100,38 @@ TEST(KeyWrap, DoesNothingWithoutAKekOfAnAesLength) {
   }
 }
 
-TEST(KeyWrap, AllocatesNothingPerKey) {
+TEST(KeyWrap, AllocatesNothingUntilThereIsAKeyToWrap) {
   ASSERT_TRUE(opensslIsCounted());
-  KeyWrap wrap(octetsOf(kKek128));
-  auto const key = octetsOf(kWrapped128);
-  std::vector<uint8_t> wrapped(24);
-  std::vector<uint8_t> out(16);
+  auto const kek = octetsOf(kKek128);
   uint64_t const before = allocations();
-  bool const right = wrap.wrap(key, wrapped) && wrap.unwrap(wrapped, out);
+  KeyWrap wrap(kek);
   uint64_t const after = allocations();
-  EXPECT_TRUE(right);
   EXPECT_EQ(after, before);
+  std::vector<uint8_t> wrapped(24);
+  uint64_t const beforeKey = allocations();
+  EXPECT_TRUE(wrap.wrap(octetsOf(kWrapped128), wrapped));
+  EXPECT_GT(allocations(), beforeKey) << "a cipher is made, so the count must see it";
 }
 
-TEST(KeyWrap, LeavesNoKekInTheMemoryThatItFrees) {
+alignas(KeyWrap) uint8_t place[sizeof(KeyWrap)];
+
+TEST(KeyWrap, WipesTheKekAndLeavesNoneInTheMemoryThatItFrees) {
   auto const kek = octetsOf("d1eed7b4638f373c9b5891bb6342cdb8");
-  {
-    KeyWrap wrap(kek);
-    std::vector<uint8_t> wrapped(24);
-    EXPECT_TRUE(wrap.wrap(octetsOf(kWrapped128), wrapped));
-    freedOctetsWatchedIs(kek);
-  }
+  auto const isInPlace = [&] { return std::ranges::search(place, kek).size() > 0; };
+  auto* const wrap = std::construct_at(reinterpret_cast<KeyWrap*>(place), kek);
+  EXPECT_TRUE(isInPlace());
+  std::vector<uint8_t> wrapped(24);
+  std::vector<uint8_t> key(16);
+  freedOctetsWatchedIs(kek);
+  bool const right = wrap->wrap(octetsOf(kWrapped128), wrapped) && wrap->unwrap(wrapped, key);
   uint64_t const blocks = freedBlocks();
   uint64_t const withKek = freedBlocksWithWatchedOctets();
   freedOctetsWatchedIs({});
-  EXPECT_GT(blocks, 0u);
+  EXPECT_TRUE(right);
+  EXPECT_GT(blocks, 0u) << "the cipher goes with the key that it was for";
   EXPECT_EQ(withKek, 0u);
+  std::destroy_at(wrap);
+  EXPECT_FALSE(isInPlace());
 }
 
 }  // namespace
