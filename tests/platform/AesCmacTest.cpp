@@ -1,6 +1,7 @@
 #include "platform/AesCmac.h"
 
 #include <gtest/gtest.h>
+#include <openssl/crypto.h>
 
 #include <algorithm>
 #include <array>
@@ -110,6 +111,14 @@ TEST(AesCmac, AllocatesNothingPerComputation) {
   EXPECT_EQ(after, before);
   AesCmac another(octetsOf(kKey256));
   EXPECT_GT(allocations(), after) << "keying allocates, so the count must see it";
+}
+
+TEST(AllocationCount, CountsAnAllocationOfOpenSslOnce) {
+  uint64_t const before = allocations();
+  void* const block = OPENSSL_malloc(100);
+  uint64_t const after = allocations();
+  OPENSSL_free(block);
+  EXPECT_EQ(after, before + 1);
 }
 
 #ifndef __SANITIZE_ADDRESS__

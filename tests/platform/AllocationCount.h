@@ -6,7 +6,7 @@
 
 namespace Macsec {
 
-/// Grows with every allocation of this program, those of C++ and those of OpenSSL.
+/// Grows by one with every allocation of this program, those of C++ and those of OpenSSL.
 uint64_t allocations();
 /// True if OpenSSL took the counting allocator before it allocated anything.
 bool opensslIsCounted();
