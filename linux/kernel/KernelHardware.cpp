@@ -97,6 +97,8 @@ void KernelHardware::configIs(Macsecd::SwitchConfig const& config) {
     wish.mustBeSecure = interface.policy == Macsecd::SecurePolicy::mustSecure;
     wish.clear = interface.clear;
   }
+  auto const oneReading = driver_.round();
+  auto const oneListing = filters_.round();
   for (auto const& [intfId, wish] : wishes_) deviceIs(intfId);
   for (auto const& [intfId, parent] : parents_) filter(intfId, parent.index);
 }
@@ -173,6 +175,7 @@ void KernelHardware::interfacesAreKnown() {
 
 void KernelHardware::inOneTurn(std::function<void()> const& act) {
   auto const oneReading = driver_.round();
+  auto const oneListing = filters_.round();
   act();
 }
 

@@ -84,18 +84,29 @@ bool ParentFilters::close(Lumo::IntfId intfId, Parent& parent) {
   return static_cast<bool>(closed);
 }
 
+// What was listed before in this turn may be over: the first time that it leads nowhere, it is
+// listed again.
 Macsecd::Result<> ParentFilters::closeNow(Lumo::IntfId intfId, Parent& parent) {
-  std::vector<FilterHooks> all;
-  if (auto const answer = kernel_.hooks(all); !answer) return refused("list qdiscs", answer);
-  auto const hooks = std::find_if(all.begin(), all.end(),
-                                  [&](FilterHooks const& h) { return h.index == parent.index; });
-  if (hooks != all.end() && hooks->kind != kBothSides) return foreignHooks(hooks->kind);
+  bool const isListed = hooks_.isFresh() && parent.problem.empty();
+  auto const closed = closeAsListed(intfId, parent);
+  if (closed || !isListed) return closed;
+  hooks_.expire();
+  return closeAsListed(intfId, parent);
+}
+
+Macsecd::Result<> ParentFilters::closeAsListed(Lumo::IntfId intfId, Parent& parent) {
+  std::string kind;
+  if (auto const answer = hooks_.kindOf(parent.index, kind); !answer) {
+    return refused("list qdiscs", answer);
+  }
+  bool const hadHooks = !kind.empty();
+  if (hadHooks && kind != kBothSides) return foreignHooks(kind);
   HeldFilters held;
-  bool const hadHooks = hooks != all.end();
   KernelAnswer const answer =
       hadHooks ? kernel_.filters(parent.index, parent.clear, held) : kernel_.hooksAdd(parent.index);
   if (answer.error == ENODEV) return {};  // it is gone, which the watch of the links tells next
   if (!answer) return refused(hadHooks ? "list filters" : "make the qdisc 'clsact'", answer);
+  hooks_.kindIs(parent.index, kBothSides);
   bool const isWhole = held.in.isWhole && held.out.isWhole;
   if (!isWhole && parent.wasClosed) Vesk::log(MACSEC_PARENT_CLOSED_AGAIN, intfId);
   bool const areOurs = !hadHooks || held.in.hooksAreOurs || held.out.hooksAreOurs;
@@ -124,6 +135,7 @@ KernelAnswer ParentFilters::set(Parent const& parent, HeldFilters const& held, b
 // The interface may have gone, and its filter with it. What the kernel doesn't remove now is
 // removed by the next process.
 void ParentFilters::open(int index) {
+  hooks_.expire();
   HeldFilters held;
   if (!kernel_.filters(index, {}, held)) return;
   bool const hooksAreOurs = held.in.hooksAreOurs || held.out.hooksAreOurs;
@@ -141,16 +153,13 @@ void ParentFilters::openLeft() {
   for (int const index : std::exchange(left_, {})) open(index);
 }
 
-bool ParentFilters::isClosed(int index) const {
-  return std::any_of(parents_.begin(), parents_.end(),
-                     [&](auto const& entry) { return entry.second.index == index; });
-}
-
 void ParentFilters::removeOthers() {
   std::vector<FilterHooks> all;
   if (!kernel_.hooks(all)) return;
+  std::set<int> closed;
+  for (auto const& [intfId, parent] : parents_) closed.insert(parent.index);
   for (FilterHooks const& hooks : all) {
-    if (hooks.kind == kBothSides && !isClosed(hooks.index)) open(hooks.index);
+    if (hooks.kind == kBothSides && !closed.contains(hooks.index)) open(hooks.index);
   }
 }
 
@@ -176,6 +185,7 @@ double ParentFilters::nextTime() const {
 
 void ParentFilters::run() {
   openLeft();
+  auto const oneListing = round();
   double const now = Vesk::now();
   bool const isCheck = nextCheck_ <= now;
   if (isCheck) nextCheck_ = now + Limits::kFilterCheck;

@@ -8,7 +8,7 @@
 
 #include "host/text/Result.h"
 #include "host/watch/Backoff.h"
-#include "linux/kernel/FilterKernel.h"
+#include "linux/kernel/HooksReader.h"
 #include "linux/process/Limits.h"
 #include "runtime/IntfId.h"
 
@@ -27,7 +27,7 @@ class ParentFilters {
 
   /// `kernel` lives longer than this.
   explicit ParentFilters(FilterKernel& kernel, FaultIs faultIs = nullptr)
-      : kernel_(kernel), faultIs_(std::move(faultIs)) {}
+      : kernel_(kernel), hooks_(kernel), faultIs_(std::move(faultIs)) {}
 
   /// The interface with this index is closed from now on, but for these types. False if the kernel
   /// refuses, which is logged, and tried again in a while.
@@ -41,6 +41,9 @@ class ParentFilters {
 
   /// Why a closed interface isn't; nothing if it is.
   std::optional<std::string> trouble(Lumo::IntfId intfId) const;
+
+  /// As long as what this returns lives, one listing of the kernel serves all interfaces.
+  HooksReader::Round round() { return HooksReader::Round(hooks_); }
 
   /// When `run()` wants to be called, in seconds of the world's clock; infinity for never.
   double nextTime() const;
@@ -58,12 +61,13 @@ class ParentFilters {
 
   bool close(Lumo::IntfId intfId, Parent& parent);
   Macsecd::Result<> closeNow(Lumo::IntfId intfId, Parent& parent);
+  Macsecd::Result<> closeAsListed(Lumo::IntfId intfId, Parent& parent);
   KernelAnswer set(Parent const& parent, HeldFilters const& held, bool hooksAreOurs);
   void open(int index);
   void openLeft();
-  bool isClosed(int index) const;
 
   FilterKernel& kernel_;
+  HooksReader hooks_;
   FaultIs const faultIs_;
   std::map<Lumo::IntfId, Parent> parents_;
   std::set<int> left_;  // interfaces that are to be opened

@@ -19,6 +19,7 @@ class FakeFilterKernel final : public FilterKernel {
   };
 
   KernelAnswer hooks(std::vector<FilterHooks>& out) override {
+    ++listings;
     out.clear();
     for (auto const& [index, interface] : interfaces) {
       if (!interface.kind.empty()) out.push_back({index, interface.kind});
@@ -66,6 +67,7 @@ class FakeFilterKernel final : public FilterKernel {
 
   std::map<int, Interface> interfaces;
   std::vector<std::string> asked;
+  int listings = 0;  ///< of all hooks
   /// Requests by their text that are refused with this error.
   std::map<std::string, int> refused;
 

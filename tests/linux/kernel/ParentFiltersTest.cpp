@@ -166,6 +166,39 @@ TEST_F(ParentFiltersTest, NameThePreferenceThatAnotherProgramMayHave) {
                                                   "preference 3"));
 }
 
+// The kernel lists the hooks of all interfaces or of none: for each of a thousand, that is a
+// million.
+TEST_F(ParentFiltersTest, ListTheHooksOnceForAllInterfacesOfATurn) {
+  constexpr int kInterfaces = 20;
+  auto const closeAll = [this] {
+    auto const turn = filters->round();
+    for (int i = 0; i < kInterfaces; ++i) {
+      kernel.interfaces.try_emplace(10 + i);
+      filters->interfaceIs(Lumo::IntfId(Vesk::String8("eth" + std::to_string(i))), 10 + i);
+    }
+  };
+  closeAll();
+  EXPECT_EQ(kernel.listings, 1) << "that they come";
+  closeAll();
+  EXPECT_EQ(kernel.listings, 2) << "that the configuration is read again";
+  runAt(10);
+  EXPECT_EQ(kernel.listings, 3) << "the check of all";
+  for (int i = 0; i < kInterfaces; ++i) EXPECT_TRUE(kernel.isClosed(10 + i));
+}
+
+TEST_F(ParentFiltersTest, ListTheHooksAgainWhenSomebodyHasMadeSomeInTheMiddleOfATurn) {
+  kernel.interfaces[4] = {};
+  auto const turn = filters->round();
+  filters->interfaceIs(kIntf, 3);
+  kernel.interfaces[4].kind = kBothSides;
+  EXPECT_TRUE(filters->interfaceIs(Lumo::IntfId("eth1"), 4));
+  EXPECT_TRUE(kernel.isClosed(4));
+  kernel.interfaces[3] = {};
+  EXPECT_TRUE(filters->interfaceIs(kIntf, 3)) << "that were removed";
+  EXPECT_TRUE(kernel.isClosed(3));
+  EXPECT_EQ(filters->trouble(kIntf), std::nullopt);
+}
+
 TEST_F(ParentFiltersTest, SayNothingOfAnInterfaceThatIsGoneBeforeItIsTold) {
   filters->interfaceIs(kIntf, 3);
   kernel.interfaces.clear();
