@@ -163,7 +163,7 @@ void KernelDriver::interfaceIs(Lumo::IntfId intfId, int index) {
   auto const entry = slice_->statusIs(intfId);
   auto& history = options_.history ? *options_.history : ownHistory_;
   ports_[intfId] = std::make_unique<KernelPort>(intfId, index, deviceOf(intfId), options_, history,
-                                                counts_, byDevice_, reader_, entry);
+                                                counts_, holders_, retries_, reader_, entry);
   if (mtus_.contains(intfId)) ports_[intfId]->parentMtuIs(mtus_.at(intfId));
   ports_[intfId]->authorizedIs(!unauthorized_.contains(intfId));
   ports_[intfId]->transmitHeldIs(transmitHeld_.contains(intfId));
@@ -188,8 +188,8 @@ void KernelDriver::interfaceDel(Lumo::IntfId intfId) {
 }
 
 void KernelDriver::deviceChanged(int index, bool isThere) {
-  auto const port = byDevice_.find(index);
-  if (port == byDevice_.end()) return;
+  auto const port = holders_.byDevice.find(index);
+  if (port == holders_.byDevice.end()) return;
   VESK_ASSERT(port->second->held() && port->second->held()->index == index);
   port->second->deviceChanged(isThere);
 }
@@ -225,7 +225,7 @@ void KernelDriver::workOn(Lumo::IntfId intfId) {
   if (port->second->isWanted()) {
     port->second->work();
   } else {
-    leftovers_ = true;
+    leftovers_.insert(intfId);
   }
 }
 
@@ -262,13 +262,11 @@ void KernelDriver::removeAll() {
   for (auto const& [intfId, port] : ports_) port->remove();
 }
 
+// Asked in every turn: no port is looked at for it.
 double KernelDriver::nextTime() const {
-  double next = leftovers_ ? Vesk::now() : Zorn::never;
+  double next = leftovers_.empty() ? retries_.nextTime() : Vesk::now();
   if (!waiting_.empty()) next = std::min(next, nextLook_);
-  for (auto const& [intfId, port] : ports_) {
-    next = std::min(next, port->retryTime());
-    if (port->held()) next = std::min(next, nextPoll_);
-  }
+  if (holders_.number > 0) next = std::min(next, nextPoll_);
   return next;
 }
 
@@ -279,11 +277,20 @@ void KernelDriver::run() {
     nextLook_ = now + look_.next();
     for (auto const& [intfId, index] : std::map(waiting_)) interfaceIs(intfId, index);
   }
-  bool const leftovers = std::exchange(leftovers_, false);
-  for (auto const& [intfId, port] : ports_) {
-    if (port->retryTime() <= now || (leftovers && !port->isWanted())) port->work();
-  }
+  workAgain();
   if (nextPoll_ <= now) poll();
+}
+
+void KernelDriver::workAgain() {
+  auto const leftovers = std::exchange(leftovers_, {});
+  for (Lumo::IntfId const intfId : retries_.due(Vesk::now())) {
+    auto const port = ports_.find(intfId);
+    if (port != ports_.end()) port->second->work();
+  }
+  for (Lumo::IntfId const intfId : leftovers) {
+    auto const port = ports_.find(intfId);
+    if (port != ports_.end() && !port->second->isWanted()) port->second->work();
+  }
 }
 
 void KernelDriver::poll() {

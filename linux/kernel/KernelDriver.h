@@ -71,6 +71,7 @@ class KernelDriver final {
   struct PortStatusReactor;
 
   void workOn(Lumo::IntfId intfId);
+  void workAgain();
   void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
   void deleteDevice(int index);
   void tellPort(KernelPort& port);
@@ -85,7 +86,8 @@ class KernelDriver final {
   Macsecd::KeyHistory ownHistory_;
   KernelCounts counts_;
   std::map<Lumo::IntfId, DeviceOptions> devices_;
-  KernelPort::ByDevice byDevice_;
+  KernelPort::Holders holders_;
+  KernelPort::Retries retries_;
   std::map<Lumo::IntfId, std::unique_ptr<KernelPort>> ports_;
   Vesk::Ptr<StatusReactor> status_;
   std::map<Lumo::IntfId, int> waiting_;    // interfaces with their index, for MACsec in the kernel
@@ -95,7 +97,7 @@ class KernelDriver final {
   double nextPoll_ = 0;
   Macsecd::Backoff look_;
   double nextLook_ = 0;  // at the kernel, while interfaces wait
-  bool leftovers_ = false;
+  std::set<Lumo::IntfId> leftovers_;
 };
 
 }  // namespace Linux

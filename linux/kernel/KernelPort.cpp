@@ -36,14 +36,15 @@ std::string KernelPort::nameOf(Lumo::IntfId intfId, DeviceOptions const& device)
 
 KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
                        KernelDriverOptions const& options, Macsecd::KeyHistory& history,
-                       KernelCounts& counts, ByDevice& byDevice, KernelReader& reader,
-                       Vesk::Ptr<Macsec::MacSecIntfStatus> report)
+                       KernelCounts& counts, Holders& holders, Retries& retries,
+                       KernelReader& reader, Vesk::Ptr<Macsec::MacSecIntfStatus> report)
     : intfId_(intfId),
       parent_(parent),
       options_(options),
       history_(history),
       counts_(counts),
-      byDevice_(byDevice),
+      holders_(holders),
+      retries_(retries),
       reader_(reader),
       kernel_(reader.kernel()),
       report_(std::move(report)),
@@ -53,8 +54,9 @@ KernelPort::KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
 
 KernelPort::~KernelPort() {
   hold(nullptr);
-  VESK_DEBUG_ASSERT(
-      std::ranges::none_of(byDevice_, [this](auto const& one) { return one.second == this; }));
+  retries_.del(intfId_);
+  VESK_DEBUG_ASSERT(std::ranges::none_of(holders_.byDevice,
+                                         [this](auto const& one) { return one.second == this; }));
 }
 
 void KernelPort::wantedIs(Vesk::Ptr<Macsec::CpStatus const> cpStatus, Macsec::Sci const& mySci) {
@@ -79,7 +81,7 @@ void KernelPort::work() {
   tellIfChanged();
   if (!isDone) return tryAgainLater();
   retry_.reset();
-  retryTime_ = std::numeric_limits<double>::infinity();
+  retryTimeIs(Zorn::never);
 }
 
 // Each step ends with its reports: what stands behind them in a pass may have changed by then.
@@ -97,7 +99,11 @@ bool KernelPort::pass() {
 // A change of what is asked for is tried at once, and puts off nothing.
 void KernelPort::tryAgainLater() {
   if (retry_.isRunning() && Vesk::now() < retryTime_) return;
-  retryTime_ = Vesk::now() + retry_.next();
+  retryTimeIs(Vesk::now() + retry_.next());
+}
+
+void KernelPort::retryTimeIs(double time) {
+  if (std::exchange(retryTime_, time) != time) retries_.timeIs(intfId_, time);
 }
 
 std::optional<DeviceKind> KernelPort::wantedKind() const {
@@ -243,7 +249,7 @@ void KernelPort::deviceChanged(bool isThere) {
   take(nullptr);
   known_ = false;
   reader_.expire();
-  retryTime_ = Vesk::now();
+  retryTimeIs(Vesk::now());
   tellIfChanged();
 }
 

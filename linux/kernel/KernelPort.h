@@ -8,6 +8,7 @@
 
 #include "host/state/KeyHistory.h"
 #include "host/watch/Backoff.h"
+#include "linux/kernel/Agenda.h"
 #include "linux/kernel/KernelReader.h"
 #include "linux/kernel/KernelRemedy.h"
 #include "linux/kernel/SaKey.h"
@@ -75,13 +76,19 @@ struct KernelCounts {
 ///     CpStatus -> work() -> requests -> answers -> held -> MacSecIntfStatus
 class KernelPort {
  public:
-  /// The ports whose devices are there, by the index of the device.
-  using ByDevice = std::map<int, KernelPort*>;
+  /// The ports whose devices are there.
+  struct Holders {
+    std::map<int, KernelPort*> byDevice = {};  ///< by the index of the device
+    size_t number = 0;
+  };
+  /// When `work()` wants to be called again after an error.
+  using Retries = Agenda<Lumo::IntfId>;
 
   /// All but the first three are shared with the other ports.
   KernelPort(Lumo::IntfId intfId, int parent, DeviceOptions device,
              KernelDriverOptions const& options, Macsecd::KeyHistory& history, KernelCounts& counts,
-             ByDevice& byDevice, KernelReader& reader, Vesk::Ptr<Macsec::MacSecIntfStatus> report);
+             Holders& holders, Retries& retries, KernelReader& reader,
+             Vesk::Ptr<Macsec::MacSecIntfStatus> report);
   ~KernelPort();
   KernelPort(KernelPort const&) = delete;
   KernelPort& operator=(KernelPort const&) = delete;
@@ -118,8 +125,6 @@ class KernelPort {
   /// Takes the device away.
   void remove();
 
-  /// When `work()` wants to be called again after an error; infinity for never.
-  double retryTime() const { return retryTime_; }
   /// When the kernel was last seen to have dropped frames because they weren't valid under their
   /// key; minus infinity for never.
   double notValidTime() const { return notValidTime_; }
@@ -181,13 +186,15 @@ class KernelPort {
   bool isNews(std::string const& problem, std::string const& remedy);
   void showProblems();
   void tryAgainLater();
+  void retryTimeIs(double time);
 
   Lumo::IntfId const intfId_;
   int const parent_;
   KernelDriverOptions const& options_;
   Macsecd::KeyHistory& history_;
   KernelCounts& counts_;
-  ByDevice& byDevice_;
+  Holders& holders_;
+  Retries& retries_;
   KernelReader& reader_;
   MacsecKernel& kernel_;
   Vesk::Ptr<Macsec::MacSecIntfStatus> const report_;
@@ -216,7 +223,7 @@ class KernelPort {
   std::map<std::string, std::string> told_;
   double notValidTime_ = -std::numeric_limits<double>::infinity();
   Macsecd::Backoff retry_;
-  double retryTime_ = std::numeric_limits<double>::infinity();
+  double retryTime_ = Zorn::never;
 };
 
 }  // namespace Linux

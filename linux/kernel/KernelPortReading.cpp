@@ -93,13 +93,15 @@ void KernelPort::removeOthers(std::vector<MacsecLink> const& links, int index) {
 // Another port's device may have the index of one that is gone.
 void KernelPort::hold(SecY const* secY) {
   if (held_) {
-    auto const known = byDevice_.find(held_->index);
-    if (known != byDevice_.end() && known->second == this) byDevice_.erase(known);
+    auto const known = holders_.byDevice.find(held_->index);
+    if (known != holders_.byDevice.end() && known->second == this) holders_.byDevice.erase(known);
+    --holders_.number;
   }
   held_.reset();
   if (!secY) return;
   held_ = *secY;
-  byDevice_[held_->index] = this;
+  holders_.byDevice[held_->index] = this;
+  ++holders_.number;
 }
 
 void KernelPort::take(SecY const* secY) {
@@ -138,7 +140,7 @@ void KernelPort::takePolled(std::vector<SecY> const& all) {
     if (found != all.end()) lookForNotValid(*found);
     take(found != all.end() ? &*found : nullptr);
   }
-  if (retryTime_ == std::numeric_limits<double>::infinity()) work();
+  if (retryTime_ == Zorn::never) work();
   reportNumbers();
 }
 

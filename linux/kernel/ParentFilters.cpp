@@ -63,6 +63,7 @@ bool ParentFilters::interfaceIs(Lumo::IntfId intfId, int index, Macsecd::EtherTy
 }
 
 void ParentFilters::interfaceDel(Lumo::IntfId intfId) {
+  retries_.del(intfId);
   if (auto const parent = parents_.extract(intfId)) left_.insert(parent.mapped().index);
 }
 
@@ -76,11 +77,8 @@ bool ParentFilters::close(Lumo::IntfId intfId, Parent& parent) {
   }
   if (faultIs_ && problem != parent.problem) faultIs_(intfId, {problem, {}});
   parent.problem = problem;
-  if (closed) {
-    parent.retry.reset();
-  } else {
-    parent.retryTime = Vesk::now() + parent.retry.next();
-  }
+  if (closed) parent.retry.reset();
+  retries_.timeIs(intfId, closed ? Zorn::never : Vesk::now() + parent.retry.next());
   return static_cast<bool>(closed);
 }
 
@@ -165,6 +163,7 @@ void ParentFilters::removeOthers() {
 
 void ParentFilters::removeAll() {
   for (auto const& [intfId, parent] : std::exchange(parents_, {})) left_.insert(parent.index);
+  retries_ = {};
   openLeft();
 }
 
@@ -174,23 +173,27 @@ std::optional<std::string> ParentFilters::trouble(Lumo::IntfId intfId) const {
   return parent->second.problem;
 }
 
+// Asked in every turn: no interface is looked at for it.
 double ParentFilters::nextTime() const {
   if (!left_.empty()) return Vesk::now();
-  double next = Zorn::never;
-  for (auto const& [intfId, parent] : parents_) {
-    next = std::min(next, parent.problem.empty() ? nextCheck_ : parent.retryTime);
-  }
-  return next;
+  bool const isChecked = parents_.size() > retries_.size();
+  return std::min(retries_.nextTime(), isChecked ? nextCheck_ : Zorn::never);
 }
 
 void ParentFilters::run() {
   openLeft();
   auto const oneListing = round();
   double const now = Vesk::now();
-  bool const isCheck = nextCheck_ <= now;
-  if (isCheck) nextCheck_ = now + Limits::kFilterCheck;
+  auto const due = retries_.due(now);
+  if (nextCheck_ <= now) check();
+  for (Lumo::IntfId const intfId : due) close(intfId, parents_.at(intfId));
+}
+
+// Those with a problem have times of their own.
+void ParentFilters::check() {
+  nextCheck_ = Vesk::now() + Limits::kFilterCheck;
   for (auto& [intfId, parent] : parents_) {
-    if (parent.problem.empty() ? isCheck : parent.retryTime <= now) close(intfId, parent);
+    if (parent.problem.empty()) close(intfId, parent);
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include "host/text/Result.h"
 #include "host/watch/Backoff.h"
+#include "linux/kernel/Agenda.h"
 #include "linux/kernel/HooksReader.h"
 #include "linux/process/Limits.h"
 #include "runtime/IntfId.h"
@@ -55,10 +56,10 @@ class ParentFilters {
     Macsecd::EtherTypes clear = {};
     std::string problem = {};
     Macsecd::Backoff retry{Limits::kFirstRetry, Limits::kLastRetry};
-    double retryTime = 0;  // while there is a problem
     bool wasClosed = false;
   };
 
+  void check();
   bool close(Lumo::IntfId intfId, Parent& parent);
   Macsecd::Result<> closeNow(Lumo::IntfId intfId, Parent& parent);
   Macsecd::Result<> closeAsListed(Lumo::IntfId intfId, Parent& parent);
@@ -70,7 +71,8 @@ class ParentFilters {
   HooksReader hooks_;
   FaultIs const faultIs_;
   std::map<Lumo::IntfId, Parent> parents_;
-  std::set<int> left_;  // interfaces that are to be opened
+  Agenda<Lumo::IntfId> retries_;  // of those with a problem
+  std::set<int> left_;            // interfaces that are to be opened
   double nextCheck_ = 0;
 };
 
