@@ -150,7 +150,8 @@ alignas(AesCmac) uint8_t place[sizeof(AesCmac)];
 
 bool standsInPlace(char const* hex) {
   auto const octets = octetsOf(hex);
-  return std::ranges::search(place, octets).size() > 0;
+  return std::search(std::begin(place), std::end(place), octets.begin(), octets.end()) !=
+         std::end(place);
 }
 
 TEST(AesCmac, WipesWhatItKeepsOfTheKey) {

@@ -117,7 +117,10 @@ alignas(KeyWrap) uint8_t place[sizeof(KeyWrap)];
 
 TEST(KeyWrap, WipesTheKekAndLeavesNoneInTheMemoryThatItFrees) {
   auto const kek = octetsOf("d1eed7b4638f373c9b5891bb6342cdb8");
-  auto const isInPlace = [&] { return std::ranges::search(place, kek).size() > 0; };
+  auto const isInPlace = [&] {
+    return std::search(std::begin(place), std::end(place), kek.begin(), kek.end()) !=
+           std::end(place);
+  };
   auto* const wrap = std::construct_at(reinterpret_cast<KeyWrap*>(place), kek);
   EXPECT_TRUE(isInPlace());
   std::vector<uint8_t> wrapped(24);
