@@ -15,7 +15,7 @@ class HooksReader : public Rounds {
 
   /// Of which kind those of an interface are; empty if it has none.
   KernelAnswer kindOf(int index, std::string& out) {
-    if (auto const answer = read(); !answer) return answer;
+    if (auto answer = read(); !answer) return answer;
     auto const found = kinds_.find(index);
     out = found == kinds_.end() ? std::string() : found->second;
     return {};
@@ -27,7 +27,7 @@ class HooksReader : public Rounds {
   KernelAnswer read() {
     if (isFresh()) return {};
     std::vector<FilterHooks> all;
-    if (auto const answer = kernel_.hooks(all); !answer) return answer;
+    if (auto answer = kernel_.hooks(all); !answer) return answer;
     kinds_.clear();
     for (FilterHooks& hooks : all) kinds_[hooks.index] = std::move(hooks.kind);
     wasRead();

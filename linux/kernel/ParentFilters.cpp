@@ -86,7 +86,7 @@ bool ParentFilters::close(Lumo::IntfId intfId, Parent& parent) {
 // listed again.
 Macsecd::Result<> ParentFilters::closeNow(Lumo::IntfId intfId, Parent& parent) {
   bool const isListed = hooks_.isFresh() && parent.problem.empty();
-  auto const closed = closeAsListed(intfId, parent);
+  auto closed = closeAsListed(intfId, parent);
   if (closed || !isListed) return closed;
   hooks_.expire();
   return closeAsListed(intfId, parent);
