@@ -2,6 +2,7 @@
 
 #include "host/config/ConfigTree.h"
 #include "host/state/SilentWorld.h"
+#include "host/state/HeardPeers.h"
 #include "host/state/StaleStatus.h"
 #include "host/watch/StageTrace.h"
 #include "model/Factories.h"
@@ -240,6 +241,7 @@ void Host::start() {
   dropMovedPorts(*ethIntfStatusDir_, *status_);
   dropConfiguredKeys(*config_, *status_, false);
   handleShutdown();
+  takeUpLivePeers(*status_);
   machines_ = std::make_unique<Machines>(*this);
   applyDialects();
 }
