@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
-#include "engine/MkaActorSm.h"
 #include "host/explain/Explainer.h"
 #include "host/text/PortText.h"
+#include "host/watch/PortActors.h"
 #include "runtime/World.h"
 
 // From the agreement to the key in use.
@@ -75,12 +75,7 @@ void Explainer::noteInstallation() {
 void Explainer::noteDeafPeers() {
   if (!principal_->electedSelf() || isNone(principal_->distSak())) return;
   for (Macsec::MkaPeer const& peer : principal_->livePeer()) {
-    Macsec::SakUseInfo const& use = peer.sakUseInfo();
-    bool receives = false;
-    for (auto const* info : {&use.latestKeyInfo(), &use.oldKeyInfo()}) {
-      receives |= sakMatch(*info, principal_->distSak()) && info->keyRx();
-    }
-    if (receives) continue;
+    if (receivesWith(peer, principal_->distSak())) continue;
     note(CauseKind::peerNotReceiving,
          fmt::format("{} doesn't receive with {} yet", sciText(peer.baseInfo().sci()),
                      keyText(principal_->distSak())),

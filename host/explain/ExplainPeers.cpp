@@ -154,6 +154,12 @@ bool Explainer::principal() {
     return true;
   }
   noteSuite();
+  if (out_.secured && receiveOnlyWithOthers(*port_, cp_->txSak())) {
+    note(CauseKind::peerNotReceiving,
+         fmt::format("the peer has gone over to another key than {}, with which this end sends",
+                     keyText(cp_->txSak())),
+         fmt::format("wait: the port begins anew within {:g} seconds", 3 * lifeTime()));
+  }
   note(CauseKind::notPrincipal,
        "peers agree on a key server, but no key has become the principal one yet",
        fmt::format("wait: a key server makes a key within {:g} seconds; under the fallback key it "

@@ -1,5 +1,6 @@
 #include "host/watch/PortActors.h"
 
+#include "engine/MkaActorSm.h"
 #include "model/MkaActorStatus.h"
 
 namespace Macsecd {
@@ -23,6 +24,24 @@ bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& actor, Macsec::Ssci const&
   if (actor.livePeer().members() != 1 || peerSsci == Macsec::Ssci()) return false;
   Macsec::Sci const& sci = actor.livePeer().begin()->baseInfo().sci();
   return sci != Macsec::Sci() && sci != peerSsci.sci();
+}
+
+bool receivesWith(Macsec::MkaPeer const& peer, Macsec::Sak const& sak) {
+  Macsec::SakUseInfo const& use = peer.sakUseInfo();
+  return (use.latestKeyInfo().keyRx() && sakMatch(use.latestKeyInfo(), sak)) ||
+         (use.oldKeyInfo().keyRx() && sakMatch(use.oldKeyInfo(), sak));
+}
+
+bool receiveOnlyWithOthers(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak) {
+  bool receive = false;
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    for (Macsec::MkaPeer& peer : actor.livePeer()) {
+      if (receivesWith(peer, sak)) return false;
+      Macsec::SakUseInfo const& use = peer.sakUseInfo();
+      receive |= use.latestKeyInfo().keyRx() || use.oldKeyInfo().keyRx();
+    }
+  }
+  return receive;
 }
 
 }  // namespace Macsecd

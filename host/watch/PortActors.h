@@ -12,4 +12,9 @@ Vesk::Ptr<Macsec::MkaActorStatus> principalOf(Macsec::MkaPortStatus const& port)
 /// Whether the actor has one live peer, of another SCI than the one that these SSCIs are for.
 bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& actor, Macsec::Ssci const& peerSsci);
 
+/// Whether the peer says that it receives with this key.
+bool receivesWith(Macsec::MkaPeer const& peer, Macsec::Sak const& sak);
+/// Whether no live peer says that it receives with this key, and one does so of another key.
+bool receiveOnlyWithOthers(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak);
+
 }  // namespace Macsecd

@@ -62,7 +62,7 @@ void PortDoctor::round() {
 }
 
 void PortDoctor::lookAt(Lumo::IntfId intfId) {
-  auto const trouble = isOpen_(intfId) ? std::nullopt : troubleOf(intfId);
+  auto const trouble = troubleOf(intfId);
   if (!trouble || !treated_.contains(*trouble)) {
     if (auto const known = cases_.find(intfId); known != cases_.end()) seemsWell(known);
     return;
@@ -92,11 +92,15 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   auto const port = status_->portStatus(intfId);
   if (!port || !hasLivePeer(*port) || livesOnFormerKey(intfId, *port)) return std::nullopt;
   auto const principal = principalOf(*port);
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (isOpen_(intfId)) {
+    bool const isHeard = principal || !receiveOnlyWithOthers(*port, cpStatus->txSak());
+    return isHeard ? std::nullopt : std::optional(PortTrouble::peerNotReceiving);
+  }
   if (!principal) return PortTrouble::notPrincipal;
   if (transmitHold_.reason(intfId) == TransmitHold::Reason::spentKey && !principal->electedSelf()) {
     return PortTrouble::spentKey;
   }
-  auto const cpStatus = status_->cpStatus(intfId);
   if (!cpStatus || !hasOnlyAnotherPeer(*principal, cpStatus->peerSsci())) return std::nullopt;
   return PortTrouble::otherPeer;
 }
@@ -142,7 +146,8 @@ double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
   double const forPrimaryKey =
       mayWaitForPrimaryKey(*port) ? status_->defaultKeyActivationPeriod() : 0;
   if (trouble == PortTrouble::notPrincipal) return forPrimaryKey;
-  if (trouble == PortTrouble::otherPeer) return 0;  // which no wait ends
+  // No wait ends these.
+  if (trouble == PortTrouble::otherPeer || trouble == PortTrouble::peerNotReceiving) return 0;
   auto const given = SakId::of(principalOf(*port)->distSak());
   if (!given) return forPrimaryKey;
   // A key server begins to send with a new key when its peers receive, or after this period.

@@ -20,15 +20,18 @@ namespace Macsecd {
 /// - a port that has a live peer and no principal actor: the engine elects only when an actor
 ///   succeeds;
 /// - a port whose only live peer has another SCI than the one whose frames it receives;
+/// - a port that has no principal actor, and whose peer has gone over to another key meanwhile:
+/// what
+///   is sent is lost, though the port is open;
 /// - a port that may not send with its key (`TransmitHold`) and gets no other one from its key
 ///   server: it comes back as a new member.
 ///
-/// It does no harm: it never touches a port through which traffic passes, nor one whose peers are
-/// live under a key that isn't configured any more, since that key would be lost. It waits for two
-/// life times beyond the longest wait that this end or the other one may be in by the rules, and
-/// begins to wait again whenever the members or their roles change. A port that doesn't get well is
-/// left alone for twice as long each time. Apart from that the doctor counts how often the process
-/// itself stood still, which looks like the loss of all peers.
+/// It does no harm: it never touches a port through which traffic passes both ways, nor one whose
+/// peers are live under a key that isn't configured any more, since that key would be lost. It
+/// waits for two life times beyond the longest wait that this end or the other one may be in by the
+/// rules, and begins to wait again whenever the members or their roles change. A port that doesn't
+/// get well is left alone for twice as long each time. Apart from that the doctor counts how often
+/// the process itself stood still, which looks like the loss of all peers.
 class PortDoctor final : public Vesk::StateMachine {
  public:
   struct Counts {

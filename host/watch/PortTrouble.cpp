@@ -10,6 +10,8 @@ char const* wordOf(PortTrouble trouble) {
       return "spent-key";
     case PortTrouble::otherPeer:
       return "other-peer";
+    case PortTrouble::peerNotReceiving:
+      return "peer-not-receiving";
   }
   return "";
 }
@@ -22,6 +24,8 @@ char const* textOf(PortTrouble trouble) {
       return "it may not send with its key, and its key server gives no other one";
     case PortTrouble::otherPeer:
       return "its peer has another SCI than the one that it receives from";
+    case PortTrouble::peerNotReceiving:
+      return "its peer has gone over to another key, and no key is in use here";
   }
   return "";
 }

@@ -7,10 +7,10 @@
 namespace Macsecd {
 
 /// What keeps a port from getting well by itself, as the port doctor sees it.
-enum class PortTrouble : uint8_t { notPrincipal, spentKey, otherPeer };
+enum class PortTrouble : uint8_t { notPrincipal, spentKey, otherPeer, peerNotReceiving };
 
 inline constexpr std::array kPortTroubles{PortTrouble::notPrincipal, PortTrouble::spentKey,
-                                          PortTrouble::otherPeer};
+                                          PortTrouble::otherPeer, PortTrouble::peerNotReceiving};
 
 using PortTroubles = std::set<PortTrouble>;
 inline PortTroubles allPortTroubles() { return {kPortTroubles.begin(), kPortTroubles.end()}; }

@@ -20,12 +20,13 @@ struct End {
   }
 };
 
+// The emulated hardware goes on receiving with a key that nobody asks for any more; no other does.
 bool passes(End const& from, End const& to) {
   auto const sends = from.hardware(), receives = to.hardware();
   auto const tx = sends ? sends->txSaStatus() : nullptr;
   auto const rx = tx && receives ? receives->rxSaStatus(tx->associationNumber()) : nullptr;
-  return rx && rx->keyId() == tx->keyId() && rx->keyNum() == tx->keyNum() &&
-         to.cpStatus()->peerSsci() == from.cpStatus()->mySsci();
+  return rx && to.cpStatus()->rxSak(tx->associationNumber()) && rx->keyId() == tx->keyId() &&
+         rx->keyNum() == tx->keyNum() && to.cpStatus()->peerSsci() == from.cpStatus()->mySsci();
 }
 
 bool arePaired(End const& a, End const& b) {

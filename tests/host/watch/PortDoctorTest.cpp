@@ -1,5 +1,6 @@
 #include "host/watch/PortDoctor.h"
 
+#include "host/explain/Explain.h"
 #include "tests/host/HostFixture.h"
 
 namespace Macsecd {
@@ -87,6 +88,47 @@ TEST_F(ThePortDoctor, NeverTouchesAPortThroughWhichTrafficPasses) {
   }
   talk(a, b, 200);
   EXPECT_TRUE(a.host.isOpen(kIntf));
+  EXPECT_EQ(counts().boundAnew, 0u);
+}
+
+// Its own frames are lost then, though it has the key of the other end to receive with.
+class APortWhosePeerWentOver : public ThePortDoctor {
+ protected:
+  // The peer is lost to b, and back, while a goes over to a new key, and hears b all the time.
+  APortWhosePeerWentOver() {
+    a.host.restart();  // it makes a new key a life time later
+    while (sakOf(b).rxSak().members() < 2 && a.world.time < 40) talk(a, b, a.world.time + 0.25);
+    talkOneWay(b, a, a.world.time + 9);
+    talk(a, b, a.world.time + 3);
+  }
+  static Macsec::CpStatus& sakOf(Switch const& one) { return *one.host.status()->cpStatus(kIntf); }
+  static void talkOneWay(Switch& from, Switch& to, double until) {
+    for (double time = from.world.time; time <= until; time += 0.25) {
+      for (Switch* one : {&from, &to}) {
+        one->world.time = time;
+        one->host.timerWheel()->runDue();
+      }
+      for (auto const& frame : from.sent.frames) to.host.receive(kIntf, frame);
+      from.sent.frames.clear();
+      to.sent.frames.clear();
+    }
+  }
+  bool bothSendWithOneKey() const {
+    return SakId::of(sakOf(a).txSak()) == SakId::of(sakOf(b).txSak());
+  }
+};
+
+TEST_F(APortWhosePeerWentOver, IsBoundAnewThoughItIsOpen) {
+  ASSERT_FALSE(bothSendWithOneKey());
+  ASSERT_TRUE(b.actor() && !b.actor()->livePeer().empty() && !b.actor()->principal());
+  EXPECT_TRUE(b.host.isOpen(kIntf));
+  EXPECT_TRUE(explain(b.host, kIntf).has(CauseKind::peerNotReceiving));
+  talk(a, b, a.world.time + 18);
+  EXPECT_EQ(b.host.doctorCounts()->boundAnew, 1u);
+  talk(a, b, a.world.time + 20);
+  EXPECT_TRUE(bothSendWithOneKey());
+  EXPECT_TRUE(b.host.isOpen(kIntf));
+  EXPECT_EQ(b.host.doctorCounts()->boundAnew, 1u);
   EXPECT_EQ(counts().boundAnew, 0u);
 }
 
