@@ -1,8 +1,8 @@
 #include "host/Host.h"
 
 #include "host/config/ConfigTree.h"
-#include "host/state/SilentWorld.h"
 #include "host/state/HeardPeers.h"
+#include "host/state/SilentWorld.h"
 #include "host/state/StaleStatus.h"
 #include "host/watch/StageTrace.h"
 #include "model/Factories.h"
