@@ -1,5 +1,6 @@
 #include "codec/FrameCodec.h"
 
+#include <optional>
 #include <utility>
 
 #include "codec/ActorFollower.h"
@@ -126,9 +127,9 @@ Port& FrameCodec::countedPortIs(Lumo::IntfId intfId) {
 void FrameCodec::handleTxMessage(Macsec::MkaMessageInfo const& message) {
   Lumo::IntfId const intfId = message.intfId();
   VESK_TRACE(8, ": IntfId ", intfId);
-  Port const stranger(intfId);
+  std::optional<Port> stranger;
   Port const* known = ports_.find(intfId);
-  Port const& port = known ? *known : stranger;
+  Port const& port = known ? *known : stranger.emplace(intfId);
   FrameWriter writer(port);
   if (Refusal refusal = writer.write(message)) {
     VESK_TRACE(3, ": No MKPDU sent on ", intfId, ": octet ", refusal.octet, " ",
@@ -144,9 +145,9 @@ void FrameCodec::handleTxMessage(Macsec::MkaMessageInfo const& message) {
 
 Refusal FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   VESK_TRACE(8, ": IntfId ", intfId);
-  Port stranger(intfId);
+  std::optional<Port> stranger;
   Port* known = ports_.find(intfId);
-  Port& port = known ? *known : stranger;
+  Port& port = known ? *known : stranger.emplace(intfId);
   FrameReader reader(port);
   Refusal refusal = reader.check(frame);
   if (!refusal) refusal = checkSender(port, reader);
@@ -161,7 +162,8 @@ Refusal FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame)
   countSuccess(port, Direction::rx);
   auto const message = pamManager_->rxMessageInfo();
   PeerLimit limit(reader.actor().status());
-  reader.fill(*message, limit, !guardIsOn_ || guard_.areKeysForUs(reader));
+  bool const keysAreForUs = !guardIsOn_ || !reader.distributesKey() || guard_.areKeysForUs(reader);
+  reader.fill(*message, limit, keysAreForUs);
   message->countInc(1);
   return {};
 }
@@ -172,6 +174,7 @@ Refusal FrameCodec::checkSender(Port const& port, FrameReader const& reader) con
     if (Refusal refusal = guard_.check(port, reader)) return refusal;
   }
   PeerLimit const limit(reader.actor().status());
+  if (limit.hasRoom()) return {};
   if (limit.admitsSender(reader.sender(), guard_.hasHeardUsLately(reader))) return {};
   return {Reason::tooManyPeersErr, ReplayGuard::kMemberIdentifierAt,
           "begins the member identifier of a stranger, for whom there is no room"};

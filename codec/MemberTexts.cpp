@@ -26,7 +26,7 @@ std::optional<MemberIdentifier> MemberTexts::identifier(Vesk::String8 const& tex
 }
 
 MemberTexts::Known& MemberTexts::met(size_t place) {
-  if (place == 0) return known_[0];
+  if (place < kSettled) return known_[place];
   std::swap(known_[place], known_[place - 1]);
   return known_[place - 1];
 }

@@ -24,11 +24,13 @@ class MemberTexts {
     Vesk::String8 text;
   };
   static constexpr size_t kKept = 8;
+  static constexpr size_t kSettled = 4;
 
   Known& met(size_t place);
   void keep(Macsec::MemberIdentifier const& identifier, Vesk::String8 const& text);
 
-  // An identifier that is met again moves up one place; a new one takes the last.
+  // An identifier that is met again moves up one place, as far as to the settled ones, who only
+  // give way to it; a new one takes the last.
   std::array<Known, kKept> known_;
 };
 

@@ -2,6 +2,11 @@
 
 namespace Codec {
 
+bool PeerLimit::hasRoom() const {
+  return !actor_ || (actor_->livePeer().members() < kMostPeers &&
+                     actor_->potentialPeer().members() < kMostPeers);
+}
+
 bool PeerLimit::admitsSender(Macsec::MemberIdentifier const& sender, bool willBeLive) const {
   if (!actor_) return true;
   size_t const peers =

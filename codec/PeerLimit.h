@@ -16,6 +16,8 @@ class PeerLimit {
   /// Of the actor whose frame came in, if it stands in a tree; otherwise there is no limit.
   explicit PeerLimit(Macsec::MkaActorStatus const* actor) : actor_(actor) {}
 
+  /// Whether there is room for any sender.
+  bool hasRoom() const;
   /// Whether there is room for the sender of a frame among the live peers, or the potential ones.
   bool admitsSender(Macsec::MemberIdentifier const& sender, bool willBeLive) const;
   /// Whether there is room for a member that the sender lists as live, which makes it a potential

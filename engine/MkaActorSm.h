@@ -111,7 +111,7 @@ class MkaActorSm final : public Vesk::StateMachine {
   void takeLivePath(MkaInfo const& info);
   void takePotentialPath(MkaInfo const& info);
   bool hasAgedOut(MkaPeer const& peer, double now) const;
-  Vesk::Ptr<MkaPeer const> selfCandidate();
+  BasicInfo selfCandidate() const;
   void takeSak(Sak const& sak);
   bool canAllPeersReceive(KeyInfo& latest, KeyInfo& old) const;
   void applyFollowerRule(BasicInfo const& basic, KeyInfo const& match);
@@ -134,7 +134,6 @@ class MkaActorSm final : public Vesk::StateMachine {
   Vesk::Ptr<MkaKeyServerSm> keyServerSm_;
   Vesk::Ptr<ControlledPortSm> cpSm_;
   Vesk::Ptr<MkpduTimerReactor> mkpduTimer_;
-  Vesk::Ptr<MkaPeer> selfCandidate_;
   bool initialized_ = false;
 };
 

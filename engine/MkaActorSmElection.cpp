@@ -10,6 +10,16 @@ namespace {
 
 Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 
+enum class Winner { first, second, none };
+
+Winner winnerOf(BasicInfo const& first, BasicInfo const& second) {
+  if (first.keyServerPriority() != second.keyServerPriority()) {
+    return first.keyServerPriority() < second.keyServerPriority() ? Winner::first : Winner::second;
+  }
+  if (first.sci().addr() == second.sci().addr()) return Winner::none;
+  return first.sci().addr() < second.sci().addr() ? Winner::first : Winner::second;
+}
+
 // A tie removes both, and the next peer that claims the role is taken unopposed.
 MkaPeer const* bestClaimingPeer(MkaActorStatus::LivePeerMap const& livePeer) {
   MkaPeer const* best = nullptr;
@@ -23,42 +33,42 @@ MkaPeer const* bestClaimingPeer(MkaActorStatus::LivePeerMap const& livePeer) {
 }  // namespace
 
 MkaPeer const* electKeyServer(MkaPeer const* a, MkaPeer const* b) {
-  BasicInfo const& first = a->baseInfo();
-  BasicInfo const& second = b->baseInfo();
-  if (first.keyServerPriority() != second.keyServerPriority()) {
-    return first.keyServerPriority() < second.keyServerPriority() ? a : b;
+  switch (winnerOf(a->baseInfo(), b->baseInfo())) {
+    case Winner::first:
+      return a;
+    case Winner::second:
+      return b;
+    case Winner::none:
+      return nullptr;
   }
-  if (first.sci().addr() == second.sci().addr()) return nullptr;
-  return first.sci().addr() < second.sci().addr() ? a : b;
+  return nullptr;
 }
 
-// Stands on no list. It is made again only for another identity.
-Vesk::Ptr<MkaPeer const> MkaActorSm::selfCandidate() {
-  Vesk::String8 const& msgId = actorStatus()->msgId();
-  if (!selfCandidate_ || selfCandidate_->msgId() != msgId) {
-    selfCandidate_ = Vesk::make<MkaPeer>(msgId);
-  }
+BasicInfo MkaActorSm::selfCandidate() const {
   BasicInfo mine;
   mine.keyServerPriorityIs(getKeyServerPriority());
   mine.sciIs(portStatus_->mySci());
-  selfCandidate_->baseInfoIs(mine);
-  return selfCandidate_;
+  return mine;
 }
 
 // IEEE 802.1X-2010, 9.5.
 void MkaActorSm::doUpdateKeyServer() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  MkaPeer const* best = bestClaimingPeer(actorStatus()->livePeer());
-  Vesk::Ptr<MkaPeer const> const self = selfCandidate();
-  if (mayBeKeyServer()) best = best ? electKeyServer(best, self.ptr()) : self.ptr();
-  bool const electedSelf = mayBeKeyServer() && best && best->msgId() == actorStatus()->msgId();
-  Vesk::Ptr<MkaPeer const> const elected(best);
+  Vesk::Ptr<MkaPeer const> best(bestClaimingPeer(actorStatus()->livePeer()));
+  BasicInfo const self = selfCandidate();
+  Vesk::String8 const ownId = actorStatus()->msgId();
+  bool electedSelf = mayBeKeyServer() && !best;
+  if (mayBeKeyServer() && best) {
+    Winner const winner = winnerOf(best->baseInfo(), self);
+    electedSelf = winner == Winner::second || (winner == Winner::first && best->msgId() == ownId);
+    if (winner != Winner::first) best = nullptr;
+  }
   actorStatus()->electedSelfIs(electedSelf);
   VESK_TRACE(1, ": Elected self is: ", electedSelf, " for actor ", ckn_, " on ", intfId_);
-  if (elected) {
-    VESK_TRACE(1, ": Elected ", elected->msgId(), " as key server for actor ", ckn_, " on ",
-               intfId_);
-    actorStatus()->keyServerIs(elected->baseInfo().sci());
+  if (best || electedSelf) {
+    VESK_TRACE(1, ": Elected ", best ? best->msgId() : ownId, " as key server for actor ", ckn_,
+               " on ", intfId_);
+    actorStatus()->keyServerIs(best ? best->baseInfo().sci() : self.sci());
   } else {
     VESK_TRACE(1, ": Unable to elect key server for actor ", ckn_, " on ", intfId_);
     actorStatus()->keyServerIs(Sci());

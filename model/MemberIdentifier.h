@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 
+#include "runtime/EqualOctets.h"
 #include "runtime/String8.h"
 
 namespace Macsec {
@@ -24,7 +25,9 @@ class MemberIdentifier {
   /// 24 lower-case digits, or the empty text for zeros.
   Vesk::String8 stringValue() const;
 
-  friend constexpr bool operator==(MemberIdentifier const&, MemberIdentifier const&) = default;
+  friend bool operator==(MemberIdentifier const& a, MemberIdentifier const& b) {
+    return Vesk::equalOctets(a.bytes_, b.bytes_);
+  }
   friend constexpr auto operator<=>(MemberIdentifier const&, MemberIdentifier const&) = default;
 
  private:

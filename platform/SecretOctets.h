@@ -29,13 +29,19 @@ class SecretOctets {
   SecretOctets& operator=(SecretOctets&& from) noexcept {
     octets_.swap(from.octets_);
     std::swap(size_, from.size_);
+    std::swap(used_, from.used_);
     return *this;
   }
-  ~SecretOctets() { wipe(octets_); }
+  ~SecretOctets() {
+    if (used_ > 0) wipe(std::span(octets_).first(used_));
+  }
 
   size_t size() const { return size_; }
   /// Only the first `Capacity` octets count.
-  void sizeIs(size_t size) { size_ = size < Capacity ? size : Capacity; }
+  void sizeIs(size_t size) {
+    size_ = size < Capacity ? size : Capacity;
+    if (used_ < size_) used_ = size_;
+  }
   std::span<uint8_t> octets() { return {octets_.data(), size_}; }
   std::span<uint8_t const> octets() const { return {octets_.data(), size_}; }
 
@@ -51,6 +57,7 @@ class SecretOctets {
  private:
   std::array<uint8_t, Capacity> octets_{};
   size_t size_ = 0;
+  size_t used_ = 0;  // the largest size so far
 };
 
 }  // namespace Macsec

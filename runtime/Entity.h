@@ -62,7 +62,7 @@ class Notifier : public HashMapEntry {
  public:
   /// Where reactors register.
   NotifieeListBase& notifieeList() {
-    if (!notifiees_) notifiees_ = std::make_unique<NotifieeListBase>();
+    if (!notifiees_) notifiees_ = std::make_unique<NotifieeListBase>(watched_);
     return *notifiees_;
   }
   size_t notifiees() const { return notifiees_ ? notifiees_->notifiees() : 0; }
@@ -76,6 +76,7 @@ class Notifier : public HashMapEntry {
   /// Calls `on` of each notifiee that watches the attribute; those with a key only if it is `intf`.
   template <class N>
   void tell(uint8_t attribute, Lumo::IntfId intf, void (N::*on)()) {
+    if (!isWatched(attribute)) return;
     NotifieeListBase::doVisit(notifiees_.get(), attribute, intf,
                               [on](NotifieeBase& notifiee) { (static_cast<N&>(notifiee).*on)(); });
   }
@@ -83,8 +84,10 @@ class Notifier : public HashMapEntry {
   /// the key itself.
   template <class N, class K>
   void tellKey(uint8_t attribute, K const& key, void (N::*on)(K const&)) {
-    if (notifiees() != 0) tellKept(attribute, K(key), on);
+    if (isWatched(attribute)) tellKept(attribute, K(key), on);
   }
+  /// Whether a notifiee watches the attribute, or has done so.
+  bool isWatched(uint8_t attribute) const { return (watched_ >> attribute & 1) != 0; }
 
  private:
   // The key is a copy: the one given may lie in something that a handler destroys.
@@ -100,6 +103,7 @@ class Notifier : public HashMapEntry {
     return Lumo::IntfId();
   }
 
+  Watch watched_ = 0;
   std::unique_ptr<NotifieeListBase> notifiees_;
 };
 
@@ -237,6 +241,7 @@ class Entity : public Notifier {
   }
   template <class K, class T, class N>
   void valueDelAll(uint8_t attribute, ValueMap<K, T>& map, void (N::*on)(K const&)) {
+    if (!isWatched(attribute) && !Detail::switches->writesAreLogged) return map.clear();
     // The walk has gone on before a value is taken out, so that the map can keep its memory.
     for (auto i = map.iterator(); i;) {
       K const key(i->fwkKey());

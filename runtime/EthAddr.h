@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 
+#include "runtime/EqualOctets.h"
 #include "runtime/String8.h"
 
 namespace Lumo {
@@ -24,7 +25,9 @@ class EthAddr {
   Vesk::String8 stringValue() const;
   uint32_t hash() const { return Vesk::hashBytes(bytes_.data(), bytes_.size()); }
 
-  friend constexpr bool operator==(EthAddr const&, EthAddr const&) = default;
+  friend bool operator==(EthAddr const& a, EthAddr const& b) {
+    return Vesk::equalOctets(a.bytes_, b.bytes_);
+  }
   friend constexpr auto operator<=>(EthAddr const&, EthAddr const&) = default;
 
  private:

@@ -18,7 +18,12 @@ uint32_t hashOf(Key const& key) {
   return key.hash();
 }
 
-uint32_t reversedBits(uint32_t word);
+inline uint32_t reversedBits(uint32_t w) {
+  w = (w >> 1 & 0x55555555) | (w & 0x55555555) << 1;
+  w = (w >> 2 & 0x33333333) | (w & 0x33333333) << 2;
+  w = (w >> 4 & 0x0f0f0f0f) | (w & 0x0f0f0f0f) << 4;
+  return __builtin_bswap32(w);
+}
 
 /// What lies inside an object that can be a member of one hash map.
 class HashMapEntry : public PtrInterface {
@@ -44,7 +49,10 @@ template <class Entry, class Key, class Value = Ptr<Entry>>
 class HashMap {
  public:
   HashMap() = default;
-  ~HashMap() { clear(); }
+  ~HashMap() {
+    clear();
+    if (log2Buckets_ > 0) delete[] many_;
+  }
   HashMap(HashMap const&) = delete;
   HashMap& operator=(HashMap const&) = delete;
 
@@ -56,7 +64,7 @@ class HashMap {
   Entry* find(Key const& key) const {
     if (members_ == 0) return nullptr;
     uint32_t const order = reversedBits(hashOf(key));
-    for (Entry* e = first(buckets_[bucketOf(order)]); e && e->fwkHmOrder_ <= order; e = next(e)) {
+    for (Entry* e = first(table()[bucketOf(order)]); e && e->fwkHmOrder_ <= order; e = next(e)) {
       if (e->fwkHmOrder_ == order && e->fwkKey() == key) return e;
     }
     return nullptr;
@@ -69,7 +77,7 @@ class HashMap {
     entry->referenceInc();
     entry->fwkHmOrder_ = reversedBits(hashOf(entry->fwkKey()));
     entry->fwkHmMap_ = this;
-    HashMapEntry** place = &buckets_[bucketOf(entry->fwkHmOrder_)];
+    HashMapEntry** place = &table()[bucketOf(entry->fwkHmOrder_)];
     while (*place && before(static_cast<Entry*>(*place), entry)) place = &(*place)->fwkHmNext_;
     VESK_ASSERT_NAMED(!*place || before(entry, static_cast<Entry*>(*place)), "the key is new");
     entry->fwkHmNext_ = *place;
@@ -80,7 +88,7 @@ class HashMap {
   Ptr<Entry> xDel(Key const& key) {
     Entry* entry = find(key);
     if (!entry) return nullptr;
-    HashMapEntry** place = &buckets_[bucketOf(entry->fwkHmOrder_)];
+    HashMapEntry** place = &table()[bucketOf(entry->fwkHmOrder_)];
     while (*place != entry) place = &(*place)->fwkHmNext_;
     *place = entry->fwkHmNext_;
     VESK_DEBUG_ASSERT(entry->fwkHmMap_ == this);
@@ -88,6 +96,18 @@ class HashMap {
     entry->fwkHmMap_ = nullptr;
     --members_;
     return Ptr<Entry>::adopt(entry);
+  }
+  /// Takes all out, in their order; nobody is to change the map meanwhile.
+  template <class Use>
+  void takeAll(Use use) {
+    for (uint32_t bucket = 0; members_ > 0; ++bucket) {
+      while (HashMapEntry* const entry = table()[bucket]) {
+        table()[bucket] = std::exchange(entry->fwkHmNext_, nullptr);
+        entry->fwkHmMap_ = nullptr;
+        --members_;
+        use(Ptr<Entry>::adopt(static_cast<Entry*>(entry)));
+      }
+    }
   }
   /// Lets all go; members that live on elsewhere have no parent then.
   void clear() {
@@ -150,7 +170,7 @@ class HashMap {
   Entry* firstFrom(uint32_t bucket) const {
     if (members_ == 0) return nullptr;
     for (; bucket < buckets(); ++bucket) {
-      if (buckets_[bucket]) return first(buckets_[bucket]);
+      if (table()[bucket]) return first(table()[bucket]);
     }
     return nullptr;
   }
@@ -162,22 +182,22 @@ class HashMap {
   Entry* successorOfRemoved(Entry* removed) const {
     if (members_ == 0) return nullptr;
     uint32_t const bucket = bucketOf(removed->fwkHmOrder_);
-    for (Entry* e = first(buckets_[bucket]); e; e = next(e)) {
+    for (Entry* e = first(table()[bucket]); e; e = next(e)) {
       if (before(removed, e)) return e;
     }
     return firstFrom(bucket + 1);
   }
   // The walk gives the members in their order, so that each goes to the end of its new chain.
   void grow() {
-    if (buckets_ && members_ < buckets()) return;
-    uint8_t const log2 = buckets_ ? log2Buckets_ + 1 : 0;
+    if (members_ < buckets()) return;
+    uint8_t const log2 = log2Buckets_ + 1;
     auto grown = std::make_unique<HashMapEntry*[]>(size_t{1} << log2);
     HashMapEntry** place = nullptr;
     uint32_t lastBucket = 0;
-    for (uint32_t b = 0; members_ > 0 && b < buckets(); ++b) {
-      for (HashMapEntry* e = buckets_[b]; e;) {
+    for (uint32_t b = 0; b < buckets(); ++b) {
+      for (HashMapEntry* e = table()[b]; e;) {
         HashMapEntry* const after = e->fwkHmNext_;
-        uint32_t const bucket = log2 == 0 ? 0 : e->fwkHmOrder_ >> (32 - log2);
+        uint32_t const bucket = e->fwkHmOrder_ >> (32 - log2);
         if (!place || bucket != lastBucket) place = &grown[bucket];
         *place = e;
         e->fwkHmNext_ = nullptr;
@@ -186,11 +206,19 @@ class HashMap {
         e = after;
       }
     }
-    buckets_ = std::move(grown);
+    if (log2Buckets_ > 0) delete[] many_;
+    many_ = grown.release();
     log2Buckets_ = log2;
   }
 
-  std::unique_ptr<HashMapEntry*[]> buckets_;
+  HashMapEntry** table() { return log2Buckets_ == 0 ? &only_ : many_; }
+  HashMapEntry* const* table() const { return log2Buckets_ == 0 ? &only_ : many_; }
+
+  // The chains: a single one lies here.
+  union {
+    HashMapEntry* only_ = nullptr;
+    HashMapEntry** many_;
+  };
   uint32_t members_ = 0;
   uint8_t log2Buckets_ = 0;
 };

@@ -54,7 +54,7 @@ void NotifieeListBase::add(NotifieeBase& notifiee) {
   (chain.last ? chain.last->next_ : chain.first) = &notifiee;
   chain.last = &notifiee;
   ++notifiees_;
-  watch_ |= notifiee.watch_;
+  watched_ |= notifiee.watch_;
   if (notifiee.key_.empty()) return;
   keyed_->byPlace.emplace(notifiee.place_, &notifiee);
   keyed_->watch |= notifiee.watch_;

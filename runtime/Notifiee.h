@@ -50,7 +50,9 @@ class NotifieeBase : public HashMapEntry {
 /// it; a notifiee that joins during a visit isn't called in that visit.
 class NotifieeListBase {
  public:
-  NotifieeListBase() = default;
+  /// `watched` belongs to the notifier, who sees there without a look at the list what any notifiee
+  /// ever watched: a write that nobody hears of costs one test.
+  explicit NotifieeListBase(Watch& watched) : watched_(watched) {}
   ~NotifieeListBase();
   NotifieeListBase(NotifieeListBase const&) = delete;
   NotifieeListBase& operator=(NotifieeListBase const&) = delete;
@@ -64,7 +66,7 @@ class NotifieeListBase {
   template <class Call>
   static void doVisit(NotifieeListBase* list, uint8_t attribute, Lumo::IntfId key, Call call) {
     Watch const watch = Watch{1} << attribute;
-    if (!list || !(list->watch_ & watch)) return;
+    if (!list || !(list->watched_ & watch)) return;
     for (Cursor cursor(*list, key, watch); NotifieeBase* notifiee = cursor.next();) {
       if (!(notifiee->watch_ & watch) || notifiee->isMarkedForDeletion()) continue;
       Ptr<NotifieeBase> held(notifiee);
@@ -126,13 +128,12 @@ class NotifieeListBase {
   void remove(NotifieeBase& notifiee);
   Chain& chainOf(NotifieeBase const& notifiee);
 
+  Watch& watched_;
   Chain unkeyed_;
   std::unique_ptr<Keyed> keyed_;
   Cursor* cursors_ = nullptr;
   uint64_t nextPlace_ = 1;
   uint32_t notifiees_ = 0;
-  // What any notifiee ever watched: a write that nobody hears of costs one test.
-  Watch watch_ = 0;
 };
 
 }  // namespace Vesk

@@ -7,8 +7,6 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "runtime/PtrInterface.h"
-
 namespace Vesk {
 
 uint32_t hashBytes(void const* bytes, size_t size) {
@@ -40,19 +38,7 @@ String8::Rep* String8::newRep(std::string_view text, bool secret) {
   return rep;
 }
 
-void String8::acquire() const {
-  if (VFPtrInterface::enableThreadSafePointers) {
-    std::atomic_ref(rep_->references).fetch_add(1, std::memory_order_relaxed);
-  } else {
-    ++rep_->references;
-  }
-}
-
-void String8::release() {
-  uint32_t left = VFPtrInterface::enableThreadSafePointers
-                      ? std::atomic_ref(rep_->references).fetch_sub(1) - 1
-                      : --rep_->references;
-  if (left != 0) return;
+void String8::lastCopyGone() {
   if (rep_->secret) explicit_bzero(rep_->text, rep_->length);
   std::free(rep_);
 }

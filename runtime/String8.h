@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +8,8 @@
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "runtime/PtrInterface.h"
 
 namespace Vesk {
 
@@ -84,8 +87,21 @@ class String8 {
   };
   static Rep* blankRep(size_t size, bool secret);
   static Rep* newRep(std::string_view text, bool secret);
-  void acquire() const;
-  void release();
+  void acquire() const {
+    if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
+      std::atomic_ref(rep_->references).fetch_add(1, std::memory_order_relaxed);
+    } else {
+      ++rep_->references;
+    }
+  }
+  void release() {
+    uint32_t const left = VFPtrInterface::enableThreadSafePointers
+                              ? std::atomic_ref(rep_->references).fetch_sub(1) - 1
+                              : --rep_->references;
+    if (left == 0) [[unlikely]]
+      lastCopyGone();
+  }
+  void lastCopyGone();
   uint32_t newHash() const;
 
   Rep* rep_ = nullptr;

@@ -56,6 +56,12 @@ class ValueMap {
     if (entry->references() == 1) keepSpare(std::move(entry));
     return true;
   }
+  /// Takes all values out.
+  void clear() {
+    map_.takeAll([this](Ptr<Entry> entry) {
+      if (entry->references() == 1) keepSpare(std::move(entry));
+    });
+  }
   Iterator iterator() const { return map_.iterator(); }
   Iterator begin() const { return map_.begin(); }
   std::default_sentinel_t end() const { return {}; }

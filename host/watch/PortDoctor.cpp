@@ -55,9 +55,13 @@ void PortDoctor::round() {
     Vesk::log(MACSECD_STOOD_STILL, static_cast<uint64_t>(late));
   }
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
-  std::vector<Lumo::IntfId> bound;
-  for (Macsec::IntfConfig const& intf : config_->intfConfig()) bound.push_back(intf.intfId());
-  for (Lumo::IntfId const intfId : bound) lookAt(intfId);
+  std::vector<Lumo::IntfId> ports;
+  ports.reserve(status_->portStatus().members());
+  for (Macsec::MkaPortStatus& port : status_->portStatus()) ports.push_back(port.intfId());
+  for (auto const& [intfId, known] : cases_) {
+    if (!status_->portStatus(intfId)) ports.push_back(intfId);
+  }
+  for (Lumo::IntfId const intfId : ports) lookAt(intfId);
   std::erase_if(cases_, [&](auto const& entry) { return !config_->intfConfig(entry.first); });
 }
 
@@ -90,18 +94,23 @@ void PortDoctor::seemsWell(Cases::iterator known) {
 
 std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   auto const port = status_->portStatus(intfId);
-  if (!port || !hasLivePeer(*port) || livesOnFormerKey(intfId, *port)) return std::nullopt;
+  if (!port || !hasLivePeer(*port)) return std::nullopt;
   auto const principal = principalOf(*port);
-  auto const cpStatus = status_->cpStatus(intfId);
-  if (isOpen_(intfId)) {
-    bool const isHeard = principal || !receiveOnlyWithOthers(*port, cpStatus->txSak());
-    return isHeard ? std::nullopt : std::optional(PortTrouble::peerNotReceiving);
-  }
-  if (!principal) return PortTrouble::notPrincipal;
-  if (transmitHold_.reason(intfId) == TransmitHold::Reason::spentKey && !principal->electedSelf()) {
+  auto const trouble = principal ? troubleWith(*principal, intfId) : PortTrouble::notPrincipal;
+  if (!trouble || livesOnFormerKey(intfId, *port)) return std::nullopt;
+  if (!isOpen_(intfId)) return trouble;
+  bool const isDeaf =
+      !principal && receiveOnlyWithOthers(*port, status_->cpStatus(intfId)->txSak());
+  return isDeaf ? std::optional(PortTrouble::peerNotReceiving) : std::nullopt;
+}
+
+std::optional<PortTrouble> PortDoctor::troubleWith(Macsec::MkaActorStatus const& principal,
+                                                   Lumo::IntfId intfId) const {
+  if (transmitHold_.reason(intfId) == TransmitHold::Reason::spentKey && !principal.electedSelf()) {
     return PortTrouble::spentKey;
   }
-  if (!cpStatus || !hasOnlyAnotherPeer(*principal, cpStatus->peerSsci())) return std::nullopt;
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (!cpStatus || !hasOnlyAnotherPeer(principal, cpStatus->peerSsci())) return std::nullopt;
   return PortTrouble::otherPeer;
 }
 
@@ -162,7 +171,8 @@ double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
 
 // The new binding makes the port from its beginnings.
 void PortDoctor::bindAnew(Lumo::IntfId intfId, PortTrouble trouble) {
-  auto const profile = config_->profile(config_->intfConfig(intfId)->profileName());
+  auto const bound = config_->intfConfig(intfId);
+  auto const profile = bound ? config_->profile(bound->profileName()) : nullptr;
   if (!profile) return;
   ++counts_.boundAnew;
   Vesk::log(MACSECD_PORT_BOUND_ANEW, intfId, textOf(trouble));

@@ -70,6 +70,8 @@ class PortDoctor final : public Vesk::StateMachine {
   void lookAt(Lumo::IntfId intfId);
   void seemsWell(Cases::iterator known);
   std::optional<PortTrouble> troubleOf(Lumo::IntfId intfId) const;
+  std::optional<PortTrouble> troubleWith(Macsec::MkaActorStatus const& principal,
+                                         Lumo::IntfId intfId) const;
   bool livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const;
   double legalWait(Lumo::IntfId intfId, PortTrouble trouble) const;
   double patience(Lumo::IntfId intfId, Case const& thisCase) const;
