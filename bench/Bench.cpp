@@ -36,6 +36,10 @@ double allocated() {
   return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
+uint64_t switchAllocations(Bench::Fabric const& fabric) {
+  return Macsec::allocations() - fabric.wireAllocations();
+}
+
 // Processor seconds for a port and virtual second; the frames it took are added to `frames`.
 double steady(Bench::Fabric& fabric, double seconds) {
   double const begin = Bench::processorTime();
@@ -62,11 +66,11 @@ Row measured(uint32_t portsOnEach, double secondsScale) {
   uint64_t const frames = fabric->frames();
   uint64_t const octets = fabric->octets();
   double const seconds = kSteadySeconds * secondsScale;
-  uint64_t const allocations = Macsec::allocations();
+  uint64_t const allocations = switchAllocations(*fabric);
   row.steady = steady(*fabric, seconds);
   uint64_t const sent = fabric->frames() - frames;
   row.allocations =
-      static_cast<double>(Macsec::allocations() - allocations) / static_cast<double>(sent);
+      static_cast<double>(switchAllocations(*fabric) - allocations) / static_cast<double>(sent);
   row.frameOctets = static_cast<double>(fabric->octets() - octets) / static_cast<double>(sent);
   row.mkpdu = row.steady * fabric->ports() * seconds / static_cast<double>(sent);
   fabric->delayProtectionIs(true);

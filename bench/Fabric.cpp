@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tests/platform/AllocationCount.h"
+
 namespace Bench {
 
 namespace {
@@ -62,11 +64,13 @@ Macsecd::SwitchConfig Fabric::config(uint8_t priority) const {
 }
 
 void Fabric::carry(uint32_t from, Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  uint64_t const allocations = Macsec::allocations();
   ++frames_;
   octets_ += frame.size();
   for (Lab::Flight& flight : wires_[wireOf_[intfId.index()]].sent(from, frame)) {
     flights_.push_back({clock_ + flight.delay, 1 - from, intfId, std::move(flight.frame)});
   }
+  wireAllocations_ += Macsec::allocations() - allocations;
 }
 
 void Fabric::deliverDue() {

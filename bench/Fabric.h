@@ -44,6 +44,8 @@ class Fabric {
   uint32_t ports() const { return 2 * portsOnEach_; }
   uint64_t frames() const { return frames_; }
   uint64_t octets() const { return octets_; }
+  /// Allocations of the wires, which are none of the switches'.
+  uint64_t wireAllocations() const { return wireAllocations_; }
   double now() const { return clock_; }
 
  private:
@@ -68,6 +70,7 @@ class Fabric {
   std::deque<Flight> flights_;
   uint64_t frames_ = 0;
   uint64_t octets_ = 0;
+  uint64_t wireAllocations_ = 0;
 };
 
 }  // namespace Bench
