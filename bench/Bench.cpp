@@ -36,11 +36,7 @@ double allocated() {
   return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
-uint64_t switchAllocations(Bench::Fabric const& fabric) {
-  return Macsec::allocations() - fabric.wireAllocations();
-}
-
-// Processor seconds for a port and virtual second; the frames it took are added to `frames`.
+// Processor seconds for a port and virtual second.
 double steady(Bench::Fabric& fabric, double seconds) {
   double const begin = Bench::processorTime();
   fabric.runUntil(fabric.now() + seconds);
@@ -62,15 +58,16 @@ Row measured(uint32_t portsOnEach, double secondsScale) {
   auto fabric = std::make_unique<Bench::Fabric>(portsOnEach);
   bringUp(*fabric, row, begin);
   fabric->runUntil(fabric->now() + 30);
-  row.octetsPerPort = (allocated() - memory) / fabric->ports();
+  double const wires = static_cast<double>(fabric->wireMemory());
+  row.octetsPerPort = (allocated() - memory - wires) / fabric->ports();
   uint64_t const frames = fabric->frames();
   uint64_t const octets = fabric->octets();
   double const seconds = kSteadySeconds * secondsScale;
-  uint64_t const allocations = switchAllocations(*fabric);
+  uint64_t const allocations = Macsec::allocations();
   row.steady = steady(*fabric, seconds);
   uint64_t const sent = fabric->frames() - frames;
   row.allocations =
-      static_cast<double>(switchAllocations(*fabric) - allocations) / static_cast<double>(sent);
+      static_cast<double>(Macsec::allocations() - allocations) / static_cast<double>(sent);
   row.frameOctets = static_cast<double>(fabric->octets() - octets) / static_cast<double>(sent);
   row.mkpdu = row.steady * fabric->ports() * seconds / static_cast<double>(sent);
   fabric->delayProtectionIs(true);

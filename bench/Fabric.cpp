@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "tests/platform/AllocationCount.h"
-
 namespace Bench {
 
 namespace {
@@ -23,13 +21,9 @@ struct Fabric::End final : Codec::FrameSink {
   std::unique_ptr<Macsecd::Host> host;
 };
 
-Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach) {
+Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach), wires_(kWireDelay) {
   for (uint32_t i = 0; i < portsOnEach; ++i) {
-    Lumo::IntfId const intfId{Vesk::String8("Ethernet" + std::to_string(i + 1))};
-    intfIds_.push_back(intfId);
-    wireOf_.resize(std::max<size_t>(wireOf_.size(), intfId.index() + 1));
-    wireOf_[intfId.index()] = i;
-    wires_.emplace_back(2, kWireDelay, Lab::Random(1, Lab::Stream::wire, i));
+    intfIds_.emplace_back(Vesk::String8("Ethernet" + std::to_string(i + 1)));
   }
   for (uint32_t n : {0u, 1u}) {
     ends_[n] = std::make_unique<End>(*this, n);
@@ -64,26 +58,21 @@ Macsecd::SwitchConfig Fabric::config(uint8_t priority) const {
 }
 
 void Fabric::carry(uint32_t from, Lumo::IntfId intfId, std::span<uint8_t const> frame) {
-  uint64_t const allocations = Macsec::allocations();
   ++frames_;
   octets_ += frame.size();
-  for (Lab::Flight& flight : wires_[wireOf_[intfId.index()]].sent(from, frame)) {
-    flights_.push_back({clock_ + flight.delay, 1 - from, intfId, std::move(flight.frame)});
-  }
-  wireAllocations_ += Macsec::allocations() - allocations;
+  wires_.carry(clock_, 1 - from, intfId, frame);
 }
 
 void Fabric::deliverDue() {
-  while (!flights_.empty() && flights_.front().due <= clock_) {
-    Flight const flight = std::move(flights_.front());
-    flights_.pop_front();
-    ends_[flight.to]->host->receive(flight.intfId, flight.frame);
+  while (CarriedFrame* frame = wires_.take(clock_)) {
+    ends_[frame->to]->host->receive(frame->intfId, {frame->octets.data(), frame->size});
+    wires_.release(*frame);
   }
 }
 
 void Fabric::runUntil(double time) {
   for (;;) {
-    double next = flights_.empty() ? time : std::min(time, flights_.front().due);
+    double next = std::min(time, wires_.nextTime());
     for (auto& end : ends_) next = std::min(next, end->host->timerWheel()->nextTime());
     clock_ = std::max(clock_, next);
     for (auto& end : ends_) end->host->timerWheel()->runDue();

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <random>
 #include <vector>
 
+#include "bench/Wires.h"
 #include "host/Host.h"
-#include "lab/world/Wire.h"
 #include "runtime/World.h"
 
 namespace Bench {
@@ -44,18 +43,12 @@ class Fabric {
   uint32_t ports() const { return 2 * portsOnEach_; }
   uint64_t frames() const { return frames_; }
   uint64_t octets() const { return octets_; }
-  /// Allocations of the wires, which are none of the switches'.
-  uint64_t wireAllocations() const { return wireAllocations_; }
+  /// What the wires occupy, which is none of the switches' memory.
+  uint64_t wireMemory() const { return wires_.memory(); }
   double now() const { return clock_; }
 
  private:
   struct End;
-  struct Flight {
-    double due;
-    uint32_t to;
-    Lumo::IntfId intfId;
-    Lab::Frame frame;
-  };
 
   Macsecd::SwitchConfig config(uint8_t priority) const;
   void carry(uint32_t from, Lumo::IntfId intfId, std::span<uint8_t const> frame);
@@ -64,13 +57,10 @@ class Fabric {
   uint32_t const portsOnEach_;
   double clock_ = 0.0;
   std::vector<Lumo::IntfId> intfIds_;
-  std::vector<Lab::Wire> wires_;
-  std::vector<uint32_t> wireOf_;
+  Wires wires_;
   std::unique_ptr<End> ends_[2];
-  std::deque<Flight> flights_;
   uint64_t frames_ = 0;
   uint64_t octets_ = 0;
-  uint64_t wireAllocations_ = 0;
 };
 
 }  // namespace Bench
