@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace Bench {
+
+/// What ports cost, so many of them on each of two switches.
+struct Row {
+  double startCpu;   ///< processor seconds until all ports are open
+  double startTime;  ///< virtual seconds until all ports are open
+  double octetsPerPort;
+  double steady;           ///< processor seconds for a port and virtual second
+  double protectedSteady;  ///< the same under delay protection
+  double mkpdu;            ///< processor seconds for an MKPDU from timer to handled
+  double frameOctets;
+  double allocations;  ///< for an MKPDU
+};
+
+Row measured(uint32_t portsOnEach);
+/// The median of each figure.
+Row median(std::vector<Row> rows);
+
+}  // namespace Bench
