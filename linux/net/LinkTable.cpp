@@ -1,15 +1,25 @@
 #include "linux/net/LinkTable.h"
 
-#include <algorithm>
+#include <utility>
+
+#include "runtime/Assert.h"
 
 namespace Linux {
 
 using What = LinkChange::What;
 
 Link const* LinkTable::linkNamed(std::string const& name) const {
-  auto const found = std::ranges::find_if(
-      links_, [&name](auto const& entry) { return entry.second.name == name; });
-  return found == links_.end() ? nullptr : &found->second;
+  auto const index = indices_.find(name);
+  if (index == indices_.end()) return nullptr;
+  auto const link = links_.find(index->second);
+  VESK_ASSERT(link != links_.end() && link->second.name == name);
+  return &link->second;
+}
+
+void LinkTable::nameIs(Link& known, std::string const& name) {
+  indices_.erase(known.name);
+  known.name = name;
+  indices_[name] = known.index;
 }
 
 void LinkTable::linkIs(Link const& link) {
@@ -31,6 +41,7 @@ void LinkTable::come(Link const& link) {
   Link& known = links_[link.index];
   known = link;
   known.up = false;
+  indices_[known.name] = known.index;
   told_({What::came, known, {}});
   upIs(known, link.up);
 }
@@ -38,7 +49,8 @@ void LinkTable::come(Link const& link) {
 void LinkTable::change(Link& known, Link const& link) {
   bool const isSame = known.name == link.name && known.addr == link.addr;
   upIs(known, known.up && link.up && isSame);
-  std::string const formerName = std::exchange(known.name, link.name);
+  std::string const formerName = known.name;
+  if (formerName != link.name) nameIs(known, link.name);
   if (formerName != known.name) told_({What::renamed, known, formerName});
   auto const formerAddr = std::exchange(known.addr, link.addr);
   if (formerAddr != known.addr) told_({What::address, known, {}});
@@ -68,6 +80,7 @@ void LinkTable::linkDel(int index) {
   if (known == links_.end()) return;
   upIs(known->second, false);
   Link const last = known->second;
+  indices_.erase(last.name);
   links_.erase(known);
   told_({What::gone, last, {}});
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 
 #include "runtime/EthAddr.h"
 
@@ -65,9 +66,11 @@ class LinkTable {
   void upIs(Link& known, bool up);
   void stateIs(Link& known, Link const& link);
   void giveWay(Link const& link);
+  void nameIs(Link& known, std::string const& name);
 
   Told const told_;
   std::map<int, Link> links_;
+  std::unordered_map<std::string, int> indices_;  ///< of the links, by their names
   /// Those of which nothing was said yet in a resynchronisation; none outside of one.
   std::set<int> unheard_;
 };

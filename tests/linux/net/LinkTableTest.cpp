@@ -119,6 +119,17 @@ TEST(LinkTable, KeepsNamesApartWhenTwoInterfacesSwapThem) {
   EXPECT_EQ(told.table.linkNamed("eth2"), nullptr);
 }
 
+TEST(LinkTable, FindsAnInterfaceByTheNameThatItHasNow) {
+  Told told;
+  told.table.linkIs(link(3, "eth0", 1, true));
+  told.table.linkIs(link(3, "wan", 1, true));
+  EXPECT_EQ(told.table.linkNamed("eth0"), nullptr);
+  ASSERT_TRUE(told.table.linkNamed("wan"));
+  EXPECT_EQ(told.table.linkNamed("wan")->index, 3);
+  told.table.linkDel(3);
+  EXPECT_EQ(told.table.linkNamed("wan"), nullptr);
+}
+
 TEST(LinkTable, FindsInAResynchronisationWhatHasGoneComeAndChangedMeanwhile) {
   Told told;
   told.table.linkIs(link(3, "eth0", 1, true));
