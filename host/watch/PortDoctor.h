@@ -20,9 +20,8 @@ namespace Macsecd {
 /// - a port that has a live peer and no principal actor: the engine elects only when an actor
 ///   succeeds;
 /// - a port whose only live peer has another SCI than the one whose frames it receives;
-/// - a port that has no principal actor, and whose peer has gone over to another key meanwhile:
-/// what
-///   is sent is lost, though the port is open;
+/// - an open port without a principal actor whose peer has gone over to another key: what it sends
+///   is lost;
 /// - a port that may not send with its key (`TransmitHold`) and gets no other one from its key
 ///   server: it comes back as a new member.
 ///
