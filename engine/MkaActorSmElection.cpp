@@ -10,14 +10,13 @@ namespace {
 
 Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 
-enum class Winner { first, second, none };
-
-Winner winnerOf(BasicInfo const& first, BasicInfo const& second) {
-  if (first.keyServerPriority() != second.keyServerPriority()) {
-    return first.keyServerPriority() < second.keyServerPriority() ? Winner::first : Winner::second;
+// Null if neither wins.
+BasicInfo const* winnerOf(BasicInfo const& a, BasicInfo const& b) {
+  if (a.keyServerPriority() != b.keyServerPriority()) {
+    return a.keyServerPriority() < b.keyServerPriority() ? &a : &b;
   }
-  if (first.sci().addr() == second.sci().addr()) return Winner::none;
-  return first.sci().addr() < second.sci().addr() ? Winner::first : Winner::second;
+  if (a.sci().addr() == b.sci().addr()) return nullptr;
+  return a.sci().addr() < b.sci().addr() ? &a : &b;
 }
 
 // A tie removes both, and the next peer that claims the role is taken unopposed.
@@ -33,15 +32,9 @@ MkaPeer const* bestClaimingPeer(MkaActorStatus::LivePeerMap const& livePeer) {
 }  // namespace
 
 MkaPeer const* electKeyServer(MkaPeer const* a, MkaPeer const* b) {
-  switch (winnerOf(a->baseInfo(), b->baseInfo())) {
-    case Winner::first:
-      return a;
-    case Winner::second:
-      return b;
-    case Winner::none:
-      return nullptr;
-  }
-  return nullptr;
+  BasicInfo const* const winner = winnerOf(a->baseInfo(), b->baseInfo());
+  if (!winner) return nullptr;
+  return winner == &a->baseInfo() ? a : b;
 }
 
 BasicInfo MkaActorSm::selfCandidate() const {
@@ -54,21 +47,18 @@ BasicInfo MkaActorSm::selfCandidate() const {
 // IEEE 802.1X-2010, 9.5.
 void MkaActorSm::doUpdateKeyServer() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  Vesk::Ptr<MkaPeer const> best(bestClaimingPeer(actorStatus()->livePeer()));
+  Vesk::Ptr<MkaPeer const> const best(bestClaimingPeer(actorStatus()->livePeer()));
   BasicInfo const self = selfCandidate();
+  BasicInfo const* winner = best ? &best->baseInfo() : nullptr;
+  if (mayBeKeyServer()) winner = winner ? winnerOf(*winner, self) : &self;
   Vesk::String8 const ownId = actorStatus()->msgId();
-  bool electedSelf = mayBeKeyServer() && !best;
-  if (mayBeKeyServer() && best) {
-    Winner const winner = winnerOf(best->baseInfo(), self);
-    electedSelf = winner == Winner::second || (winner == Winner::first && best->msgId() == ownId);
-    if (winner != Winner::first) best = nullptr;
-  }
+  Vesk::String8 const electedId = winner && winner != &self ? best->msgId() : ownId;
+  bool const electedSelf = mayBeKeyServer() && winner && electedId == ownId;
   actorStatus()->electedSelfIs(electedSelf);
   VESK_TRACE(1, ": Elected self is: ", electedSelf, " for actor ", ckn_, " on ", intfId_);
-  if (best || electedSelf) {
-    VESK_TRACE(1, ": Elected ", best ? best->msgId() : ownId, " as key server for actor ", ckn_,
-               " on ", intfId_);
-    actorStatus()->keyServerIs(best ? best->baseInfo().sci() : self.sci());
+  if (winner) {
+    VESK_TRACE(1, ": Elected ", electedId, " as key server for actor ", ckn_, " on ", intfId_);
+    actorStatus()->keyServerIs(winner->sci());
   } else {
     VESK_TRACE(1, ": Unable to elect key server for actor ", ckn_, " on ", intfId_);
     actorStatus()->keyServerIs(Sci());
