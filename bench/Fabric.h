@@ -38,7 +38,8 @@ class Fabric {
   /// Runs in virtual time.
   void runUntil(double time);
   void delayProtectionIs(bool on);
-  bool areAllPortsOpen() const;
+  /// Runs until all ports are open, looking every half second; false if they aren't after a minute.
+  bool openAllPorts();
   /// Ports of both switches together.
   uint32_t ports() const { return 2 * portsOnEach_; }
   uint64_t frames() const { return frames_; }
@@ -51,6 +52,7 @@ class Fabric {
   struct End;
 
   Macsecd::SwitchConfig config(uint8_t priority) const;
+  bool areAllPortsOpen() const;
   void carry(uint32_t from, Lumo::IntfId intfId, std::span<uint8_t const> frame);
   void deliverDue();
 
