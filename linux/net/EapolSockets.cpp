@@ -1,5 +1,12 @@
 #include "linux/net/EapolSockets.h"
 
+#include <sys/epoll.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
 #include <utility>
 
 #include "linux/process/Limits.h"
@@ -14,18 +21,24 @@ Vesk::TraceHandle traceHandle("EapolSockets");
 }  // namespace
 
 EapolSockets::EapolSockets(EventLoop& loop, Handlers handlers, Open open)
-    : loop_(loop), handlers_(std::move(handlers)), open_(std::move(open)) {}
-
-EapolSockets::~EapolSockets() {
-  for (auto& [intfId, interface] : interfaces_) close(interface);
+    : loop_(loop),
+      handlers_(std::move(handlers)),
+      open_(std::move(open)),
+      ready_(epoll_create1(EPOLL_CLOEXEC)) {
+  if (!ready_.isOpen() || !loop_.watch(ready_.fd(), [this] { receiveReady(); })) {
+    throw std::system_error(errno, std::generic_category(), "packet sockets");
+  }
 }
 
+EapolSockets::~EapolSockets() { loop_.forget(ready_.fd()); }
+
 void EapolSockets::interfaceIs(Lumo::IntfId intfId, int index) {
-  Interface& interface = interfaces_[intfId];
+  Entry& entry = *interfaces_.try_emplace(intfId).first;
+  Interface& interface = entry.second;
   if (interface.socket && interface.index == index) return;
   close(interface);
   interface.index = index;
-  open(intfId, interface);
+  open(entry);
 }
 
 void EapolSockets::interfaceDel(Lumo::IntfId intfId) {
@@ -35,38 +48,59 @@ void EapolSockets::interfaceDel(Lumo::IntfId intfId) {
   found->second.index = 0;
 }
 
-bool EapolSockets::open(Lumo::IntfId intfId, Interface& interface) {
-  auto opened = open_(interface.index);
-  if (!opened) return refused(intfId, interface, opened.fault().text());
+bool EapolSockets::open(Entry& entry) {
+  auto opened = open_(entry.second.index);
+  if (!opened) return refused(entry, opened.fault().text());
   auto socket = std::make_unique<EapolSocket>(*std::move(opened));
-  auto const watched = loop_.watch(socket->fd(), [this, intfId] { receive(intfId); });
-  if (!watched) return refused(intfId, interface, watched.fault().what);
-  interface.hasFailed = false;
-  interface.socket = std::move(socket);
+  if (!watch(entry, socket->fd())) {
+    return refused(entry, std::string("watching: ") + std::strerror(errno));
+  }
+  entry.second.hasFailed = false;
+  entry.second.socket = std::move(socket);
   return true;
 }
 
-bool EapolSockets::refused(Lumo::IntfId intfId, Interface& interface, std::string const& why) {
-  VESK_TRACE(3, ": ", intfId, ": ", why);
-  if (!std::exchange(interface.hasFailed, true)) handlers_.failed(intfId, why);
+bool EapolSockets::watch(Entry& entry, int socket) {
+  epoll_event event{};
+  event.events = EPOLLIN;
+  event.data.ptr = &entry;
+  return epoll_ctl(ready_.fd(), EPOLL_CTL_ADD, socket, &event) == 0;
+}
+
+bool EapolSockets::refused(Entry& entry, std::string const& why) {
+  VESK_TRACE(3, ": ", entry.first, ": ", why);
+  if (!std::exchange(entry.second.hasFailed, true)) handlers_.failed(entry.first, why);
   return false;
 }
 
 void EapolSockets::close(Interface& interface) {
   if (!interface.socket) return;
   interface.former += interface.socket->counts();
-  loop_.forget(interface.socket->fd());
+  epoll_ctl(ready_.fd(), EPOLL_CTL_DEL, interface.socket->fd(), nullptr);
   interface.socket.reset();
 }
 
-void EapolSockets::receive(Lumo::IntfId intfId) {
-  interfaces_[intfId].socket->receive(
-      Limits::kFramesPerTurn, [this, intfId](auto frame) { handlers_.received(intfId, frame); });
+// The kernel begins with those that have waited longest.
+void EapolSockets::receiveReady() {
+  std::array<epoll_event, Limits::kSocketsPerTurn> ready;
+  int const count = epoll_wait(ready_.fd(), ready.data(), static_cast<int>(ready.size()), 0);
+  for (epoll_event const& event : std::span(ready).first(static_cast<size_t>(std::max(count, 0)))) {
+    receive(*static_cast<Entry*>(event.data.ptr));
+  }
+}
+
+// A frame of another interface may have closed it in this turn.
+void EapolSockets::receive(Entry& entry) {
+  if (!entry.second.socket) return;
+  entry.second.socket->receive(Limits::kFramesPerTurn, [this, intfId = entry.first](auto frame) {
+    handlers_.received(intfId, frame);
+  });
 }
 
 void EapolSockets::send(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
-  Interface& interface = interfaces_[intfId];
-  bool const isOpen = interface.socket || (interface.index != 0 && open(intfId, interface));
+  Entry& entry = *interfaces_.try_emplace(intfId).first;
+  Interface& interface = entry.second;
+  bool const isOpen = interface.socket || (interface.index != 0 && open(entry));
   if (!isOpen) {
     ++interface.former.sendFailures;
   } else if (!interface.socket->send(frame)) {

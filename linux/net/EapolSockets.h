@@ -9,7 +9,8 @@
 
 namespace Linux {
 
-/// The packet sockets of all interfaces, one each, as sources of a loop.
+/// The packet sockets of all interfaces, one each, as one source of a loop: what has come on
+/// several of them is taken in one turn, and whatever ends a turn is done once for all of it.
 ///
 /// An interface whose socket can't be opened is tried again with each frame that is to go out on
 /// it.
@@ -23,6 +24,7 @@ class EapolSockets final : public Codec::FrameSink {
     std::function<void(Lumo::IntfId, std::string const&)> failed;
   };
 
+  /// Throws `std::system_error` if the kernel gives no descriptor to wait with.
   EapolSockets(EventLoop& loop, Handlers handlers, Open open = EapolSocket::openOn);
   ~EapolSockets() override;
 
@@ -42,15 +44,21 @@ class EapolSockets final : public Codec::FrameSink {
     bool hasFailed = false;
   };
 
-  bool open(Lumo::IntfId intfId, Interface& interface);
-  bool refused(Lumo::IntfId intfId, Interface& interface, std::string const& why);
+  using Interfaces = std::map<Lumo::IntfId, Interface>;
+  using Entry = Interfaces::value_type;
+
+  bool open(Entry& entry);
+  bool watch(Entry& entry, int socket);
+  bool refused(Entry& entry, std::string const& why);
   void close(Interface& interface);
-  void receive(Lumo::IntfId intfId);
+  void receiveReady();
+  void receive(Entry& entry);
 
   EventLoop& loop_;
   Handlers const handlers_;
   Open const open_;
-  std::map<Lumo::IntfId, Interface> interfaces_;
+  Descriptor const ready_;  ///< readable when one of the sockets is
+  Interfaces interfaces_;   // an entry stays where it is
 };
 
 }  // namespace Linux

@@ -21,6 +21,7 @@ inline constexpr size_t         kNamedUses          = 5;         // addresses or
 
 // Frames
 inline constexpr size_t         kFramesPerTurn      = 32;        // a flood on one port mustn't hold the others up
+inline constexpr size_t         kSocketsPerTurn     = 32;        // a flood on all ports mustn't hold timers up
 inline constexpr int            kFrameRoom          = 2 << 20;   // octets; some 2600 short frames of a burst
 
 // Who connects

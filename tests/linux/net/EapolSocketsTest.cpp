@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
+#include "linux/process/Limits.h"
 #include "linux/process/ProcessWorld.h"
 #include "tests/linux/SocketPair.h"
 
@@ -35,16 +38,23 @@ struct Fixture : ::testing::Test {
     loop.run();
   }
 
+  void take(Lumo::IntfId intfId) {
+    received.push_back(intfId);
+    auto const gone = goesWith.find(intfId);
+    if (gone != goesWith.end()) sockets.interfaceDel(gone->second);
+  }
+
   std::vector<int> opened;
   std::vector<std::string> failures;
   std::vector<Lumo::IntfId> received;
   std::map<int, Descriptor> wires;
+  std::map<Lumo::IntfId, Lumo::IntfId> goesWith;  ///< who is taken away by a frame of whom
   bool refuses = false;
   int turns = 0;
   ProcessWorld world{[](Vesk::LogMessage const&) {}};
   EventLoop loop;
   EapolSockets sockets{loop,
-                       {[this](auto intfId, auto) { received.push_back(intfId); },
+                       {[this](auto intfId, auto) { take(intfId); },
                         [this](auto, auto const& why) { failures.push_back(why); }},
                        [this](int index) { return open(index); }};
 };
@@ -58,6 +68,34 @@ TEST_F(EapolSocketsTest, HandFramesOverUnderTheNameOfTheirInterface) {
   EXPECT_THAT(received, ElementsAre(kSecond));
   EXPECT_EQ(sockets.counts(kSecond).received, 1u);
   EXPECT_EQ(sockets.counts(kFirst).received, 0u);
+}
+
+TEST_F(EapolSocketsTest, TakeWhatHasComeOnManyInterfacesInAFewTurns) {
+  constexpr size_t kInterfaces = 2 * Limits::kSocketsPerTurn;
+  auto const frame = mkaFrame(60);
+  for (int index = 1; index <= static_cast<int>(kInterfaces); ++index) {
+    sockets.interfaceIs(Lumo::IntfId(Vesk::String8("eth" + std::to_string(index))), index);
+    ASSERT_EQ(::send(wires[index].fd(), frame.data(), frame.size(), 0), 60);
+  }
+  int ends = 0;
+  loop.beforeWaitIs([&ends] { ++ends; });
+  ASSERT_TRUE(loop.runNext());
+  EXPECT_EQ(received.size(), Limits::kSocketsPerTurn) << "timers may come in between";
+  while (loop.runNext()) {
+  }
+  EXPECT_EQ(std::set(received.begin(), received.end()).size(), kInterfaces);
+  EXPECT_LE(ends, 4);
+}
+
+TEST_F(EapolSocketsTest, TakeNothingMoreOfAnInterfaceThatAFrameTookAway) {
+  sockets.interfaceIs(kFirst, 3);
+  sockets.interfaceIs(kSecond, 4);
+  goesWith = {{kFirst, kSecond}, {kSecond, kFirst}};
+  auto const frame = mkaFrame(60);
+  for (int const index : {3, 4}) ::send(wires[index].fd(), frame.data(), frame.size(), 0);
+  while (loop.runNext()) {
+  }
+  EXPECT_EQ(received.size(), 1u);
 }
 
 TEST_F(EapolSocketsTest, SendOnTheInterfaceAlone) {
