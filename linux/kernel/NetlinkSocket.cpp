@@ -8,6 +8,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "linux/process/Limits.h"
 #include "platform/SecretOctets.h"
 #include "runtime/Assert.h"
 
@@ -87,12 +88,15 @@ void NetlinkMessage::octets(int type, std::span<uint8_t const> v) {
 
 void NetlinkMessage::check(int result) { VESK_ASSERT(result >= 0); }
 
-// Without the cap, an error comes back with the whole request: with the key.
+// Without the cap, an error comes back with the whole request: with the key. With room for any
+// answer, none is looked at before it is taken.
 NetlinkSocket::NetlinkSocket(int protocol) : socket_(nl_socket_alloc()) {
   if (!socket_) throw std::bad_alloc();
   if (nl_connect(socket_.get(), protocol) < 0) {
     throw std::system_error(errno, std::generic_category(), "netlink socket");
   }
+  nl_socket_disable_msg_peek(socket_.get());
+  nl_socket_set_msg_buf_size(socket_.get(), Limits::kLinkMessage);
   optionOn(socket_.get(), NETLINK_CAP_ACK);
   optionOn(socket_.get(), NETLINK_EXT_ACK);
 }
