@@ -230,11 +230,40 @@ void KernelDriver::workOn(Lumo::IntfId intfId) {
 }
 
 void KernelDriver::lowestIs(Lumo::IntfId intfId, AssociationNumber an) {
+  auto const key = keyBehind(intfId, an);
+  if (!key) return;
+  behind_[{intfId, an}] = *key;
+  if (nextRaise_ <= Vesk::now()) raiseLowest();
+}
+
+std::optional<KeyId> KernelDriver::keyBehind(Lumo::IntfId intfId, AssociationNumber an) const {
   auto const port = ports_.find(intfId);
-  if (port == ports_.end() || !status_) return;
+  auto const cpStatus = status_ ? status_->notifier()->cpStatus(intfId) : nullptr;
+  if (port == ports_.end() || !cpStatus) return {};
   auto const portStatus = status_->notifier()->portStatus(intfId);
-  auto const cpStatus = status_->notifier()->cpStatus(intfId);
-  if (!portStatus || !isToldOfAnotherKey(*portStatus, *cpStatus, an)) port->second->lowestIs(an);
+  if (portStatus && isToldOfAnotherKey(*portStatus, *cpStatus, an)) return {};
+  return port->second->keyBehind(an);
+}
+
+// The kernel lists all devices or none. Where frames pass, a port only seems to be behind: one
+// listing shows it for all that were told meanwhile. One that is behind is looked at once more,
+// right before it is raised.
+void KernelDriver::raiseLowest() {
+  nextRaise_ = Vesk::now() + Limits::kRaisePeriod;
+  if (behind_.size() > 1) readThoseBehind();
+  for (auto const& [place, key] : std::exchange(behind_, {})) {
+    if (keyBehind(place.first, place.second) != key) continue;
+    ports_.at(place.first)->raiseLowest(place.second);
+  }
+}
+
+void KernelDriver::readThoseBehind() {
+  SecYTable all;
+  if (!all.readFrom(kernel_)) return;
+  for (auto const& [place, key] : std::map(behind_)) {
+    auto const port = ports_.find(place.first);
+    if (port != ports_.end()) port->second->takeListed(all);
+  }
 }
 
 void KernelDriver::authorizedIs(Lumo::IntfId intfId, bool authorized) {
@@ -267,6 +296,7 @@ double KernelDriver::nextTime() const {
   double next = leftovers_.empty() ? retries_.nextTime() : Vesk::now();
   if (!waiting_.empty()) next = std::min(next, nextLook_);
   if (holders_.number > 0) next = std::min(next, nextPoll_);
+  if (!behind_.empty()) next = std::min(next, nextRaise_);
   return next;
 }
 
@@ -279,6 +309,7 @@ void KernelDriver::run() {
   }
   workAgain();
   if (nextPoll_ <= now) poll();
+  if (!behind_.empty() && nextRaise_ <= now) raiseLowest();
 }
 
 void KernelDriver::workAgain() {
@@ -297,8 +328,8 @@ void KernelDriver::poll() {
   double const period = status_ ? status_->notifier()->mkpduPeriod() : Status::mkpduPeriodDefault;
   nextPoll_ = Vesk::now() + period;
   ++counts_.polls;
-  std::vector<SecY> all;
-  if (!kernel_.secYs(all)) return;
+  SecYTable all;
+  if (!all.readFrom(kernel_)) return;
   for (auto const& [intfId, port] : ports_) port->takePolled(all);
 }
 

@@ -73,6 +73,9 @@ class KernelDriver final {
   void workOn(Lumo::IntfId intfId);
   void workAgain();
   void lowestIs(Lumo::IntfId intfId, Macsec::AssociationNumber an);
+  std::optional<KeyId> keyBehind(Lumo::IntfId intfId, Macsec::AssociationNumber an) const;
+  void raiseLowest();
+  void readThoseBehind();
   void deleteDevice(int index);
   void tellPort(KernelPort& port);
   void poll();
@@ -98,6 +101,9 @@ class KernelDriver final {
   Macsecd::Backoff look_;
   double nextLook_ = 0;  // at the kernel, while interfaces wait
   std::set<Lumo::IntfId> leftovers_;
+  /// Whose lowest packet number may have to be raised, and the key for which it was told.
+  std::map<std::pair<Lumo::IntfId, Macsec::AssociationNumber>, KeyId> behind_;
+  double nextRaise_ = 0;
 };
 
 }  // namespace Linux

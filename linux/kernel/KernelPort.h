@@ -104,10 +104,15 @@ class KernelPort {
   bool isWanted() const { return static_cast<bool>(cpStatus_); }
   /// Does what there is to do, at once. May be called out of its own reports.
   void work();
-  /// The lowest acceptable packet number of a receive SA was told.
-  void lowestIs(Macsec::AssociationNumber an);
+  /// The key whose receive SA, as far as is known, stands below the lowest acceptable packet number
+  /// that was told; nothing if none does.
+  std::optional<KeyId> keyBehind(Macsec::AssociationNumber an);
+  /// Raises the packet number of that SA, if the kernel says now that it is below.
+  void raiseLowest(Macsec::AssociationNumber an);
   /// What the kernel holds now, as the poll of all devices read it.
-  void takePolled(std::vector<SecY> const& all);
+  void takePolled(SecYTable const& all);
+  /// The same, as a listing in between told it.
+  void takeListed(SecYTable const& all);
   /// The device stands otherwise than before; or it isn't there any more, whoever took it away.
   void deviceChanged(bool isThere);
   /// How often the device was made.
@@ -137,7 +142,7 @@ class KernelPort {
   bool pass();
   // Each of these returns whether the kernel is where it should be.
   bool readKernel();
-  void takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all);
+  void takeFrom(std::vector<MacsecLink> const& links, SecYTable const& all);
   KernelAnswer deleteDevice(int index);
   void removeOthers(std::vector<MacsecLink> const& links, int index);
   bool removeDevice();
@@ -161,6 +166,7 @@ class KernelPort {
 
   bool isHeldAsWanted(HeldSa const& sa) const;
   HeldRxSc* rxSc(SciNumber sci);
+  HeldSa* saBehind(Macsec::AssociationNumber an);
   HeldSa* txSa(KeyId const& keyId);
   std::optional<uint64_t> firstPacketNumber(Sak const& sak, KeyId const& keyId,
                                             uint32_t ssci) const;

@@ -24,18 +24,13 @@ struct FoundDevice {
   SecY const* secY;
 };
 
-// The device of this name on this interface; nothing if there is none.
-std::optional<FoundDevice> deviceOf(std::string const& name, int parent,
-                                    std::vector<MacsecLink> const& links,
-                                    std::vector<SecY> const& all) {
-  auto const link = std::find_if(links.begin(), links.end(), [&](MacsecLink const& l) {
-    return l.name == name && l.parent == parent;
-  });
-  if (link == links.end()) return {};
-  auto const found =
-      std::find_if(all.begin(), all.end(), [&](SecY const& s) { return s.index == link->index; });
-  if (found == all.end()) return {};
-  return FoundDevice{&*link, &*found};
+// The device of this name among those on an interface; nothing if there is none.
+std::optional<FoundDevice> deviceOf(std::string const& name, std::vector<MacsecLink> const& links,
+                                    SecYTable const& all) {
+  auto const link = std::ranges::find(links, name, &MacsecLink::name);
+  SecY const* const secY = link == links.end() ? nullptr : all.of(link->index);
+  if (!secY) return {};
+  return FoundDevice{&*link, secY};
 }
 
 uint64_t notValidFrames(SecY const& secY) {
@@ -51,20 +46,20 @@ bool KernelPort::readKernel() {
   auto const* const reading =
       reader_.read([this](auto const& answer, char const* what) { return did(answer, what); });
   if (!reading) return false;
-  takeFrom(reading->links, reading->secYs);
+  takeFrom(reading->links.on(parent_), reading->secYs);
   known_ = true;
   return true;
 }
 
 // A device can't be renamed while it is up, and what stands on it would go if it went down: one of
 // the former name stays.
-void KernelPort::takeFrom(std::vector<MacsecLink> const& links, std::vector<SecY> const& all) {
+void KernelPort::takeFrom(std::vector<MacsecLink> const& links, SecYTable const& all) {
   std::string const wanted = nameOf(intfId_, device_);
   std::string const former = Macsecd::formerDeviceName(intfId_.stringValue().view());
   auto const kind = wantedKind();
-  auto found = deviceOf(wanted, parent_, links, all);
+  auto found = deviceOf(wanted, links, all);
   if (!found && device_.name.empty() && kind) {
-    found = deviceOf(former, parent_, links, all);
+    found = deviceOf(former, links, all);
     if (found && found->secY->sci != kind->sci) found.reset();
   }
   std::string const before = std::exchange(name_, found ? found->link->name : wanted);
@@ -85,7 +80,7 @@ KernelAnswer KernelPort::deleteDevice(int index) {
 // A former process has made them, under another name: the kernel has one device for one SCI.
 void KernelPort::removeOthers(std::vector<MacsecLink> const& links, int index) {
   for (MacsecLink const& link : links) {
-    if (!link.isOurs || link.parent != parent_ || link.index == index) continue;
+    if (!link.isOurs || link.index == index) continue;
     if (did(deleteDevice(link.index), "remove a former device")) ++counts_.devicesRemoved;
   }
 }
@@ -130,15 +125,18 @@ bool KernelPort::readMade() {
   return true;
 }
 
-void KernelPort::takePolled(std::vector<SecY> const& all) {
+// The kernel forgets what it was shown when the link goes down.
+void KernelPort::takePolled(SecYTable const& all) {
+  if (!working_) shown_.reset();
+  takeListed(all);
+}
+
+void KernelPort::takeListed(SecYTable const& all) {
   if (!known_ || working_) return;
-  shown_.reset();  // the kernel forgets it when the link goes down
   if (held_) {
-    int const index = held_->index;
-    auto const found = std::find_if(all.begin(), all.end(),
-                                    [index](SecY const& secY) { return secY.index == index; });
-    if (found != all.end()) lookForNotValid(*found);
-    take(found != all.end() ? &*found : nullptr);
+    SecY const* const found = all.of(held_->index);
+    if (found) lookForNotValid(*found);
+    take(found);
   }
   if (retryTime_ == Zorn::never) work();
   reportNumbers();

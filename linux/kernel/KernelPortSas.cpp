@@ -219,24 +219,32 @@ bool KernelPort::dropOtherTransmitSas(HeldSa const* keep) {
   return true;
 }
 
-// A number is raised only above what the kernel says right now, since it counts on meanwhile.
-void KernelPort::lowestIs(AssociationNumber an) {
+/// The receive SA that was told a packet number above the one that is known of it; null if none
+/// was.
+HeldSa* KernelPort::saBehind(AssociationNumber an) {
   Macsec::RxLPN const* const told = cpStatus_ ? cpStatus_->rxLPN(an) : nullptr;
-  if (!told || told->lpn() == 0 || !held_ || !known_ || working_) return;
-  SciNumber const sci = sciNumber(cpStatus_->peerSsci().sci());
-  auto const sa = [&]() -> HeldSa* {
-    HeldRxSc* const sc = held_ ? rxSc(sci) : nullptr;
-    HeldSa* const held = sc ? find(sc->sas, an.value()) : nullptr;
-    return held && isHeldAsWanted(*held) ? held : nullptr;
-  };
-  if (!sa() || extended(told->lpn(), sa()->packetNumber) <= sa()->packetNumber) return;
-  std::vector<SecY> all;
-  if (!did(kernel_.secYs(all), "list its secure associations")) return;
-  takePolled(all);
-  HeldSa* const now = sa();
+  if (!told || told->lpn() == 0 || !held_ || !known_ || working_) return nullptr;
+  HeldRxSc* const sc = rxSc(sciNumber(cpStatus_->peerSsci().sci()));
+  HeldSa* const sa = sc ? find(sc->sas, an.value()) : nullptr;
+  if (!sa || !isHeldAsWanted(*sa)) return nullptr;
+  return extended(told->lpn(), sa->packetNumber) > sa->packetNumber ? sa : nullptr;
+}
+
+std::optional<KeyId> KernelPort::keyBehind(AssociationNumber an) {
+  HeldSa const* const sa = saBehind(an);
+  return sa ? std::optional(sa->keyId) : std::nullopt;
+}
+
+// A number is raised only above what the kernel says right now, since it counts on meanwhile.
+void KernelPort::raiseLowest(AssociationNumber an) {
+  if (!saBehind(an)) return;
+  SecYTable all;
+  if (!did(all.readFrom(kernel_), "list its secure associations")) return;
+  takeListed(all);
+  HeldSa* const now = saBehind(an);
   if (!now) return;
-  uint64_t const lowest = extended(told->lpn(), now->packetNumber);
-  if (lowest <= now->packetNumber) return;
+  uint64_t const lowest = extended(cpStatus_->rxLPN(an)->lpn(), now->packetNumber);
+  SciNumber const sci = sciNumber(cpStatus_->peerSsci().sci());
   if (did(kernel_.packetNumberIs({held_->index, sci, an.value()}, lowest),
           "raise the lowest acceptable packet number")) {
     now->packetNumber = lowest;

@@ -1,15 +1,9 @@
 #pragma once
 
-#include "linux/kernel/MacsecKernel.h"
+#include "linux/kernel/KernelReading.h"
 #include "linux/kernel/Rounds.h"
 
 namespace Linux {
-
-/// All MACsec devices of the kernel, whoever made them.
-struct KernelReading {
-  std::vector<MacsecLink> links;
-  std::vector<SecY> secYs;
-};
 
 /// Reads for the ports what the kernel holds. It tells that of one device no sooner than of all:
 /// one reading serves every port that wants one within a round; outside of rounds each is made
@@ -25,8 +19,8 @@ class KernelReader : public Rounds {
   KernelReading const* read(Did did) {
     if (isFresh()) return &reading_;
     if (!did(kernel_.present(), "offer MACsec") ||
-        !did(kernel_.links(reading_.links), "list its devices") ||
-        !did(kernel_.secYs(reading_.secYs), "list its secure associations")) {
+        !did(reading_.links.readFrom(kernel_), "list its devices") ||
+        !did(reading_.secYs.readFrom(kernel_), "list its secure associations")) {
       return nullptr;
     }
     wasRead();

@@ -12,6 +12,7 @@ namespace Linux::Limits {
 // The kernel
 inline constexpr double         kFirstRetry         = 1;         // s; soon, as most refusals pass
 inline constexpr double         kLastRetry          = 60;        // s; an operator who helps waits no longer
+inline constexpr double         kRaisePeriod        = 0.25;      // s; the peer tells twice a second
 inline constexpr double         kFilterCheck        = 2;         // s; so long may clear frames pass a removed filter
 inline constexpr double         kLinkRetry          = 1;         // s; without links there is no port
 inline constexpr int            kLinkReads          = 32;        // messages a turn; frames mustn't wait for a storm

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <map>
 #include <system_error>
 
@@ -37,6 +38,7 @@ class FakeKernel final : public MacsecKernel {
     ++dumps;
     out.clear();
     for (Device const& device : devices) out.push_back(device.secY);
+    if (afterDump) afterDump();
     return {};
   }
 
@@ -166,6 +168,7 @@ class FakeKernel final : public MacsecKernel {
   bool isPresent = true, hasXpn = true, isParentUp = true;
   uint32_t mostMtu = 65503;
   int dumps = 0;
+  std::function<void()> afterDump = {};  ///< what happens behind the back of whoever listed
 
  private:
   static Macsecd::NonceWatch::Sender senderOf(KeyId const& keyId, uint32_t ssci) {

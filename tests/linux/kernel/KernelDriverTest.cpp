@@ -181,6 +181,7 @@ TEST_F(TheKernelDriver, RaisesTheLowestAcceptablePacketNumberAndNeverLowersIt) {
   cp->rxLPNIs({99, AssociationNumber(0)});
   EXPECT_EQ(rxSas()[0].packetNumber, 100u);
   EXPECT_THAT(kernel.asked, IsEmpty());
+  world.time = 1;
   cp->rxLPNIs({150, AssociationNumber(0)});
   EXPECT_EQ(rxSas()[0].packetNumber, 150u);
   rxSas()[0].packetNumber = 0xfffffff0;
