@@ -76,6 +76,12 @@ MessageCounterData const& MessageCounters::emptyRecord() const {
   return empty;
 }
 
+std::optional<InterfaceCounters> MessageCounters::counters(Lumo::IntfId intfId) {
+  size_t const* const index = checkedPlace(intfId);
+  if (!index) return {};
+  return reader().record(*index);
+}
+
 void MessageCounters::msgCounterSnapshotIs(MessageCounterData const& record) {
   if (record == emptyRecord()) return;
   size_t const* const index = checkedPlace(record.intfId());

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -64,6 +65,9 @@ class MessageCounters : public Vesk::PtrInterface {
   /// The counters when they were last cleared; the empty record for an interface without a record.
   MessageCounterData snapshot(Lumo::IntfId intfId);
   MessageCounterData const& emptyRecord() const;
+  /// What a reader finds of an interface, without a look at the records of others; none for an
+  /// interface without a record. Throws as `messageCounterData` does.
+  std::optional<InterfaceCounters> counters(Lumo::IntfId intfId);
   /// Stores this as the state since which a reader counts. The empty record, and one of an
   /// interface that has none, stores nothing. Throws as `messageCounterData` does.
   void msgCounterSnapshotIs(MessageCounterData const& record);

@@ -102,9 +102,8 @@ class RequestHandler {
   }
   Json counters() {
     Json ports = Json::array();
-    auto const reader = host_.counters()->reader();
     for (Lumo::IntfId const intfId : interfaces()) {
-      auto const read = reader.interface(intfId.stringValue().view());
+      auto const read = host_.counters()->counters(intfId);
       if (read) ports.push_back(jsonOf(*read, request_.flag("since-clear")));
     }
     return ports;

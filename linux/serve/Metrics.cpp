@@ -77,7 +77,7 @@ class PortFamilies {
   // A table that is damaged tells nothing here; `macsecctl counters` says what is wrong with it.
   void addFrames(Lumo::IntfId intfId) {
     try {
-      auto const read = host_.counters()->reader().interface(intfId.stringValue().view());
+      auto const read = host_.counters()->counters(intfId);
       if (read) addCounters(intfId, *read);
     } catch (Pollux::CorruptionDetectedException const&) {
     }

@@ -198,5 +198,17 @@ TEST_F(Counters, AReaderSeesNamesTotalsAndWhatIsSinceTheSnapshot) {
   EXPECT_FALSE(reader.interface("Ethernet3"));
 }
 
+TEST_F(Counters, OfAnInterfaceAreReadWithoutALookAtOtherRecords) {
+  bench.fill();
+  auto const read = bench.counters->counters(bench.two);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->total, bench.reader().interface("Ethernet2")->total);
+  EXPECT_EQ(read->sinceSnapshot, bench.reader().interface("Ethernet2")->sinceSnapshot);
+  bench.record(1)[0] ^= 255;
+  EXPECT_NE(corruptionOf([&] { bench.reader().interface("Ethernet3"); }), "");
+  EXPECT_FALSE(bench.counters->counters(Lumo::IntfId("Ethernet3")));
+  EXPECT_EQ(bench.counters->counters(bench.two)->total, read->total);
+}
+
 }  // namespace
 }  // namespace Macsec::Brine
