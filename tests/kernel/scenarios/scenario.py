@@ -51,8 +51,8 @@ class Cable:
         assert self.a.pings(self.b, link=link) == 5, f"{self.a.name} can't ping"
         assert self.b.pings(self.a, link=link) == 5, f"{self.b.name} can't ping"
 
-    def flow(self, rate=RATE):
-        return Flow(self, rate)
+    def flow(self, rate=RATE, link="eth0"):
+        return Flow(self, rate, link)
 
     def clear(self):
         for program in self.programs:
@@ -70,14 +70,15 @@ class Cable:
 class Flow:
     """Numbered datagrams both ways, while the block runs; then `lost`, `late` and `sent`."""
 
-    def __init__(self, cable, rate):
-        self.cable, self.rate = cable, rate
+    def __init__(self, cable, rate, link):
+        self.cable, self.rate, self.link = cable, rate, link
         self.lost = self.late = self.sent = None
 
     def __enter__(self):
         a, b = self.cable.machines[:2]
         self.program = subprocess.Popen(
-            [f"{BIN}/kernel_flow", str(self.rate), a.name, a.address(), b.name, b.address()],
+            [f"{BIN}/kernel_flow", str(self.rate), a.name, a.address(self.link), b.name,
+             b.address(self.link)],
             stdout=subprocess.PIPE, text=True)
         self.cable.programs.append(self.program)
         return self
