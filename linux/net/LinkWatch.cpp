@@ -75,7 +75,8 @@ bool LinkWatch::ask() {
 
 void LinkWatch::run() {
   if (nextTime_ <= Vesk::now()) resync();
-  for (int i = 0; i < Limits::kLinkReads && readOnce(); ++i) {
+  uint64_t const last = counts_.messages + Limits::kLinksPerTurn;
+  for (int i = 0; i < Limits::kLinkReads && counts_.messages < last && readOnce(); ++i) {
   }
 }
 

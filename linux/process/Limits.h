@@ -16,6 +16,7 @@ inline constexpr double         kRaisePeriod        = 0.25;      // s; the peer 
 inline constexpr double         kFilterCheck        = 2;         // s; so long may clear frames pass a removed filter
 inline constexpr double         kLinkRetry          = 1;         // s; without links there is no port
 inline constexpr int            kLinkReads          = 32;        // messages a turn; frames mustn't wait for a storm
+inline constexpr uint64_t       kLinksPerTurn       = 32;        // told; making ports takes the kernel a while
 inline constexpr int            kLinkRoom           = 1 << 20;   // octets; links that change at the same time
 inline constexpr size_t         kLinkMessage        = 64 << 10;  // octets; no part of an answer is longer
 inline constexpr size_t         kNamedUses          = 5;         // addresses or routes told; the rest is counted
