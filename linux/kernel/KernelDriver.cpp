@@ -330,7 +330,7 @@ void KernelDriver::poll() {
   ++counts_.polls;
   SecYTable all;
   if (!all.readFrom(kernel_)) return;
-  for (auto const& [intfId, port] : ports_) port->takePolled(all);
+  for (auto const& [intfId, port] : ports_) port->takeListed(all);
 }
 
 KernelPort const* KernelDriver::port(Lumo::IntfId intfId) const {

@@ -109,9 +109,7 @@ class KernelPort {
   std::optional<KeyId> keyBehind(Macsec::AssociationNumber an);
   /// Raises the packet number of that SA, if the kernel says now that it is below.
   void raiseLowest(Macsec::AssociationNumber an);
-  /// What the kernel holds now, as the poll of all devices read it.
-  void takePolled(SecYTable const& all);
-  /// The same, as a listing in between told it.
+  /// What the kernel holds now, as a listing of all devices told it.
   void takeListed(SecYTable const& all);
   /// The device stands otherwise than before; or it isn't there any more, whoever took it away.
   void deviceChanged(bool isThere);

@@ -125,12 +125,6 @@ bool KernelPort::readMade() {
   return true;
 }
 
-// The kernel forgets what it was shown when the link goes down.
-void KernelPort::takePolled(SecYTable const& all) {
-  if (!working_) shown_.reset();
-  takeListed(all);
-}
-
 void KernelPort::takeListed(SecYTable const& all) {
   if (!known_ || working_) return;
   if (held_) {

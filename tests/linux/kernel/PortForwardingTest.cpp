@@ -70,8 +70,15 @@ TEST_F(ForwardingOfAPort, IsShownOnADeviceThatComesLater) {
 TEST_F(ForwardingOfAPort, IsToldAgainSinceTheKernelForgetsItWithTheLink) {
   startDormant();
   device().authorized.reset();
-  runAt(2);
+  driver->deviceChanged(device().secY.index, true);
   EXPECT_EQ(device().authorized, true);
+}
+
+TEST_F(ForwardingOfAPort, IsToldOnceWhileTheDeviceStandsAsItDid) {
+  startDormant();
+  kernel.asked.clear();
+  for (double const time : {2, 4, 6}) runAt(time);
+  EXPECT_THAT(kernel.asked, IsEmpty());
 }
 
 TEST_F(ForwardingOfAPort, IsntShownOnADeviceThatIsDownForItsParent) {
