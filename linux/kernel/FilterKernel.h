@@ -41,6 +41,8 @@ class FilterKernel {
  public:
   virtual ~FilterKernel() = default;
 
+  /// Whether hooks or filters may stand otherwise than when this was asked last.
+  virtual bool hasChanged() = 0;
   /// Of all interfaces that have any.
   virtual KernelAnswer hooks(std::vector<FilterHooks>& out) = 0;
   /// A filter is whole that lets just these types pass in clear.

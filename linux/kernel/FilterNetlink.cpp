@@ -8,11 +8,15 @@
 #include <linux/pkt_sched.h>
 #include <linux/rtnetlink.h>
 #include <linux/tc_act/tc_gact.h>
+#include <sys/socket.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
+#include "linux/process/Limits.h"
 #include "model/MacsecConstants.h"
 
 namespace Linux {
@@ -156,7 +160,22 @@ void takeHooks(nlmsghdr* message, std::vector<FilterHooks>& out) {
 
 }  // namespace
 
-FilterNetlink::FilterNetlink() : route_(NETLINK_ROUTE) {}
+FilterNetlink::FilterNetlink() : route_(NETLINK_ROUTE), news_(NETLINK_ROUTE) {
+  if (nl_socket_add_memberships(news_.get(), RTNLGRP_TC, 0) < 0 ||
+      nl_socket_set_nonblocking(news_.get()) < 0) {
+    throw std::system_error(errno, std::generic_category(), "watch of the filters");
+  }
+}
+
+// What was told doesn't matter, nor whether there was room for all of it.
+bool FilterNetlink::hasChanged() {
+  for (int i = 0; i < Limits::kFilterNews; ++i) {
+    char ignored;
+    ssize_t const got = recv(nl_socket_get_fd(news_.get()), &ignored, sizeof ignored, 0);
+    if (got < 0 && errno != ENOBUFS && errno != EINTR) return i > 0 || errno != EAGAIN;
+  }
+  return true;
+}
 
 KernelAnswer FilterNetlink::hooks(std::vector<FilterHooks>& out) {
   out.clear();

@@ -15,6 +15,7 @@ class FilterNetlink final : public FilterKernel {
   /// Works in the network namespace of the thread that makes it. Throws `std::system_error`.
   FilterNetlink();
 
+  bool hasChanged() override;
   KernelAnswer hooks(std::vector<FilterHooks>& out) override;
   KernelAnswer filters(int index, Macsecd::EtherTypes const& clear, HeldFilters& out) override;
   KernelAnswer hooksAdd(int index) override;
@@ -25,6 +26,7 @@ class FilterNetlink final : public FilterKernel {
 
  private:
   NetlinkSocket route_;
+  NetlinkSocket news_;  ///< the kernel tells here of each change
 };
 
 }  // namespace Linux

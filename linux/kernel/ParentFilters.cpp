@@ -191,7 +191,10 @@ void ParentFilters::run() {
 
 // Those with a problem have times of their own.
 void ParentFilters::check() {
-  nextCheck_ = Vesk::now() + Limits::kFilterCheck;
+  double const now = Vesk::now();
+  nextCheck_ = now + Limits::kFilterCheck;
+  if (!kernel_.hasChanged() && now < nextLook_) return;
+  nextLook_ = now + Limits::kFilterLook;
   for (auto& [intfId, parent] : parents_) {
     if (parent.problem.empty()) close(intfId, parent);
   }

@@ -73,7 +73,8 @@ class ParentFilters {
   std::map<Lumo::IntfId, Parent> parents_;
   Agenda<Lumo::IntfId> retries_;  // of those with a problem
   std::set<int> left_;            // interfaces that are to be opened
-  double nextCheck_ = 0;
+  double nextCheck_ = 0;          // whether the kernel tells of a change
+  double nextLook_ = 0;           // at all interfaces, whatever it tells
 };
 
 }  // namespace Linux

@@ -18,6 +18,7 @@ class FakeFilterKernel final : public FilterKernel {
     Macsecd::EtherTypes clear = {};  ///< that both filters let pass
   };
 
+  bool hasChanged() override { return tellsOfChange; }
   KernelAnswer hooks(std::vector<FilterHooks>& out) override {
     ++listings;
     out.clear();
@@ -27,6 +28,7 @@ class FakeFilterKernel final : public FilterKernel {
     return {};
   }
   KernelAnswer filters(int index, Macsecd::EtherTypes const& clear, HeldFilters& out) override {
+    ++looks;
     out = interfaces.contains(index) ? interfaces[index].held : HeldFilters();
     if (interfaces.contains(index) && interfaces[index].clear != clear) {
       out.in.isWhole = out.out.isWhole = false;
@@ -67,7 +69,9 @@ class FakeFilterKernel final : public FilterKernel {
 
   std::map<int, Interface> interfaces;
   std::vector<std::string> asked;
-  int listings = 0;  ///< of all hooks
+  int listings = 0;           ///< of all hooks
+  int looks = 0;              ///< at the filters of an interface
+  bool tellsOfChange = true;  ///< at any time
   /// Requests by their text that are refused with this error.
   std::map<std::string, int> refused;
 

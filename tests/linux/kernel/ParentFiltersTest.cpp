@@ -186,6 +186,28 @@ TEST_F(ParentFiltersTest, ListTheHooksOnceForAllInterfacesOfATurn) {
   for (int i = 0; i < kInterfaces; ++i) EXPECT_TRUE(kernel.isClosed(10 + i));
 }
 
+TEST_F(ParentFiltersTest, AreLookedAtWhenTheKernelTellsOfAChangeAndOnceInAWhile) {
+  constexpr int kInterfaces = 100;
+  for (int index = 1; index <= kInterfaces; ++index) {
+    kernel.interfaces[index] = {};
+    filters->interfaceIs(Lumo::IntfId(Vesk::String8("eth" + std::to_string(index))), index);
+  }
+  runAt(0);
+  kernel.looks = kernel.listings = 0;
+  kernel.tellsOfChange = false;
+  double const last = Limits::kFilterLook - Limits::kFilterCheck;
+  for (double time = 2; time < last; time += Limits::kFilterCheck) runAt(time);
+  EXPECT_EQ(kernel.looks + kernel.listings, 0);
+  kernel.interfaces[7] = {};
+  kernel.tellsOfChange = true;
+  runAt(last);
+  EXPECT_TRUE(kernel.isClosed(7));
+  kernel.interfaces[8] = {};
+  kernel.tellsOfChange = false;
+  runAt(2 * Limits::kFilterLook);
+  EXPECT_TRUE(kernel.isClosed(8)) << "though nothing was told";
+}
+
 TEST_F(ParentFiltersTest, ListTheHooksAgainWhenSomebodyHasMadeSomeInTheMiddleOfATurn) {
   kernel.interfaces[4] = {};
   auto const turn = filters->round();
