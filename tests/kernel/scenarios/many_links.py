@@ -22,7 +22,8 @@ class Cable(scenario.Cable):
         a, b = self.machines
         for number in range(SIZES[-1]):
             for machine in self.machines:
-                machine.macs[f"eth{number}"] = f"02:00:00:{machine.number:02x}:00:{number:02x}"
+                place = f"{number >> 8:02x}:{number & 255:02x}"
+                machine.macs[f"eth{number}"] = f"02:00:00:{machine.number:02x}:{place}"
         links = [f"eth{number}" for number in range(SIZES[-1])]
         batch(f"{a.folder}/links", "", [
             f"link add {link} address {a.macs[link]} netns {a.name} type veth peer name {link} "
