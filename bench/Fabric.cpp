@@ -66,6 +66,7 @@ void Fabric::carry(uint32_t from, Lumo::IntfId intfId, std::span<uint8_t const> 
 
 void Fabric::deliverDue() {
   while (CarriedFrame* frame = wires_.take(clock_)) {
+    if (auto* const next = wires_.first()) ends_[next->to]->host->expect(next->intfId);
     ends_[frame->to]->host->receive(frame->intfId, {frame->octets.data(), frame->size});
     wires_.release(*frame);
   }
@@ -88,6 +89,12 @@ bool Fabric::openAllPorts() {
     runUntil(now() + 0.5);
   }
   return true;
+}
+
+size_t Fabric::homeMemory() const {
+  size_t octets = 0;
+  for (auto& end : ends_) octets += end->world.kept<Vesk::Homes>().octets();
+  return octets;
 }
 
 void Fabric::delayProtectionIs(bool on) {

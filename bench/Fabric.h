@@ -46,6 +46,8 @@ class Fabric {
   uint64_t octets() const { return octets_; }
   /// What the wires occupy, which is none of the switches' memory.
   uint64_t wireMemory() const { return wires_.memory(); }
+  /// What the homes of the switches take, in octets.
+  size_t homeMemory() const;
   double now() const { return clock_; }
 
  private:

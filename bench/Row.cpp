@@ -50,7 +50,8 @@ void bringUp(Fabric& fabric, Row& row, double begin) {
 void settle(Fabric& fabric, Row& row, double memory) {
   fabric.runUntil(fabric.now() + kSettled);
   double const wires = static_cast<double>(fabric.wireMemory());
-  row.octetsPerPort = (allocated() - memory - wires) / fabric.ports();
+  double const homes = static_cast<double>(fabric.homeMemory());
+  row.octetsPerPort = (allocated() + homes - memory - wires) / fabric.ports();
 }
 
 void runSteadily(Fabric& fabric, Row& row, double seconds) {

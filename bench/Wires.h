@@ -29,6 +29,8 @@ class Wires {
   /// The frame that arrives next; null if there is none. It is the caller's until `release()`.
   CarriedFrame* take(double now);
   void release(CarriedFrame& frame);
+  /// The frame that arrives next, now or later; null if there is none.
+  CarriedFrame const* first() const { return first_; }
   /// When the next frame arrives; `Zorn::never` if none is on its way.
   double nextTime() const;
   /// What the wires occupy.

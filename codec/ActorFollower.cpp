@@ -13,6 +13,7 @@ using Macsec::Status;
 
 struct ActorFollower::ActorStatusReactor final
     : Vesk::Reactor<MkaActorStatus const, PortStatusReactor, ActorStatusReactor> {
+  static constexpr bool kIsHot = true;
   ActorStatusReactor(PortStatusReactor& port, Vesk::Ptr<MkaActorStatus const> status);
 
   Vesk::String8 const& fwkKey() const { return notifier()->ckn(); }
@@ -66,7 +67,7 @@ struct ActorFollower::PortStatusReactor final
 ActorFollower::ActorStatusReactor::ActorStatusReactor(PortStatusReactor& port,
                                                       Vesk::Ptr<MkaActorStatus const> status)
     : Reactor(port, std::move(status)),
-      port_(port.owner().ports_.portIs(port.fwkKey())),
+      port_(port.owner().ports_.memberIs(port.fwkKey(), port.fwkKey())),
       keys_(notifier()->ckn(), notifier()) {
   onIck();
   onKek();

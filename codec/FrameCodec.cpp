@@ -115,7 +115,7 @@ void FrameCodec::handleEthIntfStatus(Lumo::IntfId intfId) {
 }
 
 Port& FrameCodec::countedPortIs(Lumo::IntfId intfId) {
-  Port& port = ports_.portIs(intfId);
+  Port& port = ports_.memberIs(intfId, intfId);
   if (!port.txCounter) port.txCounter = pamManager_->txPamCounterIs(intfId);
   if (!port.rxCounter) port.rxCounter = pamManager_->rxPamCounterIs(intfId);
   counters_->intfIs(intfId);
@@ -148,6 +148,7 @@ Refusal FrameCodec::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame)
   std::optional<Port> stranger;
   Port* known = ports_.find(intfId);
   Port& port = known ? *known : stranger.emplace(intfId);
+  Vesk::BesideScope const beside(known);
   FrameReader reader(port);
   Refusal refusal = reader.check(frame);
   if (!refusal) refusal = checkSender(port, reader);
@@ -207,7 +208,7 @@ void FrameCodec::countFailure(Port const& port, Direction direction, Refusal con
 }
 
 void FrameCodec::dialectIs(Lumo::IntfId intfId, Dialect const& dialect) {
-  ports_.portIs(intfId).dialect = dialect;
+  ports_.memberIs(intfId, intfId).dialect = dialect;
 }
 
 Dialect FrameCodec::dialect(Lumo::IntfId intfId) const {

@@ -11,17 +11,17 @@ bool isName(Macsec::CknOctets const& a, Macsec::CknOctets const& b) {
 }
 
 // What was met last is met next: it goes to the front.
-template <class T, class Is>
-T* broughtToFront(std::vector<T>& all, Is is) {
+template <class All, class Is>
+auto* broughtToFront(All& all, Is is) {
   auto const found = std::ranges::find_if(all, is);
-  if (found == all.end()) return nullptr;
+  if (found == all.end()) return static_cast<typename All::value_type*>(nullptr);
   std::rotate(all.begin(), found, found + 1);
   return &all.front();
 }
 
 // In front of all others; the last one makes room.
-template <class T>
-T& putInFront(std::vector<T>& all, size_t most, T one) {
+template <class All>
+auto& putInFront(All& all, size_t most, typename All::value_type one) {
   if (all.size() >= most) all.pop_back();
   all.insert(all.begin(), std::move(one));
   return all.front();

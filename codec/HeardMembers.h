@@ -5,6 +5,7 @@
 
 #include "model/MemberIdentifier.h"
 #include "platform/CknOctets.h"
+#include "runtime/AtHome.h"
 
 namespace Codec {
 
@@ -27,17 +28,19 @@ class HeardMembers {
              uint32_t messageNumber);
 
  private:
+  template <class T>
+  using HomeVector = std::vector<T, Vesk::HomeAllocator<T>>;
   struct Member {
     Macsec::MemberIdentifier identifier;
     uint32_t messageNumber;
   };
   struct Association {
     Macsec::CknOctets ckn;
-    std::vector<Member> members;  // those heard last in front
+    HomeVector<Member> members;  // those heard last in front
   };
   Association& associationIs(Macsec::CknOctets const& ckn);
 
-  std::vector<Association> associations_;  // in the same order
+  HomeVector<Association> associations_;  // in the same order
 };
 
 }  // namespace Codec

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -9,13 +8,14 @@
 #include "codec/Dialect.h"
 #include "codec/HeardMembers.h"
 #include "model/MkaPamManager.h"
+#include "runtime/AtHome.h"
 #include "runtime/EthAddr.h"
-#include "runtime/IntfId.h"
+#include "runtime/InterfaceTable.h"
 
 namespace Codec {
 
 /// What the codec keeps of one interface.
-struct Port {
+struct Port : Vesk::AtHome<Vesk::Home::Part::hot> {
   explicit Port(Lumo::IntfId id) : intfId(id) {}
 
   Lumo::IntfId intfId;
@@ -23,7 +23,7 @@ struct Port {
   std::optional<Lumo::EthAddr> address;
   Dialect dialect;
   /// Those that hold a key on this interface, in order of their arrival: one, two or three.
-  std::vector<ActorKeys*> actors;
+  std::vector<ActorKeys*, Vesk::HomeAllocator<ActorKeys*>> actors;
   HeardMembers heard;
   Vesk::Ptr<Macsec::MkaPamCounter> txCounter;
   Vesk::Ptr<Macsec::MkaPamCounter> rxCounter;
@@ -36,22 +36,6 @@ struct Port {
   }
 };
 
-/// All interfaces, by the index of their identity: finding one costs the same however many there
-/// are.
-class Ports {
- public:
-  Port* find(Lumo::IntfId intfId) const {
-    return intfId.index() < ports_.size() ? ports_[intfId.index()].get() : nullptr;
-  }
-  Port& portIs(Lumo::IntfId intfId) {
-    if (ports_.size() <= intfId.index()) ports_.resize(intfId.index() + 1);
-    auto& port = ports_[intfId.index()];
-    if (!port) port = std::make_unique<Port>(intfId);
-    return *port;
-  }
-
- private:
-  std::vector<std::unique_ptr<Port>> ports_;
-};
+using Ports = Vesk::InterfaceTable<Port>;
 
 }  // namespace Codec

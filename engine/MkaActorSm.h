@@ -17,6 +17,7 @@ namespace Macsec {
 /// that has been used continues where that one stopped.
 class MkaActorSm final : public Vesk::StateMachine {
  public:
+  static constexpr bool kIsHot = true;
   /// `cak` is encoded; `pamManager` may be null, and no MKPDU flows then.
   MkaActorSm(Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId, Vesk::Ptr<Status> status,
              Vesk::Ptr<MkaPamManager> pamManager, Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,

@@ -6,12 +6,14 @@ namespace Macsec {
 
 struct MkaActorSm::ActorStatusReactor final
     : Vesk::Reactor<MkaActorStatus, MkaActorSm, ActorStatusReactor> {
+  static constexpr bool kIsHot = true;
   using Reactor::Reactor;
   void onPrincipal() override { owner().handlePrincipalActor(); }
 };
 
 struct MkaActorSm::PamManagerReactor final
     : Vesk::Reactor<MkaPamManager, MkaActorSm, PamManagerReactor> {
+  static constexpr bool kIsHot = true;
   using Reactor::Reactor;
   void onRxMessageInfo() override { owner().rxMessageInfoReactorIs(notifier()->rxMessageInfo()); }
 };
@@ -19,11 +21,13 @@ struct MkaActorSm::PamManagerReactor final
 // Registered under the actor's interface: a message for another one doesn't get here.
 struct MkaActorSm::RxMessageInfoReactor final
     : Vesk::Reactor<MkaMessageInfo, MkaActorSm, RxMessageInfoReactor> {
+  static constexpr bool kIsHot = true;
   using Reactor::Reactor;
   void onCount() override { owner().handleRxMessage(); }
 };
 
 struct MkaActorSm::MkpduTimerReactor final : Zorn::TimerReactor<MkaActorSm> {
+  static constexpr bool kIsHot = true;
   using TimerReactor::TimerReactor;
   void onTime() override { owner().handleMkpduTimerExpiry(); }
 };

@@ -146,7 +146,7 @@ void Host::interfaceIs(Lumo::IntfId intfId, Lumo::EthAddr const& addr, uint16_t 
 void Host::interfaceDel(Lumo::IntfId intfId) {
   Vesk::WorldScope const scope(world_);
   ethIntfStatusDir_->intfStatusDel(intfId);
-  frameEvidence_.erase(intfId);
+  frameEvidence_.memberDel(intfId);
   hardwareFaults_.erase(intfId);
   setDown_.erase(intfId);
   if (!options_.emulateHardware) return;
@@ -304,18 +304,19 @@ void Host::restart() {
 void Host::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   Vesk::WorldScope const scope(world_);
   if (!running()) return;
-  frameEvidence_.try_emplace(intfId);
+  frameEvidence_.memberIs(intfId);
   taps_.passed(intfId, FrameWay::in, frame);
   if (!running()) return;
   auto const message = pamManager_->rxMessageInfo();
   Codec::Refusal const refusal = machines_->codec.receive(intfId, frame);
-  auto const evidence = frameEvidence_.find(intfId);
-  if (evidence == frameEvidence_.end()) return;
-  if (refusal) {
-    evidence->second.refused(refusal, frame);
-  } else {
-    evidence->second.accepted(*message, frame);
-  }
+  FrameEvidence* const evidence = frameEvidence_.find(intfId);
+  if (!evidence) return;
+  if (refusal) return evidence->refused(refusal, frame);
+  evidence->accepted(*message, frame);
+}
+
+void Host::expect(Lumo::IntfId intfId) const {
+  if (running()) machines_->codec.expect(intfId);
 }
 
 std::optional<KeyAge> Host::keyAge(Lumo::IntfId intfId) const {
@@ -347,8 +348,8 @@ PortDoctor::Counts const* Host::doctorCounts() const {
 }
 
 FrameEvidence Host::frameEvidence(Lumo::IntfId intfId) const {
-  auto const found = frameEvidence_.find(intfId);
-  return found == frameEvidence_.end() ? FrameEvidence() : found->second;
+  FrameEvidence const* const evidence = frameEvidence_.find(intfId);
+  return evidence ? *evidence : FrameEvidence();
 }
 
 void Host::hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault,

@@ -15,6 +15,7 @@ namespace Macsec {
 /// follows.
 class CpStatus final : public Vesk::DescribedEntity<CpStatus> {
  public:
+  static constexpr bool kIsHot = true;
   enum Attribute : uint8_t {
     kProtectFrames,
     kReplayProtect,

@@ -15,6 +15,7 @@ namespace Macsec {
 /// interface and has a primary key or 802.1X enabled. Written by `ConfigSm` alone.
 class IntfStatus final : public Vesk::DescribedEntity<IntfStatus> {
  public:
+  static constexpr bool kIsHot = true;
   enum Attribute : uint8_t {
     kKey,
     kDefaultKey,

@@ -14,6 +14,7 @@ namespace Macsec {
 /// The state of one actor. It outlives the actor's state machine, which takes it up again.
 class MkaActorStatus final : public Vesk::DescribedEntity<MkaActorStatus> {
  public:
+  static constexpr bool kIsHot = true;
   enum Attribute : uint8_t {
     kCak,
     kMsgId,

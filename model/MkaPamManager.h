@@ -34,6 +34,7 @@ class Intf final : public Vesk::DescribedEntity<Intf> {
 /// Packets on one interface in one direction.
 class MkaPamCounter final : public Vesk::DescribedEntity<MkaPamCounter> {
  public:
+  static constexpr bool kIsHot = true;
   enum Attribute : uint8_t { kSuccess, kFailure };
 
   class NotifieeConst : public Vesk::NotifieeBase {

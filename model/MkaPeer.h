@@ -11,6 +11,7 @@ namespace Macsec {
 /// One peer of an actor, under its member identifier.
 class MkaPeer final : public Vesk::DescribedEntity<MkaPeer> {
  public:
+  static constexpr bool kIsHot = true;
   enum Attribute : uint8_t { kBaseInfo, kSakUseInfo, kTimeStamp };
 
   class NotifieeConst : public Vesk::NotifieeBase {

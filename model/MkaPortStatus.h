@@ -12,6 +12,7 @@ namespace Macsec {
 /// The state of one port and its actors.
 class MkaPortStatus final : public Vesk::DescribedEntity<MkaPortStatus> {
  public:
+  static constexpr bool kIsHot = true;
   enum Attribute : uint8_t { kMySci, kAnOfNextKey, kActorStatus };
 
   class NotifieeConst : public Vesk::NotifieeBase {

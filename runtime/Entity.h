@@ -12,6 +12,7 @@
 
 #include "runtime/Exceptions.h"
 #include "runtime/HashMap.h"
+#include "runtime/Homes.h"
 #include "runtime/Notifiee.h"
 #include "runtime/Text.h"
 #include "runtime/ValueMap.h"
@@ -195,7 +196,11 @@ class Entity : public Notifier {
   Ptr<E> memberIs(uint8_t attribute, HashMap<E, K>& map, K const& key, Create create,
                   void (N::*on)(K const&)) {
     if (Ptr<E> member = map[key]) return member;
-    Ptr<E> member = create();
+    Ptr<E> member;
+    {
+      KeyedHomeScope<K> const scope(key);
+      member = create();
+    }
     if (!member) throwRangeException("null ValidPtr");
     member->parentIs(this);
     map.insert(member.ptr());

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "runtime/HashMap.h"
+#include "runtime/Homes.h"
 #include "runtime/PtrInterface.h"
 
 namespace Vesk {
@@ -85,7 +86,10 @@ class NestedReactors {
  private:
   template <class Owner, class Member>
   void memberIs(Owner& owner, Key const& key, Ptr<Member> const& member) {
-    xIs(key, member, [&] { return make<Nested>(owner, member); });
+    xIs(key, member, [&] {
+      KeyedHomeScope<Key> const scope(key);
+      return make<Nested>(owner, member);
+    });
   }
 
   Map map_;

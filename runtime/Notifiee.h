@@ -5,6 +5,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "runtime/AtHome.h"
 #include "runtime/HashMap.h"
 #include "runtime/IntfId.h"
 #include "runtime/StateMachine.h"
@@ -48,7 +49,7 @@ class NotifieeBase : public HashMapEntry {
 /// with a key in a chain for each key. A visit stands on the stack as a cursor that the list knows,
 /// so that notifiees may join, leave and die, and the same list be visited again, in the middle of
 /// it; a notifiee that joins during a visit isn't called in that visit.
-class NotifieeListBase {
+class NotifieeListBase : public AtHome<Home::Part::cold> {
  public:
   /// `watched` belongs to the notifier, who sees there without a look at the list what any notifiee
   /// ever watched: a write that nobody hears of costs one test.
@@ -70,7 +71,7 @@ class NotifieeListBase {
     for (Cursor cursor(*list, key, watch); NotifieeBase* notifiee = cursor.next();) {
       if (!(notifiee->watch_ & watch) || notifiee->isMarkedForDeletion()) continue;
       Ptr<NotifieeBase> held(notifiee);
-      runHandler(notifiee->machine(), [&] { call(*notifiee); });
+      runHandler(notifiee->machine(), notifiee, [&] { call(*notifiee); });
     }
     RunningHandler::goOnOrLeave();
   }
@@ -81,7 +82,7 @@ class NotifieeListBase {
     Cursor cursor(*list, Lumo::IntfId(), ~Watch{0});
     while (NotifieeBase* notifiee = cursor.next()) {
       Ptr<NotifieeBase> held(notifiee);
-      runHandler(notifiee->machine(), [&] { call(*notifiee); });
+      runHandler(notifiee->machine(), notifiee, [&] { call(*notifiee); });
     }
   }
 

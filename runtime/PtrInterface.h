@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "runtime/Home.h"
+
 namespace Vesk {
 
 /// Base of everything that is reached through a virtual table and counted by reference.
@@ -26,6 +28,12 @@ class PtrInterface : public VFPtrInterface {
  public:
   PtrInterface(PtrInterface const&) = delete;
   PtrInterface& operator=(PtrInterface const&) = delete;
+
+  static void* operator new(size_t size) { return Home::allocate(size, Home::Part::cold); }
+  static void* operator new(size_t size, Home::Part part) { return Home::allocate(size, part); }
+  static void operator delete(void* memory, size_t size) { Home::release(memory, size); }
+  // After a constructor that threw: how large the object would have been isn't known.
+  static void operator delete(void* memory, Home::Part) { Home::release(memory, 0); }
 
   uint32_t references() const { return word_ & kCountMask; }
   /// True once the object has been taken out of service: no handler of it runs any more.
@@ -138,7 +146,7 @@ Ptr<T> ptrCast(Ptr<U> const& p) {
 /// Allocates and constructs: the one place where objects of the runtime come from.
 template <class T, class... Args>
 Ptr<T> make(Args&&... args) {
-  return Ptr<T>::adopt(new T(std::forward<Args>(args)...));
+  return Ptr<T>::adopt(new (partOf<T>()) T(std::forward<Args>(args)...));
 }
 
 }  // namespace Vesk

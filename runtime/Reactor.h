@@ -59,7 +59,7 @@ struct CatchUp {
   }
   void row(uint8_t number, void (N::*on)()) {
     if (!(watch >> number & 1) || notifiee.isMarkedForDeletion()) return;
-    runHandler(notifiee.machine(), [&] { (notifiee.*on)(); });
+    runHandler(notifiee.machine(), &notifiee, [&] { (notifiee.*on)(); });
   }
 };
 

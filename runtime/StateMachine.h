@@ -18,13 +18,17 @@ struct HandlerEnded {};
 /// the handler isn't continued: the write that told doesn't return to it.
 class RunningHandler {
  public:
-  /// `machine` is whose handler it is; null for who isn't a state machine.
-  explicit RunningHandler(StateMachine* machine) : machine_(machine), outer_(innermost_) {
+  /// `machine` is whose handler it is; null for who isn't a state machine. What the handler makes
+  /// lives where `object` does.
+  explicit RunningHandler(StateMachine* machine, void const* object = nullptr)
+      : machine_(machine), outer_(innermost_), formerPresent_(Home::present_) {
     innermost_ = this;
+    Home::present_ = object;
   }
   ~RunningHandler() {
     VESK_DEBUG_ASSERT(innermost_ == this);
     innermost_ = outer_;
+    Home::present_ = formerPresent_;
   }
   RunningHandler(RunningHandler const&) = delete;
   RunningHandler& operator=(RunningHandler const&) = delete;
@@ -48,6 +52,7 @@ class RunningHandler {
 
   StateMachine* machine_;
   RunningHandler* outer_;
+  void const* formerPresent_;
   bool hasEnded_ = false;
   // What the outermost handler of an ended state machine takes along when it leaves.
   Ptr<StateMachine> last_;
@@ -56,13 +61,18 @@ class RunningHandler {
 /// Calls a handler of `machine`, which may be null, as the runtime does: whatever it sets off, the
 /// state machine stays in memory until it returns.
 template <class Call>
-void runHandler(StateMachine* machine, Call&& call) {
-  RunningHandler running(machine);
+void runHandler(StateMachine* machine, void const* object, Call&& call) {
+  RunningHandler running(machine, object);
   try {
     call();
   } catch (HandlerEnded const&) {
     VESK_ASSERT(running.hasEnded());
   }
+}
+
+template <class Call>
+void runHandler(StateMachine* machine, Call&& call) {
+  runHandler(machine, machine, std::forward<Call>(call));
 }
 
 /// Calls out of a handler into a sink of the world, which may do anything.

@@ -9,6 +9,13 @@
 
 namespace Vesk {
 
+namespace {
+
+// Member identifiers and the names of keys are compared with each MKPDU.
+constexpr size_t kHotOctets = 48;
+
+}  // namespace
+
 uint32_t hashBytes(void const* bytes, size_t size) {
   auto const* p = static_cast<unsigned char const*>(bytes);
   uint32_t h = 0x811c9dc5;
@@ -19,11 +26,14 @@ uint32_t hashBytes(void const* bytes, size_t size) {
   return h;
 }
 
+size_t String8::octetsFor(size_t size) { return offsetof(Rep, text) + size + 1; }
+
 String8::Rep* String8::blankRep(size_t size, bool secret) {
   if (size == 0) return nullptr;
   if (size > Rep::kLongest) throw std::length_error("a text of more than 2 GiB");
-  auto* rep = static_cast<Rep*>(std::malloc(offsetof(Rep, text) + size + 1));
-  if (!rep) throw std::bad_alloc();
+  size_t const octets = octetsFor(size);
+  auto const part = octets <= kHotOctets ? Home::Part::hot : Home::Part::cold;
+  auto* rep = static_cast<Rep*>(Home::allocate(octets, part));
   rep->references = 1;
   rep->hash = 0;
   rep->length = size & Rep::kLongest;
@@ -40,7 +50,7 @@ String8::Rep* String8::newRep(std::string_view text, bool secret) {
 
 void String8::lastCopyGone() {
   if (rep_->secret) explicit_bzero(rep_->text, rep_->length);
-  std::free(rep_);
+  Home::release(rep_, octetsFor(rep_->length));
 }
 
 // The hash of a secret isn't kept.

@@ -85,6 +85,7 @@ class String8 {
     uint32_t secret : 1;
     char text[1];
   };
+  static size_t octetsFor(size_t size);
   static Rep* blankRep(size_t size, bool secret);
   static Rep* newRep(std::string_view text, bool secret);
   void acquire() const {

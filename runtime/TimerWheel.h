@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <limits>
 #include <type_traits>
-#include <vector>
 
 #include "runtime/StateMachine.h"
+#include "runtime/TimerHeap.h"
 #include "runtime/World.h"
 
 namespace Zorn {
@@ -35,24 +35,13 @@ class TimerWheel : public Vesk::PtrInterface {
   size_t armed() const { return heap_.size(); }
 
  private:
-  struct Place {
-    double time;
-    uint64_t arming;
-    NotifieeConst* timer;
-    bool operator<(Place const& o) const {
-      return time != o.time ? time < o.time : arming < o.arming;
-    }
-  };
+  NotifieeConst* first() const;
   void arm(NotifieeConst& timer, double time);
-  void disarm(NotifieeConst& timer);
+  void disarm(NotifieeConst const& timer);
   void fireFirst();
-  void put(size_t at, Place const& place);
-  void siftUp(size_t at);
-  void siftDown(size_t at);
 
   Vesk::World& world_;
-  // A binary heap in which each timer knows its place, so that any timer leaves in O(log n).
-  std::vector<Place> heap_;
+  TimerHeap heap_;
   uint64_t armings_ = 0;
   // The time of the running pass. What is armed in it for an earlier time stands behind all that
   // the pass has to fire.
@@ -84,11 +73,9 @@ class TimerWheel::NotifieeConst : public Vesk::PtrInterface {
 
  private:
   friend class TimerWheel;
-  static constexpr size_t kNowhere = SIZE_MAX;
-
   Vesk::Ptr<TimerWheel> wheel_;
   double time_ = never;
-  size_t heapPlace_ = kNowhere;
+  TimerHeap::Slot slot_ = TimerHeap::kNoSlot;
 };
 
 class TimerWheel::Notifiee : public TimerWheel::NotifieeConst {

@@ -23,7 +23,8 @@ World::World() : rateLimits_(std::make_unique<RateLimits>()), kept_(std::make_sh
 World::World(World& other)
     : rateLimits_(std::make_unique<RateLimits>()),
       kept_(other.kept_),
-      switches_{.visitsAreFiltered = other.switches_.visitsAreFiltered} {}
+      switches_{.visitsAreFiltered = other.switches_.visitsAreFiltered,
+                .objectsHaveHomes = other.switches_.objectsHaveHomes} {}
 World::~World() { VESK_ASSERT(currentWorld != this); }
 
 void World::attributeLogIs(bool on) {

@@ -19,6 +19,7 @@ class RateLimits;
 struct WorldSwitches {
   bool writesAreLogged = false;
   bool visitsAreFiltered = true;
+  bool objectsHaveHomes = true;
 };
 
 /// What belongs to one switch and lies outside its trees, as its host sets it: clock, randomness,
@@ -60,6 +61,9 @@ class World {
   /// only for what it overrides. False makes every notifiee that enters a list be called for
   /// everything.
   void visitsAreFilteredIs(bool filtered) { switches_.visitsAreFiltered = filtered; }
+  /// True at first: the objects of an interface live together (`runtime/Home.h`). False has what is
+  /// made from then on come from the heap.
+  void objectsHaveHomesIs(bool haveHomes) { switches_.objectsHaveHomes = haveHomes; }
   WorldSwitches const& switches() const { return switches_; }
 
   /// Ends the process of the switch. A real process doesn't come back from this; a simulated one

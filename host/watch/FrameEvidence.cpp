@@ -1,6 +1,7 @@
 #include "host/watch/FrameEvidence.h"
 
 #include <algorithm>
+#include <array>
 
 #include "codec/FrameLayout.h"
 #include "platform/Hex.h"
@@ -12,7 +13,7 @@ using Macsec::Sci;
 
 void FrameEvidence::refused(Codec::Refusal const& refusal, std::span<uint8_t const> frame) {
   noteFrame(frame);
-  refused_[static_cast<size_t>(refusal.subType)] = Vesk::now();
+  refused_[refusal.subType] = Vesk::now();
   bool const isUnknown = refusal.subType == SubType::unrecognizedCkn;
   if (!isUnknown && refusal.subType != SubType::icvValidationErr) return;
   Codec::FrameLayout layout;
@@ -48,7 +49,8 @@ bool FrameEvidence::isRecent(Time const& time, double seconds) {
 }
 
 bool FrameEvidence::anyRefused(SubType subType, double seconds) const {
-  return isRecent(refused_[static_cast<size_t>(subType)], seconds);
+  auto const found = refused_.find(subType);
+  return found != refused_.end() && isRecent(found->second, seconds);
 }
 
 std::optional<std::string> FrameEvidence::NameSeen::within(double seconds) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <array>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -9,14 +9,14 @@
 #include "codec/Refusal.h"
 #include "host/text/Limits.h"
 #include "model/MkaMessageInfo.h"
-#include "platform/MessageCounterData.h"
+#include "runtime/AtHome.h"
 #include "runtime/EthAddr.h"
 
 namespace Macsecd {
 
 /// What the frames that came in on an interface tell of who is at the other end. Keeps the newest
 /// of each kind with its time, in a fixed amount of memory whatever comes in.
-class FrameEvidence {
+class FrameEvidence : public Vesk::AtHome<Vesk::Home::Part::hot> {
  public:
   using SubType = Codec::SubType;
 
@@ -63,14 +63,14 @@ class FrameEvidence {
   void noteFrame(std::span<uint8_t const> frame);
 
   Time lastFrame_;
-  std::array<Time, Macsec::Brine::MessageCounterData::kSubTypes> refused_;
-  NameSeen unknown_;
-  NameSeen wrong_;
   Time sourceAt_;
   Lumo::EthAddr source_;
-  std::vector<Sender> senders_;
+  std::vector<Sender, Vesk::HomeAllocator<Sender>> senders_;
   Time suiteAt_;
   Macsec::CipherSuite suite_{};
+  std::map<SubType, double> refused_;
+  NameSeen unknown_;
+  NameSeen wrong_;
 };
 
 }  // namespace Macsecd

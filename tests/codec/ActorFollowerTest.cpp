@@ -15,7 +15,7 @@ class ActorFollowerTest : public ::testing::Test {
     follower = std::make_unique<ActorFollower>(
         status, ports, ActorFollower::PortHandlers{[](Lumo::IntfId) {}, [](Lumo::IntfId) {}});
   }
-  bool hasKeysOf(char const* ckn) { return ports.portIs(kIntf).actor(ckn) != nullptr; }
+  bool hasKeysOf(char const* ckn) { return ports.memberIs(kIntf, kIntf).actor(ckn) != nullptr; }
 
   Lumo::IntfId const kIntf{"Ethernet1"};
   Support::TestWorld world;

@@ -92,6 +92,11 @@ class FloorsTest(unittest.TestCase):
         self.assertEqual(self.floors("linux/client", '"linux/process/WallClock.h"'), [])
         self.assertEqual(self.floors("linux/client", '"linux/net/LinkTable.h"'), ["floors"])
 
+    def test_only_the_memory_of_objects_comes_from_the_system_itself(self):
+        blocks = rules("runtime/HomeBlocks.cpp", "#include <sys/mman.h>\n#include <sys/socket.h>\n")
+        self.assertEqual(blocks, ["floors"])
+        self.assertEqual(self.floors("runtime", "<sys/mman.h>"), ["floors"])
+
     def test_a_header_is_included_by_its_room(self):
         self.assertEqual(self.floors("model", '"Macsec.h"'), ["floors"])
 

@@ -21,12 +21,19 @@ std::string textOf(Vesk::AttributeWrite const& write) {
   return write.entity.fullName() + "." + write.attribute + "[" + write.key + "] = " + write.value;
 }
 
-Record recordOf(Scenario const& scenario, bool filtered) {
+// How the runtime goes about its work, which nobody is to see.
+struct Way {
+  bool visitsAreFiltered = true;
+  bool objectsHaveHomes = true;
+};
+
+Record recordOf(Scenario const& scenario, Way way) {
   Record record;
   {
     Simulation simulation(scenario, 3);
     for (auto const& one : simulation.switches()) {
-      one->world().visitsAreFilteredIs(filtered);
+      one->world().visitsAreFilteredIs(way.visitsAreFiltered);
+      one->world().objectsHaveHomesIs(way.objectsHaveHomes);
       Vesk::WorldScope const scope(one->world());
       Vesk::TraceHandle::streamLevelsIs("", Vesk::kAllTraceLevels);
       auto& sinks = one->world().sinks;
@@ -73,8 +80,8 @@ class KeyedVisits : public testing::TestWithParam<char const*> {};
 TEST_P(KeyedVisits, LeaveTheSameTracesAndWritesAsVisitsToEverybody) {
   auto const result = readScenario(std::string(EXAMPLES "/") + GetParam() + ".scenario");
   ASSERT_TRUE(result.good());
-  Record const filtered = recordOf(result.scenario, true);
-  Record const all = recordOf(result.scenario, false);
+  Record const filtered = recordOf(result.scenario, {});
+  Record const all = recordOf(result.scenario, {.visitsAreFiltered = false});
   ASSERT_EQ(filtered.traces.size(), result.scenario.switches.size());
   for (auto const& [name, lines] : filtered.traces) EXPECT_GT(lines.size(), 400u) << name;
   for (auto const& [name, lines] : filtered.writes) EXPECT_GT(lines.size(), 300u) << name;
@@ -82,6 +89,15 @@ TEST_P(KeyedVisits, LeaveTheSameTracesAndWritesAsVisitsToEverybody) {
   expectEqual(byPort(filtered.writes), byPort(all.writes));
   expectEqual(filtered.traces, all.traces);
   expectEqual(filtered.writes, all.writes);
+}
+
+TEST_P(KeyedVisits, LeaveTheSameTracesAndWritesWhereverTheObjectsLive) {
+  auto const result = readScenario(std::string(EXAMPLES "/") + GetParam() + ".scenario");
+  ASSERT_TRUE(result.good());
+  Record const atHome = recordOf(result.scenario, {});
+  Record const onTheHeap = recordOf(result.scenario, {.objectsHaveHomes = false});
+  expectEqual(atHome.traces, onTheHeap.traces);
+  expectEqual(atHome.writes, onTheHeap.writes);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, KeyedVisits,
