@@ -11,16 +11,17 @@
 ///     header                                record
 ///     +0   magic                            +0    state: in use, or 0
 ///     +1   version                          +1    checksum of index and name
-///     +2   octets of the header             +2    name, 64 octets, filled up with NUL
-///     +3   octets of a record               +10   counters, slot 0  \  written by the process
-///     +4   capacity, in records             +76   counters, slot 1  /  that counts
-///     +5   counters in a slot               +142  snapshot, slot 0  \  written by the process
-///     +6   checksum of the above            +208  snapshot, slot 1  /  that clears
-///     +7   records used, and their
-///          complement in the lower half     slot
-///     +8   record 0, the empty              +0    sequence number, or "being written"
-///          interface id                     +1    checksum
-///     +282 record 1                         +2    64 counters: direction, type, sub type
+///     +2   octets of the header             +2    name, 112 octets, filled up with NUL
+///     +3   octets of a record
+///     +4   capacity, in records             +16   counters, slot 0  \  written by the process
+///     +5   counters in a slot               +50   counters, slot 1  /  that counts
+///     +6   checksum of the above            +84   snapshot, slot 0  \  written by the process
+///     +7   records used, and their          +118  snapshot, slot 1  /  that clears
+///          complement in the lower half
+///     +8   record 0, the empty              slot
+///          interface id                     +0    sequence number, or "being written"
+///     +160 record 1                         +1    checksum
+///                                           +2    32 counters: `MessageCounterData::indexOf`
 ///
 /// The header but for its last word is written once, before the first record, and its magic at the
 /// end of that; so are state, name and checksum of the name. A record that was never in use is all
@@ -39,7 +40,7 @@ namespace Macsec::Brine::CounterLayout {
 using Counters = MessageCounterData::Counters;
 
 constexpr uint64_t kMagic = 0x544e'554f'4341'4b4d;  // "MKACOUNT" where low octets go first
-constexpr uint64_t kVersion = 2;
+constexpr uint64_t kVersion = 3;
 
 constexpr size_t kMagicAt = 0;
 constexpr size_t kVersionAt = 1;
@@ -61,11 +62,16 @@ constexpr size_t kAreaWords = 2 * kSlotWords;
 constexpr size_t kStateAt = 0;
 constexpr size_t kNameChecksumAt = 1;
 constexpr size_t kNameAt = 2;
-constexpr size_t kNameWords = 8;
+constexpr size_t kNameWords = 14;
 constexpr size_t kNameOctets = kNameWords * sizeof(uint64_t);
 constexpr size_t kCounterAreaAt = kNameAt + kNameWords;
 constexpr size_t kSnapshotAreaAt = kCounterAreaAt + kAreaWords;
 constexpr size_t kRecordWords = kSnapshotAreaAt + kAreaWords;
+
+// What each MKPDU writes of a slot lies in one line of memory.
+constexpr size_t kLineWords = 8;
+static_assert(kRecordWords % kLineWords == 0 && kCounterAreaAt % kLineWords == 0 &&
+              kSlotWords % kLineWords + kFirstCounterAt + 2 <= kLineWords);
 
 /// State of a record in use. No octet of it is 0, so that a damaged one isn't taken for unused.
 constexpr uint64_t kInUse = 0x7265'636f'7264'2121;

@@ -76,13 +76,9 @@ std::vector<Row> rowsOf(MessageCounterReader const& reader) {
 }  // namespace
 
 std::string counterName(size_t counter) {
-  using Macsec::MessageCounterFailureSubType;
-  constexpr size_t kSubTypes = MessageCounterData::kSubTypes;
-  Macsec::MessageCounterDirection const direction{static_cast<uint8_t>(counter / (2 * kSubTypes))};
-  Macsec::MessageCounterType const type{static_cast<uint8_t>(counter / kSubTypes % 2)};
-  MessageCounterFailureSubType const subType{static_cast<uint8_t>(counter % kSubTypes)};
+  auto const [direction, type, subType] = MessageCounterData::kindOf(counter);
   std::string text = fmt::format("{} {}", Vesk::stringValue(direction), Vesk::stringValue(type));
-  if (subType != MessageCounterFailureSubType::none)
+  if (subType != Macsec::MessageCounterFailureSubType::none)
     text += fmt::format(" {}", Macsec::reasonName(subType));
   return text;
 }

@@ -20,7 +20,7 @@ std::string verdict(MessageCounterData const& before, MessageCounterData const& 
     return after.value(rx, type, subType) != before.value(rx, type, subType);
   };
   if (counts(success, SubType::none)) return "accepted";
-  for (size_t i = 0; i < MessageCounterData::kSubTypes; ++i) {
+  for (size_t i = 1; i <= MessageCounterData::kReasons; ++i) {
     SubType const reason{static_cast<uint8_t>(i)};
     if (counts(failure, reason)) return Macsec::reasonName(reason);
   }

@@ -83,11 +83,8 @@ class PortFamilies {
     }
   }
   void addCounters(Lumo::IntfId intfId, Macsec::Brine::InterfaceCounters const& counters) {
-    constexpr size_t kSubTypes = MessageCounterData::kSubTypes;
     for (size_t i = 0; i < counters.total.size(); ++i) {
-      Macsec::MessageCounterDirection const direction{static_cast<uint8_t>(i / (2 * kSubTypes))};
-      Macsec::MessageCounterType const type{static_cast<uint8_t>(i / kSubTypes % 2)};
-      Macsec::MessageCounterFailureSubType const reason{static_cast<uint8_t>(i % kSubTypes)};
+      auto const [direction, type, reason] = MessageCounterData::kindOf(i);
       bool const isUsual = reason == Macsec::MessageCounterFailureSubType::none;
       if (counters.total[i] == 0 && !(isUsual && type == Macsec::MessageCounterType::success)) {
         continue;

@@ -36,7 +36,7 @@ class ClearedCounters : public Configuration {
   }
   /// Records stand in the order in which their interfaces came, behind that of the empty one.
   void damage(size_t record) {
-    memory->words()[Brine::CounterLayout::recordAt(record) + 100] ^= 0x100;
+    memory->words()[Brine::CounterLayout::recordAt(record) + 60] ^= 0x100;
   }
   std::vector<uint64_t> image() { return {memory->words().begin(), memory->words().end()}; }
 

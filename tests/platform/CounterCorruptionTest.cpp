@@ -11,6 +11,9 @@
 namespace Macsec::Brine {
 namespace {
 
+// An octet of the counters.
+constexpr size_t kInSlot0 = CounterLayout::kCounterAreaAt * sizeof(uint64_t) + 20;
+
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -113,7 +116,7 @@ TEST_F(CounterCorruption, TheTextNamesTheRecordTheInterfaceAndWhatIsWrong) {
 TEST_F(CounterCorruption, ATableThatDoesNotRecoverRaisesAgainAndKeepsEverything) {
   CounterBench strict({.recovers = false});
   strict.fill();
-  strict.record(1)[100] ^= 1;
+  strict.record(1)[kInSlot0] ^= 1;
   std::vector<uint8_t> const found(strict.octets().begin(), strict.octets().end());
   EXPECT_EQ(corruptionOf([&] { strict.counters->corruptionDetected("it is so"); }),
             "BrineMap::corruptionDetected() mka it is so");
@@ -129,7 +132,7 @@ TEST_F(CounterCorruption, ATableThatDoesNotRecoverRaisesAgainAndKeepsEverything)
 }
 
 TEST_F(CounterCorruption, ATableThatRecoversLetsGoOfTheMemoryAndWritesTheFile) {
-  bench.record(1)[100] ^= 1;
+  bench.record(1)[kInSlot0] ^= 1;
   std::vector<uint8_t> const found(bench.octets().begin(), bench.octets().end());
   bench.counters->corruptionDetected("it is so");
   EXPECT_FALSE(bench.memory->isAttached());
@@ -174,7 +177,7 @@ TEST_F(CounterCorruption, AHeaderDamagedUnderARunningProcessCostsNoCount) {
 }
 
 TEST_F(CounterCorruption, ANewProcessKeepsAFileOfWhatItFindsDamagedAndStartsThatAnew) {
-  bench.record(1)[100] ^= 1;
+  bench.record(1)[kInSlot0] ^= 1;
   std::vector<uint8_t> const found(bench.octets().begin(), bench.octets().end());
   bench.restart();
   EXPECT_EQ(bench.memory->corruptionFiles(), 1u);
@@ -204,7 +207,7 @@ TEST_F(CounterCorruption, TheFirstRecordIsThatOfTheEmptyInterfaceIdAgain) {
 }
 
 TEST_F(CounterCorruption, AReaderShowsWhatIsSoundBesideADamagedRecord) {
-  bench.record(1)[100] ^= 1;
+  bench.record(1)[kInSlot0] ^= 1;
   EXPECT_EQ(bench.reader().interface("Ethernet2")->name, "Ethernet2");
   EXPECT_THROW(bench.reader().interface("Ethernet1"), Pollux::CorruptionDetectedException);
   bench.word(1, CounterLayout::kNameAt) ^= 1;

@@ -33,9 +33,8 @@ TEST_F(Counters, EachKindOfEachInterfaceCountsForItself) {
     for (Lumo::IntfId intf : interfaces) {
       bench.counters->intfIs(intf);
       for (size_t i = 0; i < MessageCounterData::kCounters; ++i) {
-        Direction const direction{static_cast<uint8_t>(i / (2 * MessageCounterData::kSubTypes))};
-        Type const type{static_cast<uint8_t>(i / MessageCounterData::kSubTypes % 2)};
-        SubType const subType{static_cast<uint8_t>(i % MessageCounterData::kSubTypes)};
+        auto const [direction, type, subType] = MessageCounterData::kindOf(i);
+        EXPECT_EQ(MessageCounterData::indexOf(direction, type, subType), i);
         ++times;
         if (pass == 1) {
           EXPECT_EQ(bench.counters->value(intf, direction, type, subType), times);
@@ -56,9 +55,9 @@ TEST_F(Counters, AnInterfaceWithoutARecordCountsForTheEmptyInterfaceId) {
   EXPECT_EQ(bench.counters->messageCounterData(bench.one), bench.counters->emptyRecord());
 }
 
-TEST_F(Counters, ANameOf64OctetsHasARecordAndALongerOneCountsForTheEmptyInterfaceId) {
-  Lumo::IntfId const longest{Vesk::String8(std::string(64, 'x'))};
-  Lumo::IntfId const tooLong{Vesk::String8(std::string(65, 'x'))};
+TEST_F(Counters, ANameOf112OctetsHasARecordAndALongerOneCountsForTheEmptyInterfaceId) {
+  Lumo::IntfId const longest{Vesk::String8(std::string(112, 'x'))};
+  Lumo::IntfId const tooLong{Vesk::String8(std::string(113, 'x'))};
   for (Lumo::IntfId intf : {longest, tooLong}) {
     bench.counters->intfIs(intf);
     bench.count(intf);
@@ -67,7 +66,7 @@ TEST_F(Counters, ANameOf64OctetsHasARecordAndALongerOneCountsForTheEmptyInterfac
   EXPECT_EQ(bench.counted(tooLong), 0u);
   EXPECT_EQ(bench.counted(Lumo::IntfId()), 1u);
   EXPECT_EQ(world.traced("has too long a name"), 1u);
-  EXPECT_THAT(bench.reader().interfaces(), ElementsAre(std::string(64, 'x')));
+  EXPECT_THAT(bench.reader().interfaces(), ElementsAre(std::string(112, 'x')));
 }
 
 TEST_F(Counters, AFullTableCountsForTheEmptyInterfaceId) {

@@ -40,7 +40,7 @@ TEST(CounterText, ShowsFramesOfInterfacesWithoutARecordBehindAllOthers) {
 TEST(CounterText, ShowsADamagedRecordAndAllThatIsSound) {
   CounterBench bench;
   bench.fill();
-  bench.record(1)[100] ^= 1;
+  bench.record(1)[Macsec::Brine::CounterLayout::kCounterAreaAt * sizeof(uint64_t) + 20] ^= 1;
   EXPECT_EQ(counterText(bench.reader()),
             "Interface   Frames                       Since clear  Total\n"
             "Ethernet2   tx success                             3      8\n"

@@ -44,11 +44,9 @@ Vesk::Ptr<MessageCounters> process(std::string const& name, bool counts) {
 
 void countInTurn(MessageCounters& counters, std::vector<Lumo::IntfId> const& intfs,
                  uint64_t update) {
-  size_t const counter = update / intfs.size() % MessageCounterData::kCounters;
-  counters.inc(intfs[update % intfs.size()],
-               Macsec::MessageCounterDirection(counter / (2 * MessageCounterData::kSubTypes)),
-               Macsec::MessageCounterType(counter / MessageCounterData::kSubTypes % 2),
-               Macsec::MessageCounterFailureSubType(counter % MessageCounterData::kSubTypes));
+  auto const [direction, type, subType] =
+      MessageCounterData::kindOf(update / intfs.size() % MessageCounterData::kCounters);
+  counters.inc(intfs[update % intfs.size()], direction, type, subType);
 }
 
 uint64_t sum(MessageCounterData::Counters const& counters) {

@@ -80,7 +80,7 @@ class SharedTable : public ::testing::Test {
     return {std::istreambuf_iterator<char>(in), {}};
   }
   static constexpr size_t kInRecord1 =
-      (Macsec::Brine::CounterLayout::recordAt(1) + 100) * sizeof(uint64_t);
+      (Macsec::Brine::CounterLayout::recordAt(1) + 60) * sizeof(uint64_t);
 
   Support::TestWorld world;
   Vesk::WorldScope scope{world};
