@@ -2,14 +2,15 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <utility>
 
 #include "codec/MemberTexts.h"
 #include "model/MkaActorStatus.h"
-#include "platform/AesCmac.h"
 #include "platform/CknOctets.h"
 #include "platform/KeyWrap.h"
+#include "platform/SharedCmacs.h"
 #include "runtime/String8.h"
 
 namespace Codec {
@@ -45,7 +46,7 @@ class ActorKeys {
   /// Both as the hexadecimal text of the clear keys.
   void clearKeysIs(Vesk::String8 const& ick, Vesk::String8 const& kek);
 
-  Macsec::AesCmac& ick() { return ick_; }
+  Macsec::AesCmac& ick() { return *ick_; }
   Macsec::KeyWrap const& kek() const { return kek_; }
   MemberTexts& members() { return members_; }
 
@@ -57,7 +58,7 @@ class ActorKeys {
   Vesk::String8 storedKey(std::span<uint8_t const> wrapped, std::span<uint8_t const> clear);
 
  private:
-  void setIck(std::span<uint8_t const> clear) { ick_ = Macsec::AesCmac(clear); }
+  void setIck(std::span<uint8_t const> clear) { ick_ = Macsec::SharedCmacs::cmac(clear); }
   void setKek(std::span<uint8_t const> clear);
 
   static constexpr size_t kMaxWrapped = 40;
@@ -65,7 +66,7 @@ class ActorKeys {
   Vesk::String8 ckn_;
   Vesk::Ptr<Macsec::MkaActorStatus const> status_;
   Macsec::CknOctets octets_;
-  Macsec::AesCmac ick_;
+  std::shared_ptr<Macsec::AesCmac> ick_ = std::make_shared<Macsec::AesCmac>();
   Macsec::KeyWrap kek_{{}};
   MemberTexts members_;
   std::array<uint8_t, kMaxWrapped> wrapped_{};
