@@ -2,7 +2,6 @@
 
 #include <sys/epoll.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -80,12 +79,17 @@ void EapolSockets::close(Interface& interface) {
   interface.socket.reset();
 }
 
+EapolSockets::Entry& EapolSockets::entryOf(epoll_event const& event) {
+  return *static_cast<Entry*>(event.data.ptr);
+}
+
 // The kernel begins with those that have waited longest.
 void EapolSockets::receiveReady() {
   std::array<epoll_event, Limits::kSocketsPerTurn> ready;
   int const count = epoll_wait(ready_.fd(), ready.data(), static_cast<int>(ready.size()), 0);
-  for (epoll_event const& event : std::span(ready).first(static_cast<size_t>(std::max(count, 0)))) {
-    receive(*static_cast<Entry*>(event.data.ptr));
+  for (int i = 0; i < count; ++i) {
+    if (i + 1 < count) handlers_.expected(entryOf(ready[static_cast<size_t>(i) + 1]).first);
+    receive(entryOf(ready[static_cast<size_t>(i)]));
   }
 }
 

@@ -7,6 +7,8 @@
 #include "linux/net/EapolSocket.h"
 #include "linux/process/EventLoop.h"
 
+struct epoll_event;
+
 namespace Linux {
 
 /// The packet sockets of all interfaces, one each, as one source of a loop: what has come on
@@ -22,6 +24,8 @@ class EapolSockets final : public Codec::FrameSink {
     Receiver received;
     /// A socket couldn't be opened, and why; once until one is.
     std::function<void(Lumo::IntfId, std::string const&)> failed;
+    /// A frame of this interface follows the one that is handed over next; may be left out.
+    std::function<void(Lumo::IntfId)> expected = [](Lumo::IntfId) {};
   };
 
   /// Throws `std::system_error` if the kernel gives no descriptor to wait with.
@@ -47,6 +51,7 @@ class EapolSockets final : public Codec::FrameSink {
   using Interfaces = std::map<Lumo::IntfId, Interface>;
   using Entry = Interfaces::value_type;
 
+  static Entry& entryOf(epoll_event const& event);
   bool open(Entry& entry);
   bool watch(Entry& entry, int socket);
   bool refused(Entry& entry, std::string const& why);

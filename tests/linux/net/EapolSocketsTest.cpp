@@ -47,6 +47,7 @@ struct Fixture : ::testing::Test {
   std::vector<int> opened;
   std::vector<std::string> failures;
   std::vector<Lumo::IntfId> received;
+  std::vector<Lumo::IntfId> expected;
   std::map<int, Descriptor> wires;
   std::map<Lumo::IntfId, Lumo::IntfId> goesWith;  ///< who is taken away by a frame of whom
   bool refuses = false;
@@ -55,7 +56,8 @@ struct Fixture : ::testing::Test {
   EventLoop loop;
   EapolSockets sockets{loop,
                        {[this](auto intfId, auto) { take(intfId); },
-                        [this](auto, auto const& why) { failures.push_back(why); }},
+                        [this](auto, auto const& why) { failures.push_back(why); },
+                        [this](auto intfId) { expected.push_back(intfId); }},
                        [this](int index) { return open(index); }};
 };
 
@@ -81,6 +83,7 @@ TEST_F(EapolSocketsTest, TakeWhatHasComeOnManyInterfacesInAFewTurns) {
   loop.beforeWaitIs([&ends] { ++ends; });
   ASSERT_TRUE(loop.runNext());
   EXPECT_EQ(received.size(), Limits::kSocketsPerTurn) << "timers may come in between";
+  EXPECT_EQ(expected, std::vector(received.begin() + 1, received.end())) << "who comes next";
   while (loop.runNext()) {
   }
   EXPECT_EQ(std::set(received.begin(), received.end()).size(), kInterfaces);
