@@ -111,6 +111,7 @@ void Home::fetch(void const* object) {
   Home const* const home = of(object);
   if (!home) return;
   auto const* const begin = reinterpret_cast<char const*>(home);
+#pragma GCC unroll 11
   for (size_t line = 0; line < kHotRoom; line += kLine) __builtin_prefetch(begin + line);
 }
 
