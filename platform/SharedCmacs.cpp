@@ -17,7 +17,7 @@ std::shared_ptr<AesCmac> SharedCmacs::shared(std::shared_ptr<AesCmac> made) {
   Mark mark;
   if (!made->compute({}, mark)) return made;
   std::weak_ptr<AesCmac>& known = cmacs_[mark];
-  if (auto const held = known.lock()) return held;
+  if (auto held = known.lock()) return held;
   known = made;
   std::erase_if(cmacs_, [](auto const& entry) { return entry.second.expired(); });
   return made;
