@@ -16,6 +16,7 @@ namespace {
 
 struct Options {
   int runs = 1;
+  Bench::Keys keys = Bench::Keys::shared;
   std::vector<uint32_t> ports;
 };
 
@@ -24,6 +25,8 @@ Options options(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     if (std::string_view(argv[i]) == "--runs" && i + 1 < argc) {
       options.runs = std::max(1, std::atoi(argv[++i]));
+    } else if (std::string_view(argv[i]) == "--own-keys") {
+      options.keys = Bench::Keys::own;
     } else {
       options.ports.push_back(static_cast<uint32_t>(std::atoi(argv[i])));
     }
@@ -32,9 +35,11 @@ Options options(int argc, char** argv) {
   return options;
 }
 
-Bench::Row medianOf(int runs, uint32_t portsOnEach) {
+Bench::Row medianOf(Options const& options, uint32_t portsOnEach) {
   std::vector<Bench::Row> rows;
-  for (int run = 0; run < runs; ++run) rows.push_back(Bench::measured(portsOnEach));
+  for (int run = 0; run < options.runs; ++run) {
+    rows.push_back(Bench::measured(portsOnEach, options.keys));
+  }
   return Bench::median(rows);
 }
 
@@ -59,7 +64,7 @@ void printTable(Options const& options) {
   for (uint32_t ports : options.ports) {
     // Half of the ports on each switch, and at least one.
     uint32_t const onEach = std::max(1u, ports / 2);
-    Bench::Row const row = medianOf(options.runs, onEach);
+    Bench::Row const row = medianOf(options, onEach);
     print(2 * onEach, row);
     if (ports == 16) perPortAt16 = row.steady;
     if (ports >= 4096 && perPortAt16 > 0) timesThatAt16[ports] = row.steady / perPortAt16;
@@ -85,8 +90,8 @@ void printYardsticks() {
 
 }  // namespace
 
-// macsecd-bench [--runs RUNS] [PORTS...]: a row of medians for each number of ports; without any,
-// the whole table.
+// macsecd-bench [--runs RUNS] [--own-keys] [PORTS...]: a row of medians for each number of ports;
+// without any, the whole table.
 int main(int argc, char** argv) {
   printTable(options(argc, argv));
   printYardsticks();

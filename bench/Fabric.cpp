@@ -1,6 +1,7 @@
 #include "bench/Fabric.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace Bench {
 
@@ -22,7 +23,8 @@ struct Fabric::End final : Codec::FrameSink {
   std::unique_ptr<Macsecd::Host> host;
 };
 
-Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach), wires_(kWireDelay) {
+Fabric::Fabric(uint32_t portsOnEach, Keys keys)
+    : portsOnEach_(portsOnEach), keys_(keys), wires_(kWireDelay) {
   for (uint32_t i = 0; i < portsOnEach; ++i) {
     intfIds_.emplace_back(Vesk::String8("Ethernet" + std::to_string(i + 1)));
   }
@@ -44,16 +46,32 @@ Fabric::Fabric(uint32_t portsOnEach) : portsOnEach_(portsOnEach), wires_(kWireDe
 
 Fabric::~Fabric() = default;
 
+namespace {
+
+// A key that differs from one number to the other in its last digits.
+std::string cak(char const* begin, size_t number) {
+  char digits[9];
+  std::snprintf(digits, sizeof digits, "%08x", static_cast<unsigned>(number));
+  return std::string(begin) + digits;
+}
+
+Macsecd::ProfileConfig profile(size_t number, uint8_t priority) {
+  Macsecd::ProfileConfig profile;
+  profile.name = "fabric" + std::to_string(number);
+  profile.key = {"6162", cak("0123456789abcdef01234567", number)};
+  profile.fallbackKey = {"6364", cak("fedcba9876543210fedcba98", number)};
+  profile.keyServerPriority = priority;
+  return profile;
+}
+
+}  // namespace
+
 Macsecd::SwitchConfig Fabric::config(uint8_t priority) const {
   Macsecd::SwitchConfig config;
-  Macsecd::ProfileConfig profile;
-  profile.name = "fabric";
-  profile.key = {"6162", "0123456789abcdef0123456789abcdef"};
-  profile.fallbackKey = {"6364", "fedcba9876543210fedcba9876543210"};
-  profile.keyServerPriority = priority;
-  config.profiles.push_back(profile);
-  for (Lumo::IntfId intfId : intfIds_) {
-    config.interfaces.push_back({std::string(intfId.stringValue().view()), "fabric", 1});
+  for (size_t i = 0; i < intfIds_.size(); ++i) {
+    if (i == 0 || keys_ == Keys::own) config.profiles.push_back(profile(i, priority));
+    std::string const interface(intfIds_[i].stringValue().view());
+    config.interfaces.push_back({interface, config.profiles.back().name, 1});
   }
   return config;
 }

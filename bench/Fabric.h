@@ -28,11 +28,14 @@ class FabricWorld final : public Vesk::World {
   std::mt19937 random_;  // tidy: allow(randomness) a world's own source, the same in every run
 };
 
+/// Whether the ports of a switch share a profile, or each has one with keys of its own.
+enum class Keys : uint8_t { shared, own };
+
 /// Two switches with many ports, each wired to the port of the same name on the other. Every port
 /// has a primary and a fallback key, so two actors with one peer each.
 class Fabric {
  public:
-  explicit Fabric(uint32_t portsOnEach);
+  explicit Fabric(uint32_t portsOnEach, Keys keys = Keys::shared);
   ~Fabric();
 
   /// Runs in virtual time.
@@ -59,6 +62,7 @@ class Fabric {
   void deliverDue();
 
   uint32_t const portsOnEach_;
+  Keys const keys_;
   double clock_ = 0.0;
   std::vector<Lumo::IntfId> intfIds_;
   Wires wires_;

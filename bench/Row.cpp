@@ -67,11 +67,11 @@ void runSteadily(Fabric& fabric, Row& row, double seconds) {
 
 }  // namespace
 
-Row measured(uint32_t portsOnEach) {
+Row measured(uint32_t portsOnEach, Keys keys) {
   Row row{};
   double const memory = allocated();
   double const begin = processorTime();
-  auto fabric = std::make_unique<Fabric>(portsOnEach);
+  auto fabric = std::make_unique<Fabric>(portsOnEach, keys);
   double const seconds = steadySeconds(fabric->ports());
   bringUp(*fabric, row, begin);
   settle(*fabric, row, memory);

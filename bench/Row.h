@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "bench/Fabric.h"
+
 namespace Bench {
 
 /// What ports cost, so many of them on each of two switches.
@@ -17,7 +19,7 @@ struct Row {
   double allocations;  ///< for an MKPDU
 };
 
-Row measured(uint32_t portsOnEach);
+Row measured(uint32_t portsOnEach, Keys keys = Keys::shared);
 /// The median of each figure.
 Row median(std::vector<Row> rows);
 

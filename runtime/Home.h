@@ -25,7 +25,7 @@ class Home {
  public:
   static constexpr size_t kBlock = size_t{1} << 13;
   /// Addresses for all homes of a process.
-  static constexpr uintptr_t kReserved = uintptr_t{1} << 34;
+  static constexpr uintptr_t kReserved = uintptr_t{1} << 31;
   enum class Part : uint8_t { hot, cold };
 
   Home(Home const&) = delete;
