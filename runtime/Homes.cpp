@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "runtime/HomeBlocks.h"
+#include "runtime/PtrInterface.h"
 #include "runtime/World.h"
 
 namespace Vesk {
@@ -42,7 +43,8 @@ BesideScope::~BesideScope() {
 }
 
 HomeScope::HomeScope(Lumo::IntfId intfId) : former_(Home::present_) {
-  if (intfId.empty() || !hasWorld() || !world().switches().objectsHaveHomes) return;
+  if (intfId.empty() || VFPtrInterface::enableThreadSafePointers != 0) return;
+  if (!hasWorld() || !world().switches().objectsHaveHomes) return;
   home_ = world().kept<Homes>().homeIs(intfId);
   if (!home_) return;
   ++home_->objects_;

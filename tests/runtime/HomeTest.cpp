@@ -192,8 +192,13 @@ TEST_F(AHome, IsntThereInAWorldThatHasNone) {
 
 TEST_F(AHome, TakesNothingInWhilePointersAreCountedForThreads) {
   HomeScope const scope(kFirst);
+  size_t const before = homes().members();
   VFPtrInterface::enableThreadSafePointers = 1;
   auto const made = make<ColdOne>();
+  {
+    HomeScope const inner(kSecond);
+    EXPECT_EQ(homes().members(), before);
+  }
   VFPtrInterface::enableThreadSafePointers = 0;
   EXPECT_FALSE(Home::of(made.ptr()));
 }

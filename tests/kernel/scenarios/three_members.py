@@ -48,12 +48,20 @@ def demand_closed(machine):
     assert CAUSE in machine.ctl("explain").splitlines()[1]
 
 
+def is_silent(recorder):
+    """Whether no more frames come: the recorder may lag behind what was sent before a port closed."""
+    before = len(recorder.data)
+    time.sleep(0.5)
+    return len(recorder.data) == before
+
+
 def a_third_one_closes_all(cable, recorder):
     """From the moment on in which all know of it, none sends anything under MACsec."""
     cable.c.start()
     for machine in cable.machines:
         until(lambda m=machine: CAUSE in m.causes() and not m.is_open(),
               f"{machine.name} is closed because of {CAUSE}")
+    until(lambda: is_silent(recorder), "no frames come under MACsec")
     begin, end = len(recorder.data), time.monotonic() + HOLD
     speaks(cable.c, cable.a)
     while time.monotonic() < end:
