@@ -21,10 +21,16 @@ struct HomeAllocator {
   template <class U>
   HomeAllocator(HomeAllocator<U> const&) {}
   T* allocate(size_t count) {
-    return static_cast<T*>(Home::allocate(count * sizeof(T), Home::Part::hot));
+    return static_cast<T*>(Home::allocate(octets(count), Home::Part::hot));
   }
-  void deallocate(T* elements, size_t count) { Home::release(elements, count * sizeof(T)); }
+  void deallocate(T* elements, size_t count) { Home::release(elements, octets(count)); }
   friend bool operator==(HomeAllocator const&, HomeAllocator const&) { return true; }
+
+ private:
+  struct Element {
+    T element;
+  };
+  static size_t octets(size_t count) { return count * sizeof(Element); }
 };
 
 }  // namespace Vesk
