@@ -19,8 +19,15 @@ std::shared_ptr<AesCmac> SharedCmacs::shared(std::shared_ptr<AesCmac> made) {
   std::weak_ptr<AesCmac>& known = cmacs_[mark];
   if (auto held = known.lock()) return held;
   known = made;
-  std::erase_if(cmacs_, [](auto const& entry) { return entry.second.expired(); });
+  if (cmacs_.size() >= 2 * afterSweep_) sweep();
   return made;
+}
+
+// What has gone is looked for when there are twice as many as the last time: a walk over all for
+// each new key would cost thousands of keys their square.
+void SharedCmacs::sweep() {
+  std::erase_if(cmacs_, [](auto const& entry) { return entry.second.expired(); });
+  afterSweep_ = std::max(cmacs_.size(), size_t{8});
 }
 
 size_t SharedCmacs::members() const {

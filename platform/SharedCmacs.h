@@ -21,14 +21,18 @@ class SharedCmacs {
 
   /// How many there are.
   size_t members() const;
+  /// How many it keeps a place for, of those that have gone too.
+  size_t remembered() const { return cmacs_.size(); }
 
  private:
   // What stands for a key: the MAC of nothing under it, which tells nothing of the key.
   using Mark = std::array<uint8_t, AesCmac::kSize>;
 
   std::shared_ptr<AesCmac> shared(std::shared_ptr<AesCmac> made);
+  void sweep();
 
   std::map<Mark, std::weak_ptr<AesCmac>> cmacs_;
+  size_t afterSweep_ = 8;  // how many there were
 };
 
 }  // namespace Macsec

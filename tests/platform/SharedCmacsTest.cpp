@@ -58,6 +58,17 @@ TEST_F(SharedCiphers, GoWithTheLastWhoHoldsThem) {
   EXPECT_EQ(ciphers().members(), before);
 }
 
+TEST_F(SharedCiphers, AreForgottenAfterTheyHaveGone) {
+  size_t const before = ciphers().remembered();
+  for (int n = 0; n < 1000; ++n) {
+    Key key{};
+    key[0] = static_cast<uint8_t>(n >> 8);
+    key[1] = static_cast<uint8_t>(n);
+    SharedCmacs::cmac(key);
+  }
+  EXPECT_LE(ciphers().remembered(), 2 * before + 16);
+}
+
 TEST_F(SharedCiphers, OfAnotherSizeOfKeyAreOthers) {
   std::array<uint8_t, 32> longer;
   longer.fill(5);
