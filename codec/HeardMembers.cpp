@@ -12,16 +12,16 @@ bool isName(Macsec::CknOctets const& a, Macsec::CknOctets const& b) {
 
 // What was met last is met next: it goes to the front.
 template <class All, class Is>
-auto* broughtToFront(All& all, Is is) {
+typename All::value_type* broughtToFront(All& all, Is is) {
   auto const found = std::ranges::find_if(all, is);
-  if (found == all.end()) return static_cast<typename All::value_type*>(nullptr);
+  if (found == all.end()) return nullptr;
   std::rotate(all.begin(), found, found + 1);
   return &all.front();
 }
 
 // In front of all others; the last one makes room.
 template <class All>
-auto& putInFront(All& all, size_t most, typename All::value_type one) {
+typename All::value_type& putInFront(All& all, size_t most, typename All::value_type one) {
   if (all.size() >= most) all.pop_back();
   all.insert(all.begin(), std::move(one));
   return all.front();
