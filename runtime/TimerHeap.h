@@ -1,60 +1,72 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <vector>
+
+#include "runtime/TimerLane.h"
 
 namespace Zorn {
 
-/// Which of many timers is due next. It looks at no timer to say so: with thousands of them, each
-/// lies on a page of its own. A timer has a slot from its first arming on, and what is kept of it
-/// lies under its slot, close together.
+/// Timers in any order. It tells where each has come to by `Moved::operator()(slot, index)`.
+template <class Moved>
 class TimerHeap {
  public:
-  using Slot = uint32_t;
-  static constexpr Slot kNoSlot = UINT32_MAX;
-  /// Those of one time go in the order in which they were armed.
-  struct Due {
-    double time;
-    uint64_t arming;
-    bool operator<(Due const& o) const {
-      return time != o.time ? time < o.time : arming < o.arming;
-    }
-  };
+  explicit TimerHeap(Moved moved) : moved_(moved) {}
 
-  Slot slotIs(void* timer);
-  /// Its timer isn't armed any more.
-  void slotDel(Slot slot);
-  void* timer(Slot slot) const { return slots_[slot].timer; }
-
-  bool empty() const { return heap_.empty(); }
-  size_t size() const { return heap_.size(); }
-  Due const& first() const { return heap_.front().due; }
-  Slot firstSlot() const { return heap_.front().slot; }
-  /// Anew, or for another time than before.
-  void arm(Slot slot, Due const& due);
-  void disarm(Slot slot);
+  bool empty() const { return places_.empty(); }
+  TimerPlace const& first() const { return places_.front(); }
+  void add(TimerPlace const& place) {
+    places_.push_back(place);
+    siftUp(places_.size() - 1);
+  }
+  void erase(size_t at) {
+    TimerPlace const last = places_.back();
+    places_.pop_back();
+    if (at == places_.size()) return;
+    places_[at] = last;
+    siftDown(siftUp(at));
+  }
+  TimerPlace const& at(size_t index) const { return places_[index]; }
 
  private:
-  static constexpr uint32_t kNowhere = UINT32_MAX;
-  static constexpr uint32_t kChildren = 4;
-  struct Place {
-    Due due;
-    Slot slot;
-  };
-  struct Entry {
-    void* timer;
-    uint32_t place;
-  };
-  void put(uint32_t at, Place const& place);
-  void sift(uint32_t at);
-  uint32_t siftUp(uint32_t at);
-  void siftDown(uint32_t at);
-  uint32_t firstOf(uint32_t children) const;
+  static constexpr size_t kChildren = 4;
 
-  std::vector<Place> heap_;
-  std::vector<Entry> slots_;
-  std::vector<Slot> free_;
+  void put(size_t at, TimerPlace const& place) {
+    places_[at] = place;
+    moved_(place.slot, at);
+  }
+  size_t siftUp(size_t at) {
+    TimerPlace const place = places_[at];
+    for (size_t parent; at > 0; at = parent) {
+      parent = (at - 1) / kChildren;
+      if (!(place.due < places_[parent].due)) break;
+      put(at, places_[parent]);
+    }
+    put(at, place);
+    return at;
+  }
+  void siftDown(size_t at) {
+    TimerPlace const place = places_[at];
+    for (size_t children; (children = at * kChildren + 1) < places_.size();) {
+      size_t const child = firstOf(children);
+      if (!(places_[child].due < place.due)) break;
+      put(at, places_[child]);
+      at = child;
+    }
+    put(at, place);
+  }
+  // Of the children of one place, which begin there, the one that is due first.
+  size_t firstOf(size_t children) const {
+    size_t const end =
+        children + kChildren < places_.size() ? children + kChildren : places_.size();
+    size_t first = children;
+    for (size_t child = children + 1; child < end; ++child) {
+      if (places_[child].due < places_[first].due) first = child;
+    }
+    return first;
+  }
+
+  Moved moved_;
+  std::vector<TimerPlace> places_;
 };
 
 }  // namespace Zorn

@@ -8,7 +8,7 @@ namespace Zorn {
 
 TimerWheel::~TimerWheel() = default;
 
-double TimerWheel::nextTime() const { return heap_.empty() ? never : heap_.first().time; }
+double TimerWheel::nextTime() const { return queue_.empty() ? never : queue_.first().time; }
 
 size_t TimerWheel::runDue() {
   struct Pass {
@@ -22,7 +22,7 @@ size_t TimerWheel::runDue() {
   double const now = passTime_;
   uint64_t const armedBefore = armings_;
   size_t fired = 0;
-  while (!heap_.empty() && heap_.first().time <= now && heap_.first().arming <= armedBefore) {
+  while (!queue_.empty() && queue_.first().time <= now && queue_.first().arming <= armedBefore) {
     fireFirst();
     ++fired;
   }
@@ -31,14 +31,14 @@ size_t TimerWheel::runDue() {
 
 bool TimerWheel::runOne() {
   Vesk::WorldScope const scope(world_);
-  if (heap_.empty() || heap_.first().time > Vesk::now()) return false;
+  if (queue_.empty() || queue_.first().time > Vesk::now()) return false;
   fireFirst();
   return true;
 }
 
 TimerWheel::NotifieeConst* TimerWheel::first() const {
-  if (heap_.empty()) return nullptr;
-  return static_cast<NotifieeConst*>(heap_.timer(heap_.firstSlot()));
+  if (queue_.empty()) return nullptr;
+  return static_cast<NotifieeConst*>(queue_.timer(queue_.firstSlot()));
 }
 
 // While it is handled, the memory of the next one comes closer.
@@ -51,18 +51,18 @@ void TimerWheel::fireFirst() {
 }
 
 void TimerWheel::arm(NotifieeConst& timer, double time) {
-  if (timer.slot_ == TimerHeap::kNoSlot) timer.slot_ = heap_.slotIs(&timer);
-  heap_.arm(timer.slot_, {std::max(time, passTime_), ++armings_});
+  if (timer.slot_ == TimerQueue::kNoSlot) timer.slot_ = queue_.slotIs(&timer);
+  queue_.arm(timer.slot_, {std::max(time, passTime_), ++armings_});
 }
 
 void TimerWheel::disarm(NotifieeConst const& timer) {
-  if (timer.slot_ != TimerHeap::kNoSlot) heap_.disarm(timer.slot_);
+  if (timer.slot_ != TimerQueue::kNoSlot) queue_.disarm(timer.slot_);
 }
 
 TimerWheel::NotifieeConst::NotifieeConst(Vesk::Ptr<TimerWheel> wheel) : wheel_(std::move(wheel)) {}
 
 TimerWheel::NotifieeConst::~NotifieeConst() {
-  if (slot_ != TimerHeap::kNoSlot) wheel_->heap_.slotDel(slot_);
+  if (slot_ != TimerQueue::kNoSlot) wheel_->queue_.slotDel(slot_);
 }
 
 void TimerWheel::NotifieeConst::timeMinIs(double t) {

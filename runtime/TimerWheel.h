@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "runtime/StateMachine.h"
-#include "runtime/TimerHeap.h"
+#include "runtime/TimerQueue.h"
 #include "runtime/World.h"
 
 namespace Zorn {
@@ -32,7 +32,7 @@ class TimerWheel : public Vesk::PtrInterface {
   size_t runDue();
   /// Fires the timer that is due next if its time isn't after `now()`. False if none was due.
   bool runOne();
-  size_t armed() const { return heap_.size(); }
+  size_t armed() const { return queue_.size(); }
 
  private:
   NotifieeConst* first() const;
@@ -41,7 +41,7 @@ class TimerWheel : public Vesk::PtrInterface {
   void fireFirst();
 
   Vesk::World& world_;
-  TimerHeap heap_;
+  TimerQueue queue_;
   uint64_t armings_ = 0;
   // The time of the running pass. What is armed in it for an earlier time stands behind all that
   // the pass has to fire.
@@ -73,9 +73,10 @@ class TimerWheel::NotifieeConst : public Vesk::PtrInterface {
 
  private:
   friend class TimerWheel;
+  // In front, where it fills a gap.
+  TimerQueue::Slot slot_ = TimerQueue::kNoSlot;
   Vesk::Ptr<TimerWheel> wheel_;
   double time_ = never;
-  TimerHeap::Slot slot_ = TimerHeap::kNoSlot;
 };
 
 class TimerWheel::Notifiee : public TimerWheel::NotifieeConst {

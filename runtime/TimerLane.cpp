@@ -1,0 +1,33 @@
+#include "runtime/TimerLane.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "runtime/Assert.h"
+
+namespace Zorn {
+
+uint64_t TimerLane::append(TimerPlace const& one) {
+  VESK_DEBUG_ASSERT(empty() || lastDue() < one.due);
+  if (end_ - begin_ == ring_.size()) grow();
+  place(end_) = one;
+  return end_++;
+}
+
+// The first place is never one that has been left.
+void TimerLane::leave(uint64_t number) {
+  VESK_ASSERT(begin_ <= number && number < end_);
+  place(number).slot = TimerPlace::kNoSlot;
+  ++left_;
+  for (; !empty() && first().slot == TimerPlace::kNoSlot; ++begin_) --left_;
+}
+
+void TimerLane::grow() {
+  std::vector<TimerPlace> ring(std::max<size_t>(16, 2 * ring_.size()));
+  for (uint64_t number = begin_; number != end_; ++number) {
+    ring[number & (ring.size() - 1)] = at(number);
+  }
+  ring_ = std::move(ring);
+}
+
+}  // namespace Zorn
