@@ -70,7 +70,7 @@ struct Host::Machines {
     peerLoss->closingIs(host.closing_);
     if (host.options_.portDoctor) {
       doctor = Vesk::make<PortDoctor>(
-          host.config_, host.status_, host.timerWheel_, *transmitHold,
+          host.config_, *portChanges, host.timerWheel_, *transmitHold,
           [&host](Lumo::IntfId intfId) { return host.isOpen(intfId); },
           host.options_.treatedTroubles);
     }
@@ -347,9 +347,10 @@ PortDoctor::Counts const* Host::doctorCounts() const {
   return running() && machines_->doctor ? &machines_->doctor->counts() : nullptr;
 }
 
-FrameEvidence Host::frameEvidence(Lumo::IntfId intfId) const {
+FrameEvidence const& Host::frameEvidence(Lumo::IntfId intfId) const {
   FrameEvidence const* const evidence = frameEvidence_.find(intfId);
-  return evidence ? *evidence : FrameEvidence();
+  static FrameEvidence const none;
+  return evidence ? *evidence : none;
 }
 
 void Host::hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault,

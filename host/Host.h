@@ -168,7 +168,7 @@ class Host {
   PortDoctor::Counts const* doctorCounts() const;
 
   /// What the frames of an interface tell; of one that had none, nothing.
-  FrameEvidence frameEvidence(Lumo::IntfId intfId) const;
+  FrameEvidence const& frameEvidence(Lumo::IntfId intfId) const;
   /// What keeps the hardware of an interface from doing as asked, as its driver says it, and what
   /// to do about it; empty when nothing does.
   void hardwareFaultIs(Lumo::IntfId intfId, std::string const& fault,

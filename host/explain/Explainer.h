@@ -43,7 +43,7 @@ class Explainer {
   Host const& host_;
   Lumo::IntfId const intfId_;
   Passage const passage_;
-  FrameEvidence const evidence_;
+  FrameEvidence const& evidence_;
   Vesk::Ptr<Interface::EthIntfStatus> ethIntf_;
   Vesk::Ptr<Macsec::IntfStatus> intfStatus_;
   Vesk::Ptr<Macsec::MkaPortStatus> port_;

@@ -5,6 +5,7 @@
 
 #include "codec/FrameLayout.h"
 #include "platform/Hex.h"
+#include "runtime/Homes.h"
 #include "runtime/World.h"
 
 namespace Macsecd {
@@ -13,12 +14,14 @@ using Macsec::Sci;
 
 void FrameEvidence::refused(Codec::Refusal const& refusal, std::span<uint8_t const> frame) {
   noteFrame(frame);
-  refused_[refusal.subType] = Vesk::now();
+  Vesk::BesideScope const beside(this);
+  if (!refused_) refused_ = std::make_unique<Refused>();
+  refused_->times[refusal.subType] = Vesk::now();
   bool const isUnknown = refusal.subType == SubType::unrecognizedCkn;
   if (!isUnknown && refusal.subType != SubType::icvValidationErr) return;
   Codec::FrameLayout layout;
   if (checkEapol(frame, layout) || checkBasicSet(layout)) return;
-  NameSeen& seen = isUnknown ? unknown_ : wrong_;
+  NameSeen& seen = isUnknown ? refused_->unknown : refused_->wrong;
   seen = {Vesk::now(), std::string(Macsec::hexString(layout.name).view())};
 }
 
@@ -26,13 +29,21 @@ void FrameEvidence::accepted(Macsec::MkaMessageInfo const& message,
                              std::span<uint8_t const> frame) {
   noteFrame(frame);
   Macsec::MkaInfo const& info = *message.mkaInfo();
-  Sci const& sci = info.baseInfo().sci();
-  std::erase_if(senders_, [&](Sender const& sender) { return sender.sci == sci; });
-  if (senders_.size() == kSenders) senders_.erase(senders_.begin());
-  senders_.push_back({sci, Vesk::now()});
+  noteSender(info.baseInfo().sci());
   if (info.sakDistInfo() == Macsec::SakDistInfo()) return;
-  suiteAt_ = Vesk::now();
+  suiteAt_ = lastFrame_;
   suite_ = info.sakDistInfo().cipherSuite();
+}
+
+// The last of them is the one that sent last.
+void FrameEvidence::noteSender(Sci const& sci) {
+  if (senders_.empty() || senders_.back().sci != sci) {
+    std::erase_if(senders_, [&](Sender const& sender) { return sender.sci == sci; });
+    if (senders_.size() == kSenders) senders_.erase(senders_.begin());
+    Vesk::BesideScope const beside(this);
+    senders_.push_back({sci});
+  }
+  senders_.back().time = *lastFrame_;
 }
 
 void FrameEvidence::noteFrame(std::span<uint8_t const> frame) {
@@ -49,8 +60,17 @@ bool FrameEvidence::isRecent(Time const& time, double seconds) {
 }
 
 bool FrameEvidence::anyRefused(SubType subType, double seconds) const {
-  auto const found = refused_.find(subType);
-  return found != refused_.end() && isRecent(found->second, seconds);
+  if (!refused_) return false;
+  auto const found = refused_->times.find(subType);
+  return found != refused_->times.end() && isRecent(found->second, seconds);
+}
+
+std::optional<std::string> FrameEvidence::unknownName(double seconds) const {
+  return refused_ ? refused_->unknown.within(seconds) : std::nullopt;
+}
+
+std::optional<std::string> FrameEvidence::wrongName(double seconds) const {
+  return refused_ ? refused_->wrong.within(seconds) : std::nullopt;
 }
 
 std::optional<std::string> FrameEvidence::NameSeen::within(double seconds) const {

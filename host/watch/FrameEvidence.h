@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -37,9 +38,9 @@ class FrameEvidence : public Vesk::AtHome<Vesk::Home::Part::hot> {
   bool anyFrame(double seconds) const { return isRecent(lastFrame_, seconds); }
   bool anyRefused(SubType subType, double seconds) const;
   /// The name of the CAK in the newest frame whose name no actor here has, as hexadecimal digits.
-  std::optional<std::string> unknownName(double seconds) const { return unknown_.within(seconds); }
+  std::optional<std::string> unknownName(double seconds) const;
   /// The same of the newest frame whose name an actor has, and whose ICV is wrong under its key.
-  std::optional<std::string> wrongName(double seconds) const { return wrong_.within(seconds); }
+  std::optional<std::string> wrongName(double seconds) const;
   /// Whether a frame bore this source address.
   bool cameFrom(Lumo::EthAddr const& addr, double seconds) const;
   /// The senders, at most `kSenders`.
@@ -59,8 +60,16 @@ class FrameEvidence : public Vesk::AtHome<Vesk::Home::Part::hot> {
     std::string name;
   };
 
+  // What was refused: most interfaces have none.
+  struct Refused : Vesk::AtHome<Vesk::Home::Part::cold> {
+    std::map<SubType, double> times;
+    NameSeen unknown;
+    NameSeen wrong;
+  };
+
   static bool isRecent(Time const& time, double seconds);
   void noteFrame(std::span<uint8_t const> frame);
+  void noteSender(Macsec::Sci const& sci);
 
   Time lastFrame_;
   Time sourceAt_;
@@ -68,9 +77,7 @@ class FrameEvidence : public Vesk::AtHome<Vesk::Home::Part::hot> {
   std::vector<Sender, Vesk::HomeAllocator<Sender>> senders_;
   Time suiteAt_;
   Macsec::CipherSuite suite_{};
-  std::map<SubType, double> refused_;
-  NameSeen unknown_;
-  NameSeen wrong_;
+  std::unique_ptr<Refused> refused_;
 };
 
 }  // namespace Macsecd

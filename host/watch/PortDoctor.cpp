@@ -1,6 +1,7 @@
 #include "host/watch/PortDoctor.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "host/text/KeyText.h"
@@ -33,19 +34,25 @@ struct PortDoctor::Timer final : Zorn::TimerReactor<PortDoctor> {
   void onTime() override { owner().round(); }
 };
 
-PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
+PortDoctor::PortDoctor(Vesk::Ptr<Macsec::Config> config, PortChanges& ports,
                        Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold,
                        IsOpen isOpen, PortTroubles treated)
     : config_(std::move(config)),
-      status_(std::move(status)),
+      ports_(ports),
+      status_(ports.status()),
       transmitHold_(transmitHold),
       isOpen_(std::move(isOpen)),
       treated_(std::move(treated)),
       timer_(Vesk::make<Timer>(*this, std::move(wheel))) {
+  ports_.listenerIs(*this);
+  for (Macsec::MkaPortStatus& port : status_->portStatus()) portChanged(port.intfId());
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
 }
 
-void PortDoctor::end() { Vesk::endReactors(timer_); }
+void PortDoctor::end() {
+  ports_.listenerDel(*this);
+  Vesk::endReactors(timer_);
+}
 
 void PortDoctor::round() {
   double const late = Vesk::now() - timer_->time();
@@ -55,14 +62,31 @@ void PortDoctor::round() {
     Vesk::log(MACSECD_STOOD_STILL, static_cast<uint64_t>(late));
   }
   timer_->timeMinIs(Vesk::now() + lifeTime() / 3);
-  std::vector<Lumo::IntfId> ports;
-  ports.reserve(status_->portStatus().members());
-  for (Macsec::MkaPortStatus& port : status_->portStatus()) ports.push_back(port.intfId());
-  for (auto const& [intfId, known] : cases_) {
-    if (!status_->portStatus(intfId)) ports.push_back(intfId);
+  for (Lumo::IntfId const intfId : portsOfRound()) {
+    lookAt(intfId);
+    if (!isWell(intfId)) toLookAt_.insert(intfId);
   }
-  for (Lumo::IntfId const intfId : ports) lookAt(intfId);
   std::erase_if(cases_, [&](auto const& entry) { return !config_->intfConfig(entry.first); });
+}
+
+std::vector<Lumo::IntfId> PortDoctor::portsOfRound() {
+  std::vector<Lumo::IntfId> ports(toLookAt_.begin(), toLookAt_.end());
+  toLookAt_.clear();
+  for (auto const& [intfId, reason] : transmitHold_.held()) ports.push_back(intfId);
+  for (auto const& [intfId, known] : cases_) ports.push_back(intfId);
+  std::ranges::sort(ports);
+  ports.erase(std::unique(ports.begin(), ports.end()), ports.end());
+  return ports;
+}
+
+// Whether nothing can ail it before something has changed, be it open or not.
+bool PortDoctor::isWell(Lumo::IntfId intfId) const {
+  auto const port = status_->portStatus(intfId);
+  if (!port) return true;
+  auto const principal = principalOf(*port);
+  auto const cpStatus = status_->cpStatus(intfId);
+  bool const knowsItsPeer = cpStatus && cpStatus->peerSsci() != Macsec::Ssci();
+  return principal && knowsItsPeer && !troubleWith(*principal, intfId);
 }
 
 void PortDoctor::lookAt(Lumo::IntfId intfId) {

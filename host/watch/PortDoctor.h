@@ -6,7 +6,10 @@
 #include <optional>
 #include <set>
 #include <tuple>
+#include <unordered_set>
+#include <vector>
 
+#include "host/watch/PortChanges.h"
 #include "host/watch/PortTrouble.h"
 #include "host/watch/TransmitHold.h"
 #include "model/Config.h"
@@ -29,9 +32,10 @@ namespace Macsecd {
 /// peers are live under a key that isn't configured any more, since that key would be lost. It
 /// waits for two life times beyond the longest wait that this end or the other one may be in by the
 /// rules, and begins to wait again whenever the members or their roles change. A port that doesn't
-/// get well is left alone for twice as long each time. Apart from that the doctor counts how often
-/// the process itself stood still, which looks like the loss of all peers.
-class PortDoctor final : public Vesk::StateMachine {
+/// get well is left alone for twice as long each time. A port that is well is looked at again when
+/// something of it has changed (`PortChanges`), and when its key is held back. Apart from that the
+/// doctor counts how often the process itself stood still, which looks like the loss of all peers.
+class PortDoctor final : public Vesk::StateMachine, private PortListener {
  public:
   struct Counts {
     uint64_t boundAnew = 0;
@@ -41,8 +45,8 @@ class PortDoctor final : public Vesk::StateMachine {
   /// Whether traffic may pass on an interface.
   using IsOpen = std::function<bool(Lumo::IntfId)>;
 
-  /// `treated` is what it acts on.
-  PortDoctor(Vesk::Ptr<Macsec::Config> config, Vesk::Ptr<Macsec::Status const> status,
+  /// `treated` is what it acts on. `ports` and `transmitHold` live longer.
+  PortDoctor(Vesk::Ptr<Macsec::Config> config, PortChanges& ports,
              Vesk::Ptr<Zorn::TimerWheel> wheel, TransmitHold const& transmitHold, IsOpen isOpen,
              PortTroubles treated = allPortTroubles());
 
@@ -63,10 +67,13 @@ class PortDoctor final : public Vesk::StateMachine {
   using Cases = std::map<Lumo::IntfId, Case>;
 
   void end() override;
+  void portChanged(Lumo::IntfId intfId) override { toLookAt_.insert(intfId); }
   static Members membersOf(Macsec::MkaPortStatus const& port);
   static bool mayWaitForPrimaryKey(Macsec::MkaPortStatus const& port);
   void round();
+  std::vector<Lumo::IntfId> portsOfRound();
   void lookAt(Lumo::IntfId intfId);
+  bool isWell(Lumo::IntfId intfId) const;
   void seemsWell(Cases::iterator known);
   std::optional<PortTrouble> troubleOf(Lumo::IntfId intfId) const;
   std::optional<PortTrouble> troubleWith(Macsec::MkaActorStatus const& principal,
@@ -78,12 +85,14 @@ class PortDoctor final : public Vesk::StateMachine {
   double lifeTime() const { return status_->mkaLifeTime(); }
 
   Vesk::Ptr<Macsec::Config> const config_;
+  PortChanges& ports_;
   Vesk::Ptr<Macsec::Status const> const status_;
   TransmitHold const& transmitHold_;
   IsOpen const isOpen_;
   PortTroubles const treated_;
   Vesk::Ptr<Timer> timer_;
   Cases cases_;
+  std::unordered_set<Lumo::IntfId> toLookAt_;
   Counts counts_;
 };
 

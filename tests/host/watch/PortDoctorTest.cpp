@@ -43,6 +43,26 @@ TEST_F(ThePortDoctor, LeavesAHealthyPortAlone) {
   EXPECT_EQ(counts().stoodStill, 0u);
 }
 
+TEST_F(ThePortDoctor, LooksAgainAtAPortThatWasWellForLong) {
+  {
+    Vesk::WorldScope const scope(a.world);
+    a.host.status()->cpStatus(kIntf)->peerSsciIs(kOther);
+  }
+  talk(a, b, 80);
+  EXPECT_EQ(counts().boundAnew, 0u);
+  close(a);
+  talk(a, b, 100);
+  EXPECT_EQ(counts().boundAnew, 1u);
+}
+
+TEST_F(ThePortDoctor, LooksAtThePortsThatItFindsAsItBegins) {
+  loseThePrincipal(a);
+  a.host.restart();
+  loseThePrincipal(a);
+  talk(a, b, 60);
+  EXPECT_EQ(counts().boundAnew, 1u);
+}
+
 TEST_F(ThePortDoctor, BindsAPortAnewThatHasALivePeerAndNoPrincipalForTwoLifeTimes) {
   loseThePrincipal(a);
   talk(a, b, 30);
