@@ -122,11 +122,17 @@ Port& FrameCodec::countedPortIs(Lumo::IntfId intfId) {
   return port;
 }
 
+void FrameCodec::expect(Lumo::IntfId intfId) const {
+  Vesk::Home::fetch(ports_.find(intfId));
+  counters_->expect(intfId);
+}
+
 // The frame stands on the stack: the entity is free for the next actor, and whatever the sink
 // starts finds the codec at rest.
 void FrameCodec::handleTxMessage(Macsec::MkaMessageInfo const& message) {
   Lumo::IntfId const intfId = message.intfId();
   VESK_TRACE(8, ": IntfId ", intfId);
+  counters_->expect(intfId);
   std::optional<Port> stranger;
   Port const* known = ports_.find(intfId);
   Port const& port = known ? *known : stranger.emplace(intfId);

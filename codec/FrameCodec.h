@@ -48,7 +48,7 @@ class FrameCodec {
   /// refused, or nothing against it: then the receive entity has told what it holds.
   Refusal receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
   /// A frame of this interface comes soon: what it will need is fetched ahead.
-  void expect(Lumo::IntfId intfId) const { Vesk::Home::fetch(ports_.find(intfId)); }
+  void expect(Lumo::IntfId intfId) const;
 
   /// Whether the replay guard stands before the engine, as it does unless this says otherwise.
   void replayGuardIs(bool on) { guardIsOn_ = on; }

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "runtime/LineAllocator.h"
+
 namespace Macsec::Brine {
 
 /// The memory of a table of message counters, and the place for what is found in a damaged one.
@@ -46,7 +48,7 @@ class ProcessCounterMemory final : public CounterMemory {
   unsigned corruptionFiles() const { return corruptionFiles_; }
 
  private:
-  std::vector<uint64_t> words_;
+  std::vector<uint64_t, Vesk::LineAllocator<uint64_t>> words_;
   bool isAttached_ = false;
   CorruptionFile corruptionFile_;
   unsigned corruptionFiles_ = 0;

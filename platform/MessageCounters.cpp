@@ -33,6 +33,14 @@ void MessageCounters::intfIs(Lumo::IntfId intfId) {
   if (isAttached() && !place(intfId)) claim(intfId);
 }
 
+void MessageCounters::expect(Lumo::IntfId intfId) const {
+  size_t const* const own = place(intfId);
+  if (!own || words_.empty()) return;
+  uint64_t const* const slots = recordWords(*own).data() + CounterLayout::kCounterAreaAt;
+  __builtin_prefetch(slots, 1);
+  __builtin_prefetch(slots + CounterLayout::kSlotWords, 1);
+}
+
 void MessageCounters::inc(Lumo::IntfId intfId, Direction direction, Type type, SubType subType) {
   VESK_ASSERT(options_.counts);
   if (!isAttached()) return;

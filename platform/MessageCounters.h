@@ -48,6 +48,8 @@ class MessageCounters : public Vesk::PtrInterface {
   /// Makes a record for an interface, so that counting on it allocates nothing. An interface whose
   /// name is too long, or that finds the table full, counts for the empty interface id.
   void intfIs(Lumo::IntfId intfId);
+  /// Asks the processor for what the next success of an interface will touch.
+  void expect(Lumo::IntfId intfId) const;
   /// Adds one. A success has the sub type `none`. An interface without a record counts for the
   /// empty interface id.
   void inc(Lumo::IntfId intfId, Direction direction, Type type, SubType subType);

@@ -86,6 +86,19 @@ TEST_F(Counters, CountingOnAKnownInterfaceAllocatesNothing) {
   EXPECT_EQ(allocations(), before);
 }
 
+TEST_F(Counters, ExpectingACountChangesNothingWhoeverItIsOf) {
+  bench.fill();
+  uint64_t const before = bench.counted(bench.two);
+  bench.counters->expect(bench.two);
+  bench.counters->expect(Lumo::IntfId("nobody's"));
+  EXPECT_EQ(bench.counted(bench.two), before);
+}
+
+TEST_F(Counters, MemoryOfTheProcessBeginsWithALineOfMemory) {
+  auto const begin = reinterpret_cast<uintptr_t>(bench.memory->words().data());
+  EXPECT_EQ(begin % 64, 0u);
+}
+
 TEST_F(Counters, MemoryGrowsWithTheInterfacesByLittleMoreThanTheirRecords) {
   for (int i = 0; i < 1000; ++i) {
     bench.counters->intfIs(Lumo::IntfId(Vesk::String8("port" + std::to_string(i))));
