@@ -17,6 +17,7 @@ struct AtHome {
 template <class T>
 struct HomeAllocator {
   using value_type = T;
+  static_assert(alignof(T) <= Home::kGrain);
   HomeAllocator() = default;
   template <class U>
   HomeAllocator(HomeAllocator<U> const&) {}

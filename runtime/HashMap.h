@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "runtime/Assert.h"
+#include "runtime/Homes.h"
 #include "runtime/PtrInterface.h"
 
 namespace Vesk {
@@ -36,9 +37,10 @@ class HashMapEntry : public PtrInterface {
   template <class, class>
   friend class ValueMap;
 
+  // In front, where it fills a gap.
+  uint32_t fwkHmOrder_ = 0;
   HashMapEntry* fwkHmNext_ = nullptr;
   void const* fwkHmMap_ = nullptr;
-  uint32_t fwkHmOrder_ = 0;
 };
 
 /// A chained hash table whose members are the entries themselves; an entry tells its key by
@@ -51,7 +53,7 @@ class HashMap {
   HashMap() = default;
   ~HashMap() {
     clear();
-    if (log2Buckets_ > 0) delete[] many_;
+    releaseTable();
   }
   HashMap(HashMap const&) = delete;
   HashMap& operator=(HashMap const&) = delete;
@@ -63,6 +65,7 @@ class HashMap {
   Value operator[](Key const& key) const { return Value(find(key)); }
   Entry* find(Key const& key) const {
     if (members_ == 0) return nullptr;
+    if (log2Buckets_ == 0) return first(only_)->fwkKey() == key ? first(only_) : nullptr;
     uint32_t const order = reversedBits(hashOf(key));
     for (Entry* e = first(table()[bucketOf(order)]); e && e->fwkHmOrder_ <= order; e = next(e)) {
       if (e->fwkHmOrder_ == order && e->fwkKey() == key) return e;
@@ -191,7 +194,7 @@ class HashMap {
   void grow() {
     if (members_ < buckets()) return;
     uint8_t const log2 = log2Buckets_ + 1;
-    auto grown = std::make_unique<HashMapEntry*[]>(size_t{1} << log2);
+    HashMapEntry** const grown = newTable(log2);
     HashMapEntry** place = nullptr;
     uint32_t lastBucket = 0;
     for (uint32_t b = 0; b < buckets(); ++b) {
@@ -206,9 +209,21 @@ class HashMap {
         e = after;
       }
     }
-    if (log2Buckets_ > 0) delete[] many_;
-    many_ = grown.release();
+    releaseTable();
+    many_ = grown;
     log2Buckets_ = log2;
+  }
+  // Beside its map, so that a look into it goes nowhere else.
+  HashMapEntry** newTable(uint8_t log2) const {
+    BesideScope const beside(this);
+    size_t const buckets = size_t{1} << log2;
+    auto* const table = static_cast<HashMapEntry**>(
+        Home::allocate(buckets * sizeof(HashMapEntry*), Home::partAt(this)));
+    std::uninitialized_value_construct_n(table, buckets);
+    return table;
+  }
+  void releaseTable() {
+    if (log2Buckets_ > 0) Home::release(many_, buckets() * sizeof(HashMapEntry*));
   }
 
   HashMapEntry** table() { return log2Buckets_ == 0 ? &only_ : many_; }

@@ -15,15 +15,14 @@ namespace Vesk {
 
 namespace {
 
-constexpr size_t kGrain = 16;
 constexpr size_t kLine = 64;
 constexpr size_t kPage = 4096;
 // What is cold leaves so much room for what is hot, and no more than this is fetched ahead.
-constexpr size_t kHotRoom = 88 * kLine;
+constexpr size_t kHotRoom = 54 * kLine;
 // So many free cells are looked at.
 constexpr int kTried = 16;
 
-constexpr size_t rounded(size_t size) { return (size + kGrain - 1) & ~(kGrain - 1); }
+constexpr size_t rounded(size_t size) { return (size + Home::kGrain - 1) & ~(Home::kGrain - 1); }
 
 }  // namespace
 
@@ -107,11 +106,17 @@ void Home::letGo() {
   HomeBlocks::give(this);
 }
 
+Home::Part Home::partAt(void const* object) {
+  Home const* const home = of(object);
+  bool const isHot = home && object < reinterpret_cast<char const*>(home) + home->hotEnd_;
+  return isHot ? Part::hot : Part::cold;
+}
+
 void Home::fetch(void const* object) {
   Home const* const home = of(object);
   if (!home) return;
   auto const* const begin = reinterpret_cast<char const*>(home);
-#pragma GCC unroll 11
+#pragma GCC unroll 9
   for (size_t line = 0; line < kHotRoom; line += kLine) __builtin_prefetch(begin + line);
 }
 

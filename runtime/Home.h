@@ -24,6 +24,8 @@ class Homes;
 class Home {
  public:
   static constexpr size_t kBlock = size_t{1} << 13;
+  /// Where objects may begin: at no finer an alignment, and no coarser.
+  static constexpr size_t kGrain = 8;
   /// Addresses for all homes of a process.
   static constexpr uintptr_t kReserved = uintptr_t{1} << 31;
   enum class Part : uint8_t { hot, cold };
@@ -40,6 +42,8 @@ class Home {
     if (address - begin_ >= kReserved) return nullptr;
     return reinterpret_cast<Home*>(address & ~(kBlock - 1));
   }
+  /// Where an object lies; `cold` for one on the heap.
+  static Part partAt(void const* object);
   /// Asks the processor for what is hot in the home of this object.
   static void fetch(void const* object);
 

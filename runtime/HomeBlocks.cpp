@@ -11,6 +11,10 @@ namespace Vesk::HomeBlocks {
 
 namespace {
 
+// So much of the reserved addresses is opened at once.
+constexpr uintptr_t kChunk = uintptr_t{1} << 20;
+static_assert(kChunk % Home::kBlock == 0 && Home::kReserved % kChunk == 0);
+
 // The first address that a block can have; null if the system gives none.
 char* reserved() {
   void* const memory = mmap(nullptr, Home::kReserved + Home::kBlock, PROT_NONE,
@@ -21,6 +25,8 @@ char* reserved() {
   objectsMayLieAt(first, Home::kReserved);
   return first;
 }
+
+bool open(char* chunk) { return mprotect(chunk, kChunk, PROT_READ | PROT_WRITE) == 0; }
 
 struct Blocks {
   char* const begin = reserved();
@@ -45,7 +51,7 @@ void* take() {
   }
   if (!all.begin || all.used + Home::kBlock > Home::kReserved) return nullptr;
   char* const block = all.begin + all.used;
-  if (mprotect(block, Home::kBlock, PROT_READ | PROT_WRITE) != 0) return nullptr;
+  if (all.used % kChunk == 0 && !open(block)) return nullptr;
   all.used += Home::kBlock;
   return block;
 }

@@ -7,11 +7,9 @@ namespace Vesk {
 
 NotifieeBase::~NotifieeBase() { leave(); }
 
-void NotifieeBase::enter(NotifieeListBase& list, Watch watch, Lumo::IntfId key) {
+void NotifieeBase::enter(NotifieeListBase& list, Watch watch) {
   leave();
-  bool const filtered = Detail::switches->visitsAreFiltered;
-  watch_ = filtered ? watch : ~Watch{0};
-  key_ = filtered ? key : Lumo::IntfId();
+  watch_ = Detail::switches->visitsAreFiltered ? watch : kEverything;
   if (watch_ == 0) return;
   list.add(*this);
 }
@@ -35,13 +33,15 @@ NotifieeListBase::~NotifieeListBase() {
   };
   release(unkeyed_);
   if (!keyed_) return;
-  for (auto& [key, chain] : keyed_->chains) release(chain);
+  for (Chain& chain : keyed_->chains) release(chain);
 }
 
 NotifieeListBase::Chain& NotifieeListBase::chainOf(NotifieeBase const& notifiee) {
-  if (notifiee.key_.empty()) return unkeyed_;
+  if (!notifiee.isVisitedByKey()) return unkeyed_;
   if (!keyed_) keyed_ = std::make_unique<Keyed>();
-  return keyed_->chains[notifiee.key_.index()];
+  size_t const number = notifiee.key_.index();
+  if (number >= keyed_->chains.size()) keyed_->chains.resize(number + 1);
+  return keyed_->chains[number];
 }
 
 void NotifieeListBase::add(NotifieeBase& notifiee) {
@@ -55,7 +55,7 @@ void NotifieeListBase::add(NotifieeBase& notifiee) {
   chain.last = &notifiee;
   ++notifiees_;
   watched_ |= notifiee.watch_;
-  if (notifiee.key_.empty()) return;
+  if (!notifiee.isVisitedByKey()) return;
   keyed_->byPlace.emplace(notifiee.place_, &notifiee);
   keyed_->watch |= notifiee.watch_;
 }
@@ -68,7 +68,7 @@ void NotifieeListBase::remove(NotifieeBase& notifiee) {
       c->keyed_ = c->visitsAllKeys_ ? c->firstOfAllKeys(notifiee.place_ + 1) : notifiee.next_;
     }
   }
-  if (!notifiee.key_.empty()) keyed_->byPlace.erase(notifiee.place_);
+  if (notifiee.isVisitedByKey()) keyed_->byPlace.erase(notifiee.place_);
   Chain& chain = chainOf(notifiee);
   (notifiee.previous_ ? notifiee.previous_->next_ : chain.first) = notifiee.next_;
   (notifiee.next_ ? notifiee.next_->previous_ : chain.last) = notifiee.previous_;
@@ -84,9 +84,8 @@ NotifieeListBase::Cursor::Cursor(NotifieeListBase& list, Lumo::IntfId key, Watch
   visitsAllKeys_ = key.empty();
   if (visitsAllKeys_) {
     keyed_ = firstOfAllKeys(0);
-  } else {
-    auto chain = list.keyed_->chains.find(key.index());
-    if (chain != list.keyed_->chains.end()) keyed_ = chain->second.first;
+  } else if (key.index() < list.keyed_->chains.size()) {
+    keyed_ = list.keyed_->chains[key.index()].first;
   }
 }
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <unordered_map>
+#include <vector>
 
 #include "runtime/AtHome.h"
 #include "runtime/HashMap.h"
@@ -16,6 +16,8 @@ class NotifieeListBase;
 
 /// Which attributes of a class a reactor watches: bit n for the attribute with number n.
 using Watch = uint32_t;
+/// What no class has: a reactor that isn't filtered is visited for this.
+constexpr Watch kEverything = ~Watch{0};
 
 /// Base of all reactors: a node that the notifier's list visits.
 class NotifieeBase : public HashMapEntry {
@@ -31,11 +33,16 @@ class NotifieeBase : public HashMapEntry {
  protected:
   NotifieeBase() = default;
 
-  void enter(NotifieeListBase& list, Watch watch, Lumo::IntfId key);
+  /// With a key, only what concerns that interface is told. Not while it is in a list.
+  void keyIs(Lumo::IntfId key) { key_ = key; }
+  void enter(NotifieeListBase& list, Watch watch);
   void leave();
 
  private:
   friend class NotifieeListBase;
+
+  // Where visits aren't filtered, keys count for nothing.
+  bool isVisitedByKey() const { return watch_ != kEverything && !key_.empty(); }
 
   NotifieeListBase* list_ = nullptr;
   NotifieeBase* previous_ = nullptr;
@@ -79,7 +86,7 @@ class NotifieeListBase : public AtHome<Home::Part::cold> {
   template <class Call>
   static void doVisitAll(NotifieeListBase* list, Call call) {
     if (!list || list->empty()) return;
-    Cursor cursor(*list, Lumo::IntfId(), ~Watch{0});
+    Cursor cursor(*list, Lumo::IntfId(), kEverything);
     while (NotifieeBase* notifiee = cursor.next()) {
       Ptr<NotifieeBase> held(notifiee);
       runHandler(notifiee->machine(), notifiee, [&] { call(*notifiee); });
@@ -94,11 +101,11 @@ class NotifieeListBase : public AtHome<Home::Part::cold> {
     NotifieeBase* last = nullptr;
   };
 
-  // The notifiees with a key: a chain for each key for the visits of one key, and all of them by
-  // place for the visits of all. `watch` is what any of them ever watched, so that a visit of an
-  // attribute that none of them wants doesn't look at them.
+  // The notifiees with a key: a chain for each key, in order of the interfaces' numbers, for the
+  // visits of one key, and all of them by place for the visits of all. `watch` is what any of them
+  // ever watched, so that a visit of an attribute that none of them wants doesn't look at them.
   struct Keyed {
-    std::unordered_map<uint32_t, Chain> chains;
+    std::vector<Chain> chains;
     std::map<uint64_t, NotifieeBase*> byPlace;
     Watch watch = 0;
   };

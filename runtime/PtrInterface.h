@@ -146,6 +146,7 @@ Ptr<T> ptrCast(Ptr<U> const& p) {
 /// Allocates and constructs: the one place where objects of the runtime come from.
 template <class T, class... Args>
 Ptr<T> make(Args&&... args) {
+  static_assert(alignof(T) <= Home::kGrain);
   return Ptr<T>::adopt(new (partOf<T>()) T(std::forward<Args>(args)...));
 }
 

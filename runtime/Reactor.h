@@ -76,7 +76,8 @@ class Reactor
 
   /// Attaches without running any handler. With a key, only what concerns that interface is told.
   Reactor(Owner& owner, Ptr<X> notifier, Lumo::IntfId key = Lumo::IntfId())
-      : owner_(&owner), notifier_(std::move(notifier)), key_(key) {
+      : owner_(&owner), notifier_(std::move(notifier)) {
+    this->keyIs(key);
     isRegisteredNotifieeIs(true);
   }
   /// Leaves the list before the reference to the notifier goes.
@@ -103,7 +104,7 @@ class Reactor
       this->leave();
     } else if (!this->isRegisteredNotifiee()) {
       auto& notifier = const_cast<std::remove_const_t<X>&>(*notifier_);
-      this->enter(notifier.notifieeList(), watched(), key_);
+      this->enter(notifier.notifieeList(), watched());
     }
   }
 
@@ -134,6 +135,7 @@ class Reactor
       return found;
     }();
     static_assert(overrides.attributes <= 32, "a class has at most 32 attributes to watch");
+    static_assert(overrides.watch != kEverything, "a reactor leaves at least one attribute out");
     return overrides.watch;
   }
 
@@ -147,7 +149,6 @@ class Reactor
 
   Owner* owner_;
   Ptr<X> notifier_;
-  Lumo::IntfId key_;
 };
 
 /// Takes a state machine's reactor out of service and lets it go.

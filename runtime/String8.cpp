@@ -28,11 +28,12 @@ uint32_t hashBytes(void const* bytes, size_t size) {
 
 size_t String8::octetsFor(size_t size) { return offsetof(Rep, text) + size + 1; }
 
-String8::Rep* String8::blankRep(size_t size, bool secret) {
+// Short texts that are written in place are those of member identifiers, which each MKPDU has.
+String8::Rep* String8::blankRep(size_t size, bool secret, Home::Part part) {
   if (size == 0) return nullptr;
   if (size > Rep::kLongest) throw std::length_error("a text of more than 2 GiB");
   size_t const octets = octetsFor(size);
-  auto const part = octets <= kHotOctets ? Home::Part::hot : Home::Part::cold;
+  if (octets > kHotOctets) part = Home::Part::cold;
   auto* rep = static_cast<Rep*>(Home::allocate(octets, part));
   rep->references = 1;
   rep->hash = 0;

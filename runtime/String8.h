@@ -42,7 +42,7 @@ class String8 {
   template <class Fill>
   static String8 filled(size_t size, Fill fill) {
     String8 s;
-    s.rep_ = blankRep(size, false);
+    s.rep_ = blankRep(size, false, Home::Part::hot);
     if (s.rep_) fill(s.rep_->text);
     return s;
   }
@@ -59,6 +59,8 @@ class String8 {
   bool empty() const { return rep_ == nullptr; }
   char const* charPtr() const { return rep_ ? rep_->text : ""; }
   std::string_view view() const { return {charPtr(), length()}; }
+  /// Whether both share their bytes: quicker than `==`, and true for fewer.
+  bool isCopyOf(String8 const& o) const { return rep_ == o.rep_; }
   /// Worked out once for all copies.
   uint32_t hash() const { return rep_ && rep_->hash != 0 ? rep_->hash : newHash(); }
   /// The bytes from `from` on; the empty string when there are none.
@@ -86,7 +88,7 @@ class String8 {
     char text[1];
   };
   static size_t octetsFor(size_t size);
-  static Rep* blankRep(size_t size, bool secret);
+  static Rep* blankRep(size_t size, bool secret, Home::Part part = Home::Part::cold);
   static Rep* newRep(std::string_view text, bool secret);
   void acquire() const {
     if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {

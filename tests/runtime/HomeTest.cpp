@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "runtime/AtHome.h"
+#include "runtime/HashMap.h"
 #include "runtime/Homes.h"
 #include "runtime/InterfaceTable.h"
 #include "runtime/Sanitizer.h"
@@ -151,6 +152,27 @@ TEST_F(AHome, HasWhatIsHotInFrontOfAllElse) {
   EXPECT_LT(place(alsoHot) - place(hot), 64u);
   EXPECT_LT(place(alsoHot), place(alsoCold));
   EXPECT_LT(place(alsoCold), place(cold));
+}
+
+struct Named final : HashMapEntry {
+  explicit Named(Lumo::IntfId of) : name(of) {}
+  Lumo::IntfId fwkKey() const { return name; }
+  Lumo::IntfId const name;
+};
+struct WithMembers final : PtrInterface {
+  HashMap<Named, Lumo::IntfId> members;
+};
+
+TEST_F(AHome, HasTheTableOfAMapThatLiesInIt) {
+  HomeScope const scope(kFirst);
+  auto const owner = make<WithMembers>();
+  Home& home = *Home::of(owner.ptr());
+  auto const first = make<Named>(kFirst), second = make<Named>(kSecond);
+  owner->members.insert(first.ptr());
+  size_t const before = home.objects();
+  owner->members.insert(second.ptr());
+  EXPECT_EQ(home.objects(), before + 1);
+  EXPECT_EQ(owner->members.find(kSecond), second.ptr());
 }
 
 TEST_F(AHome, ThatIsFullSendsTheRestToTheHeap) {

@@ -193,7 +193,7 @@ TEST_F(VisitTest, ToldKeyOutlivesTheMemberThatItCameFrom) {
 // A list of its own, with a notifiee that only listens for the end of the notifier.
 class Mourner final : public NotifieeBase {
  public:
-  explicit Mourner(Notifier& notifier) { enter(notifier.notifieeList(), 1, Lumo::IntfId()); }
+  explicit Mourner(Notifier& notifier) { enter(notifier.notifieeList(), 1); }
   void onZeroReferences() override { ++mourned; }
   int mourned = 0;
 };
