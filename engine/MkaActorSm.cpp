@@ -41,10 +41,14 @@ MkaActorSm::MkaActorSm(Vesk::Unstarted, Vesk::String8 ckn, Vesk::String8 cak, Lu
                        Vesk::Ptr<Status> status, Vesk::Ptr<MkaPamManager> pamManager,
                        Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus,
                        Vesk::Ptr<Zorn::TimerWheel> timerWheel)
-    : ckn_(std::move(ckn)), cak_(std::move(cak)), intfId_(intfId), status_(std::move(status)) {
-  if (pamManager) pamManager_ = Vesk::make<PamManagerReactor>(*this, pamManager);
-  hwStatus_ = std::move(hwStatus);
-  timerWheel_ = std::move(timerWheel);
+    : ckn_(std::move(ckn)),
+      intfId_(intfId),
+      pamManager_(std::move(pamManager)),
+      cak_(std::move(cak)),
+      status_(std::move(status)),
+      hwStatus_(std::move(hwStatus)),
+      timerWheel_(std::move(timerWheel)) {
+  if (pamManager_) pamManagerReactor_ = Vesk::make<PamManagerReactor>(*this, pamManager_);
 }
 
 MkaActorSm::MkaActorSm(Vesk::String8 ckn, Vesk::String8 cak, Lumo::IntfId intfId,
@@ -60,7 +64,7 @@ MkaActorSm::~MkaActorSm() = default;
 
 void MkaActorSm::end() {
   handleCleanUp();
-  Vesk::endReactors(actorStatusReactor_, pamManager_, rxMessageInfo_, mkpduTimer_);
+  Vesk::endReactors(actorStatusReactor_, pamManagerReactor_, rxMessageInfo_, mkpduTimer_);
 }
 
 Vesk::Ptr<MkaActorSm> MkaActorSm::MkaActorSmIs(Vesk::String8 ckn, Vesk::String8 cak,
@@ -85,20 +89,16 @@ Vesk::Ptr<MkaActorSm> mkaActorSmFactory(Vesk::String8 ckn, Vesk::String8 cak, Lu
 
 void MkaActorSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
-  Vesk::passNotificationActive(active, actorStatusReactor_, pamManager_, rxMessageInfo_,
+  Vesk::passNotificationActive(active, actorStatusReactor_, pamManagerReactor_, rxMessageInfo_,
                                keyServerSm_, cpSm_, mkpduTimer_);
 }
 
-Vesk::Ptr<MkaPamManager> MkaActorSm::pamManager() const {
-  return pamManager_ ? pamManager_->notifier() : nullptr;
-}
-
 Vesk::Ptr<MkaMessageInfo> MkaActorSm::txMessageInfo() const {
-  return pamManager_ ? pamManager_->notifier()->txMessageInfo() : nullptr;
+  return pamManager_ ? pamManager_->txMessageInfo() : nullptr;
 }
 
 Vesk::Ptr<MkaMessageInfo> MkaActorSm::rxMessageInfo() const {
-  return pamManager_ ? pamManager_->notifier()->rxMessageInfo() : nullptr;
+  return pamManager_ ? pamManager_->rxMessageInfo() : nullptr;
 }
 
 Zorn::TimerWheel::NotifieeConst const& MkaActorSm::mkpduTimer() const { return *mkpduTimer_; }

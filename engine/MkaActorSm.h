@@ -43,12 +43,12 @@ class MkaActorSm final : public Vesk::StateMachine {
   Vesk::Ptr<IntfStatus const> const& intfStatus() const { return intfStatus_; }
   Vesk::Ptr<MkaActorStatus> const& actorStatus() const { return actorStatus_; }
   /// Null if it was made without one.
-  Vesk::Ptr<MkaPamManager> pamManager() const;
+  Vesk::Ptr<MkaPamManager> const& pamManager() const { return pamManager_; }
   Vesk::Ptr<MacSecIntfStatusPtrDir const> const& hwStatus() const { return hwStatus_; }
   Vesk::Ptr<Zorn::TimerWheel> const& timerWheel() const { return timerWheel_; }
   Vesk::Ptr<CpStatus const> const& cpStatus() const { return cpStatus_; }
   Vesk::Ptr<MkaPortStatus> const& portStatus() const { return portStatus_; }
-  /// The manager's messages; null without a manager.
+  /// The manager's messages; null without a manager, without which no MKPDU comes.
   Vesk::Ptr<MkaMessageInfo> txMessageInfo() const;
   Vesk::Ptr<MkaMessageInfo> rxMessageInfo() const;
   Zorn::TimerWheel::NotifieeConst const& mkpduTimer() const;
@@ -98,6 +98,7 @@ class MkaActorSm final : public Vesk::StateMachine {
   struct RxMessageInfoReactor;
   struct MkpduTimerReactor;
 
+  MkaMessageInfo const& received() const { return *pamManager_->rxMessageInfo(); }
   void rxMessageInfoReactorIs(Vesk::Ptr<MkaMessageInfo> const& rxMessageInfo);
   void deriveKeys();
   void armFirstMkpdu();
@@ -119,23 +120,25 @@ class MkaActorSm final : public Vesk::StateMachine {
   void applyKeyServerRule(KeyInfo& latest, KeyInfo& old);
   void countLlpnExhaustion(SakUseInfo const& use);
 
+  // What each MKPDU looks at lies together, in front.
   Vesk::String8 const ckn_;
-  Vesk::String8 const cak_;
   Lumo::IntfId const intfId_;
-  Vesk::Ptr<Status> status_;
+  bool initialized_ = false;
+  Vesk::Ptr<MkaPamManager> const pamManager_;
   Vesk::Ptr<IntfStatus const> intfStatus_;
   Vesk::Ptr<MkaActorStatus> actorStatus_;
-  Vesk::Ptr<ActorStatusReactor> actorStatusReactor_;
-  Vesk::Ptr<PamManagerReactor> pamManager_;
-  Vesk::Ptr<RxMessageInfoReactor> rxMessageInfo_;
-  Vesk::Ptr<MacSecIntfStatusPtrDir const> hwStatus_;
-  Vesk::Ptr<Zorn::TimerWheel> timerWheel_;
   Vesk::Ptr<CpStatus const> cpStatus_;
   Vesk::Ptr<MkaPortStatus> portStatus_;
   Vesk::Ptr<MkaKeyServerSm> keyServerSm_;
-  Vesk::Ptr<ControlledPortSm> cpSm_;
   Vesk::Ptr<MkpduTimerReactor> mkpduTimer_;
-  bool initialized_ = false;
+  Vesk::String8 const cak_;
+  Vesk::Ptr<Status> const status_;
+  Vesk::Ptr<MacSecIntfStatusPtrDir const> const hwStatus_;
+  Vesk::Ptr<Zorn::TimerWheel> const timerWheel_;
+  Vesk::Ptr<ActorStatusReactor> actorStatusReactor_;
+  Vesk::Ptr<PamManagerReactor> pamManagerReactor_;
+  Vesk::Ptr<RxMessageInfoReactor> rxMessageInfo_;
+  Vesk::Ptr<ControlledPortSm> cpSm_;
 };
 
 /// Builds the state machine with its notification on.

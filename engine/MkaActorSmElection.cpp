@@ -51,8 +51,8 @@ void MkaActorSm::doUpdateKeyServer() {
   BasicInfo const self = selfCandidate();
   BasicInfo const* winner = best ? &best->baseInfo() : nullptr;
   if (mayBeKeyServer()) winner = winner ? winnerOf(*winner, self) : &self;
-  Vesk::String8 const ownId = actorStatus()->msgId();
-  Vesk::String8 const electedId = winner && winner != &self ? best->msgId() : ownId;
+  Vesk::String8 const& ownId = actorStatus()->msgId();
+  Vesk::String8 const& electedId = winner && winner != &self ? best->msgId() : ownId;
   bool const electedSelf = mayBeKeyServer() && winner && electedId == ownId;
   actorStatus()->electedSelfIs(electedSelf);
   VESK_TRACE(1, ": Elected self is: ", electedSelf, " for actor ", ckn_, " on ", intfId_);

@@ -16,10 +16,10 @@ Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 constexpr uint32_t kLlpnExhaustion = 0xC0000000;
 
 // The sender's view of a SAK; the default value when it has none.
-KeyInfo matching(KeyInfo const& latest, KeyInfo const& old, Sak const& sak) {
+KeyInfo const& matching(KeyInfo const& latest, KeyInfo const& old, Sak const& sak) {
+  static KeyInfo const none;
   if (sakMatch(latest, sak)) return latest;
-  if (sakMatch(old, sak)) return old;
-  return KeyInfo();
+  return sakMatch(old, sak) ? old : none;
 }
 
 }  // namespace
@@ -32,9 +32,9 @@ bool sakMatch(KeyInfo const& keyInfo, Sak const& sak) {
 // IEEE 802.1X-2010, 9.12.
 void MkaActorSm::parseCakDistInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  auto const info = rxMessageInfo()->mkaInfo();
+  auto const& info = received().mkaInfo();
   Vesk::String8 const& id = info->baseInfo().msgId();
-  if (!actorStatus()->livePeer(id)) {
+  if (!actorStatus()->livePeer().find(id)) {
     VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
                ". Ignoring CAK dist set.");
     return;
@@ -56,9 +56,9 @@ void MkaActorSm::parseCakDistInfo() {
 // IEEE 802.1X-2010, 9.8.
 void MkaActorSm::parseSakDistInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  auto const info = rxMessageInfo()->mkaInfo();
+  auto const& info = received().mkaInfo();
   Vesk::String8 const id = info->baseInfo().msgId();
-  if (!actorStatus()->livePeer(id)) {
+  if (!actorStatus()->livePeer().find(id)) {
     VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
                ". Ignoring SAK dist set.");
     return;
@@ -100,7 +100,7 @@ void MkaActorSm::takeSak(Sak const& sak) {
 // IEEE 802.1X-2010, 9.10.
 void MkaActorSm::parseSakUseInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  auto const info = rxMessageInfo()->mkaInfo();
+  auto const& info = received().mkaInfo();
   Vesk::String8 const& id = info->baseInfo().msgId();
   SakUseInfo const& use = info->sakUseInfo();
   if (use == SakUseInfo()) {
@@ -108,7 +108,7 @@ void MkaActorSm::parseSakUseInfo() {
                intfId_);
     return;
   }
-  if (!actorStatus()->livePeer(id)) {
+  if (!actorStatus()->livePeer().find(id)) {
     VESK_TRACE(3, ": Peer ", id, " not in live peer list of actor ", ckn_, " on ", intfId_,
                ". Ignoring SAK use set.");
     return;

@@ -46,7 +46,7 @@ void MkaActorSm::takeLivePath(MkaInfo const& info) {
     Vesk::log(MKA_SESSION_ESTABLISHED, sci.addr(), sci.portNum(), ckn_, intfId_);
   }
   refresh(*peer, info);
-  if (actorStatus()->potentialPeer(id)) {
+  if (actorStatus()->potentialPeer().find(id)) {
     VESK_TRACE(3, ": Removing ", id, " from potential peer list of actor ", ckn_, " on ", intfId_);
     actorStatus()->potentialPeerDel(id);
   }
@@ -57,7 +57,7 @@ void MkaActorSm::takeLivePath(MkaInfo const& info) {
 // A live record is neither refreshed nor demoted here: it ages out.
 void MkaActorSm::takePotentialPath(MkaInfo const& info) {
   Vesk::String8 const id = info.baseInfo().msgId();
-  if (actorStatus()->livePeer(id)) return;
+  if (actorStatus()->livePeer().find(id)) return;
   auto peer = actorStatus()->potentialPeer(id);
   if (!peer) {
     VESK_TRACE(1, ": Creating new potential peer ", id, " for actor ", ckn_, " on ", intfId_);
@@ -69,7 +69,7 @@ void MkaActorSm::takePotentialPath(MkaInfo const& info) {
 // IEEE 802.1X-2010, 9.4.3.
 void MkaActorSm::parseLivePeerInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  for (auto& listed : rxMessageInfo()->livePeer()) {
+  for (auto& listed : received().livePeer()) {
     Vesk::String8 const id = listed.fwkKey();
     if (id == actorStatus()->msgId()) continue;
     auto peer = actorStatus()->potentialPeer(id);

@@ -6,14 +6,12 @@ namespace Macsec {
 
 struct MkaActorSm::ActorStatusReactor final
     : Vesk::Reactor<MkaActorStatus, MkaActorSm, ActorStatusReactor> {
-  static constexpr bool kIsHot = true;
   using Reactor::Reactor;
   void onPrincipal() override { owner().handlePrincipalActor(); }
 };
 
 struct MkaActorSm::PamManagerReactor final
     : Vesk::Reactor<MkaPamManager, MkaActorSm, PamManagerReactor> {
-  static constexpr bool kIsHot = true;
   using Reactor::Reactor;
   void onRxMessageInfo() override { owner().rxMessageInfoReactorIs(notifier()->rxMessageInfo()); }
 };

@@ -13,9 +13,9 @@ Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 
 // IEEE 802.1X-2010, 9.4.
 void MkaActorSm::handleRxMessage() {
-  auto const rx = rxMessageInfo();
-  if (rx->intfId() != intfId_) return;
-  if (rx->mkaInfo()->baseInfo().ckn() != ckn_) return;
+  MkaMessageInfo const& rx = received();
+  if (rx.intfId() != intfId_) return;
+  if (rx.mkaInfo()->baseInfo().ckn() != ckn_) return;
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
   if (!parseBasicInfo()) return;
   parseLivePeerInfo();
@@ -26,8 +26,8 @@ void MkaActorSm::handleRxMessage() {
 
 bool MkaActorSm::parseBasicInfo() {
   VESK_TRACE(8, ": Actor ", ckn_, " on ", intfId_);
-  auto const rx = rxMessageInfo();
-  auto const info = rx->mkaInfo();
+  MkaMessageInfo const& rx = received();
+  auto const info = rx.mkaInfo();
   if (info->baseInfo().sci() == portStatus_->mySci()) {
     VESK_TRACE(3, ": Duplicate SCI detected in incoming MKPDU for actor ", ckn_, " on ", intfId_);
     return false;
@@ -36,8 +36,7 @@ bool MkaActorSm::parseBasicInfo() {
     VESK_TRACE(3, ": Message ID collision detected for actor ", ckn_, " on ", intfId_);
     updateMsgId();
   }
-  bool const isHeard =
-      isListed(rx->livePeer(), "live") || isListed(rx->potentialPeer(), "potential");
+  bool const isHeard = isListed(rx.livePeer(), "live") || isListed(rx.potentialPeer(), "potential");
   if (isHeard) {
     takeLivePath(*info);
   } else {

@@ -168,21 +168,22 @@ class CpStatus final : public Vesk::DescribedEntity<CpStatus> {
   }
 
  private:
+  // What each MKPDU looks at lies together, in front.
   Lumo::IntfId const intfId_;
   MacsecParams const macsecParams_;
+  Ssci peerSsci_;
+  SakContext oldSakContext_;
+  SakContext latestSakContext_;
   bool protectFrames_ = false;
   uint32_t replayProtect_ = 0;
   bool validateFrames_ = false;
   uint8_t confidentialityOffset_ = 0;
   bool controlledPortEnabled_ = controlledPortEnabledDefault;
   bool portValid_ = false;
-  SakContext oldSakContext_;
-  SakContext latestSakContext_;
   Sak txSak_;
   RxSakMap rxSak_;
   RxLPNMap rxLPN_;
   Ssci mySsci_;
-  Ssci peerSsci_;
 };
 
 }  // namespace Macsec

@@ -108,11 +108,11 @@ class IntfStatus final : public Vesk::DescribedEntity<IntfStatus> {
  private:
   Lumo::IntfId const intfId_;
   MacsecParams const macsecParams_;
+  uint8_t keyServerPriority_ = 0;
+  Dot1x::Dot1xType dot1xType_ = dot1xTypeDefault;
   Cak key_;
   Cak defaultKey_;
-  uint8_t keyServerPriority_ = 0;
   double reKeyPeriod_ = 0.0;
-  Dot1x::Dot1xType dot1xType_ = dot1xTypeDefault;
   uint32_t groupCakLifetime_ = 0;
   Vesk::String8 profileName_;
 };

@@ -68,7 +68,6 @@ class SaStatus final : public Vesk::DescribedEntity<SaStatus> {
 /// What the data path of one interface has installed.
 class MacSecIntfStatus final : public Vesk::DescribedEntity<MacSecIntfStatus> {
  public:
-  static constexpr bool kIsHot = true;
   enum Attribute : uint8_t { kTxSaStatus, kRxSaStatus, kSecHdrSize, kConfigured };
 
   class NotifieeConst : public Vesk::NotifieeBase {

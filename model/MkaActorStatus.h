@@ -229,28 +229,29 @@ class MkaActorStatus final : public Vesk::DescribedEntity<MkaActorStatus> {
   }
 
  private:
-  Vesk::String8 const ckn_;
-  Vesk::String8 cak_;
+  // What each MKPDU looks at lies together, in front.
   Vesk::String8 msgId_;
-  uint32_t msgNum_ = msgNumDefault;
-  Vesk::String8 ick_;
-  Vesk::String8 kek_;
   LivePeerMap livePeer_;
   PotentialPeerMap potentialPeer_;
+  uint32_t msgNum_ = msgNumDefault;
   bool chgdServer_ = false;
   bool electedSelf_ = false;
-  Sak distSak_;
-  Cak distCak_;
-  uint32_t keyNum_ = 0;
   bool newSak_ = false;
   bool principal_ = false;
-  Sci keyServer_;
-  KeysLPN keysLPN_;
   bool sakTransmit_ = false;
   bool macsecDesired_ = macsecDesiredDefault;
-  uint32_t llpnExhaustion_ = 0;
   bool success_ = false;
   bool defaultActor_ = false;
+  Sci keyServer_;
+  KeysLPN keysLPN_;
+  Sak distSak_;
+  uint32_t keyNum_ = 0;
+  uint32_t llpnExhaustion_ = 0;
+  Vesk::String8 const ckn_;
+  Vesk::String8 cak_;
+  Vesk::String8 ick_;
+  Vesk::String8 kek_;
+  Cak distCak_;
 };
 
 }  // namespace Macsec
