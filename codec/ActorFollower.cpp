@@ -1,6 +1,7 @@
 #include "codec/ActorFollower.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "runtime/NestedReactors.h"
@@ -13,12 +14,11 @@ using Macsec::Status;
 
 struct ActorFollower::ActorStatusReactor final
     : Vesk::Reactor<MkaActorStatus const, PortStatusReactor, ActorStatusReactor> {
-  static constexpr bool kIsHot = true;
   ActorStatusReactor(PortStatusReactor& port, Vesk::Ptr<MkaActorStatus const> status);
 
   Vesk::String8 const& fwkKey() const { return notifier()->ckn(); }
-  void onIck() override { keys_.ickIs(notifier()->ick()); }
-  void onKek() override { keys_.kekIs(notifier()->kek()); }
+  void onIck() override { keys_->ickIs(notifier()->ick()); }
+  void onKek() override { keys_->kekIs(notifier()->kek()); }
 
   // Whom a former process has heard counts as heard.
   void takeUpPeers() {
@@ -29,9 +29,9 @@ struct ActorFollower::ActorStatusReactor final
   /// The keys go at once, whoever still holds this.
   void retire() {
     Reactor::retire();
-    std::erase(port_.actors, &keys_);
-    keys_.ickIs(Vesk::String8());
-    keys_.kekIs(Vesk::String8());
+    std::erase(port_.actors, keys_.get());
+    keys_->ickIs(Vesk::String8());
+    keys_->kekIs(Vesk::String8());
   }
 
  private:
@@ -39,11 +39,11 @@ struct ActorFollower::ActorStatusReactor final
   void takeUp(Macsec::MkaPeer const& peer) {
     auto const member = Macsec::MemberIdentifier::parsed(peer.baseInfo().msgId().view());
     if (!member || peer.baseInfo().msgId().empty()) return;
-    port_.heard.heard(keys_.name(), *member, peer.baseInfo().msgNum());
+    port_.heard.heard(keys_->name(), *member, peer.baseInfo().msgNum());
   }
 
   Port& port_;
-  ActorKeys keys_;
+  std::unique_ptr<ActorKeys> const keys_;
 };
 
 struct ActorFollower::PortStatusReactor final
@@ -68,10 +68,10 @@ ActorFollower::ActorStatusReactor::ActorStatusReactor(PortStatusReactor& port,
                                                       Vesk::Ptr<MkaActorStatus const> status)
     : Reactor(port, std::move(status)),
       port_(port.owner().ports_.memberIs(port.fwkKey(), port.fwkKey())),
-      keys_(notifier()->ckn(), notifier()) {
+      keys_(std::make_unique<ActorKeys>(notifier()->ckn(), notifier())) {
   onIck();
   onKek();
-  port_.actors.push_back(&keys_);
+  port_.actors.push_back(keys_.get());
   takeUpPeers();
 }
 

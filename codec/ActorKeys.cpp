@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/Hex.h"
 #include "platform/SecretOctets.h"
 #include "platform/WardcodeLib.h"
-#include "runtime/Assert.h"
 
 namespace Codec {
 
@@ -45,33 +43,12 @@ void ActorKeys::ickIs(Vesk::String8 const& encoded) {
 }
 
 void ActorKeys::kekIs(Vesk::String8 const& encoded) {
-  withClearKey(WardcodeLib::doDecodeKey(encoded), [this](auto key) { setKek(key); });
+  withClearKey(WardcodeLib::doDecodeKey(encoded), [this](auto key) { kek_->keyIs(key); });
 }
 
 void ActorKeys::clearKeysIs(Vesk::String8 const& ick, Vesk::String8 const& kek) {
   withClearKey(ick, [this](auto key) { setIck(key); });
-  withClearKey(kek, [this](auto key) { setKek(key); });
-}
-
-void ActorKeys::setKek(std::span<uint8_t const> clear) {
-  kek_ = Macsec::KeyWrap(clear);
-  wrappedSize_ = 0;
-  stored_ = Vesk::String8();
-}
-
-bool ActorKeys::hasStored(std::span<uint8_t const> wrapped) const {
-  return std::ranges::equal(wrapped, std::span(wrapped_).first(wrappedSize_));
-}
-
-Vesk::String8 ActorKeys::storedKey(std::span<uint8_t const> wrapped,
-                                   std::span<uint8_t const> clear) {
-  if (!hasStored(wrapped)) {
-    VESK_ASSERT(wrapped.size() <= wrapped_.size());
-    stored_ = WardcodeLib::doEncodeKey(Macsec::secretHexString(clear));
-    std::ranges::copy(wrapped, wrapped_.begin());
-    wrappedSize_ = wrapped.size();
-  }
-  return stored_;
+  withClearKey(kek, [this](auto key) { kek_->keyIs(key); });
 }
 
 }  // namespace Codec

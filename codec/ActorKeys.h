@@ -1,15 +1,14 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <utility>
 
+#include "codec/Kek.h"
 #include "codec/MemberTexts.h"
 #include "model/MkaActorStatus.h"
 #include "platform/CknOctets.h"
-#include "platform/KeyWrap.h"
 #include "platform/SharedCmacs.h"
 #include "runtime/String8.h"
 
@@ -17,7 +16,7 @@ namespace Codec {
 
 /// What the codec keeps of one actor: its name on the wire, its place in the status tree, its two
 /// keys as AES takes them, and the texts that its frames repeat. The keys are wiped when this goes.
-class ActorKeys {
+class ActorKeys : public Vesk::AtHome<Vesk::Home::Part::hot> {
  public:
   /// `status` is the actor's own; who only reads captures has none.
   explicit ActorKeys(Vesk::String8 const& ckn,
@@ -47,31 +46,19 @@ class ActorKeys {
   void clearKeysIs(Vesk::String8 const& ick, Vesk::String8 const& kek);
 
   Macsec::AesCmac& ick() { return *ick_; }
-  Macsec::KeyWrap const& kek() const { return kek_; }
+  Kek& kek() { return *kek_; }
+  Kek const& kek() const { return *kek_; }
   MemberTexts& members() { return members_; }
-
-  /// True for a wrapped key that came under the KEK of now and is stored already: it needn't be
-  /// unwrapped again.
-  bool hasStored(std::span<uint8_t const> wrapped) const;
-  /// The stored form of a distributed key that arrived wrapped. A key that is repeated keeps the
-  /// stored form that it got first, and `clear` isn't looked at.
-  Vesk::String8 storedKey(std::span<uint8_t const> wrapped, std::span<uint8_t const> clear);
 
  private:
   void setIck(std::span<uint8_t const> clear) { ick_ = Macsec::SharedCmacs::cmac(clear); }
-  void setKek(std::span<uint8_t const> clear);
-
-  static constexpr size_t kMaxWrapped = 40;
 
   Vesk::String8 ckn_;
   Vesk::Ptr<Macsec::MkaActorStatus const> status_;
   Macsec::CknOctets octets_;
   std::shared_ptr<Macsec::AesCmac> ick_ = std::make_shared<Macsec::AesCmac>();
-  Macsec::KeyWrap kek_{{}};
   MemberTexts members_;
-  std::array<uint8_t, kMaxWrapped> wrapped_{};
-  size_t wrappedSize_ = 0;
-  Vesk::String8 stored_;
+  std::unique_ptr<Kek> const kek_ = std::make_unique<Kek>();
 };
 
 }  // namespace Codec

@@ -72,7 +72,7 @@ Refusal FrameReader::takeSet(SetView const& set) {
       return {};
     case Types::distSakParameterSetType:
       distSak_ = set;
-      if (actor_->hasStored(wrappedSak(set))) return checkSuite(set);
+      if (actor_->kek().hasStored(wrappedSak(set))) return checkSuite(set);
       return unwrapSak(set, *actor_, sak_);
     case Types::distCakParameterSetType:
       distCak_ = set;
@@ -151,7 +151,7 @@ Macsec::SakDistInfo FrameReader::sakDistInfo() {
   DistSak::fields(FromFrame<DistSak::Set, DistSak::Info>{set, info, values}, bodyLength);
   info.anAndOffsetIs(anAndOffset);
   if (DistSak::hasKey(bodyLength)) {
-    info.sakIs(actor_->storedKey(wrappedSak(distSak_), sak_.octets()));
+    info.sakIs(actor_->kek().storedKey(wrappedSak(distSak_), sak_.octets()));
   }
   return info;
 }

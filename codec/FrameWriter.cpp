@@ -163,7 +163,7 @@ Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
   Wrapped key;
   bool const hasKey = !info.sak().empty() || info.cipherSuite() != Macsec::CipherSuite::None;
   if (hasKey) {
-    if (!wrapStored(actor_->kek(), info.sak(), key)) {
+    if (!wrapStored(actor_->kek().wrap(), info.sak(), key)) {
       return refusal(kFailure, "has a SAK that can't be wrapped");
     }
     if (!DistSak::keyFits(info.cipherSuite(), key.size() - Macsec::KeyWrap::kOverhead)) {
@@ -185,7 +185,7 @@ Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
 Refusal FrameWriter::writeDistCak(Macsec::CakDistInfo const& info) {
   if (info == Macsec::CakDistInfo()) return {};
   Wrapped key;
-  if (!wrapStored(actor_->kek(), info.cak(), key)) {
+  if (!wrapStored(actor_->kek().wrap(), info.cak(), key)) {
     return refusal(SubType::distCakSetErr, "has a CAK that can't be wrapped");
   }
   Macsec::CknOctets const name(info.ckn().view());

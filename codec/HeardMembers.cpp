@@ -6,10 +6,6 @@ namespace Codec {
 
 namespace {
 
-bool isName(Macsec::CknOctets const& a, Macsec::CknOctets const& b) {
-  return std::ranges::equal(a.octets(), b.octets());
-}
-
 // What was met last is met next: it goes to the front.
 template <class All, class Is>
 typename All::value_type* broughtToFront(All& all, Is is) {
@@ -19,10 +15,14 @@ typename All::value_type* broughtToFront(All& all, Is is) {
   return &all.front();
 }
 
+// Two names and one other member: as many as have room from the start leave no gaps behind.
+constexpr size_t kExpected = 2;
+
 // In front of all others; the last one makes room.
 template <class All>
 typename All::value_type& putInFront(All& all, size_t most, typename All::value_type one) {
   if (all.size() >= most) all.pop_back();
+  if (all.empty()) all.reserve(kExpected);
   all.insert(all.begin(), std::move(one));
   return all.front();
 }
@@ -32,7 +32,7 @@ typename All::value_type& putInFront(All& all, size_t most, typename All::value_
 bool HeardMembers::has(Macsec::CknOctets const& ckn, Macsec::MemberIdentifier const& member,
                        uint32_t messageNumber) const {
   for (Association const& association : associations_) {
-    if (!isName(association.ckn, ckn)) continue;
+    if (association.ckn != ckn) continue;
     for (Member const& known : association.members) {
       if (known.identifier == member) return messageNumber <= known.messageNumber;
     }
@@ -42,7 +42,7 @@ bool HeardMembers::has(Macsec::CknOctets const& ckn, Macsec::MemberIdentifier co
 
 HeardMembers::Association& HeardMembers::associationIs(Macsec::CknOctets const& ckn) {
   auto* const known =
-      broughtToFront(associations_, [&](Association const& a) { return isName(a.ckn, ckn); });
+      broughtToFront(associations_, [&](Association const& a) { return a.ckn == ckn; });
   return known ? *known : putInFront(associations_, kMostNames, Association{ckn, {}});
 }
 

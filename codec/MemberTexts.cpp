@@ -1,13 +1,15 @@
 #include "codec/MemberTexts.h"
 
+#include <algorithm>
+
 namespace Codec {
 
 using Macsec::MemberIdentifier;
 
 Vesk::String8 MemberTexts::text(MemberIdentifier const& identifier) {
   if (identifier == MemberIdentifier()) return {};
-  for (size_t i = 0; i < kKept; ++i) {
-    if (known_[i].identifier == identifier) return met(i).text;
+  if (Known* const known = knownBy([&](Known const& k) { return k.identifier == identifier; })) {
+    return known->text;
   }
   Vesk::String8 text = identifier.stringValue();
   keep(identifier, text);
@@ -16,8 +18,11 @@ Vesk::String8 MemberTexts::text(MemberIdentifier const& identifier) {
 
 std::optional<MemberIdentifier> MemberTexts::identifier(Vesk::String8 const& text) {
   if (text.empty()) return MemberIdentifier();
-  for (size_t i = 0; i < kKept; ++i) {
-    if (known_[i].text == text) return met(i).identifier;
+  if (Known* const known = knownBy([&](Known const& k) { return k.text.isCopyOf(text); })) {
+    return known->identifier;
+  }
+  if (Known* const known = knownBy([&](Known const& k) { return k.text == text; })) {
+    return known->identifier;
   }
   auto const identifier = MemberIdentifier::parsed(text.view());
   // Another spelling of the same digits is understood, and never handed up.
@@ -25,10 +30,13 @@ std::optional<MemberIdentifier> MemberTexts::identifier(Vesk::String8 const& tex
   return identifier;
 }
 
-MemberTexts::Known& MemberTexts::met(size_t place) {
-  if (place < kSettled) return known_[place];
-  std::swap(known_[place], known_[place - 1]);
-  return known_[place - 1];
+template <class Is>
+MemberTexts::Known* MemberTexts::knownBy(Is is) {
+  auto const known = std::ranges::find_if(known_, is);
+  if (known == known_.end()) return nullptr;
+  if (known < known_.begin() + kSettled) return &*known;
+  std::iter_swap(known, known - 1);
+  return &*(known - 1);
 }
 
 void MemberTexts::keep(MemberIdentifier const& identifier, Vesk::String8 const& text) {

@@ -23,10 +23,11 @@ class MemberTexts {
     Macsec::MemberIdentifier identifier;
     Vesk::String8 text;
   };
-  static constexpr size_t kKept = 8;
+  static constexpr size_t kKept = 5;
   static constexpr size_t kSettled = 4;
 
-  Known& met(size_t place);
+  template <class Is>
+  Known* knownBy(Is is);
   void keep(Macsec::MemberIdentifier const& identifier, Vesk::String8 const& text);
 
   // An identifier that is met again moves up one place, as far as to the settled ones, who only

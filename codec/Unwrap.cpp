@@ -12,7 +12,7 @@ constexpr size_t kSuiteAt = 8;
 
 bool unwrapped(Octets wrapped, ActorKeys const& actor, ClearKey& clear) {
   clear.sizeIs(wrapped.size() - Macsec::KeyWrap::kOverhead);
-  return actor.kek().unwrap(wrapped, clear.octets());
+  return actor.kek().wrap().unwrap(wrapped, clear.octets());
 }
 
 }  // namespace

@@ -53,8 +53,8 @@ bool AesCmac::compute(std::span<uint8_t const> message, std::span<uint8_t, kSize
 bool AesCmac::computeByChain(std::span<uint8_t const> message, std::span<uint8_t, kSize> out) {
   SecretOctets<kPiece> piece;
   for (bool isFirst = true;; isFirst = false) {
-    piece.sizeIs(kPiece);
     size_t const taken = std::min(message.size(), kPiece);
+    piece.sizeIs(taken + kSize);
     std::ranges::copy(message.first(taken), piece.octets().begin());
     message = message.subspan(taken);
     if (message.empty()) piece.sizeIs(close(piece.octets(), taken));

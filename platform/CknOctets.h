@@ -29,8 +29,13 @@ class CknOctets {
     return std::span(octets_).first<kIdentifierSize>();
   }
 
+  friend bool operator==(CknOctets const& a, CknOctets const& b) {
+    return a.size_ == b.size_ &&
+           __builtin_memcmp(a.octets_.data(), b.octets_.data(), kMaxSize) == 0;
+  }
+
  private:
-  std::array<uint8_t, kMaxSize> octets_{};
+  std::array<uint8_t, kMaxSize> octets_{};  // zeros behind the name
   size_t size_ = 0;
 };
 
