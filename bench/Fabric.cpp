@@ -95,7 +95,9 @@ void Fabric::runUntil(double time) {
     double next = std::min(time, wires_.nextTime());
     for (auto& end : ends_) next = std::min(next, end->host->timerWheel()->nextTime());
     clock_ = std::max(clock_, next);
-    for (auto& end : ends_) end->host->timerWheel()->runDue();
+    for (auto& end : ends_) {
+      if (end->host->timerWheel()->nextTime() <= clock_) end->host->timerWheel()->runDue();
+    }
     deliverDue();
     if (next >= time) return;
   }

@@ -18,7 +18,7 @@ namespace {
 constexpr size_t kLine = 64;
 constexpr size_t kPage = 4096;
 // What is cold leaves so much room for what is hot, and no more than this is fetched ahead.
-constexpr size_t kHotRoom = 54 * kLine;
+constexpr size_t kHotRoom = 51 * kLine;
 // So many free cells are looked at.
 constexpr int kTried = 16;
 
@@ -33,6 +33,7 @@ struct Home::Cell {
 
 Home::Home(Homes* homes, uint32_t interface)
     : homes_(homes), interface_(interface), hotEnd_(rounded(sizeof(Home))), coldBegin_(kBlock) {
+  ++homesInAll_;
   noObjectAt(at(hotEnd_), kBlock - hotEnd_);
 }
 
@@ -112,11 +113,11 @@ Home::Part Home::partAt(void const* object) {
   return isHot ? Part::hot : Part::cold;
 }
 
-void Home::fetch(void const* object) {
+void Home::fetchAll(void const* object) {
   Home const* const home = of(object);
   if (!home) return;
   auto const* const begin = reinterpret_cast<char const*>(home);
-#pragma GCC unroll 9
+#pragma GCC unroll 17
   for (size_t line = 0; line < kHotRoom; line += kLine) __builtin_prefetch(begin + line);
 }
 

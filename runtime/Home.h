@@ -44,8 +44,11 @@ class Home {
   }
   /// Where an object lies; `cold` for one on the heap.
   static Part partAt(void const* object);
-  /// Asks the processor for what is hot in the home of this object.
-  static void fetch(void const* object);
+  /// Asks the processor for what is hot in the home of this object, where there are so many homes
+  /// that it doesn't keep them all at hand.
+  static void fetch(void const* object) {
+    if (homesInAll_ > kAtHand) fetchAll(object);
+  }
 
   size_t objects() const { return objects_; }
   /// Of memory, in whole pages.
@@ -59,14 +62,20 @@ class Home {
   struct Cell;
 
   Home(Homes* homes, uint32_t interface);
+  ~Home() { --homesInAll_; }
   void* take(size_t size, Part part);
   void* takeFree(size_t size, uint16_t* place);
+  static void fetchAll(void const* object);
   char* at(uint16_t place) { return reinterpret_cast<char*>(this) + place; }
   void* takeAfter(size_t size);
   void* takeBefore(size_t size);
   void give(void* memory, size_t size);
   void letGo();
 
+  // Their hot parts fill half of the second-level caches of present processors.
+  static constexpr size_t kAtHand = 128;
+
+  inline static size_t homesInAll_ = 0;
   // The first of the reserved addresses. Without any, no object is in a home.
   inline static uintptr_t begin_ = uintptr_t{1} << 63;
   // Where what is made now lives: in the home of this object.

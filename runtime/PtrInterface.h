@@ -143,11 +143,16 @@ Ptr<T> ptrCast(Ptr<U> const& p) {
   return Ptr<T>(dynamic_cast<T*>(p.ptr()));
 }
 
-/// Allocates and constructs: the one place where objects of the runtime come from.
+/// Allocates and constructs: the one place where objects of the runtime come from. The part is that
+/// of the present home.
+template <class T, class... Args>
+Ptr<T> makeIn(Home::Part part, Args&&... args) {
+  static_assert(alignof(T) <= Home::kGrain);
+  return Ptr<T>::adopt(new (part) T(std::forward<Args>(args)...));
+}
 template <class T, class... Args>
 Ptr<T> make(Args&&... args) {
-  static_assert(alignof(T) <= Home::kGrain);
-  return Ptr<T>::adopt(new (partOf<T>()) T(std::forward<Args>(args)...));
+  return makeIn<T>(partOf<T>(), std::forward<Args>(args)...);
 }
 
 }  // namespace Vesk

@@ -24,6 +24,11 @@ namespace Vesk {
 template <class Self>
 class Value {
  public:
+  /// Whether it equals what `Self()` gives, by which most types say that there is nothing.
+  bool isDefault() const {
+    static Self const blank;
+    return static_cast<Self const&>(*this) == blank;
+  }
   friend bool operator==(Value const&, Value const&) { return true; }
 };
 

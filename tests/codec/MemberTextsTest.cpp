@@ -9,25 +9,25 @@ namespace {
 
 using Macsec::MemberIdentifier;
 
-MemberIdentifier member(uint8_t number) {
+MemberIdentifier identified(uint8_t number) {
   return MemberIdentifier({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, number});
 }
 
 TEST(TheTextsOfMembers, AreMadeOnceHoweverOftenAMemberIsMet) {
   MemberTexts texts;
-  Vesk::String8 const first = texts.text(member(1));
+  Vesk::String8 const first = texts.text(identified(1));
   EXPECT_EQ(first, "0102030405060708090a0b01");
-  EXPECT_TRUE(texts.text(member(1)).isCopyOf(first));
+  EXPECT_TRUE(texts.text(identified(1)).isCopyOf(first));
 }
 
 TEST(TheTextsOfMembers, TellTheMemberByACopyAndByAnEqualText) {
   MemberTexts texts;
-  Vesk::String8 const copy = texts.text(member(1));
+  Vesk::String8 const copy = texts.text(identified(1));
   Vesk::String8 const equal(std::string(copy.view()));
   ASSERT_FALSE(equal.isCopyOf(copy));
-  EXPECT_EQ(texts.identifier(copy), member(1));
-  EXPECT_EQ(texts.identifier(equal), member(1));
-  EXPECT_TRUE(texts.text(member(1)).isCopyOf(copy));
+  EXPECT_EQ(texts.identifier(copy), identified(1));
+  EXPECT_EQ(texts.identifier(equal), identified(1));
+  EXPECT_TRUE(texts.text(identified(1)).isCopyOf(copy));
 }
 
 TEST(TheTextsOfMembers, KnowZerosAsTheEmptyTextAndNothingByAnyOtherText) {
@@ -39,12 +39,12 @@ TEST(TheTextsOfMembers, KnowZerosAsTheEmptyTextAndNothingByAnyOtherText) {
 
 TEST(TheTextsOfMembers, OfThoseWhoSettledStayWhileStrangersComeAndGo) {
   MemberTexts texts;
-  Vesk::String8 const settled = texts.text(member(1));
+  Vesk::String8 const settled = texts.text(identified(1));
   for (uint8_t stranger = 2; stranger < 200; ++stranger) {
-    texts.text(member(stranger));
-    ASSERT_TRUE(texts.text(member(1)).isCopyOf(settled));
+    texts.text(identified(stranger));
+    ASSERT_TRUE(texts.text(identified(1)).isCopyOf(settled));
   }
-  EXPECT_EQ(texts.text(member(100)), "0102030405060708090a0b64");
+  EXPECT_EQ(texts.text(identified(100)), "0102030405060708090a0b64");
 }
 
 }  // namespace
