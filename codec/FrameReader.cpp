@@ -134,7 +134,7 @@ Macsec::SakUseInfo FrameReader::sakUseInfo() const {
   SakUse::latestKey(FromFrame<SakUse::Set, SakUse::Key>{set, latest, values});
   SakUse::oldKey(FromFrame<SakUse::Set, SakUse::Key>{set, old, values});
   SakUse::plainText(FromFrame<SakUse::Set, SakUse::Plain>{set, plain, values});
-  return Macsec::SakUseInfo(old, latest, plain);
+  return Macsec::SakUseInfo(std::move(old), std::move(latest), plain);
 }
 
 // Of the forms without a cipher suite the suite is `None`, so that a set that is there never is the

@@ -143,7 +143,7 @@ bool FrameWriter::putPeers(std::span<uint8_t> records, PeerMap const& peers, boo
 }
 
 Refusal FrameWriter::writeSakUse(Macsec::SakUseInfo const& info) {
-  if (info == Macsec::SakUseInfo()) return {};
+  if (info.isDefault()) return {};
   constexpr auto kFailure = SubType::sakUseSetErr;
   uint8_t* const octets = appendSet(sizeof(SakUse::Set), 0);
   auto& set = *Macsec::overlayOn<SakUse::Set>(octets);
@@ -158,7 +158,7 @@ Refusal FrameWriter::writeSakUse(Macsec::SakUseInfo const& info) {
 }
 
 Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
-  if (info == Macsec::SakDistInfo()) return {};
+  if (info.isDefault()) return {};
   constexpr auto kFailure = SubType::distSakSetErr;
   Wrapped key;
   bool const hasKey = !info.sak().empty() || info.cipherSuite() != Macsec::CipherSuite::None;
@@ -183,7 +183,7 @@ Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
 }
 
 Refusal FrameWriter::writeDistCak(Macsec::CakDistInfo const& info) {
-  if (info == Macsec::CakDistInfo()) return {};
+  if (info.isDefault()) return {};
   Wrapped key;
   if (!wrapStored(actor_->kek().wrap(), info.cak(), key)) {
     return refusal(SubType::distCakSetErr, "has a CAK that can't be wrapped");

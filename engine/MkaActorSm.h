@@ -115,9 +115,9 @@ class MkaActorSm final : public Vesk::StateMachine {
   bool hasAgedOut(MkaPeer const& peer, double now) const;
   BasicInfo selfCandidate() const;
   void takeSak(Sak const& sak);
-  bool canAllPeersReceive(KeyInfo& latest, KeyInfo& old) const;
+  bool canAllPeersReceive(KeysLPN& reported) const;
   void applyFollowerRule(BasicInfo const& basic, KeyInfo const& match);
-  void applyKeyServerRule(KeyInfo& latest, KeyInfo& old);
+  void applyKeyServerRule(KeysLPN& reported);
   void countLlpnExhaustion(SakUseInfo const& use);
 
   // What each MKPDU looks at lies together, in front.

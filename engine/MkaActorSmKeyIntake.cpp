@@ -16,16 +16,20 @@ Vesk::TraceHandle traceHandle("Macsec::MkaSm");
 constexpr uint32_t kLlpnExhaustion = 0xC0000000;
 
 // The sender's view of a SAK; the default value when it has none.
-KeyInfo const& matching(KeyInfo const& latest, KeyInfo const& old, Sak const& sak) {
+KeyInfo const& matching(SakUseInfo const& use, Sak const& sak) {
   static KeyInfo const none;
-  if (sakMatch(latest, sak)) return latest;
-  return sakMatch(old, sak) ? old : none;
+  if (sakMatch(use.latestKeyInfo(), sak)) return use.latestKeyInfo();
+  return sakMatch(use.oldKeyInfo(), sak) ? use.oldKeyInfo() : none;
+}
+
+KeysLPN lowestNumbers(SakUseInfo const& use) {
+  return {use.oldKeyInfo().keyLLPN(), use.latestKeyInfo().keyLLPN()};
 }
 
 }  // namespace
 
 bool sakMatch(KeyInfo const& keyInfo, Sak const& sak) {
-  return keyInfo != KeyInfo() && keyInfo.keyAN() == sak.an().value() &&
+  return !keyInfo.isDefault() && keyInfo.keyAN() == sak.an().value() &&
          keyInfo.keyNum() == sak.keyNum() && keyInfo.keyServerMsgId() == sak.keyMsgId();
 }
 
@@ -45,7 +49,7 @@ void MkaActorSm::parseCakDistInfo() {
     return;
   }
   CakDistInfo const& dist = info->cakDistInfo();
-  if (dist == CakDistInfo()) {
+  if (dist.isDefault()) {
     VESK_TRACE(3, ": No Dist CAK set found in MKPDU from peer ", id, " for actor ", ckn_, " on ",
                intfId_);
     return;
@@ -69,7 +73,7 @@ void MkaActorSm::parseSakDistInfo() {
     return;
   }
   SakDistInfo const& dist = info->sakDistInfo();
-  if (dist == SakDistInfo()) {
+  if (dist.isDefault()) {
     VESK_TRACE(3, ": No Dist SAK set found in MKPDU from peer ", id, " for actor ", ckn_, " on ",
                intfId_);
     return;
@@ -103,7 +107,7 @@ void MkaActorSm::parseSakUseInfo() {
   auto const& info = received().mkaInfo();
   Vesk::String8 const& id = info->baseInfo().msgId();
   SakUseInfo const& use = info->sakUseInfo();
-  if (use == SakUseInfo()) {
+  if (use.isDefault()) {
     VESK_TRACE(3, ": No SAK USE set present in MKPDU from peer ", id, " for actor ", ckn_, " on ",
                intfId_);
     return;
@@ -113,12 +117,11 @@ void MkaActorSm::parseSakUseInfo() {
                ". Ignoring SAK use set.");
     return;
   }
-  KeyInfo latest = use.latestKeyInfo();
-  KeyInfo old = use.oldKeyInfo();
-  applyFollowerRule(info->baseInfo(), matching(latest, old, actorStatus()->distSak()));
-  applyKeyServerRule(latest, old);
+  KeysLPN reported = lowestNumbers(use);
+  applyFollowerRule(info->baseInfo(), matching(use, actorStatus()->distSak()));
+  applyKeyServerRule(reported);
   bool const delayProtect = use.plainTextInfo().delayProtect();
-  actorStatus()->keysLPNIs(delayProtect ? KeysLPN(old.keyLLPN(), latest.keyLLPN()) : KeysLPN());
+  actorStatus()->keysLPNIs(delayProtect ? reported : KeysLPN());
   countLlpnExhaustion(use);
 }
 
@@ -126,29 +129,28 @@ void MkaActorSm::parseSakUseInfo() {
 // reports that it does.
 void MkaActorSm::applyFollowerRule(BasicInfo const& basic, KeyInfo const& match) {
   if (!basic.keyServer() || basic.sci() != actorStatus()->keyServer()) return;
-  if (match == KeyInfo() || actorStatus()->electedSelf()) return;
+  if (match.isDefault() || actorStatus()->electedSelf()) return;
   VESK_TRACE(1, ": Setting sakTransmit:  ", match.keyTx(), " for actor ", ckn_, " on ", intfId_);
   actorStatus()->sakTransmitIs(match.keyTx());
 }
 
-// IEEE 802.1X-2010, 9.10: the key server waits until every live peer can receive. `latest` and
-// `old` are left with what the last peer looked at reports.
-void MkaActorSm::applyKeyServerRule(KeyInfo& latest, KeyInfo& old) {
-  if (!actorStatus()->electedSelf() || actorStatus()->distSak() == Sak()) return;
+// IEEE 802.1X-2010, 9.10: the key server waits until every live peer can receive. `reported` is
+// left with what the last peer looked at reports.
+void MkaActorSm::applyKeyServerRule(KeysLPN& reported) {
+  if (!actorStatus()->electedSelf() || actorStatus()->distSak().isDefault()) return;
   if (actorStatus()->sakTransmit()) return;
-  bool const canReceive = canAllPeersReceive(latest, old);
+  bool const canReceive = canAllPeersReceive(reported);
   VESK_TRACE(1, ": Setting sakTransmit ", canReceive, " for actor ", ckn_, " on ", intfId_);
   actorStatus()->sakTransmitIs(canReceive);
 }
 
-bool MkaActorSm::canAllPeersReceive(KeyInfo& latest, KeyInfo& old) const {
+bool MkaActorSm::canAllPeersReceive(KeysLPN& reported) const {
   for (MkaPeer& peer : actorStatus()->livePeer()) {
     SakUseInfo const& use = peer.sakUseInfo();
-    if (use == SakUseInfo()) return false;
-    latest = use.latestKeyInfo();
-    old = use.oldKeyInfo();
-    if (latest == KeyInfo() && old == KeyInfo()) return false;
-    if (!matching(latest, old, actorStatus()->distSak()).keyRx()) return false;
+    if (use.isDefault()) return false;
+    reported = lowestNumbers(use);
+    if (use.latestKeyInfo().isDefault() && use.oldKeyInfo().isDefault()) return false;
+    if (!matching(use, actorStatus()->distSak()).keyRx()) return false;
   }
   return true;
 }

@@ -61,12 +61,12 @@ BasicInfo MkaActorSm::basicInfo() {
       actorStatus()->keyServer() == Sci() ? mayBeKeyServer() : actorStatus()->electedSelf();
   unsigned char const priority = getKeyServerPriority();
   if (actorStatus()->msgNum() == kLastMessageNumber) updateMsgId();
-  Vesk::String8 const msgId = actorStatus()->msgId();
+  Vesk::String8 msgId = actorStatus()->msgId();
   uint32_t const msgNum = actorStatus()->msgNumInc(1);
   VESK_ASSERT(!msgId.empty() && msgNum != 0);
   return BasicInfo(priority, claims, actorStatus()->macsecDesired(),
                    macsecCapability(intfStatus_->macsecParams().cipher()), portStatus_->mySci(),
-                   msgId, msgNum, ckn_);
+                   std::move(msgId), msgNum, ckn_);
 }
 
 // IEEE 802.1X-2010, 9.8: the SAK goes out from the moment it is made until transmit with it has
@@ -74,7 +74,7 @@ BasicInfo MkaActorSm::basicInfo() {
 SakDistInfo MkaActorSm::sakDistInfo() const {
   Sak const& sak = actorStatus()->distSak();
   bool const isDistributed = actorStatus()->electedSelf() && actorStatus()->principal() &&
-                             sak != Sak() && !actorStatus()->sakTransmit();
+                             !sak.isDefault() && !actorStatus()->sakTransmit();
   if (!isDistributed) return SakDistInfo();
   return SakDistInfo(ANOffset(sak.an().value(), 0), sak.keyNum(),
                      intfStatus_->macsecParams().cipher(), sak.key());
@@ -84,7 +84,7 @@ SakDistInfo MkaActorSm::sakDistInfo() const {
 SakUseInfo MkaActorSm::sakUseInfo() const {
   SakContext const& old = cpStatus_->oldSakContext();
   SakContext const& latest = cpStatus_->latestSakContext();
-  if (old == SakContext() && latest == SakContext()) return SakUseInfo();
+  if (old.isDefault() && latest.isDefault()) return SakUseInfo();
   if (actorStatus()->livePeer().empty()) return SakUseInfo();
   return SakUseInfo(keyInfo(old), keyInfo(latest),
                     PlainTextInfo(false, false, status_->delayProtection()));

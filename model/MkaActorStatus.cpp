@@ -22,8 +22,9 @@ Vesk::Ptr<MkaPeer> MkaActorStatus::potentialPeerIs(Vesk::String8 const& key) {
   return memberIs<kPotentialPeer>(potentialPeer_, key, [&] { return newPotentialPeer(key); });
 }
 
+// It is soon live, and another entity then.
 Vesk::Ptr<MkaPeer> MkaActorStatus::newPotentialPeer(Vesk::String8 const& key) {
-  return Vesk::make<MkaPeer>(key);
+  return Vesk::makeIn<MkaPeer>(Vesk::Home::Part::cold, key);
 }
 
 Vesk::Ptr<MkaPeer> MkaActorStatus::potentialPeerDel(Vesk::String8 const& key) {

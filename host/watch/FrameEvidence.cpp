@@ -30,7 +30,7 @@ void FrameEvidence::accepted(Macsec::MkaMessageInfo const& message,
   noteFrame(frame);
   Macsec::MkaInfo const& info = *message.mkaInfo();
   noteSender(info.baseInfo().sci());
-  if (info.sakDistInfo() == Macsec::SakDistInfo()) return;
+  if (info.sakDistInfo().isDefault()) return;
   suiteAt_ = lastFrame_;
   suite_ = info.sakDistInfo().cipherSuite();
 }
