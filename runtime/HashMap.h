@@ -217,14 +217,15 @@ class HashMap {
   HashMapEntry** newTable(uint8_t log2) const {
     BesideScope const beside(this);
     size_t const buckets = size_t{1} << log2;
-    auto* const table = static_cast<HashMapEntry**>(
-        Home::allocate(buckets * sizeof(HashMapEntry*), Home::partAt(this)));
+    auto* const table =
+        static_cast<HashMapEntry**>(Home::allocate(octets(buckets), Home::partAt(this)));
     std::uninitialized_value_construct_n(table, buckets);
     return table;
   }
   void releaseTable() {
-    if (log2Buckets_ > 0) Home::release(many_, buckets() * sizeof(HashMapEntry*));
+    if (log2Buckets_ > 0) Home::release(many_, octets(buckets()));
   }
+  static constexpr size_t octets(size_t buckets) { return buckets * sizeof(void*); }
 
   HashMapEntry** table() { return log2Buckets_ == 0 ? &only_ : many_; }
   HashMapEntry* const* table() const { return log2Buckets_ == 0 ? &only_ : many_; }
