@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "codec/Kek.h"
-#include "codec/MemberTexts.h"
 #include "model/MkaActorStatus.h"
 #include "platform/CknOctets.h"
 #include "platform/SharedCmacs.h"
@@ -14,8 +13,8 @@
 
 namespace Codec {
 
-/// What the codec keeps of one actor: its name on the wire, its place in the status tree, its two
-/// keys as AES takes them, and the texts that its frames repeat. The keys are wiped when this goes.
+/// What the codec keeps of one actor: its name on the wire, its place in the status tree, and its
+/// two keys as AES takes them. The keys are wiped when this goes.
 class ActorKeys : public Vesk::AtHome<Vesk::Home::Part::hot> {
  public:
   /// `status` is the actor's own; who only reads captures has none.
@@ -48,7 +47,6 @@ class ActorKeys : public Vesk::AtHome<Vesk::Home::Part::hot> {
   Macsec::AesCmac& ick() { return *ick_; }
   Kek& kek() { return *kek_; }
   Kek const& kek() const { return *kek_; }
-  MemberTexts& members() { return members_; }
 
  private:
   void setIck(std::span<uint8_t const> clear) { ick_ = Macsec::SharedCmacs::cmac(clear); }
@@ -57,7 +55,6 @@ class ActorKeys : public Vesk::AtHome<Vesk::Home::Part::hot> {
   Vesk::Ptr<Macsec::MkaActorStatus const> status_;
   Macsec::CknOctets octets_;
   std::shared_ptr<Macsec::AesCmac> ick_ = std::make_shared<Macsec::AesCmac>();
-  MemberTexts members_;
   std::unique_ptr<Kek> const kek_ = std::make_unique<Kek>();
 };
 

@@ -134,8 +134,8 @@ void FrameCodec::handleTxMessage(Macsec::MkaMessageInfo const& message) {
   VESK_TRACE(8, ": IntfId ", intfId);
   counters_->expect(intfId);
   std::optional<Port> stranger;
-  Port const* known = ports_.find(intfId);
-  Port const& port = known ? *known : stranger.emplace(intfId);
+  Port* known = ports_.find(intfId);
+  Port& port = known ? *known : stranger.emplace(intfId);
   FrameWriter writer(port);
   if (Refusal refusal = writer.write(message)) {
     VESK_TRACE(3, ": No MKPDU sent on ", intfId, ": octet ", refusal.octet, " ",

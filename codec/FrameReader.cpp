@@ -34,16 +34,17 @@ Refusal FrameReader::check(Octets frame) {
 }
 
 Refusal FrameReader::checkActor() {
-  for (ActorKeys* actor : port_.actors) {
-    if (actor->isNamed(layout_.name)) return {};
+  for (; named_ < port_.actors.size(); ++named_) {
+    if (port_.actors[named_]->isNamed(layout_.name)) return {};
   }
   return {SubType::unrecognizedCkn, kNameAt, "begins a CKN that no actor of the interface holds"};
 }
 
 // Two actors of one interface may spell one name differently; the key tells whose frame it is.
 Refusal FrameReader::checkIcv() {
-  for (ActorKeys* actor : port_.actors) {
-    if (!actor->isNamed(layout_.name)) continue;
+  for (size_t i = named_; i < port_.actors.size(); ++i) {
+    ActorKeys* const actor = port_.actors[i];
+    if (i > named_ && !actor->isNamed(layout_.name)) continue;
     if (!actor->ick().matches(layout_.covered(), layout_.icv())) continue;
     actor_ = actor;
     return {};
@@ -106,7 +107,7 @@ void FrameReader::fill(Macsec::MkaMessageInfo& message, PeerLimit& limit, bool k
 
 Macsec::BasicInfo FrameReader::basicInfo() const {
   Macsec::BasicInfo info;
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   BasicSet::fields(FromFrame<BasicSet::Set, BasicSet::Info>{layout_.basic(), info, values});
   info.cknIs(actor_->ckn());
   return info;
@@ -115,7 +116,7 @@ Macsec::BasicInfo FrameReader::basicInfo() const {
 template <class Put>
 void FrameReader::eachPeer(Octets list, Put put) const {
   VESK_ASSERT(list.size() % sizeof(PeerList::Set) == 0);
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   for (; !list.empty(); list = list.subspan(sizeof(PeerList::Set))) {
     ListedPeer peer;
     auto const& record = *Macsec::overlayOn<PeerList::Set>(list.data());
@@ -127,7 +128,7 @@ void FrameReader::eachPeer(Octets list, Put put) const {
 Macsec::SakUseInfo FrameReader::sakUseInfo() const {
   if (sakUse_.empty()) return Macsec::SakUseInfo();
   auto const& set = *Macsec::overlayOn<SakUse::Set>(sakUse_.data());
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   Macsec::KeyInfo latest;
   Macsec::KeyInfo old;
   Macsec::PlainTextInfo plain;
@@ -143,7 +144,7 @@ Macsec::SakDistInfo FrameReader::sakDistInfo() {
   if (distSak_.octets.empty()) return Macsec::SakDistInfo();
   auto const& set = distSak_.as<DistSak::Set>();
   size_t const bodyLength = distSak_.bodyLength;
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   Macsec::ANOffset anAndOffset;
   Macsec::SakDistInfo info;
   info.cipherSuiteIs(Macsec::CipherSuite::None);

@@ -20,7 +20,7 @@ class PeerLimit;
 /// made and nothing outside of this changes before the whole frame has passed.
 class FrameReader {
  public:
-  explicit FrameReader(Port const& port) : port_(port) {}
+  explicit FrameReader(Port& port) : port_(port) {}
 
   /// Length, destination, EtherType, version, EAPOL type; basic parameter set; a CKN that an actor
   /// of the interface holds; algorithm agility; ICV; each further set. The first that is wrong
@@ -32,6 +32,8 @@ class FrameReader {
   // Of a frame that has passed:
   /// Whose frame it is.
   ActorKeys& actor() const { return *actor_; }
+  /// The texts of the members of its interface.
+  MemberTexts& members() const { return port_.members; }
   Macsec::MemberIdentifier const& sender() const { return layout_.basic().memberIdentifier(); }
   uint32_t messageNumber() const { return layout_.basic().messageNumber().value(); }
   /// Whether it has a distributed SAK set or a distributed CAK set, and where the first begins.
@@ -70,8 +72,9 @@ class FrameReader {
   template <class See>
   static void eachIn(Octets list, See see);
 
-  Port const& port_;
+  Port& port_;
   FrameLayout layout_;
+  size_t named_ = 0;  // the first actor of this name
   ActorKeys* actor_ = nullptr;
   // Heads and bodies of the sets that were found; empty for those that the frame lacks.
   Octets livePeers_;

@@ -94,7 +94,7 @@ Refusal FrameWriter::writeBasic(Macsec::BasicInfo const& info) {
   if (ckn.empty()) return refusal(SubType::basicParamSetErr, "has no name to send");
   uint8_t* const octets = appendSet(sizeof(BasicSet::Set), ckn.size());
   auto& set = *Macsec::overlayOn<BasicSet::Set>(octets);
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   BasicSet::fields(ToFrame<BasicSet::Set, BasicSet::Info>{set, info, values});
   if (!values.fits()) return refusal(SubType::basicParamSetErr, "has no member identifier");
   set.parameterSetBodyLengthIs(
@@ -126,7 +126,7 @@ Refusal FrameWriter::writePeers(uint8_t type, PeerMap const& peers) {
 
 // As many as there is room for. Of a list that is cut those go first that were heard.
 bool FrameWriter::putPeers(std::span<uint8_t> records, PeerMap const& peers, bool areCut) {
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   auto put = [&](bool heard) {
     for (auto const& entry : peers) {
       if (records.empty()) return;
@@ -138,7 +138,7 @@ bool FrameWriter::putPeers(std::span<uint8_t> records, PeerMap const& peers, boo
     }
   };
   put(true);
-  put(false);
+  if (areCut) put(false);
   return values.fits();
 }
 
@@ -149,7 +149,7 @@ Refusal FrameWriter::writeSakUse(Macsec::SakUseInfo const& info) {
   auto& set = *Macsec::overlayOn<SakUse::Set>(octets);
   set.parameterSetTypeIs(Types::sakUseParameterSetType);
   set.parameterSetBodyLengthIs(Constants::sakUseParameterSetBodyLen);
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   SakUse::latestKey(ToFrame<SakUse::Set, SakUse::Key>{set, info.latestKeyInfo(), values});
   SakUse::oldKey(ToFrame<SakUse::Set, SakUse::Key>{set, info.oldKeyInfo(), values});
   SakUse::plainText(ToFrame<SakUse::Set, SakUse::Plain>{set, info.plainTextInfo(), values});
@@ -175,7 +175,7 @@ Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {
   auto& set = *Macsec::overlayOn<DistSak::Set>(octets);
   set.parameterSetTypeIs(Types::distSakParameterSetType);
   set.parameterSetBodyLengthIs(static_cast<uint16_t>(bodyLength));
-  FieldValues values(actor_->members());
+  FieldValues values(port_.members);
   DistSak::anAndOffset(ToFrame<DistSak::Set, DistSak::AnOffset>{set, info.anAndOffset(), values});
   DistSak::fields(ToFrame<DistSak::Set, DistSak::Info>{set, info, values}, bodyLength);
   if (hasKey) std::ranges::copy(key.octets(), octets + DistSak::keyAt(bodyLength));

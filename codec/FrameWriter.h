@@ -19,7 +19,7 @@ namespace Codec {
 /// live.
 class FrameWriter {
  public:
-  explicit FrameWriter(Port const& port) : port_(port) {}
+  explicit FrameWriter(Port& port) : port_(port) {}
 
   /// Refuses what no frame can say: a message without an actor, an address or a key, a text that is
   /// no member identifier, a key that doesn't decode.
@@ -47,7 +47,7 @@ class FrameWriter {
   uint8_t* appendSet(size_t head, size_t bodyLength);
   Refusal refusal(SubType subType, char const* what) const;
 
-  Port const& port_;
+  Port& port_;
   ActorKeys* actor_ = nullptr;
   FrameBuffer buffer_;
   size_t livePeersLeftOut_ = 0;

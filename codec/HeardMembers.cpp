@@ -6,17 +6,18 @@ namespace Codec {
 
 namespace {
 
-// What was met last is met next: it goes to the front.
+// Two names and one other member: as many as have room from the start leave no gaps behind.
+constexpr size_t kExpected = 2;
+
+// What was met last is met next: it goes to the front, unless it is among the first already.
 template <class All, class Is>
 typename All::value_type* broughtToFront(All& all, Is is) {
   auto const found = std::ranges::find_if(all, is);
   if (found == all.end()) return nullptr;
+  if (found < all.begin() + kExpected) return &*found;
   std::rotate(all.begin(), found, found + 1);
   return &all.front();
 }
-
-// Two names and one other member: as many as have room from the start leave no gaps behind.
-constexpr size_t kExpected = 2;
 
 // In front of all others; the last one makes room.
 template <class All>

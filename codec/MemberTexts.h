@@ -8,9 +8,9 @@
 
 namespace Codec {
 
-/// The texts of the member identifiers that one actor meets, its own and its peers': each is made
-/// once, and whoever hands it up later shares it with the trees in which it stands. Keeps the ones
-/// met last; a CA of more members costs more, and nothing else.
+/// The texts of the member identifiers that one interface meets, of its actors and of their peers:
+/// each is made once, and whoever hands it up later shares it with the trees in which it stands.
+/// Keeps the ones met last; a CA of more members costs more, and nothing else.
 class MemberTexts {
  public:
   /// 24 lower-case digits; the empty text for twelve zero octets.
@@ -23,8 +23,8 @@ class MemberTexts {
     Macsec::MemberIdentifier identifier;
     Vesk::String8 text;
   };
-  static constexpr size_t kKept = 5;
-  static constexpr size_t kSettled = 4;
+  static constexpr size_t kKept = 6;
+  static constexpr size_t kSettled = 5;
 
   template <class Is>
   Known* knownBy(Is is);

@@ -16,7 +16,7 @@ class ListedPeer {
 
   /// Member identifier.
   Vesk::String8 const& msgId() const { return msgId_; }
-  void msgIdIs(Vesk::String8 const& v) { msgId_ = v; }
+  void msgIdIs(Vesk::String8 v) { msgId_ = std::move(v); }
   /// Message number last heard from it.
   uint32_t msgNum() const { return msgNum_; }
   void msgNumIs(uint32_t v) { msgNum_ = v; }

@@ -7,6 +7,7 @@
 #include "codec/ActorKeys.h"
 #include "codec/Dialect.h"
 #include "codec/HeardMembers.h"
+#include "codec/MemberTexts.h"
 #include "model/MkaPamManager.h"
 #include "runtime/AtHome.h"
 #include "runtime/EthAddr.h"
@@ -24,6 +25,7 @@ struct Port : Vesk::AtHome<Vesk::Home::Part::hot> {
   Dialect dialect;
   /// Those that hold a key on this interface, in order of their arrival: one, two or three.
   std::vector<ActorKeys*, Vesk::HomeAllocator<ActorKeys*>> actors;
+  MemberTexts members;
   HeardMembers heard;
   Vesk::Ptr<Macsec::MkaPamCounter> txCounter;
   Vesk::Ptr<Macsec::MkaPamCounter> rxCounter;

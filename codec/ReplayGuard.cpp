@@ -8,7 +8,7 @@ namespace {
 
 std::optional<Macsec::MemberIdentifier> ownIdentifier(FrameReader const& reader) {
   auto const* const actor = reader.actor().status();
-  return actor ? reader.actor().members().identifier(actor->msgId()) : std::nullopt;
+  return actor ? reader.members().identifier(actor->msgId()) : std::nullopt;
 }
 
 }  // namespace

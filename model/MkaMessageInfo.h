@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "model/Keys.h"
 #include "model/ParameterSets.h"
@@ -45,10 +46,10 @@ class MkaInfo final : public Vesk::DescribedEntity<MkaInfo> {
 
   /// Basic parameter set.
   BasicInfo const& baseInfo() const { return baseInfo_; }
-  void baseInfoIs(BasicInfo const& v) { write<kBaseInfo>(baseInfo_, v); }
+  void baseInfoIs(BasicInfo v) { write<kBaseInfo>(baseInfo_, std::move(v)); }
   /// SAK use parameter set.
   SakUseInfo const& sakUseInfo() const { return sakUseInfo_; }
-  void sakUseInfoIs(SakUseInfo const& v) { write<kSakUseInfo>(sakUseInfo_, v); }
+  void sakUseInfoIs(SakUseInfo v) { write<kSakUseInfo>(sakUseInfo_, std::move(v)); }
   /// Distributed SAK.
   SakDistInfo const& sakDistInfo() const { return sakDistInfo_; }
   void sakDistInfoIs(SakDistInfo const& v) { write<kSakDistInfo>(sakDistInfo_, v); }

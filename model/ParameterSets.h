@@ -41,13 +41,13 @@ class BasicInfo : public Vesk::Value<BasicInfo> {
   void sciIs(Sci const& v) { sci_ = v; }
   /// The sender's member identifier, 24 hexadecimal digits.
   Vesk::String8 const& msgId() const { return msgId_; }
-  void msgIdIs(Vesk::String8 const& v) { msgId_ = v; }
+  void msgIdIs(Vesk::String8 v) { msgId_ = std::move(v); }
   /// Message number.
   uint32_t msgNum() const { return msgNum_; }
   void msgNumIs(uint32_t v) { msgNum_ = v; }
   /// Name of the CAK that protects the message.
   Vesk::String8 const& ckn() const { return ckn_; }
-  void cknIs(Vesk::String8 const& v) { ckn_ = v; }
+  void cknIs(Vesk::String8 v) { ckn_ = std::move(v); }
 
   friend bool operator==(BasicInfo const&, BasicInfo const&) = default;
 
@@ -99,7 +99,7 @@ class KeyInfo : public Vesk::Value<KeyInfo> {
   void keyRxIs(bool v) { keyRx_ = v; }
   /// Member identifier of the key server that made the key.
   Vesk::String8 const& keyServerMsgId() const { return keyServerMsgId_; }
-  void keyServerMsgIdIs(Vesk::String8 const& v) { keyServerMsgId_ = v; }
+  void keyServerMsgIdIs(Vesk::String8 v) { keyServerMsgId_ = std::move(v); }
   /// Key number.
   uint32_t keyNum() const { return keyNum_; }
   void keyNumIs(uint32_t v) { keyNum_ = v; }

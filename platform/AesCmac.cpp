@@ -3,6 +3,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <array>
 
 namespace Macsec {
 
@@ -49,20 +50,21 @@ bool AesCmac::compute(std::span<uint8_t const> message, std::span<uint8_t, kSize
   return done;
 }
 
-// RFC 4493, 2.4, a piece at a time.
+// RFC 4493, 2.4, a piece at a time. The last block holds a subkey, and then the MAC, which may be a
+// derived key; what the chain gave before is neither.
 bool AesCmac::computeByChain(std::span<uint8_t const> message, std::span<uint8_t, kSize> out) {
-  SecretOctets<kPiece> piece;
+  std::array<uint8_t, kPiece + kSize> piece;
   for (bool isFirst = true;; isFirst = false) {
     size_t const taken = std::min(message.size(), kPiece);
-    piece.sizeIs(taken + kSize);
-    std::ranges::copy(message.first(taken), piece.octets().begin());
+    std::ranges::copy(message.first(taken), piece.begin());
     message = message.subspan(taken);
-    if (message.empty()) piece.sizeIs(close(piece.octets(), taken));
-    if (!(isFirst ? chain_.start(piece.octets()) : chain_.goOn(piece.octets()))) return false;
-    if (message.empty()) break;
+    bool const isLast = message.empty();
+    std::span const blocks = std::span(piece).first(isLast ? close(piece, taken) : kPiece);
+    bool const done = isFirst ? chain_.start(blocks) : chain_.goOn(blocks);
+    if (done && isLast) std::ranges::copy(blocks.last(kSize), out.begin());
+    if (isLast) wipe(blocks.last(kSize));
+    if (!done || isLast) return done;
   }
-  std::ranges::copy(piece.octets().last(kSize), out.begin());
-  return true;
 }
 
 // Pads the last block of a message if it isn't whole, and adds the subkey that closes it. The

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 #include "runtime/Entity.h"
 
@@ -127,13 +128,13 @@ class Attributes : public Entity {
  protected:
   using Entity::Entity;
 
-  template <auto kAttribute, class T>
-  void write(T& field, T const& value) {
-    Entity::write(kAttribute, field, value, onValue<kAttribute>());
+  template <auto kAttribute, class T, class V>
+  void write(T& field, V&& value) {
+    Entity::write(kAttribute, field, std::forward<V>(value), onValue<kAttribute>());
   }
-  template <auto kAttribute, class T>
-  void writeKeyed(Lumo::IntfId key, T& field, T const& value) {
-    Entity::writeKeyed(kAttribute, key, field, value, onValue<kAttribute>());
+  template <auto kAttribute, class T, class V>
+  void writeKeyed(Lumo::IntfId key, T& field, V&& value) {
+    Entity::writeKeyed(kAttribute, key, field, std::forward<V>(value), onValue<kAttribute>());
   }
   template <auto kAttribute, class E, class K, class Create>
   Ptr<E> memberIs(HashMap<E, K>& map, K const& key, Create create) {

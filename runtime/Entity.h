@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 
@@ -177,15 +178,16 @@ class Entity : public Notifier {
   ~Entity() override = default;
 
   /// Value attribute: stores and tells, unless the value is the one that stands there.
-  template <class T, class N>
-  void write(uint8_t attribute, T& field, T const& value, void (N::*on)()) {
-    writeKeyed(attribute, Lumo::IntfId(), field, value, on);
+  template <class T, class V, class N>
+  void write(uint8_t attribute, T& field, V&& value, void (N::*on)()) {
+    writeKeyed(attribute, Lumo::IntfId(), field, std::forward<V>(value), on);
   }
   /// The same for a change that concerns one interface.
-  template <class T, class N>
-  void writeKeyed(uint8_t attribute, Lumo::IntfId key, T& field, T const& value, void (N::*on)()) {
+  template <class T, class V, class N>
+  void writeKeyed(uint8_t attribute, Lumo::IntfId key, T& field, V&& value, void (N::*on)()) {
+    static_assert(std::is_same_v<T, std::remove_cvref_t<V>>);
     if (field == value) return;
-    field = value;
+    field = std::forward<V>(value);
     if (Detail::switches->writesAreLogged) [[unlikely]]
       logWrite(attribute, &field);
     tell(attribute, key, on);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -16,16 +17,8 @@ class NetValue {
   constexpr NetValue(Word value) { valueIs(value); }
 
   /// The value in host order.
-  constexpr Word value() const {
-    Word w = 0;
-    for (uint8_t byte : bytes_) w = static_cast<Word>(static_cast<uint64_t>(w) << 8 | byte);
-    return w;
-  }
-  constexpr void valueIs(Word value) {
-    for (size_t i = 0; i < sizeof(Word); ++i) {
-      bytes_[i] = static_cast<uint8_t>(value >> 8 * (sizeof(Word) - 1 - i));
-    }
-  }
+  constexpr Word value() const { return swapped(std::bit_cast<Word>(bytes_)); }
+  constexpr void valueIs(Word value) { bytes_ = std::bit_cast<Bytes>(swapped(value)); }
   /// The bytes in network order.
   constexpr uint8_t const* bytes() const { return bytes_.data(); }
 
@@ -35,7 +28,23 @@ class NetValue {
   }
 
  private:
-  std::array<uint8_t, sizeof(Word)> bytes_{};
+  using Bytes = std::array<uint8_t, sizeof(Word)>;
+
+  // Between host and network order.
+  static constexpr Word swapped(Word w) {
+    if constexpr (std::endian::native == std::endian::big || sizeof w == 1) {
+      return w;
+    } else if constexpr (sizeof w == 2) {
+      return __builtin_bswap16(w);
+    } else if constexpr (sizeof w == 4) {
+      return __builtin_bswap32(w);
+    } else {
+      static_assert(sizeof w == 8);
+      return __builtin_bswap64(w);
+    }
+  }
+
+  Bytes bytes_{};
 };
 
 using NetU8 = NetValue<uint8_t>;

@@ -48,14 +48,18 @@ class PtrInterface : public VFPtrInterface {
   virtual void zeroReferencesIs();
 
   void referenceInc() const {
-    if (enableThreadSafePointers) {
-      std::atomic_ref(word_).fetch_add(1, std::memory_order_relaxed);
+    if (enableThreadSafePointers) [[unlikely]] {
+      referenceIncAtomically();
     } else {
       ++word_;
     }
   }
   void referenceDec() const {
-    if (afterDec() == 0) const_cast<PtrInterface*>(this)->lastReferenceGone();
+    if (enableThreadSafePointers) [[unlikely]] {
+      referenceDecAtomically();
+    } else if ((--word_ & kCountMask) == 0) [[unlikely]] {
+      lastReferenceGone();
+    }
   }
 
  protected:
@@ -69,12 +73,8 @@ class PtrInterface : public VFPtrInterface {
   static constexpr uint32_t kMarkedForDeletion = 0x80000000;
   static constexpr uint32_t kNotificationActive = 0x20000000;
 
-  uint32_t afterDec() const {
-    if (enableThreadSafePointers) {
-      return (std::atomic_ref(word_).fetch_sub(1, std::memory_order_acq_rel) - 1) & kCountMask;
-    }
-    return --word_ & kCountMask;
-  }
+  void referenceIncAtomically() const;
+  void referenceDecAtomically() const;
   void flagIs(uint32_t flag, bool on) {
     if (enableThreadSafePointers) {
       on ? std::atomic_ref(word_).fetch_or(flag) : std::atomic_ref(word_).fetch_and(~flag);
@@ -82,7 +82,7 @@ class PtrInterface : public VFPtrInterface {
       word_ = on ? word_ | flag : word_ & ~flag;
     }
   }
-  void lastReferenceGone();
+  void lastReferenceGone() const;
 
   alignas(4) mutable uint32_t word_ = 1;
 };

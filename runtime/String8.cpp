@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 #include <ostream>
@@ -47,6 +48,28 @@ String8::Rep* String8::newRep(std::string_view text, bool secret) {
   Rep* rep = blankRep(text.size(), secret);
   if (rep) memcpy(rep->text, text.data(), text.size());
   return rep;
+}
+
+// Most texts that differ do so in their first word.
+bool String8::hasSameBytes(String8 const& o) const {
+  if (!rep_ || !o.rep_ || rep_->length != o.rep_->length) return false;
+  char const* a = rep_->text;
+  char const* b = o.rep_->text;
+  size_t left = rep_->length;
+  for (; left >= sizeof(uint64_t); left -= sizeof(uint64_t)) {
+    if (memcmp(a, b, sizeof(uint64_t)) != 0) return false;
+    a += sizeof(uint64_t);
+    b += sizeof(uint64_t);
+  }
+  return left == 0 || memcmp(a, b, left) == 0;
+}
+
+void String8::acquireAtomically() const {
+  std::atomic_ref(rep_->references).fetch_add(1, std::memory_order_relaxed);
+}
+
+void String8::releaseAtomically() {
+  if (std::atomic_ref(rep_->references).fetch_sub(1) == 1) lastCopyGone();
 }
 
 void String8::lastCopyGone() {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -69,7 +68,7 @@ class String8 {
   String8 operator+(String8 const& o) const;
   String8& operator+=(String8 const& o) { return *this = *this + o; }
   friend bool operator==(String8 const& a, String8 const& b) {
-    return a.rep_ == b.rep_ || a.view() == b.view();
+    return a.rep_ == b.rep_ || a.hasSameBytes(b);
   }
   friend bool operator==(String8 const& a, char const* b) {
     return a.view() == std::string_view(b);
@@ -90,20 +89,23 @@ class String8 {
   static size_t octetsFor(size_t size);
   static Rep* blankRep(size_t size, bool secret, Home::Part part = Home::Part::cold);
   static Rep* newRep(std::string_view text, bool secret);
+  bool hasSameBytes(String8 const& o) const;
   void acquire() const {
     if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
-      std::atomic_ref(rep_->references).fetch_add(1, std::memory_order_relaxed);
+      acquireAtomically();
     } else {
       ++rep_->references;
     }
   }
   void release() {
-    uint32_t const left = VFPtrInterface::enableThreadSafePointers
-                              ? std::atomic_ref(rep_->references).fetch_sub(1) - 1
-                              : --rep_->references;
-    if (left == 0) [[unlikely]]
+    if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
+      releaseAtomically();
+    } else if (--rep_->references == 0) [[unlikely]] {
       lastCopyGone();
+    }
   }
+  void acquireAtomically() const;
+  void releaseAtomically();
   void lastCopyGone();
   uint32_t newHash() const;
 

@@ -24,10 +24,10 @@ void TimerLane::leave(uint64_t number) {
 
 void TimerLane::grow() {
   std::vector<TimerPlace> ring(std::max<size_t>(16, 2 * ring_.size()));
-  for (uint64_t number = begin_; number != end_; ++number) {
-    ring[number & (ring.size() - 1)] = at(number);
-  }
+  uint64_t const mask = ring.size() - 1;
+  for (uint64_t number = begin_; number != end_; ++number) ring[number & mask] = at(number);
   ring_ = std::move(ring);
+  mask_ = mask;
 }
 
 }  // namespace Zorn

@@ -30,7 +30,7 @@ class TimerLane {
   TimerPlace const& first() const { return at(begin_); }
   /// Of the newest one, which may have left.
   TimerDue const& lastDue() const { return at(end_ - 1).due; }
-  TimerPlace const& at(uint64_t number) const { return ring_[number & (ring_.size() - 1)]; }
+  TimerPlace const& at(uint64_t number) const { return ring_[number & mask_]; }
 
   /// Its number.
   uint64_t append(TimerPlace const& place);
@@ -53,10 +53,11 @@ class TimerLane {
  private:
   static constexpr uint64_t kFewLeft = 64;
 
-  TimerPlace& place(uint64_t number) { return ring_[number & (ring_.size() - 1)]; }
+  TimerPlace& place(uint64_t number) { return ring_[number & mask_]; }
   void grow();
 
   std::vector<TimerPlace> ring_;  // none, or a power of two
+  uint64_t mask_ = 0;             // for a place in the ring
   uint64_t begin_ = 0;
   uint64_t end_ = 0;
   uint64_t left_ = 0;
