@@ -15,8 +15,8 @@ struct Row {
   double steady;           ///< processor seconds for a port and virtual second
   double protectedSteady;  ///< the same under delay protection
   double mkpdu;            ///< processor seconds for an MKPDU from timer to handled
-  double frameOctets;
-  double allocations;  ///< for an MKPDU
+  double timesCrypto;      ///< the same, as so many times the bare crypto right behind the run
+  double allocations;      ///< for an MKPDU
 };
 
 Row measured(uint32_t portsOnEach, Keys keys = Keys::shared);

@@ -36,7 +36,7 @@ class HeardMembers {
   };
   struct Association {
     Macsec::CknOctets ckn;
-    HomeVector<Member> members;  // the first two, and then those heard last in front
+    HomeVector<Member> members;  // two, and behind them those heard last first
   };
   Association& associationIs(Macsec::CknOctets const& ckn);
 

@@ -167,7 +167,7 @@ class Host {
   /// What the doctor has done; null without one, or while the switch doesn't run.
   PortDoctor::Counts const* doctorCounts() const;
 
-  /// What the frames of an interface tell; of one that had none, nothing.
+  /// What the frames of an interface tell, until it goes; of one that has had none, nothing.
   FrameEvidence const& frameEvidence(Lumo::IntfId intfId) const;
   /// What keeps the hardware of an interface from doing as asked, as its driver says it, and what
   /// to do about it; empty when nothing does.

@@ -11,6 +11,7 @@ uint64_t TimerLane::append(TimerPlace const& one) {
   VESK_DEBUG_ASSERT(empty() || lastDue() < one.due);
   if (end_ - begin_ == ring_.size()) grow();
   place(end_) = one;
+  lastDue_ = one.due;
   return end_++;
 }
 

@@ -29,7 +29,7 @@ class TimerLane {
   bool empty() const { return begin_ == end_; }
   TimerPlace const& first() const { return at(begin_); }
   /// Of the newest one, which may have left.
-  TimerDue const& lastDue() const { return at(end_ - 1).due; }
+  TimerDue const& lastDue() const { return lastDue_; }
   TimerPlace const& at(uint64_t number) const { return ring_[number & mask_]; }
 
   /// Its number.
@@ -60,6 +60,7 @@ class TimerLane {
   uint64_t mask_ = 0;             // for a place in the ring
   uint64_t begin_ = 0;
   uint64_t end_ = 0;
+  TimerDue lastDue_{};
   uint64_t left_ = 0;
 };
 

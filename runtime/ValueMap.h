@@ -58,6 +58,7 @@ class ValueMap {
   }
   /// Takes all values out.
   void clear() {
+    if (empty()) return;
     map_.takeAll([this](Ptr<Entry> entry) {
       if (entry->references() == 1) keepSpare(std::move(entry));
     });
