@@ -5,6 +5,7 @@
 #include <fstream>
 #include <ostream>
 
+#include "lab/judge/DataLoss.h"
 #include "lab/judge/Expectations.h"
 #include "lab/report/Captures.h"
 #include "lab/report/Events.h"
@@ -55,9 +56,12 @@ class Player {
       out_ << scenario.title << "\n\n";
       simulation.audienceIs(timeline);
     }
+    DataLoss dataLoss(simulation);
+    simulation.audienceIs(dataLoss);
     simulation.run();
     if (options_.show) showEnd(simulation, captures);
-    return judge(scenario, expectations) && judgeNonces(scenario, simulation);
+    return judge(scenario, expectations) && judgeNonces(scenario, simulation) &&
+           judgeData(scenario, dataLoss);
   }
 
  private:
@@ -88,6 +92,13 @@ class Player {
     if (repeats.empty()) return true;
     out_ << fmt::format("FAILED  {} (nonces are repeated)\n", scenario.file);
     for (std::string const& repeat : repeats) out_ << "  " << repeat << '\n';
+    return false;
+  }
+
+  bool judgeData(Scenario const& scenario, DataLoss const& dataLoss) {
+    if (dataLoss.lost().empty()) return true;
+    out_ << fmt::format("FAILED  {} (data is lost)\n", scenario.file);
+    for (DataLoss::Lost const& lost : dataLoss.lost()) out_ << "  " << lost.text() << '\n';
     return false;
   }
 

@@ -43,6 +43,8 @@ struct Scenario {
   std::string title;
   std::optional<uint32_t> seed;
   double frameDelay = 0.001;
+  /// Each port through which traffic may pass sends a frame of data so often, if this is given.
+  std::optional<double> dataEvery;
   double runUntil = 0;
   /// How frames mark their ICV. Analysers of captures know the form of 16 octets.
   Codec::IcvIndicator icvIndicator = Codec::IcvIndicator::length16;

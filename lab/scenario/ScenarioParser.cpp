@@ -16,6 +16,8 @@ namespace Lab {
 
 namespace {
 
+constexpr double kLeastDataEvery = 0.001;
+
 std::vector<Line> linesOf(std::string_view text) {
   std::vector<Line> lines;
   int number = 0;
@@ -120,6 +122,9 @@ class ScenarioParser {
     } else if (words.take("frame delay")) {
       once("frame delay");
       scenario_.frameDelay = words.time();
+    } else if (words.take("data every")) {
+      once("data every");
+      scenario_.dataEvery = words.decimal("a time in seconds", kLeastDataEvery, 1e9);
     } else if (words.take("icv indicator")) {
       once("icv indicator");
       scenario_.icvIndicator = parseIcvIndicator(words);
@@ -134,8 +139,9 @@ class ScenarioParser {
       scenario_.runUntil = words.time();
     } else {
       words.unknown("beginning of a line",
-                    {"title", "seed", "frame delay", "icv indicator", "replay guard", "port doctor",
-                     "run until", "switch", "wire", "at", "by", "from", "between", "exactly at"});
+                    {"title", "seed", "frame delay", "data every", "icv indicator", "replay guard",
+                     "port doctor", "run until", "switch", "wire", "at", "by", "from", "between",
+                     "exactly at"});
     }
     words.needEnd();
   }

@@ -10,6 +10,8 @@
 #include "host/port/PortEvent.h"
 #include "host/text/Diagnostic.h"
 #include "host/watch/HostTap.h"
+#include "lab/data/SecY.h"
+#include "lab/scenario/Names.h"
 
 namespace Lab {
 
@@ -94,6 +96,24 @@ struct Event {
       what;
 };
 
+/// A frame of the test flow is to leave a port through which traffic may pass.
+struct DataSent {
+  PortName const& from;
+  uint64_t number;  ///< counted from 1 over the frames of the port
+  bool left;        ///< false if the hardware has no key to send with
+};
+
+/// It comes to another end of the wire.
+struct DataArrived {
+  PortName const& from;
+  PortName const& to;
+  uint64_t number;
+  double sentAt;
+  SecY::Verdict verdict;
+  bool isOpen;  ///< traffic may pass at `to`
+  bool isSame;  ///< it is what its sender gave
+};
+
 /// The event of a port, if it is one of this kind; else null.
 inline PortEvent const* eventOf(Event const& event, EventKind kind) {
   auto const* const port = std::get_if<PortEvent>(&event.what);
@@ -112,6 +132,12 @@ class Audience {
   /// A frame leaves a port for the wire with this number, before any fault of the wire.
   virtual void captured(double time, size_t wire, std::span<uint8_t const> frame) {
     static_cast<void>(time), static_cast<void>(wire), static_cast<void>(frame);
+  }
+  virtual void dataSent(double time, DataSent const& sent) {
+    static_cast<void>(time), static_cast<void>(sent);
+  }
+  virtual void dataArrived(double time, DataArrived const& arrived) {
+    static_cast<void>(time), static_cast<void>(arrived);
   }
   /// All of this instant is done.
   virtual void instantDone(double time) { static_cast<void>(time); }

@@ -51,12 +51,15 @@ struct Hardware::HoldReactor final
   void onForwardingModelInput(Lumo::IntfId const& intfId) override { owner().handleHold(intfId); }
 };
 
-// The emulator doesn't know of SSCIs, which are part of what is installed.
+// The emulator doesn't know of SSCIs, which are part of what is installed, and takes nothing out.
 struct Hardware::CpStatusReactor final
     : Vesk::Reactor<Macsec::CpStatus const, Hardware, CpStatusReactor> {
   using Reactor::Reactor;
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
   void onMySsci() override { owner().handleMySsci(fwkKey()); }
+  void onPeerSsci() override { owner().handlePeerSsci(fwkKey()); }
+  void onTxSak() override { owner().keepWhatIsAskedFor(fwkKey()); }
+  void onRxSak(AssociationNumber const&) override { owner().keepWhatIsAskedFor(fwkKey()); }
 };
 
 struct Hardware::StatusReactor final
@@ -67,6 +70,7 @@ struct Hardware::StatusReactor final
   }
   void onCpStatus(Lumo::IntfId const& intfId) override {
     cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
+    owner().keepWhatIsAskedFor(intfId);
   }
   auto nested() { return std::tie(cpStatus_); }
 
@@ -115,6 +119,7 @@ void Hardware::interfaceDel(Lumo::IntfId intfId) {
   std::erase_if(answers_, [&](Answer const& answer) { return answer.intfId == intfId; });
   packetNumbers_.erase(intfId);
   downDevices_.erase(intfId);
+  secYs_.erase(intfId);
   slice_->statusDel(intfId);
 }
 
@@ -147,6 +152,7 @@ void Hardware::follow(Vesk::Ptr<Macsec::Status> const& status) {
   takingUp_ = true;
   emulator_ = Macsec::hwEmulatorFactory(status, copy_);
   takingUp_ = false;
+  for (auto const& [intfId, reactor] : sliceReactors_) keepWhatIsAskedFor(intfId);
 }
 
 // Whether the slice has what the copy has.
@@ -225,6 +231,7 @@ void Hardware::giveRx(Lumo::IntfId intfId, AssociationNumber an) {
     host_.keyHistory().bindSsci(intfId, *id, ssciOf(intfId));
   }
   if (entry->rxSaStatus(an)) entry->rxSaStatusDel(an);
+  receiveWith(intfId, sak);
   entry->rxSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
 }
 
@@ -233,21 +240,26 @@ void Hardware::giveTx(Lumo::IntfId intfId) {
   if (!cpStatus || cpStatus->txSak() == Sak()) return;
   Sak const sak = cpStatus->txSak();
   auto const entry = slice_->status(intfId);
-  if (!entry || !maySend(intfId, sak)) return;
+  if (!entry || host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return;
+  auto const there = entry->txSaStatus();
+  bool const goesOn = there && there->keyId() == sak.keyMsgId() && there->keyNum() == sak.keyNum();
+  if (!goesOn) {
+    auto const first = firstToSend(intfId, sak);
+    if (!first) return;
+    sendWith(intfId, sak, *first);
+  }
   entry->txSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
 }
 
-// An SA of this key that is there goes on.
-bool Hardware::maySend(Lumo::IntfId intfId, Sak const& sak) {
+// Its packet number; nothing for a key that mustn't be used.
+std::optional<uint64_t> Hardware::firstToSend(Lumo::IntfId intfId, Sak const& sak) {
   auto const id = Macsecd::SakId::of(sak);
-  if (!id || host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return false;
-  auto const there = slice_->status(intfId)->txSaStatus();
-  if (there && there->keyId() == sak.keyMsgId() && there->keyNum() == sak.keyNum()) return true;
+  if (!id) return std::nullopt;
   uint32_t const ssci = ssciOf(intfId);
   auto const first = host_.keyHistory().firstToSend(intfId, *id, ssci);
   if (!first) {
     host_.keyIsSpent(intfId, *id);
-    return false;
+    return std::nullopt;
   }
   Macsecd::NonceWatch::Sender const sender{
       name_ + " " + intfId.stringValue().charPtr(),
@@ -255,27 +267,27 @@ bool Hardware::maySend(Lumo::IntfId intfId, Sak const& sak) {
   host_.keyHistory().noteSent(intfId, *id, ssci, *first);
   nonces_.begins(sender, *first);
   nonces_.reaches(sender, *first + kFramesSent);
-  return true;
-}
-
-// 0 as long as there is no peer.
-uint32_t Hardware::ssciOf(Lumo::IntfId intfId) const {
-  std::string const text(status_->cpStatus(intfId)->mySsci().ssci().view());
-  return text.empty() ? 0 : static_cast<uint32_t>(std::stoul(text, nullptr, 16));
+  return *first;
 }
 
 void Hardware::handleHold(Lumo::IntfId intfId) {
   auto const entry = slice_->status(intfId);
   if (!entry) return;
   if (!host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return giveTx(intfId);
+  sendNothing(intfId);
+}
+
+void Hardware::sendNothing(Lumo::IntfId intfId) {
+  auto const entry = slice_->status(intfId);
   if (entry->txSaStatus()) entry->txSaStatusDel();
+  if (auto const own = secYs_.find(intfId); own != secYs_.end()) own->second.txSaDel();
 }
 
 // An SA can't change its SSCI: it is installed anew, if it may be.
 void Hardware::handleMySsci(Lumo::IntfId intfId) {
   auto const entry = slice_->status(intfId);
   if (!entry || !entry->txSaStatus()) return;
-  entry->txSaStatusDel();
+  sendNothing(intfId);
   giveTx(intfId);
 }
 

@@ -11,6 +11,7 @@
 #include "hardware/HwEmulator.h"
 #include "host/Host.h"
 #include "host/watch/NonceWatch.h"
+#include "lab/data/SecY.h"
 #include "lab/scenario/Scenario.h"
 
 namespace Lab {
@@ -18,9 +19,12 @@ namespace Lab {
 /// The MACsec hardware of one switch: a slice with an entry for each interface. The emulator
 /// answers into a copy that nobody else sees; what it answers reaches the slice at once, after
 /// a delay, or never, and the transmit SA with a packet number if one is given. It sends nothing
-/// with a key that the host holds back, and goes on with a key where it stood.
+/// with a key that the host holds back, and goes on with a key where it stood. Frames of data go
+/// through a SecY that has what was installed and is still asked for.
 ///
 ///     CpStatus -> HwEmulator -> copy -> (mood) -> slice -> HwStatusSm -> engine
+///                                          |
+///                                          +----> SecY
 class Hardware {
  public:
   /// Puts the slice into the host's directory of slices. All calls are made inside the world of the
@@ -34,6 +38,8 @@ class Hardware {
   /// Begins to answer what this status asks for, from what it asks for already. After a restart it
   /// is another one, and what the slice has installed stays as it is.
   void follow(Vesk::Ptr<Macsec::Status> const& status);
+  /// The process dies: what is taken down with it isn't taken out of the hardware.
+  void followNothing();
   /// Another mood; what is still asked for is answered at once (normal), after `delay` seconds from
   /// now on (slow), or not (silent).
   void moodIs(HardwareMood mood, double delay);
@@ -51,6 +57,8 @@ class Hardware {
   bool isDeviceDown(Lumo::IntfId intfId) const { return downDevices_.contains(intfId); }
 
   Vesk::Ptr<Macsec::MacSecStatus> const& slice() const { return slice_; }
+  /// What protects and validates the frames of an interface; null without one that is up.
+  SecY* secY(Lumo::IntfId intfId);
   /// When the next answer is due; infinity when none is.
   double nextTime() const;
   /// Gives the answer that is due first, if it is due by `Vesk::now()`. False if none was due.
@@ -75,11 +83,15 @@ class Hardware {
   void give(Answer const& answer);
   void giveRx(Lumo::IntfId intfId, Macsec::AssociationNumber an);
   void giveTx(Lumo::IntfId intfId);
-  bool maySend(Lumo::IntfId intfId, Macsec::Sak const& sak);
+  std::optional<uint64_t> firstToSend(Lumo::IntfId intfId, Macsec::Sak const& sak);
   uint32_t ssciOf(Lumo::IntfId intfId) const;
-  void followNothing();
+  void sendNothing(Lumo::IntfId intfId);
   void handleHold(Lumo::IntfId intfId);
   void handleMySsci(Lumo::IntfId intfId);
+  void sendWith(Lumo::IntfId intfId, Macsec::Sak const& sak, uint64_t first);
+  void receiveWith(Lumo::IntfId intfId, Macsec::Sak const& sak);
+  void keepWhatIsAskedFor(Lumo::IntfId intfId);
+  void handlePeerSsci(Lumo::IntfId intfId);
   double dueTime() const;
 
   Macsecd::Host& host_;
@@ -99,6 +111,7 @@ class Hardware {
   std::deque<Answer> answers_;
   std::map<Lumo::IntfId, uint32_t> packetNumbers_;
   std::set<Lumo::IntfId> downDevices_;
+  std::map<Lumo::IntfId, SecY> secYs_;
 };
 
 }  // namespace Lab

@@ -10,6 +10,7 @@ namespace {
 
 // More than ever happens at one instant: beyond it something arms itself for the present for ever.
 constexpr int kMostAtOneInstant = 1'000'000;
+constexpr double kNever = std::numeric_limits<double>::infinity();
 
 PortName portOf(Switch const& owner, Lumo::IntfId intfId) {
   return {owner.name(), intfId.stringValue().charPtr()};
@@ -17,7 +18,8 @@ PortName portOf(Switch const& owner, Lumo::IntfId intfId) {
 
 }  // namespace
 
-Simulation::Simulation(Scenario const& scenario, uint32_t seed) : scenario_(scenario) {
+Simulation::Simulation(Scenario const& scenario, uint32_t seed)
+    : scenario_(scenario), nextData_(scenario.dataEvery.value_or(kNever)) {
   audienceIs(sakHistory_);
   for (WireSpec const& wire : scenario.wires) {
     size_t const index = wires_.size();
@@ -81,7 +83,8 @@ void Simulation::run() {
 }
 
 double Simulation::nextTime() const {
-  double next = std::numeric_limits<double>::infinity();
+  double next = nextData_;
+  if (!dataInFlight_.empty()) next = std::min(next, dataInFlight_.front().time);
   if (!starts_.empty()) next = std::min(next, starts_.begin()->first);
   if (nextAction_ < scenario_.actions.size()) {
     next = std::min(next, scenario_.actions[nextAction_].at);
@@ -109,6 +112,8 @@ void Simulation::settle() {
   startDue();
   actDue();
   for (int i = 0; runOne() || deliverOne(); ++i) VESK_ASSERT(i < kMostAtOneInstant);
+  deliverDueData();
+  sendDueData();
 }
 
 void Simulation::startDue() {

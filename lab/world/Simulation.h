@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <queue>
 #include <set>
@@ -18,8 +19,12 @@
 namespace Lab {
 
 /// Plays a scenario in virtual time. At one instant the order is: starts of switches, actions of
-/// the scenario, timers, answers of hardware, frames; frames are always delivered from here and
-/// never inside the sender. The same scenario with the same seed happens the same way to the byte.
+/// the scenario, timers, answers of hardware, frames, frames of data; frames are always delivered
+/// from here and never inside the sender. The same scenario with the same seed happens the same way
+/// to the byte.
+///
+/// Frames of data go the ways of the wires and take their own time: a wire that is cut loses them,
+/// and no other fault of a wire hits them, so that none is lost by chance.
 class Simulation {
  public:
   /// The scenario has to outlive the simulation. One simulation lives at a time, since the
@@ -68,6 +73,15 @@ class Simulation {
     size_t wire;
     size_t end;
   };
+  // A frame of data on its way. All take the same time.
+  struct DataInFlight {
+    double time;
+    double sentAt;
+    size_t wire;
+    size_t from;
+    uint64_t number;
+    Frame frame;
+  };
 
   void makeSwitches(uint32_t seed);
   double nextTime() const;
@@ -79,6 +93,10 @@ class Simulation {
   bool deliverOne();
   void deliver(InFlight const& flight);
   void carry(Switch& from, Lumo::IntfId intfId, std::span<uint8_t const> frame);
+  void sendDueData();
+  void sendData(size_t wire, size_t end);
+  void deliverDueData();
+  void deliverData(DataInFlight const& flight, size_t end);
   static bool isMeant(Recorded const& recorded, Replay const& replay);
   std::vector<Frame> framesOf(Replay const& replay, size_t wire) const;
   WireEnd const* wireAt(PortName const& port) const;
@@ -125,6 +143,9 @@ class Simulation {
   std::multimap<double, Switch*> starts_;
   std::priority_queue<InFlight> inFlight_;
   uint64_t departures_ = 0;
+  double nextData_;
+  std::map<PortName, uint64_t> dataSent_;
+  std::deque<DataInFlight> dataInFlight_;
   size_t nextAction_ = 0;
   std::set<double> looks_;
 };

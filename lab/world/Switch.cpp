@@ -133,6 +133,7 @@ void Switch::startProcess() {
 }
 
 void Switch::processDied() {
+  hardware_->followNothing();
   host_->die();
   hardware_->follow(host_->status());
 }
@@ -227,6 +228,8 @@ void Switch::keyIsSpent(Lumo::IntfId intfId) {
 void Switch::hardware(std::function<void(Hardware&)> const& change) {
   inWorld([&] { change(*hardware_); });
 }
+
+bool Switch::passes(Lumo::IntfId intfId) const { return isUp(intfId) && host_->isOpen(intfId); }
 
 double Switch::nextTime() const {
   return std::min({startsAgain_, host_->timerWheel()->nextTime(), hardware_->nextTime()});

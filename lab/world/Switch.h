@@ -73,6 +73,10 @@ class Switch final : public Codec::FrameSink {
   void keyIsSpent(Lumo::IntfId intfId);
   void hardware(std::function<void(Hardware&)> const& change);
   void receive(Lumo::IntfId intfId, std::span<uint8_t const> frame);
+  /// Whether traffic may pass on an interface that is up.
+  bool passes(Lumo::IntfId intfId) const;
+  /// What protects and validates data on an interface; null without one.
+  SecY* secY(Lumo::IntfId intfId) { return isUp(intfId) ? hardware_->secY(intfId) : nullptr; }
 
   /// The frame that the interface has accepted last; empty when it has accepted none.
   std::vector<uint8_t> const& lastAccepted(Lumo::IntfId intfId) { return lastAccepted_[intfId]; }

@@ -28,6 +28,7 @@ class Wire {
 
   /// What goes on its way when this end sends the frame, in order of departure.
   std::vector<Flight> sent(size_t end, std::span<uint8_t const> frame);
+  bool isCut(size_t end) const { return ways_[end].cut; }
   /// A fault of what `end` sends, or of all ends. A frame that waits when its way is repaired still
   /// follows the next one.
   void faultIs(size_t end, WireFault const& fault);

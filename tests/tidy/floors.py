@@ -26,7 +26,7 @@ SHELVES = {
     "host": ("text", "config", "state", "watch", "", "port", "explain", "journal", "control", "client",
              "eap"),
     "linux": ("process", "net", "kernel", "trace", "keep", "serve", "client", ""),
-    "lab": ("scenario", "world", "judge", "report", "random", ""),
+    "lab": ("scenario", "data", "world", "judge", "report", "random", ""),
 }
 # Shelves for who only asks a daemon: what they may include beside themselves. No engine, no cryptography.
 CLIENTS = {

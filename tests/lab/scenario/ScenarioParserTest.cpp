@@ -22,13 +22,14 @@ PortName const b1{"B", "Ethernet1"};
 TEST(ScenarioParser, ReadsTheSettingsInAnyOrder) {
   auto result = parseScenario("run until 60.5 # a comment\n" +
                                   scene("").replace(scene("").find("run until 100"), 13, "seed 7") +
-                                  "frame delay 0.002\ntitle Two, and 'no more'\n",
+                                  "frame delay 0.002\ndata every 0.5\ntitle Two, and 'no more'\n",
                               "f");
   ASSERT_TRUE(result.good()) << textOf(result.diagnostics);
   EXPECT_EQ(result.scenario.file, "f");
   EXPECT_EQ(result.scenario.runUntil, 60.5);
   EXPECT_EQ(result.scenario.seed, 7u);
   EXPECT_EQ(result.scenario.frameDelay, 0.002);
+  EXPECT_EQ(result.scenario.dataEvery, 0.5);
   EXPECT_THAT(result.scenario.title, HasSubstr("Two"));
 }
 
