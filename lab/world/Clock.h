@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 
 namespace Lab {
+
+/// The time of what isn't due.
+inline constexpr double kNever = std::numeric_limits<double>::infinity();
 
 /// The virtual time of one simulation in seconds from 0.
 struct Clock {

@@ -1,7 +1,6 @@
 #include "lab/world/Hardware.h"
 
-#include <limits>
-
+#include "lab/world/Clock.h"
 #include "model/Factories.h"
 #include "runtime/NestedReactors.h"
 #include "runtime/World.h"
@@ -166,7 +165,7 @@ bool Hardware::isInstalled(Lumo::IntfId intfId, std::optional<AssociationNumber>
 }
 
 double Hardware::dueTime() const {
-  if (mood_ == HardwareMood::silent) return std::numeric_limits<double>::infinity();
+  if (mood_ == HardwareMood::silent) return kNever;
   return mood_ == HardwareMood::slow ? Vesk::now() + delay_ : Vesk::now();
 }
 
@@ -195,7 +194,7 @@ void Hardware::packetNumberIs(Lumo::IntfId intfId, uint32_t number) {
 }
 
 double Hardware::nextTime() const {
-  double next = std::numeric_limits<double>::infinity();
+  double next = kNever;
   for (Answer const& answer : answers_) next = std::min(next, answer.due);
   return next;
 }

@@ -1,7 +1,5 @@
 #include "lab/world/Simulation.h"
 
-#include <limits>
-
 #include "runtime/Assert.h"
 
 namespace Lab {
@@ -10,7 +8,6 @@ namespace {
 
 // More than ever happens at one instant: beyond it something arms itself for the present for ever.
 constexpr int kMostAtOneInstant = 1'000'000;
-constexpr double kNever = std::numeric_limits<double>::infinity();
 
 PortName portOf(Switch const& owner, Lumo::IntfId intfId) {
   return {owner.name(), intfId.stringValue().charPtr()};

@@ -1,7 +1,6 @@
 #include "lab/world/Switch.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "host/journal/PortJournal.h"
 #include "platform/WardcodeLib.h"
@@ -9,8 +8,6 @@
 namespace Lab {
 
 namespace {
-
-constexpr double kNever = std::numeric_limits<double>::infinity();
 
 // A process that ends while it starts would do so again at once.
 constexpr double kSecondsToNextTry = 1.0;
