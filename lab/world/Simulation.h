@@ -73,7 +73,7 @@ class Simulation {
     size_t wire;
     size_t end;
   };
-  // A frame of data on its way. All take the same time.
+  // A frame of data on its way.
   struct DataInFlight {
     double time;
     double sentAt;
@@ -145,7 +145,7 @@ class Simulation {
   uint64_t departures_ = 0;
   double nextData_;
   std::map<PortName, uint64_t> dataSent_;
-  std::deque<DataInFlight> dataInFlight_;
+  std::deque<DataInFlight> dataInFlight_;  // in order of arrival
   size_t nextAction_ = 0;
   std::set<double> looks_;
 };
