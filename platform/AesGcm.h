@@ -22,10 +22,11 @@ class AesGcm {
   explicit AesGcm(std::span<uint8_t const> key);
 
   bool keyed() const { return context_ != nullptr; }
-  /// Encrypts `text` in place; `icv` is then that of both. False without a key.
+  /// Encrypts `text` in place; `icv` is then that of both. False without a key; the text is then
+  /// zero.
   [[nodiscard]] bool seal(Iv const& iv, std::span<uint8_t const> clear, std::span<uint8_t> text,
                           std::span<uint8_t, kIcvSize> icv);
-  /// Decrypts `text` in place. False, and the text is worth nothing, if the ICV isn't theirs.
+  /// Decrypts `text` in place. False if the ICV isn't theirs; the text is then zero.
   [[nodiscard]] bool open(Iv const& iv, std::span<uint8_t const> clear, std::span<uint8_t> text,
                           std::span<uint8_t const, kIcvSize> icv);
 

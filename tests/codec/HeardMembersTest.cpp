@@ -48,6 +48,20 @@ TEST(HeardMembers, ForgetTheOneThatHasBeenSilentForLongestWhenTheyAreTooMany) {
   EXPECT_TRUE(heard.has(kName, numbered(2), 1));
 }
 
+TEST(HeardMembers, KeepWhoIsHeardNowAndThenHoweverManyStrangersComeBetween) {
+  HeardMembers heard;
+  for (uint16_t i = 0; i < 3; ++i) heard.heard(kName, numbered(i), 7);
+  for (uint16_t round = 0; round < 20; ++round) {
+    for (uint16_t i = 0; i < HeardMembers::kMostMembers - 4; ++i) {
+      heard.heard(kName, numbered(static_cast<uint16_t>(100 + 1024 * round + i)), 1);
+    }
+    for (uint16_t i = 0; i < 3; ++i) {
+      ASSERT_TRUE(heard.has(kName, numbered(i), 7)) << i;
+      heard.heard(kName, numbered(i), 7);
+    }
+  }
+}
+
 TEST(HeardMembers, ForgetTheNameThatHasBeenSilentForLongestWhenTheyAreTooMany) {
   HeardMembers heard;
   auto const name = [](size_t i) { return Macsec::CknOctets("aa0" + std::to_string(i)); };

@@ -57,6 +57,7 @@ TEST_F(AnAesGcm, OpensNothingThatDiffersInABit) {
   std::vector<uint8_t> opened = secret;
   opened[7] ^= 1;
   EXPECT_FALSE(key.open(iv(), clear, opened, icvSpan()));
+  EXPECT_EQ(opened, std::vector<uint8_t>(secret.size())) << "nothing is left of it";
   opened = secret;
   icv[15] ^= 1;
   EXPECT_FALSE(key.open(iv(), clear, opened, icvSpan()));
