@@ -36,6 +36,7 @@ void MessageCounters::intfIs(Lumo::IntfId intfId) {
 void MessageCounters::expect(Lumo::IntfId intfId) const {
   size_t const* const own = place(intfId);
   if (!own || words_.empty()) return;
+  __builtin_prefetch(&entries_[*own], 1);
   uint64_t const* const slots = recordWords(*own).data() + CounterLayout::kCounterAreaAt;
   __builtin_prefetch(slots, 1);
   __builtin_prefetch(slots + CounterLayout::kSlotWords, 1);

@@ -19,6 +19,10 @@ constexpr size_t kLine = 64;
 constexpr size_t kPage = 4096;
 // What is cold leaves so much room for what is hot, and no more than this is fetched ahead.
 constexpr size_t kHotRoom = 51 * kLine;
+// How they are fetched: more lines at once than the first level of the caches can wait for would
+// hold up all that is done meanwhile; the second level can wait for more.
+constexpr int kToRead = 0;
+constexpr int kSecondLevel = 2;
 // So many free cells are looked at.
 constexpr int kTried = 16;
 
@@ -118,7 +122,8 @@ void Home::fetchAll(void const* object) {
   if (!home) return;
   auto const* const begin = reinterpret_cast<char const*>(home);
 #pragma GCC unroll 17
-  for (size_t line = 0; line < kHotRoom; line += kLine) __builtin_prefetch(begin + line);
+  for (size_t line = 0; line < kHotRoom; line += kLine)
+    __builtin_prefetch(begin + line, kToRead, kSecondLevel);
 }
 
 size_t Home::octets() const {
