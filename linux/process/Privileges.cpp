@@ -1,6 +1,7 @@
 #include "linux/process/Privileges.h"
 
 #include <cap-ng.h>
+#include <malloc.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr unsigned kKept[] = {CAP_NET_ADMIN, CAP_NET_RAW};
 constexpr char const* kKeptNames[] = {"CAP_NET_ADMIN", "CAP_NET_RAW"};
+constexpr int kLargeBlock = 128 * 1024;  // octets
 
 using Macsecd::Fault;
 using Macsecd::Result;
@@ -97,8 +99,12 @@ Result<> dropPrivileges() {
   return {};
 }
 
-// Under a limit, memory that is asked for later could be refused for being locked.
+// Under a limit, memory that is asked for later could be refused for being locked. What is locked
+// is taken from the whole machine: a large block has pages of its own, and goes back when it is
+// released, however large the ones before it were (mallopt(3), "dynamic").
 Result<> lockMemory() {
+  mallopt(M_MMAP_THRESHOLD, kLargeBlock);
+  mallopt(M_TRIM_THRESHOLD, kLargeBlock);
   constexpr char const* kRemedy = "set LimitMEMLOCK=infinity, or turn swap off";
   rlimit const unlimited{RLIM_INFINITY, RLIM_INFINITY};
   rlimit present{};

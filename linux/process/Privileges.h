@@ -13,8 +13,8 @@ Macsecd::Result<> checkPrivileges();
 /// is missed. A fault says what the kernel refuses.
 Macsecd::Result<> dropPrivileges();
 
-/// Keeps all memory of the process, and with it the keys, out of the swap space. Before
-/// `dropPrivileges`.
+/// Keeps all memory of the process, and with it the keys, out of the swap space, and no more of it
+/// than is used. Before `dropPrivileges`.
 Macsecd::Result<> lockMemory();
 
 }  // namespace Linux

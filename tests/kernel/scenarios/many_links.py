@@ -13,8 +13,7 @@ SAMPLE = ("eth0", "eth100", "eth255")
 RATE = 100  # datagrams a second, direction and link of the sample
 LOOK = 20  # seconds
 UNNOTICED = 2.5  # seconds that a daemon may be away: a life time, less a period before and one after
-TIME_RATIO = 1.3  # of what a link costs among many to what it costs among few
-MEMORY_RATIO = 1.5  # of what a further link takes; tables grow in leaps
+RATIO = 1.3  # of what a link costs among many to what it costs among few
 
 
 class Cable(scenario.Cable):
@@ -93,16 +92,16 @@ def demand_steady(cable, found):
     take few: they are counted together."""
     *few, many = SIZES
     demand_most("ms/s a link", found[many][0] / many,
-                sum(found[size][0] for size in few) / sum(few), TIME_RATIO, cable)
+                sum(found[size][0] for size in few) / sum(few), cable)
     first, last = ((found[later][1] - found[size][1]) / (later - size)
                    for size, later in zip(SIZES, SIZES[1:]))
-    demand_most("KiB a further link", last, first, MEMORY_RATIO, cable)
+    demand_most("KiB a further link", last, first, cable)
 
 
-def demand_most(unit, among_many, among_few, ratio, cable):
+def demand_most(unit, among_many, among_few, cable):
     words = f"{among_many:.2f} {unit} among {SIZES[-1]} links, {among_few:.2f} among fewer"
     cable.say(words)
-    assert among_many <= ratio * among_few, f"{words}: more than {ratio} times as much"
+    assert among_many <= RATIO * among_few, f"{words}: more than {RATIO} times as much"
 
 
 def all_differ(machine, before):
