@@ -1,10 +1,14 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <iostream>
 
 #include "lab/DoctorComparison.h"
 #include "lab/Play.h"
 #include "lab/random/RandomScenario.h"
 #include "lab/report/Decode.h"
+#include "lab/swarm/Swarm.h"
 
 namespace {
 
@@ -41,6 +45,28 @@ void addComparisonOptions(CLI::App& app, Lab::ComparisonOptions& options) {
   app.add_flag("--json", options.json, "Write one JSON object");
 }
 
+void addSwarmOptions(CLI::App& app, Lab::SwarmOptions& options, double& minutes) {
+  app.add_option("--runs", options.runs, "How many are played")->capture_default_str();
+  app.add_option("--minutes", minutes, "End after so many minutes");
+  app.add_option("--from", options.from, "Number of the first run")->capture_default_str();
+  app.add_option("--jobs", options.jobs, "How many processes play")
+      ->check(CLI::Range(1, 1024))
+      ->capture_default_str();
+  app.add_option("--keep", options.keep, "Where the scenarios of runs that failed are written")
+      ->type_name("DIR")
+      ->capture_default_str();
+}
+
+int swarm(Lab::SwarmOptions options, double minutes) {
+  using Clock = std::chrono::steady_clock;
+  if (minutes > 0) {
+    auto const end = Clock::now() + std::chrono::duration<double, std::ratio<60>>(minutes);
+    options.isTimeUp = [end] { return Clock::now() >= end; };
+  }
+  options.showsProgress = ::isatty(STDOUT_FILENO) != 0;
+  return Lab::swarm(options, std::cout);
+}
+
 int decode(DecodeOptions const& options) {
   std::vector<Codec::KeyPair> keys;
   for (std::string const& text : options.keys) {
@@ -69,15 +95,21 @@ int main(int argc, char** argv) {
   addComparisonOptions(comparison, comparisonOptions);
   CLI::App& random = *app.add_subcommand("random", "Print a random scenario");
   random.add_option("--seed", randomSeed, "Decides all of it")->capture_default_str();
+  CLI::App& swarming =
+      *app.add_subcommand("swarm", "Play random scenarios, and hold them to all invariants");
+  Lab::SwarmOptions swarmOptions;
+  double minutes = 0;
+  addSwarmOptions(swarming, swarmOptions, minutes);
   try {
     app.parse(argc, argv);
-    bool const plays = !decoder && !comparison && !random;
+    bool const plays = !decoder && !comparison && !random && !swarming;
     if (plays && playOptions.files.empty()) throw CLI::RequiredError("FILE.scenario");
   } catch (CLI::ParseError const& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
   if (decoder) return decode(decodeOptions);
   if (comparison) return Lab::compareDoctor(comparisonOptions, std::cout);
+  if (swarming) return swarm(swarmOptions, minutes);
   if (random) {
     std::cout << Lab::randomScenario(randomSeed);
     return 0;

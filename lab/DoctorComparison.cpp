@@ -23,7 +23,8 @@ class Doctors final : public Audience {
  public:
   void happened(Event const& event) override {
     auto const* const line = std::get_if<SyslogLine>(&event.what);
-    haveActed_ = haveActed_ || (line && line->name == "MACSECD_PORT_BOUND_ANEW");
+    haveActed_ = haveActed_ || (line && (line->name == "MACSECD_PORT_BOUND_ANEW" ||
+                                         line->name == "MACSECD_GOES_OVER_LATE"));
   }
   bool haveActed() const { return haveActed_; }
 

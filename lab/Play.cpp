@@ -7,6 +7,7 @@
 
 #include "lab/judge/DataLoss.h"
 #include "lab/judge/Expectations.h"
+#include "lab/judge/invariants/Invariants.h"
 #include "lab/report/Captures.h"
 #include "lab/report/Events.h"
 #include "lab/report/Timeline.h"
@@ -57,11 +58,16 @@ class Player {
       simulation.audienceIs(timeline);
     }
     DataLoss dataLoss(simulation);
-    simulation.audienceIs(dataLoss);
+    std::optional<Invariants> invariants;
+    if (scenario.invariantsHold) {
+      invariants.emplace(simulation);
+    } else {
+      simulation.audienceIs(dataLoss);
+    }
     simulation.run();
     if (options_.show) showEnd(simulation, captures);
     return judge(scenario, expectations) && judgeNonces(scenario, simulation) &&
-           judgeData(scenario, dataLoss);
+           judgeData(scenario, dataLoss) && judgeInvariants(scenario, invariants);
   }
 
  private:
@@ -99,6 +105,14 @@ class Player {
     if (dataLoss.lost().empty()) return true;
     out_ << fmt::format("FAILED  {} (data is lost)\n", scenario.file);
     for (DataLoss::Lost const& lost : dataLoss.lost()) out_ << "  " << lost.text() << '\n';
+    return false;
+  }
+
+  bool judgeInvariants(Scenario const& scenario, std::optional<Invariants>& invariants) {
+    auto const breaches = invariants ? invariants->breaches() : std::vector<Breach>();
+    if (breaches.empty()) return true;
+    out_ << fmt::format("FAILED  {} (invariants are broken)\n", scenario.file);
+    for (Breach const& breach : breaches) out_ << "  " << breach.text() << '\n';
     return false;
   }
 

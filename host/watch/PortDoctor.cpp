@@ -21,6 +21,13 @@ Vesk::LogHandle const MACSECD_PORT_BOUND_ANEW(
     "A port was in a state that it doesn't leave by itself, and starts over.",
     "If it happens again and again, see what 'macsecctl explain' says at both ends.", 0.0, 1.0);
 
+Vesk::LogHandle const MACSECD_GOES_OVER_LATE(
+    "MACSECD_GOES_OVER_LATE", Vesk::LogSeverity::notice,
+    "Interface %s goes over to its new key late: %s",
+    "A key server goes over to a new key when all its peers have it. At that moment its own "
+    "hardware didn't have it yet.",
+    "If it happens again and again, find out why the hardware is slow.", 0.0, 1.0);
+
 Vesk::LogHandle const MACSECD_STOOD_STILL(
     "MACSECD_STOOD_STILL", Vesk::LogSeverity::warning, "The process stood still for %s seconds",
     "Peers that were lost at this moment weren't: nobody listened to them.",
@@ -102,6 +109,7 @@ void PortDoctor::lookAt(Lumo::IntfId intfId) {
   }
   if (Vesk::now() < thisCase.since + patience(intfId, thisCase)) return;
   thisCase.since = Vesk::now();
+  if (*trouble == PortTrouble::waitingToSend) return goOver(intfId);
   ++thisCase.boundAnew;
   bindAnew(intfId, *trouble);
 }
@@ -120,6 +128,10 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   auto const port = status_->portStatus(intfId);
   if (!port || !hasLivePeer(*port)) return std::nullopt;
   auto const principal = principalOf(*port);
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (principal && cpStatus && hasMissedItsMoment(*principal, *cpStatus)) {
+    return PortTrouble::waitingToSend;
+  }
   auto const trouble = principal ? troubleWith(*principal, intfId) : PortTrouble::notPrincipal;
   if (!trouble || livesOnFormerKey(intfId, *port)) return std::nullopt;
   if (!isOpen_(intfId)) return trouble;
@@ -136,6 +148,15 @@ std::optional<PortTrouble> PortDoctor::troubleWith(Macsec::MkaActorStatus const&
   auto const cpStatus = status_->cpStatus(intfId);
   if (!cpStatus || !hasOnlyAnotherPeer(principal, cpStatus->peerSsci())) return std::nullopt;
   return PortTrouble::otherPeer;
+}
+
+// A key server that was to begin to send with a new key when its own receive side hadn't got it
+// yet. It isn't told again, and would go over when the longest wait for its peers is over.
+bool PortDoctor::hasMissedItsMoment(Macsec::MkaActorStatus const& principal,
+                                    Macsec::CpStatus const& cpStatus) {
+  Macsec::SakContext const& latest = cpStatus.latestSakContext();
+  return principal.electedSelf() && principal.sakTransmit() && latest.rxInstalled() &&
+         !latest.txEnabled() && SakId::of(latest.sak()) == SakId::of(principal.distSak());
 }
 
 // The actor of such a key ends with the port, and nobody can make it anew. A name that was spelled
@@ -188,9 +209,18 @@ double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
   return isAnother ? status_->latestKeyEnablePeriod() : 0;
 }
 
+// A new key that comes meanwhile makes one needless with which nothing was sent.
 double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
+  if (thisCase.trouble == PortTrouble::waitingToSend) return lifeTime();
   Backoff const own(2 * lifeTime(), Limits::kLastPatience);
   return own.waitAfter(thisCase.boundAnew) + legalWait(intfId, *thisCase.trouble);
+}
+
+// With the next MKPDU of a peer it sees again that all of them have the key, and then has it
+// itself.
+void PortDoctor::goOver(Lumo::IntfId intfId) {
+  Vesk::log(MACSECD_GOES_OVER_LATE, intfId, textOf(PortTrouble::waitingToSend));
+  principalOf(*status_->portStatus(intfId))->sakTransmitIs(false);
 }
 
 // The new binding makes the port from its beginnings.

@@ -28,13 +28,17 @@ namespace Macsecd {
 /// - a port that may not send with its key (`TransmitHold`) and gets no other one from its key
 ///   server: it comes back as a new member.
 ///
-/// It does no harm: it never touches a port through which traffic passes both ways, nor one whose
-/// peers are live under a key that isn't configured any more, since that key would be lost. It
-/// waits for two life times beyond the longest wait that this end or the other one may be in by the
-/// rules, and begins to wait again whenever the members or their roles change. A port that doesn't
-/// get well is left alone for twice as long each time. A port that is well is looked at again when
-/// something of it has changed (`PortChanges`), and when its key is held back. Apart from that the
-/// doctor counts how often the process itself stood still, which looks like the loss of all peers.
+/// A key server whose own hardware had the new key later than all its peers isn't bound anew: after
+/// a life time the doctor has it look at its peers again, and so go over to the key.
+///
+/// It does no harm: it never binds a port anew through which traffic passes both ways, nor one
+/// whose peers are live under a key that isn't configured any more, since that key would be lost.
+/// It waits for two life times beyond the longest wait that this end or the other one may be in by
+/// the rules, and begins to wait again whenever the members or their roles change. A port that
+/// doesn't get well is left alone for twice as long each time. A port that is well is looked at
+/// again when something of it has changed (`PortChanges`), and when its key is held back. Apart
+/// from that the doctor counts how often the process itself stood still, which looks like the loss
+/// of all peers.
 class PortDoctor final : public Vesk::StateMachine, private PortListener {
  public:
   struct Counts {
@@ -68,6 +72,7 @@ class PortDoctor final : public Vesk::StateMachine, private PortListener {
 
   void end() override;
   void portChanged(Lumo::IntfId intfId) override { toLookAt_.insert(intfId); }
+  void portStepped(Lumo::IntfId intfId) override { toLookAt_.insert(intfId); }
   static Members membersOf(Macsec::MkaPortStatus const& port);
   static bool mayWaitForPrimaryKey(Macsec::MkaPortStatus const& port);
   void round();
@@ -78,6 +83,9 @@ class PortDoctor final : public Vesk::StateMachine, private PortListener {
   std::optional<PortTrouble> troubleOf(Lumo::IntfId intfId) const;
   std::optional<PortTrouble> troubleWith(Macsec::MkaActorStatus const& principal,
                                          Lumo::IntfId intfId) const;
+  static bool hasMissedItsMoment(Macsec::MkaActorStatus const& principal,
+                                 Macsec::CpStatus const& cpStatus);
+  void goOver(Lumo::IntfId intfId);
   bool livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const;
   double legalWait(Lumo::IntfId intfId, PortTrouble trouble) const;
   double patience(Lumo::IntfId intfId, Case const& thisCase) const;

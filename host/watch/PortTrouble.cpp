@@ -12,6 +12,8 @@ char const* wordOf(PortTrouble trouble) {
       return "other-peer";
     case PortTrouble::peerNotReceiving:
       return "peer-not-receiving";
+    case PortTrouble::waitingToSend:
+      return "waiting-to-send";
   }
   return "";
 }
@@ -26,6 +28,8 @@ char const* textOf(PortTrouble trouble) {
       return "its peer has another SCI than the one that it receives from";
     case PortTrouble::peerNotReceiving:
       return "its peer has gone over to another key, and no key is in use here";
+    case PortTrouble::waitingToSend:
+      return "its hardware has got the new key later than its peers";
   }
   return "";
 }

@@ -7,10 +7,17 @@
 namespace Macsecd {
 
 /// What keeps a port from getting well by itself, as the port doctor sees it.
-enum class PortTrouble : uint8_t { notPrincipal, spentKey, otherPeer, peerNotReceiving };
+enum class PortTrouble : uint8_t {
+  notPrincipal,
+  spentKey,
+  otherPeer,
+  peerNotReceiving,
+  waitingToSend
+};
 
 inline constexpr std::array kPortTroubles{PortTrouble::notPrincipal, PortTrouble::spentKey,
-                                          PortTrouble::otherPeer, PortTrouble::peerNotReceiving};
+                                          PortTrouble::otherPeer, PortTrouble::peerNotReceiving,
+                                          PortTrouble::waitingToSend};
 
 using PortTroubles = std::set<PortTrouble>;
 inline PortTroubles allPortTroubles() { return {kPortTroubles.begin(), kPortTroubles.end()}; }

@@ -29,8 +29,8 @@ char const* textOf(SecY::Verdict verdict) {
 }  // namespace
 
 std::string DataLoss::Lost::text() const {
-  return fmt::format("frame {} from {} to {}, sent at {}, is lost: {}", number, from, to,
-                     timeText(sentAt), why);
+  return fmt::format("frame {} from {} to {}, sent at {}, is lost: {}", number, from.text(),
+                     to.text(), timeText(sentAt), why);
 }
 
 bool DataLoss::isOpen(PortName const& port) const {
@@ -42,9 +42,9 @@ void DataLoss::dataSent(double time, DataSent const& sent) {
     if (std::ranges::find(wire.ends, sent.from) == wire.ends.end()) continue;
     for (PortName const& to : wire.ends) {
       if (to == sent.from || !isOpen(to)) continue;
-      if (!sent.left) {
-        lost_.push_back({time, sent.from.text(), to.text(), sent.number,
-                         "the port is open, and has no key to send with"});
+      if (sent.frame.empty()) {
+        lost_.push_back(
+            {time, sent.from, to, sent.number, "the port is open, and has no key to send with"});
       } else {
         expected_.insert({sent.from, to, sent.number});
       }
@@ -57,7 +57,7 @@ void DataLoss::dataArrived(double, DataArrived const& arrived) {
   bool const passed = arrived.verdict == SecY::Verdict::valid && arrived.isSame;
   if (arrived.isOpen && passed) ++passed_;
   if (passed || !wasOpen || !arrived.isOpen) return;
-  lost_.push_back({arrived.sentAt, arrived.from.text(), arrived.to.text(), arrived.number,
+  lost_.push_back({arrived.sentAt, arrived.from, arrived.to, arrived.number,
                    std::string("it came ") + textOf(arrived.verdict)});
 }
 

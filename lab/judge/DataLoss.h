@@ -17,7 +17,7 @@ class DataLoss final : public Audience {
  public:
   struct Lost {
     double sentAt;
-    std::string from, to;
+    PortName from, to;
     uint64_t number;
     std::string why;
     std::string text() const;

@@ -11,7 +11,7 @@ namespace Lab {
 /// Choices of which the seed decides.
 class Dice {
  public:
-  explicit Dice(uint32_t seed) : random_(seed, Stream::scenario, 0) {}
+  explicit Dice(uint32_t seed, Stream stream = Stream::scenario) : random_(seed, stream, 0) {}
 
   bool chance(double percent) { return random_.chance(percent); }
   /// A whole number of this span, its ends included.

@@ -9,6 +9,9 @@ namespace {
 // Between these times faults begin; repairs come at `kLastRepair` at the latest.
 constexpr double kFirstFault = 3, kLastFault = 100, kLastRepair = 125;
 constexpr uint32_t kMostFaults = 5;
+// Where kinds are left out: how many of a hundred are kept, and how many faults there are at most.
+constexpr double kKept = 40;
+constexpr uint32_t kMostOfSome = 12;
 
 }  // namespace
 
@@ -26,21 +29,35 @@ std::vector<RandomFaults::Kind> const& RandomFaults::kinds() {
   return all;
 }
 
-void RandomFaults::draw() {
+void RandomFaults::begin() {
   for (auto const& link : net_.links) {
     if (link.dot1x) publishOn(link, dice_.seconds(0.5, 10), dice_.chance(50) ? 0 : aWhile(15));
     if (link.hasThird) at(0, "link down on C " + link.interface());
   }
-  uint32_t const faults = dice_.number(1, kMostFaults);
-  for (uint32_t i = 0; i < faults; ++i) drawOne();
 }
 
-void RandomFaults::drawOne() {
+void RandomFaults::draw() {
+  begin();
+  uint32_t const faults = dice_.number(1, kMostFaults);
+  for (uint32_t i = 0; i < faults; ++i) drawOneOf(kinds());
+}
+
+void RandomFaults::drawSome() {
+  begin();
+  std::vector<Kind> some;
+  for (Kind const& kind : kinds()) {
+    if (dice_.chance(kKept)) some.push_back(kind);
+  }
+  uint32_t const faults = some.empty() ? 0 : dice_.number(1, kMostOfSome);
+  for (uint32_t i = 0; i < faults; ++i) drawOneOf(some);
+}
+
+void RandomFaults::drawOneOf(std::vector<Kind> const& kinds) {
   now_ = dice_.seconds(kFirstFault, kLastFault);
   uint32_t sum = 0;
-  for (Kind const& kind : kinds()) sum += kind.weight;
+  for (Kind const& kind : kinds) sum += kind.weight;
   uint32_t drawn = dice_.number(1, sum);
-  for (Kind const& kind : kinds()) {
+  for (Kind const& kind : kinds) {
     if (drawn <= kind.weight) return (this->*kind.draw)();
     drawn -= kind.weight;
   }

@@ -14,6 +14,8 @@ class RandomFaults {
       : net_(net), dice_(dice), text_(text) {}
 
   void draw();
+  /// Of some kinds alone, which the seed chooses, and more of them.
+  void drawSome();
 
  private:
   using Fault = void (RandomFaults::*)();
@@ -23,7 +25,8 @@ class RandomFaults {
   };
   static std::vector<Kind> const& kinds();
 
-  void drawOne();
+  void begin();
+  void drawOneOf(std::vector<Kind> const& kinds);
   // Of wires.
   void loseSome();
   void loseShare();

@@ -9,6 +9,7 @@ namespace Lab {
 namespace {
 
 constexpr int kSeconds = 200;
+constexpr int kFaultsEnd = 130;
 
 }  // namespace
 
@@ -18,6 +19,17 @@ std::string randomScenario(uint32_t seed) {
       fmt::format("title Random scenario {0}\nseed {0}\nrun until {1}\n", seed, kSeconds);
   RandomNet const net = drawNet(dice, text);
   RandomFaults(net, dice, text).draw();
+  return text;
+}
+
+std::string swarmScenario(uint32_t number) {
+  Dice dice(number, Stream::swarm);
+  std::string text = fmt::format(
+      "title Run {0} of the swarm\nseed {0}\nrun until {1}\nfaults end at {2}\ndata every {3}\n"
+      "invariants hold\n",
+      number, kSeconds, kFaultsEnd, dice.oneOf<double>({0.2, 0.5, 1}));
+  RandomNet const net = drawNet(dice, text);
+  RandomFaults(net, dice, text).drawSome();
   return text;
 }
 

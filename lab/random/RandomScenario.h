@@ -10,4 +10,9 @@ namespace Lab {
 /// are repaired before the last minute.
 std::string randomScenario(uint32_t seed);
 
+/// One for the swarm, of which the number decides all. A random part of what could happen is left
+/// out, so that rare things meet. First anything may happen; then all faults end, and what can be
+/// secured has to be soon.
+std::string swarmScenario(uint32_t number);
+
 }  // namespace Lab

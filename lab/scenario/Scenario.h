@@ -46,6 +46,10 @@ struct Scenario {
   /// Each port through which traffic may pass sends a frame of data so often, if this is given.
   std::optional<double> dataEvery;
   double runUntil = 0;
+  /// Then all faults of wires, links, devices, interfaces and hardware end, if this is given.
+  std::optional<double> faultsEnd;
+  /// The run is held to what must be so whatever happens (lab/judge/invariants).
+  bool invariantsHold = false;
   /// How frames mark their ICV. Analysers of captures know the form of 16 octets.
   Codec::IcvIndicator icvIndicator = Codec::IcvIndicator::length16;
   /// Whether recorded MKPDUs are kept away from the engine.

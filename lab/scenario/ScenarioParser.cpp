@@ -134,14 +134,20 @@ class ScenarioParser {
     } else if (words.take("port doctor")) {
       once("port doctor");
       if (!words.onOrOff()) scenario_.treatedTroubles.clear();
+    } else if (words.take("faults end at")) {
+      once("faults end at");
+      scenario_.faultsEnd = words.time();
+    } else if (words.take("invariants hold")) {
+      once("invariants hold");
+      scenario_.invariantsHold = true;
     } else if (words.take("run until")) {
       once("run until");
       scenario_.runUntil = words.time();
     } else {
       words.unknown("beginning of a line",
                     {"title", "seed", "frame delay", "data every", "icv indicator", "replay guard",
-                     "port doctor", "run until", "switch", "wire", "at", "by", "from", "between",
-                     "exactly at"});
+                     "port doctor", "faults end at", "invariants hold", "run until", "switch",
+                     "wire", "at", "by", "from", "between", "exactly at"});
     }
     words.needEnd();
   }

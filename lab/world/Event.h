@@ -11,6 +11,7 @@
 #include "host/text/Diagnostic.h"
 #include "host/watch/HostTap.h"
 #include "lab/data/SecY.h"
+#include "lab/scenario/Actions.h"
 #include "lab/scenario/Names.h"
 
 namespace Lab {
@@ -99,8 +100,8 @@ struct Event {
 /// A frame of the test flow is to leave a port through which traffic may pass.
 struct DataSent {
   PortName const& from;
-  uint64_t number;  ///< counted from 1 over the frames of the port
-  bool left;        ///< false if the hardware has no key to send with
+  uint64_t number;                 ///< counted from 1 over the frames of the port
+  std::span<uint8_t const> frame;  ///< as it leaves; empty if the hardware has no key to send with
 };
 
 /// It comes to another end of the wire.
@@ -109,6 +110,7 @@ struct DataArrived {
   PortName const& to;
   uint64_t number;
   double sentAt;
+  std::span<uint8_t const> frame;  ///< as it came
   SecY::Verdict verdict;
   bool isOpen;  ///< traffic may pass at `to`
   bool isSame;  ///< it is what its sender gave
@@ -128,6 +130,10 @@ class Audience {
   /// A line of the scenario is carried out.
   virtual void acted(double time, std::string const& text) {
     static_cast<void>(time), static_cast<void>(text);
+  }
+  /// The same, before it is.
+  virtual void acts(double time, Action const& action) {
+    static_cast<void>(time), static_cast<void>(action);
   }
   /// A frame leaves a port for the wire with this number, before any fault of the wire.
   virtual void captured(double time, size_t wire, std::span<uint8_t const> frame) {

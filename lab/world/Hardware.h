@@ -59,6 +59,8 @@ class Hardware {
   Vesk::Ptr<Macsec::MacSecStatus> const& slice() const { return slice_; }
   /// What protects and validates the frames of an interface; null without one that is up.
   SecY* secY(Lumo::IntfId intfId);
+  /// It answers at once, and owes no answer.
+  bool isWell() const { return mood_ == HardwareMood::normal && answers_.empty(); }
   /// When the next answer is due; infinity when none is.
   double nextTime() const;
   /// Gives the answer that is due first, if it is due by `Vesk::now()`. False if none was due.

@@ -7,7 +7,7 @@
 namespace Lab {
 
 /// Who draws from a seed: streams of one seed don't disturb each other.
-enum class Stream : uint32_t { delays, keys, wire, hostKey, scenario };
+enum class Stream : uint32_t { delays, keys, wire, hostKey, scenario, swarm };
 
 /// A seeded source: the same seed, stream and owner give the same numbers everywhere.
 class Random {

@@ -16,7 +16,9 @@ PortName portOf(Switch const& owner, Lumo::IntfId intfId) {
 }  // namespace
 
 Simulation::Simulation(Scenario const& scenario, uint32_t seed)
-    : scenario_(scenario), nextData_(scenario.dataEvery.value_or(kNever)) {
+    : scenario_(scenario),
+      nextData_(scenario.dataEvery.value_or(kNever)),
+      faultsEnd_(scenario.faultsEnd.value_or(kNever)) {
   audienceIs(sakHistory_);
   for (WireSpec const& wire : scenario.wires) {
     size_t const index = wires_.size();
@@ -80,7 +82,7 @@ void Simulation::run() {
 }
 
 double Simulation::nextTime() const {
-  double next = nextData_;
+  double next = std::min(nextData_, faultsEnd_);
   if (!dataInFlight_.empty()) next = std::min(next, dataInFlight_.front().time);
   if (!starts_.empty()) next = std::min(next, starts_.begin()->first);
   if (nextAction_ < scenario_.actions.size()) {
@@ -127,6 +129,9 @@ void Simulation::actDue() {
   while (nextAction_ < actions.size() && notAfter(actions[nextAction_].at, clock_.now)) {
     act(actions[nextAction_++]);
   }
+  if (!notAfter(faultsEnd_, clock_.now)) return;
+  faultsEnd_ = kNever;
+  endFaults();
 }
 
 bool Simulation::runOne() {

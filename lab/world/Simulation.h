@@ -46,6 +46,8 @@ class Simulation {
   /// The present virtual time in seconds.
   double now() const { return clock_.now; }
   SakHistory const& sakHistory() const { return sakHistory_; }
+  /// No fault is on.
+  bool isSound(size_t wire) const { return wires_[wire].isSound(); }
   /// What had happened to a switch at a mark.
   SwitchRecord markedRecord(Mark const& mark, std::string const& switchName) const;
   std::vector<std::unique_ptr<Switch>> const& switches() const { return switches_; }
@@ -96,6 +98,8 @@ class Simulation {
   void sendDueData();
   void sendData(size_t wire, size_t end);
   void deliverDueData();
+  void endFaults();
+  void endFaultsAt(PortName const& port, bool belongs);
   void deliverData(DataInFlight const& flight, size_t end);
   static bool isMeant(Recorded const& recorded, Replay const& replay);
   std::vector<Frame> framesOf(Replay const& replay, size_t wire) const;
@@ -147,6 +151,7 @@ class Simulation {
   std::map<PortName, uint64_t> dataSent_;
   std::deque<DataInFlight> dataInFlight_;  // in order of arrival
   size_t nextAction_ = 0;
+  double faultsEnd_;
   std::set<double> looks_;
 };
 

@@ -5,6 +5,7 @@
 namespace Lab {
 
 void Simulation::act(Action const& action) {
+  for (Audience* audience : audience_) audience->acts(clock_.now, action);
   std::string const text = withoutTime(action.text);
   for (Audience* audience : audience_) audience->acted(clock_.now, text);
   std::visit([this](auto const& what) { carryOut(what); }, action.what);
@@ -96,6 +97,26 @@ void Simulation::carryOut(FipsChange const& change) {
 
 void Simulation::carryOut(FipsProviderChange const& change) {
   switchOf(change.switchName).world().hasFipsProvider = change.isThere;
+}
+
+void Simulation::endFaults() {
+  for (Audience* audience : audience_) audience->acted(clock_.now, "all faults end");
+  for (Wire& wire : wires_) wire.repair();
+  for (WireSpec const& wire : scenario_.wires) {
+    for (size_t end = 0; end < wire.ends.size(); ++end) endFaultsAt(wire.ends[end], end < 2);
+  }
+  for (auto const& one : switches_) {
+    one->world().hasFipsProvider = true;
+    one->hardware([](Hardware& hardware) { hardware.moodIs(HardwareMood::normal, 0); });
+  }
+}
+
+void Simulation::endFaultsAt(PortName const& port, bool belongs) {
+  Switch& owner = switchOf(port.switchName);
+  Lumo::IntfId const intfId(port.interface.c_str());
+  if (owner.isDeleted(intfId)) owner.interfaceIs(intfId, owner.spec().mac);
+  if (owner.hardware().isDeviceDown(intfId)) owner.deviceIs(intfId, true);
+  if (owner.isLinkUp(intfId) != belongs) owner.linkIs(intfId, belongs);
 }
 
 void Simulation::carryOut(CountersCleared const& cleared) {

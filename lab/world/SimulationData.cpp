@@ -43,9 +43,9 @@ void Simulation::sendData(size_t wire, size_t end) {
   uint64_t const number = ++dataSent_[from];
   SecY* const secY = sender.secY(intfId);
   auto frame = secY ? secY->protect(dataFrame(sender.spec().mac, number)) : std::nullopt;
-  for (Audience* audience : audience_) {
-    audience->dataSent(clock_.now, {from, number, frame.has_value()});
-  }
+  std::span<uint8_t const> const leaves =
+      frame ? std::span<uint8_t const>(*frame) : std::span<uint8_t const>();
+  for (Audience* audience : audience_) audience->dataSent(clock_.now, {from, number, leaves});
   if (!frame || wires_[wire].isCut(end)) return;
   double const arrives = clock_.now + scenario_.wires[wire].delay.value_or(scenario_.frameDelay);
   DataInFlight flight{arrives, clock_.now, wire, end, number, std::move(*frame)};
@@ -76,6 +76,7 @@ void Simulation::deliverData(DataInFlight const& flight, size_t end) {
                             ends[end],
                             flight.number,
                             flight.sentAt,
+                            flight.frame,
                             verdict,
                             receiver.passes(intfId),
                             got == dataFrame(source, flight.number)};

@@ -78,6 +78,7 @@ void Switch::connectWorld() {
 
 void Switch::written(Vesk::AttributeWrite const& write) {
   ++record_.writes;
+  if (!dynamic_cast<Macsec::MkaPamCounter const*>(&write.entity)) ++stateWrites_;
   if (isConfiguration(write.entity)) ++record_.configurationWrites;
   watch_->written(write);
 }

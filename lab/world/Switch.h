@@ -46,6 +46,12 @@ class Switch final : public Codec::FrameSink {
     return started_ && !downLinks_.count(intfId) && !deleted_.count(intfId);
   }
 
+  /// What its processes are to run with.
+  Macsecd::SwitchConfig const& config() const { return config_; }
+  bool isStarted() const { return started_; }
+  bool isLinkUp(Lumo::IntfId intfId) const { return !downLinks_.contains(intfId); }
+  bool isDeleted(Lumo::IntfId intfId) const { return deleted_.contains(intfId); }
+
   SwitchRecord const& record() const { return record_; }
 
   void start();
@@ -125,6 +131,7 @@ class Switch final : public Codec::FrameSink {
   std::unique_ptr<TreeWatch> watch_;
   std::optional<Macsecd::UnreadableKeyTeller> unreadableKeys_;
   SwitchRecord record_;
+  uint64_t stateWrites_ = 0;  ///< attributes but counters
   bool started_ = false;
   bool starting_ = false;
   double startsAgain_;

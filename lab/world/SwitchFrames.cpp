@@ -32,12 +32,17 @@ std::string verdict(MessageCounterData const& before, MessageCounterData const& 
 void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   FramePassed frameReceived = passed(intfId, FrameWay::in, frame);
   heldBack_.emplace();
+  uint64_t const writes = stateWrites_;
   inWorld([&] {
     MessageCounterData const before = host_->counters()->messageCounterData(intfId);
     host_->receive(intfId, frame);
     frameReceived.verdict = verdict(before, host_->counters()->messageCounterData(intfId));
   });
-  if (frameReceived.verdict == "accepted") lastAccepted_[intfId].assign(frame.begin(), frame.end());
+  if (frameReceived.verdict == "accepted") {
+    lastAccepted_[intfId].assign(frame.begin(), frame.end());
+  } else {
+    record_.refusedWrites += stateWrites_ - writes;
+  }
   auto const following = std::exchange(heldBack_, std::nullopt);
   tell(std::move(frameReceived));
   for (auto const& what : *following) tell(what);

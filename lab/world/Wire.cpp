@@ -1,5 +1,7 @@
 #include "lab/world/Wire.h"
 
+#include <algorithm>
+
 namespace Lab {
 
 bool Wire::hits(std::shared_ptr<Hits> const& fault) {
@@ -33,6 +35,27 @@ void Wire::faultIs(size_t end, WireFault const& fault) {
   }
 }
 
+bool Wire::isSound() const {
+  auto const isOver = [](std::shared_ptr<Hits> const& fault) {
+    return !fault || (fault->frames && *fault->frames == 0);
+  };
+  return std::ranges::all_of(ways_, [&](Way const& way) {
+    return !way.cut && !way.delay && !way.waiting && isOver(way.lose) && isOver(way.duplicate) &&
+           isOver(way.reorder) && isOver(way.corrupt);
+  });
+}
+
+void Wire::repair() {
+  for (Way& way : ways_) repair(way);
+}
+
+// What still waits follows the next frame all the same.
+void Wire::repair(Way& way) {
+  Way repaired;
+  repaired.waiting = std::move(way.waiting);
+  way = std::move(repaired);
+}
+
 void Wire::faultOfWayIs(Way& way, WireFault const& fault, std::shared_ptr<Hits> const& hits) {
   switch (fault.kind) {
     case FaultKind::lose:
@@ -54,13 +77,9 @@ void Wire::faultOfWayIs(Way& way, WireFault const& fault, std::shared_ptr<Hits> 
     case FaultKind::cut:
       way.cut = true;
       break;
-    case FaultKind::repair: {
-      // What still waits follows the next frame all the same.
-      Way repaired;
-      repaired.waiting = std::move(way.waiting);
-      way = std::move(repaired);
+    case FaultKind::repair:
+      repair(way);
       break;
-    }
   }
 }
 

@@ -29,6 +29,10 @@ class Wire {
   /// What goes on its way when this end sends the frame, in order of departure.
   std::vector<Flight> sent(size_t end, std::span<uint8_t const> frame);
   bool isCut(size_t end) const { return ways_[end].cut; }
+  /// No fault is on, either way.
+  bool isSound() const;
+  /// All faults end.
+  void repair();
   /// A fault of what `end` sends, or of all ends. A frame that waits when its way is repaired still
   /// follows the next one.
   void faultIs(size_t end, WireFault const& fault);
@@ -50,6 +54,7 @@ class Wire {
     std::optional<Frame> waiting;
   };
 
+  static void repair(Way& way);
   bool hits(std::shared_ptr<Hits> const& fault);
   void faultOfWayIs(Way& way, WireFault const& fault, std::shared_ptr<Hits> const& hits);
 

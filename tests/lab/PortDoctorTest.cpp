@@ -61,5 +61,38 @@ TEST(ThePortDoctor, LetsNoKeyBeSentWithUnderTheSsciOfAnotherPeerAsItBindsThePort
   EXPECT_THAT(played.simulation().nonceRepeats(), IsEmpty());
 }
 
+// The hardware of the key server answers later than its peer's: the peer has the new key first.
+std::string changeWithSlowHardware(std::string const& lines) {
+  return twoWith(kKey + ", key-server-priority: 10, rekey-period: 40",
+                 kKey + ", key-server-priority: 20",
+                 "data every 0.1\nat 30 hardware of A is slow by 5\n"
+                 "from 20 to 90 expect A e1 is open\n"
+                 "from 20 to 90 expect B e1 is open\n" +
+                     lines);
+}
+
+TEST(ThePortDoctor, HasAKeyServerGoOverThatHasMissedItsMoment) {
+  Played played(
+      changeWithSlowHardware("by 70 expect A logs 1 MACSECD_GOES_OVER_LATE with e1\n"
+                             "by 70 expect B e1 has rotated 1 times\n"));
+  EXPECT_THAT(played.failures(), IsEmpty());
+}
+
+TEST(ThePortDoctor, IsNeededForThat) {
+  Played const played(
+      changeWithSlowHardware("port doctor off\n"
+                             "from 20 to 90 expect B e1 has rotated 0 times\n"));
+  EXPECT_THAT(played.failures(), IsEmpty());
+}
+
+TEST(ThePortDoctor, LeavesAKeyServerAloneThatWaitsForItsPeer) {
+  Played const played(twoWith(kKey + ", key-server-priority: 10, rekey-period: 40",
+                              kKey + ", key-server-priority: 20",
+                              "at 30 hardware of B is slow by 9\n"
+                              "by 90 expect A logs no MACSECD_GOES_OVER_LATE\n"
+                              "from 20 to 90 expect A e1 is open\n"));
+  EXPECT_THAT(played.failures(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace Lab

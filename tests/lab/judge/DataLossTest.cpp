@@ -73,7 +73,7 @@ TEST(TheTestFlow, TellsOfAnOpenPortThatHasNoKeyToSendWith) {
   Flow flow("");
   DataLoss loss(flow.simulation);
   PortName const from{"A", "Ethernet1"}, to{"B", "Ethernet1"};
-  loss.dataSent(39, {from, 7, false});
+  loss.dataSent(39, {from, 7, {}});
   ASSERT_THAT(loss.lost(), SizeIs(1));
   EXPECT_THAT(loss.lost()[0].text(), HasSubstr("has no key to send with"));
 }
@@ -82,9 +82,10 @@ TEST(TheTestFlow, TellsOfAFrameThatAnOpenPortDoesNotTake) {
   Flow flow("");
   DataLoss loss(flow.simulation);
   PortName const from{"A", "Ethernet1"}, to{"B", "Ethernet1"};
+  Frame const frame(64);
   auto const arrive = [&](uint64_t number, SecY::Verdict verdict, bool isOpen, bool isSame) {
-    loss.dataSent(39, {from, number, true});
-    loss.dataArrived(39.001, {from, to, number, 39, verdict, isOpen, isSame});
+    loss.dataSent(39, {from, number, frame});
+    loss.dataArrived(39.001, {from, to, number, 39, frame, verdict, isOpen, isSame});
   };
   arrive(1, SecY::Verdict::valid, true, true);
   arrive(2, SecY::Verdict::invalid, false, false);

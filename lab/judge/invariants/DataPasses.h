@@ -1,0 +1,29 @@
+#pragma once
+
+#include <map>
+
+#include "lab/judge/invariants/Calm.h"
+#include "lab/judge/invariants/Invariant.h"
+
+namespace Lab {
+
+class DataPasses final : public Invariant {
+ public:
+  /// So many seconds a link must have been calm, and both ends open.
+  static constexpr double kSettled = 10;
+
+  DataPasses(Simulation const& simulation, Calm const& calm);
+
+  void dataArrived(double time, DataArrived const& arrived) override;
+  void instantDone(double time) override;
+
+ private:
+  void look(size_t wire, LinkEnd const& from, LinkEnd const& to);
+
+  Calm const& calm_;
+  double nextLook_ = 0;
+  /// When both ends were open and data came last, by who sends and who receives.
+  std::map<std::pair<PortName, PortName>, double> passed_;
+};
+
+}  // namespace Lab

@@ -1,0 +1,58 @@
+#include "lab/judge/invariants/SecuredInTheEnd.h"
+
+#include <fmt/format.h>
+
+#include "host/explain/Explain.h"
+
+namespace Lab {
+
+namespace {
+
+bool areEqual(std::optional<Macsecd::KeyConfig> const& a,
+              std::optional<Macsecd::KeyConfig> const& b) {
+  return a && b && a->ckn == b->ckn && a->cak == b->cak;
+}
+
+// The keys of both ends fit without a doubt. (Where one's primary key is the other's fallback key,
+// each holds on to its own primary one.)
+bool doKeysFit(Macsecd::ProfileConfig const& a, Macsecd::ProfileConfig const& b) {
+  if (a.dot1x || b.dot1x) return false;
+  if (areEqual(a.key, b.key)) return true;
+  bool const isCrossed = areEqual(a.key, b.fallbackKey) || areEqual(a.fallbackKey, b.key);
+  return !isCrossed && areEqual(a.fallbackKey, b.fallbackKey);
+}
+
+bool canBeSecured(Link const& link) {
+  auto const* const a = link.a.profile();
+  auto const* const b = link.b.profile();
+  if (!a || !b || link.a.owner.config().shutdown || link.b.owner.config().shutdown) return false;
+  return a->cipherSuite == b->cipherSuite && doKeysFit(*a, *b);
+}
+
+std::string causeAt(LinkEnd const& end) {
+  Vesk::WorldScope const scope(end.owner.world());
+  auto const causes = explain(end.owner.host(), end.intfId).causes;
+  return causes.empty() ? "nothing" : Vesk::stringValue(causes.front().kind);
+}
+
+}  // namespace
+
+SecuredInTheEnd::SecuredInTheEnd(Simulation const& simulation, Calm const& calm)
+    : Invariant(simulation, "secured-in-the-end",
+                fmt::format("{} seconds after the last fault every link is open whose ends have an "
+                            "equal key.",
+                            kBound)),
+      calm_(calm) {}
+
+void SecuredInTheEnd::ended() {
+  for (size_t wire = 0; wire < simulation().scenario().wires.size(); ++wire) {
+    auto const link = linkOf(simulation(), wire);
+    if (!link || calm_.of(wire) < kBound || !canBeSecured(*link)) continue;
+    if (link->a.passes() && link->b.passes()) continue;
+    breaks(fmt::format("{} and {} aren't both open; the first explains {}, the second {}",
+                       link->a.name.text(), link->b.name.text(), causeAt(link->a),
+                       causeAt(link->b)));
+  }
+}
+
+}  // namespace Lab

@@ -1,0 +1,70 @@
+#include "lab/swarm/Swarm.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "lab/random/RandomScenario.h"
+#include "lab/scenario/ScenarioParser.h"
+#include "lab/swarm/HeldRun.h"
+#include "tests/lab/Played.h"
+
+namespace Lab {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Key;
+using testing::SizeIs;
+
+HeldRun held(std::string const& text) {
+  auto const read = parseScenario(text, "f");
+  EXPECT_TRUE(read.good()) << Macsecd::textOf(read.diagnostics);
+  return playHeld(read.scenario);
+}
+
+TEST(ARunOfTheSwarm, IsDrawnFromItsNumberAlone) {
+  EXPECT_EQ(swarmScenario(7), swarmScenario(7));
+  EXPECT_NE(swarmScenario(7), swarmScenario(8));
+  for (uint32_t number = 0; number < 200; ++number) {
+    auto const read = parseScenario(swarmScenario(number), "swarm");
+    ASSERT_TRUE(read.good()) << number << ": " << Macsecd::textOf(read.diagnostics);
+    EXPECT_TRUE(read.scenario.invariantsHold && read.scenario.faultsEnd && read.scenario.dataEvery);
+  }
+}
+
+TEST(ARunOfTheSwarm, TellsWhatWasDoneAndInWhichStatesThePortsWere) {
+  HeldRun const run = held(pair("seed 1\ndata every 0.5\nat 20 restart B\n"));
+  EXPECT_THAT(run.breaches, IsEmpty());
+  EXPECT_EQ(run.seconds, 30);
+  EXPECT_THAT(run.acted, Contains(Key("restart")));
+  EXPECT_THAT(run.states, Contains(HasSubstr("open, old")));
+}
+
+TEST(ARunOfTheSwarm, TellsOfAnInvariantThatIsBroken) {
+  HeldRun const run = held(
+      pair("seed 1\ndata every 0.1\nat 12 set rekey period of profile core on A to 3\n", "60"));
+  ASSERT_FALSE(run.breaches.empty());
+  EXPECT_EQ(run.breaches.front().invariant, "nothing-lost");
+}
+
+TEST(TheSwarm, PlaysItsRunsInSeveralProcessesAndSumsThemUp) {
+  std::ostringstream out;
+  auto const keep = std::filesystem::path(testing::TempDir()) / "swarm";
+  EXPECT_EQ(swarm({.runs = 6, .from = 1, .jobs = 3, .keep = keep.string()}, out), 0) << out.str();
+  EXPECT_THAT(out.str(), HasSubstr("6 runs, 0.3 virtual hours"));
+  EXPECT_TRUE(std::filesystem::is_empty(keep));
+}
+
+TEST(TheSwarm, EndsWhenItsTimeIsUp) {
+  std::ostringstream out;
+  SwarmOptions options{.runs = 1000, .keep = testing::TempDir()};
+  options.isTimeUp = [] { return true; };
+  EXPECT_EQ(swarm(options, out), 0);
+  EXPECT_THAT(out.str(), HasSubstr("0 runs"));
+}
+
+}  // namespace
+}  // namespace Lab
