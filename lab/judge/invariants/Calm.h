@@ -10,8 +10,8 @@ namespace Lab {
 
 /// For how long nothing has disturbed a link: both switches run with MACsec on, both interfaces
 /// have a profile, their links, devices and hardware are well, the wire has no fault and no third
-/// member, and nobody has done anything to either end. Recorded or made frames that arrive don't
-/// disturb, and neither does who looks.
+/// member, and nobody has done anything to either end, the port doctor included. Recorded or made
+/// frames that arrive don't disturb, and neither does who looks.
 class Calm final : public Audience {
  public:
   explicit Calm(Simulation const& simulation)

@@ -4,12 +4,6 @@
 
 namespace Lab {
 
-namespace {
-
-constexpr double kBetweenLooks = 1;
-
-}  // namespace
-
 DataPasses::DataPasses(Simulation const& simulation, Calm const& calm)
     : Invariant(simulation, "data-passes",
                 fmt::format("Between two open ports frames of data come within {} seconds, both "
@@ -25,8 +19,7 @@ void DataPasses::dataArrived(double time, DataArrived const& arrived) {
 
 void DataPasses::instantDone(double time) {
   auto const& scenario = simulation().scenario();
-  if (!scenario.dataEvery || time < nextLook_) return;
-  nextLook_ = time + kBetweenLooks;
+  if (!scenario.dataEvery || !isDue(time, kBetweenLooks)) return;
   for (size_t wire = 0; wire < scenario.wires.size(); ++wire) {
     auto const link = linkOf(simulation(), wire);
     if (!link) continue;

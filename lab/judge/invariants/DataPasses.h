@@ -18,10 +18,11 @@ class DataPasses final : public Invariant {
   void instantDone(double time) override;
 
  private:
+  static constexpr double kBetweenLooks = 1;  // seconds
+
   void look(size_t wire, LinkEnd const& from, LinkEnd const& to);
 
   Calm const& calm_;
-  double nextLook_ = 0;
   /// When both ends were open and data came last, by who sends and who receives.
   std::map<std::pair<PortName, PortName>, double> passed_;
 };

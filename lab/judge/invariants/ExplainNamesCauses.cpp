@@ -13,8 +13,6 @@ namespace {
 using Macsecd::Cause;
 using Macsecd::CauseKind;
 
-constexpr double kBetweenLooks = 0.5;
-
 // Worth knowing of a link that is well.
 bool isNoTrouble(CauseKind kind) {
   return kind == CauseKind::fallbackInUse || kind == CauseKind::formerConfiguration;
@@ -80,8 +78,7 @@ ExplainNamesCauses::ExplainNamesCauses(Simulation const& simulation, Calm const&
       calm_(calm) {}
 
 void ExplainNamesCauses::instantDone(double time) {
-  if (time < nextLook_) return;
-  nextLook_ = time + kBetweenLooks;
+  if (!isDue(time, kBetweenLooks)) return;
   for (size_t wire = 0; wire < simulation().scenario().wires.size(); ++wire) {
     for (LinkEnd const& end : endsOf(simulation(), wire)) {
       if (end.owner.isStarted() && end.owner.host().running()) look(wire, end);
@@ -103,7 +100,10 @@ void ExplainNamesCauses::look(size_t wire, LinkEnd const& end) {
 void ExplainNamesCauses::lookAtOpen(size_t wire, LinkEnd const& end,
                                     std::vector<Cause> const& causes) {
   auto const link = linkOf(simulation(), wire);
-  if (calm_.withoutStrangers(wire) < kSettled || !link || !isWell(*link)) return;
+  if (calm_.withoutStrangers(wire) < kSettled || !link || !isWell(*link)) {
+    changes_.erase(end.name);
+    return;
+  }
   if (std::ranges::none_of(causes, isPassing, &Cause::kind)) changes_.erase(end.name);
   for (Cause const& cause : causes) {
     if (isNoTrouble(cause.kind)) continue;

@@ -20,11 +20,12 @@ class ExplainNamesCauses final : public Invariant {
   void instantDone(double time) override;
 
  private:
+  static constexpr double kBetweenLooks = 0.5;  // seconds
+
   void look(size_t wire, LinkEnd const& end);
   void lookAtOpen(size_t wire, LinkEnd const& end, std::vector<Macsecd::Cause> const& causes);
 
   Calm const& calm_;
-  double nextLook_ = 0;
   std::map<PortName, double> changes_;  ///< since when a port names one
 };
 

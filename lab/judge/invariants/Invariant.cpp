@@ -18,6 +18,12 @@ std::string Breach::text() const {
   return fmt::format("{}: at {}: {}", invariant, timeText(time), what);
 }
 
+bool Invariant::isDue(double time, double seconds) {
+  if (time < nextDue_) return false;
+  nextDue_ = time + seconds;
+  return true;
+}
+
 void Invariant::breaks(std::string what) {
   if (breaches_.size() >= kMost) return;
   auto const isSame = [&](Breach const& told) { return told.what == what; };

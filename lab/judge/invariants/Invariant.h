@@ -34,6 +34,8 @@ class Invariant : public Audience {
 
  protected:
   void breaks(std::string what);
+  /// Whether so many seconds have passed since this was true last.
+  bool isDue(double time, double seconds);
   Simulation const& simulation() const { return simulation_; }
   double now() const { return simulation_.now(); }
 
@@ -42,6 +44,7 @@ class Invariant : public Audience {
   std::string const name_;
   std::string const sentence_;
   std::vector<Breach> breaches_;
+  double nextDue_ = 0;
 };
 
 }  // namespace Lab

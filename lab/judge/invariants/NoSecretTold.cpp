@@ -10,8 +10,6 @@ namespace Lab {
 
 namespace {
 
-constexpr double kBetweenLooks = 1;
-
 std::string inLowerCase(std::string text) {
   std::ranges::transform(text, text.begin(), [](char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -52,8 +50,7 @@ void NoSecretTold::happened(Event const& event) {
 
 // SAKs that are in use, once a second.
 void NoSecretTold::instantDone(double time) {
-  if (time < nextLook_) return;
-  nextLook_ = time + kBetweenLooks;
+  if (!isDue(time, kBetweenLooks)) return;
   for (size_t wire = 0; wire < simulation().scenario().wires.size(); ++wire) {
     for (LinkEnd const& end : endsOf(simulation(), wire)) {
       Vesk::WorldScope const scope(end.owner.world());

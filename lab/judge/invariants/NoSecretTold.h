@@ -17,12 +17,13 @@ class NoSecretTold final : public Invariant {
   void ended() override;
 
  private:
+  static constexpr double kBetweenLooks = 1;  // seconds
+
   void secretIs(Vesk::String8 const& text);
   void secretsOf(Macsecd::SwitchConfig const& config);
   void look(std::string const& text, std::string const& where);
 
   std::set<std::string> secrets_;
-  double nextLook_ = 0;
 };
 
 }  // namespace Lab

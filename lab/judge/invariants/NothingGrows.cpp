@@ -4,12 +4,6 @@
 
 namespace Lab {
 
-namespace {
-
-constexpr double kBetweenLooks = 5;
-
-}  // namespace
-
 NothingGrows::NothingGrows(Simulation const& simulation, Bounds const& bounds)
     : Invariant(
           simulation, "nothing-grows",
@@ -19,8 +13,7 @@ NothingGrows::NothingGrows(Simulation const& simulation, Bounds const& bounds)
       bounds_(bounds) {}
 
 void NothingGrows::instantDone(double time) {
-  if (time < nextLook_) return;
-  nextLook_ = time + kBetweenLooks;
+  if (!isDue(time, kBetweenLooks)) return;
   for (auto const& one : simulation().switches()) look(*one);
 }
 

@@ -18,6 +18,8 @@ class NothingGrows final : public Invariant {
   void instantDone(double time) override;
 
  private:
+  static constexpr double kBetweenLooks = 5;  // seconds
+
   void look(Switch const& one);
 
   size_t bound(Switch const& one, size_t ofPort) const {
@@ -25,7 +27,6 @@ class NothingGrows final : public Invariant {
   }
 
   Bounds const bounds_;
-  double nextLook_ = 0;
 };
 
 }  // namespace Lab

@@ -10,8 +10,6 @@ namespace Lab {
 
 namespace {
 
-constexpr double kBetweenLooks = 10;
-
 // Members may stand in another order. That the process runs in FIPS mode isn't the next one's.
 std::vector<std::string> linesOf(Macsec::Status const& status) {
   std::istringstream text(Vesk::entityToText(status));
@@ -33,8 +31,7 @@ Macsecd::StateValues treeIn(MemoryStore const& store) {
 }  // namespace
 
 void StoreHoldsTree::instantDone(double time) {
-  if (time < nextLook_) return;
-  nextLook_ = time + kBetweenLooks;
+  if (!isDue(time, kBetweenLooks)) return;
   ended();
 }
 

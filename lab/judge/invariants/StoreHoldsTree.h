@@ -14,9 +14,9 @@ class StoreHoldsTree final : public Invariant {
   void ended() override;
 
  private:
-  void look(Switch& one);
+  static constexpr double kBetweenLooks = 10;  // seconds
 
-  double nextLook_ = 0;
+  void look(Switch& one);
 };
 
 }  // namespace Lab
