@@ -6,6 +6,7 @@
 
 #include "lab/DoctorComparison.h"
 #include "lab/Play.h"
+#include "lab/exhaust/Exhaust.h"
 #include "lab/random/RandomScenario.h"
 #include "lab/report/Decode.h"
 #include "lab/swarm/Swarm.h"
@@ -49,6 +50,26 @@ void addSwarmOptions(CLI::App& app, Lab::SwarmOptions& options, double& minutes)
   app.add_option("--runs", options.runs, "How many are played")->capture_default_str();
   app.add_option("--minutes", minutes, "End after so many minutes");
   app.add_option("--from", options.from, "Number of the first run")->capture_default_str();
+  app.add_option("--jobs", options.jobs, "How many processes play")
+      ->check(CLI::Range(1, 1024))
+      ->capture_default_str();
+  app.add_flag("--until-failure", options.untilFailure,
+               "End with the first failure, and don't reduce it");
+  app.add_option("--keep", options.keep, "Where the scenarios of runs that failed are written")
+      ->type_name("DIR")
+      ->capture_default_str();
+}
+
+void addExhaustOptions(CLI::App& app, Lab::ExhaustOptions& options) {
+  std::map<std::string, Lab::SmallFault> kinds;
+  for (Lab::SmallFault const fault : Lab::kSmallFaults) kinds[Lab::wordOf(fault)] = fault;
+  app.add_option("file", options.file, "A scenario")->type_name("FILE.scenario")->required();
+  app.add_option(
+         "--faults", options.faults,
+         "Kinds of faults, with commas: loss, duplicate, delay, replay, death; all without it")
+      ->delimiter(',')
+      ->transform(CLI::CheckedTransformer(kinds));
+  app.add_flag("--pairs", options.pairs, "Play each pair of faults, too");
   app.add_option("--jobs", options.jobs, "How many processes play")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
@@ -100,9 +121,13 @@ int main(int argc, char** argv) {
   Lab::SwarmOptions swarmOptions;
   double minutes = 0;
   addSwarmOptions(swarming, swarmOptions, minutes);
+  CLI::App& exhausting =
+      *app.add_subcommand("exhaust", "Play a scenario with every small fault that it offers");
+  Lab::ExhaustOptions exhaustOptions;
+  addExhaustOptions(exhausting, exhaustOptions);
   try {
     app.parse(argc, argv);
-    bool const plays = !decoder && !comparison && !random && !swarming;
+    bool const plays = !decoder && !comparison && !random && !swarming && !exhausting;
     if (plays && playOptions.files.empty()) throw CLI::RequiredError("FILE.scenario");
   } catch (CLI::ParseError const& error) {
     return app.exit(error) == 0 ? 0 : 2;
@@ -110,6 +135,7 @@ int main(int argc, char** argv) {
   if (decoder) return decode(decodeOptions);
   if (comparison) return Lab::compareDoctor(comparisonOptions, std::cout);
   if (swarming) return swarm(swarmOptions, minutes);
+  if (exhausting) return Lab::exhaust(exhaustOptions, std::cout, std::cerr);
   if (random) {
     std::cout << Lab::randomScenario(randomSeed);
     return 0;

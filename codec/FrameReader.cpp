@@ -1,5 +1,6 @@
 #include "codec/FrameReader.h"
 
+#include "codec/AnsweredReports.h"
 #include "codec/BasicSet.h"
 #include "codec/DistSak.h"
 #include "codec/FieldWalk.h"
@@ -135,7 +136,9 @@ Macsec::SakUseInfo FrameReader::sakUseInfo() const {
   SakUse::latestKey(FromFrame<SakUse::Set, SakUse::Key>{set, latest, values});
   SakUse::oldKey(FromFrame<SakUse::Set, SakUse::Key>{set, old, values});
   SakUse::plainText(FromFrame<SakUse::Set, SakUse::Plain>{set, plain, values});
-  return Macsec::SakUseInfo(std::move(old), std::move(latest), plain);
+  Macsec::SakUseInfo report(std::move(old), std::move(latest), plain);
+  if (auto const* const actor = actor_->status()) lowerAnswered(report, *actor);
+  return report;
 }
 
 // Of the forms without a cipher suite the suite is `None`, so that a set that is there never is the

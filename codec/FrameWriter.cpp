@@ -64,7 +64,9 @@ Refusal FrameWriter::writeSets(Macsec::MkaMessageInfo const& message) {
     return r;
   }
   if (Refusal r = writeSakUse(info.sakUseInfo())) return r;
-  if (Refusal r = writeDistSak(info.sakDistInfo())) return r;
+  if (isSakOf(info.baseInfo().msgId())) {
+    if (Refusal r = writeDistSak(info.sakDistInfo())) return r;
+  }
   return writeDistCak(info.cakDistInfo());
 }
 
@@ -155,6 +157,14 @@ Refusal FrameWriter::writeSakUse(Macsec::SakUseInfo const& info) {
   SakUse::plainText(ToFrame<SakUse::Set, SakUse::Plain>{set, info.plainTextInfo(), values});
   if (!values.fits()) return refusal(kFailure, "has a key server without a member identifier");
   return {};
+}
+
+// Who has just become key server may still have the SAK of the former one. It would go out under
+// the identifier of this end, and the first one that this end makes, which has the same number,
+// would then be taken for the same.
+bool FrameWriter::isSakOf(Vesk::String8 const& member) const {
+  auto const* const actor = actor_->status();
+  return !actor || actor->distSak().isDefault() || actor->distSak().keyMsgId() == member;
 }
 
 Refusal FrameWriter::writeDistSak(Macsec::SakDistInfo const& info) {

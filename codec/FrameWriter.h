@@ -16,7 +16,7 @@ namespace Codec {
 /// as they like. What doesn't fit is left out of them, and the frame goes out: first those
 /// potential peers that only other members list, then those that were heard, then live peers. A
 /// peer that is left out hears the frame all the same, lists this end in its own, and so becomes
-/// live.
+/// live. A SAK that another key server has made is left out.
 class FrameWriter {
  public:
   explicit FrameWriter(Port& port) : port_(port) {}
@@ -39,6 +39,7 @@ class FrameWriter {
   bool putPeers(std::span<uint8_t> records, PeerMap const& peers, bool areCut);
   size_t roomForPeers() const;
   Refusal writeSakUse(Macsec::SakUseInfo const& info);
+  bool isSakOf(Vesk::String8 const& member) const;
   Refusal writeDistSak(Macsec::SakDistInfo const& info);
   Refusal writeDistCak(Macsec::CakDistInfo const& info);
   Refusal writeIcv();

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "engine/MkaActorSmReactors.h"
+#include "model/PacketNumbers.h"
 #include "runtime/Trace.h"
 
 // The key-related parameter sets of an MKPDU: what the key server distributes, and who may transmit
@@ -11,9 +12,6 @@ namespace Macsec {
 namespace {
 
 Vesk::TraceHandle traceHandle("Macsec::MkaSm");
-
-// Three quarters of the 32-bit packet number space.
-constexpr uint32_t kLlpnExhaustion = 0xC0000000;
 
 // The sender's view of a SAK; the default value when it has none.
 KeyInfo const& matching(SakUseInfo const& use, Sak const& sak) {
@@ -158,7 +156,7 @@ bool MkaActorSm::canAllPeersReceive(KeysLPN& reported) const {
 void MkaActorSm::countLlpnExhaustion(SakUseInfo const& use) {
   if (!actorStatus()->electedSelf()) return;
   uint32_t const highest = std::max(use.latestKeyInfo().keyLLPN(), use.oldKeyInfo().keyLLPN());
-  if (highest < kLlpnExhaustion) return;
+  if (highest < nearlyUsedUp) return;
   VESK_TRACE(1, ": LLPN exhaustion detected for actor ", ckn_, " on ", intfId_);
   actorStatus()->llpnExhaustionInc(1);
 }

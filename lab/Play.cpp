@@ -5,13 +5,11 @@
 #include <fstream>
 #include <ostream>
 
-#include "lab/judge/DataLoss.h"
-#include "lab/judge/Expectations.h"
-#include "lab/judge/invariants/Invariants.h"
 #include "lab/report/Captures.h"
 #include "lab/report/Events.h"
 #include "lab/report/Timeline.h"
 #include "lab/scenario/ScenarioParser.h"
+#include "lab/verdict/Judges.h"
 
 namespace Lab {
 
@@ -41,11 +39,10 @@ class Player {
     }
   }
 
-  /// False if an expectation failed.
+  /// False if something speaks against the run.
   bool play(Scenario const& scenario) {
     Simulation simulation(scenario, options_.seed.value_or(scenario.seed.value_or(kDefaultSeed)));
-    Expectations expectations(simulation);
-    simulation.audienceIs(expectations);
+    Judges judges(simulation);
     Events events(eventsFile_);
     if (eventsFile_.is_open()) simulation.audienceIs(events);
     std::optional<Captures> captures;
@@ -57,17 +54,16 @@ class Player {
       out_ << scenario.title << "\n\n";
       simulation.audienceIs(timeline);
     }
-    DataLoss dataLoss(simulation);
-    std::optional<Invariants> invariants;
-    if (scenario.invariantsHold) {
-      invariants.emplace(simulation);
-    } else {
-      simulation.audienceIs(dataLoss);
-    }
     simulation.run();
     if (options_.show) showEnd(simulation, captures);
-    return judge(scenario, expectations) && judgeNonces(scenario, simulation) &&
-           judgeData(scenario, dataLoss) && judgeInvariants(scenario, invariants);
+    auto const verdict = judges.verdict();
+    if (!verdict) {
+      out_ << fmt::format("ok      {} ({} expectations)\n", scenario.file, judges.expectations());
+      return true;
+    }
+    out_ << fmt::format("FAILED  {} ({})\n", scenario.file, verdict->what);
+    for (std::string const& finding : verdict->findings) out_ << "  " << finding << '\n';
+    return false;
   }
 
  private:
@@ -79,41 +75,6 @@ class Player {
     if (!captures) return;
     for (auto const& path : captures->paths()) out_ << "Capture: " << path.string() << '\n';
     out_ << '\n';
-  }
-
-  bool judge(Scenario const& scenario, Expectations const& expectations) {
-    std::vector<Failure> const failures = expectations.failures();
-    if (failures.empty()) {
-      out_ << fmt::format("ok      {} ({} expectations)\n", scenario.file, expectations.size());
-      return true;
-    }
-    out_ << fmt::format("FAILED  {} ({} of {} expectations)\n", scenario.file, failures.size(),
-                        expectations.size());
-    for (Failure const& failure : failures) out_ << "  " << failure.text() << '\n';
-    return false;
-  }
-
-  bool judgeNonces(Scenario const& scenario, Simulation& simulation) {
-    auto const& repeats = simulation.nonceRepeats();
-    if (repeats.empty()) return true;
-    out_ << fmt::format("FAILED  {} (nonces are repeated)\n", scenario.file);
-    for (std::string const& repeat : repeats) out_ << "  " << repeat << '\n';
-    return false;
-  }
-
-  bool judgeData(Scenario const& scenario, DataLoss const& dataLoss) {
-    if (dataLoss.lost().empty()) return true;
-    out_ << fmt::format("FAILED  {} (data is lost)\n", scenario.file);
-    for (DataLoss::Lost const& lost : dataLoss.lost()) out_ << "  " << lost.text() << '\n';
-    return false;
-  }
-
-  bool judgeInvariants(Scenario const& scenario, std::optional<Invariants>& invariants) {
-    auto const breaches = invariants ? invariants->breaches() : std::vector<Breach>();
-    if (breaches.empty()) return true;
-    out_ << fmt::format("FAILED  {} (invariants are broken)\n", scenario.file);
-    for (Breach const& breach : breaches) out_ << "  " << breach.text() << '\n';
-    return false;
   }
 
   PlayOptions const& options_;

@@ -5,10 +5,12 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "host/state/StatePath.h"
 #include "host/state/StateStore.h"
+#include "model/MkaPeer.h"
 #include "runtime/Describe.h"
 
 namespace Macsecd {
@@ -70,6 +72,10 @@ class Rebuilding {
 namespace Detail {
 
 using Vesk::Detail::AttributeVisitor;
+
+// A member of a CA can be called nothing: that is what twelve zero octets say. Nothing else can.
+template <class M>
+constexpr bool mayBeNameless = std::is_same_v<M, Macsec::MkaPeer>;
 
 // Where one collection lacks what a member was made of, another one of the same parent can have it:
 // what is under one key is made of the same.
@@ -134,7 +140,7 @@ struct Putting : AttributeVisitor {
   template <class M, class K, class Is>
   void members(char const* name, Vesk::HashMap<M, K> E::*field, Is is) {
     if (!isFor(name, 2, names.size())) return;
-    if (names[1].empty()) Rebuilding::unknown();
+    if (names[1].empty() && !mayBeNameless<M>) Rebuilding::unknown();
     K const key = Vesk::valueFromPlainText<K>(names[1]);
     std::string const path = statePath(statePath(above, name), names[1]);
     Vesk::Ptr<M> member = (entity.*field)[key];

@@ -32,16 +32,24 @@ bool receivesWith(Macsec::MkaPeer const& peer, Macsec::Sak const& sak) {
          (use.oldKeyInfo().keyRx() && sakMatch(use.oldKeyInfo(), sak));
 }
 
-bool receiveOnlyWithOthers(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak) {
-  bool receive = false;
+bool doesAnyReceiveWith(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak) {
   for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
     for (Macsec::MkaPeer& peer : actor.livePeer()) {
-      if (receivesWith(peer, sak)) return false;
-      Macsec::SakUseInfo const& use = peer.sakUseInfo();
-      receive |= use.latestKeyInfo().keyRx() || use.oldKeyInfo().keyRx();
+      if (receivesWith(peer, sak)) return true;
     }
   }
-  return receive;
+  return false;
+}
+
+bool receiveOnlyWithOthers(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak) {
+  if (doesAnyReceiveWith(port, sak)) return false;
+  for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
+    for (Macsec::MkaPeer& peer : actor.livePeer()) {
+      Macsec::SakUseInfo const& use = peer.sakUseInfo();
+      if (use.latestKeyInfo().keyRx() || use.oldKeyInfo().keyRx()) return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace Macsecd

@@ -14,6 +14,8 @@ bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& actor, Macsec::Ssci const&
 
 /// Whether the peer says that it receives with this key.
 bool receivesWith(Macsec::MkaPeer const& peer, Macsec::Sak const& sak);
+/// Whether a live peer says that it does.
+bool doesAnyReceiveWith(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak);
 /// Whether no live peer says that it receives with this key, and one does so of another key.
 bool receiveOnlyWithOthers(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak);
 

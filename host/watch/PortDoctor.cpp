@@ -134,10 +134,15 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   }
   auto const trouble = principal ? troubleWith(*principal, intfId) : PortTrouble::notPrincipal;
   if (!trouble || livesOnFormerKey(intfId, *port)) return std::nullopt;
-  if (!isOpen_(intfId)) return trouble;
-  bool const isDeaf =
-      !principal && receiveOnlyWithOthers(*port, status_->cpStatus(intfId)->txSak());
-  return isDeaf ? std::optional(PortTrouble::peerNotReceiving) : std::nullopt;
+  return isOpen_(intfId) ? troubleOfOpen(*port, status_->cpStatus(intfId)->txSak()) : trouble;
+}
+
+// One without a key in use goes on with the key that it has, which may be nobody's any more.
+std::optional<PortTrouble> PortDoctor::troubleOfOpen(Macsec::MkaPortStatus const& port,
+                                                     Macsec::Sak const& sak) {
+  if (principalOf(port) || doesAnyReceiveWith(port, sak)) return std::nullopt;
+  return receiveOnlyWithOthers(port, sak) ? PortTrouble::peerNotReceiving
+                                          : PortTrouble::notPrincipal;
 }
 
 std::optional<PortTrouble> PortDoctor::troubleWith(Macsec::MkaActorStatus const& principal,
@@ -159,9 +164,9 @@ bool PortDoctor::hasMissedItsMoment(Macsec::MkaActorStatus const& principal,
          !latest.txEnabled() && SakId::of(latest.sak()) == SakId::of(principal.distSak());
 }
 
-// The actor of such a key ends with the port, and nobody can make it anew. A name that was spelled
-// otherwise before comes back: where an interface has its names written as characters, the others
-// of its profile get the new spelling too.
+// Has peers under such a key alone. Its actor ends with the port, and nobody can make it anew. A
+// name that was spelled otherwise before comes back: where an interface has its names written as
+// characters, the others of its profile get the new spelling too.
 bool PortDoctor::livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const {
   auto const intfStatus = status_->intfStatus(intfId);
   if (!intfStatus) return hasLivePeer(port);
@@ -169,9 +174,9 @@ bool PortDoctor::livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus con
   auto const fallback = keyNameOctets(intfStatus->defaultKey().ckn().view());
   for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
     auto const name = keyNameOctets(actor.ckn().view());
-    if (!actor.livePeer().empty() && name != primary && name != fallback) return true;
+    if (!actor.livePeer().empty() && (name == primary || name == fallback)) return false;
   }
-  return false;
+  return hasLivePeer(port);
 }
 
 PortDoctor::Members PortDoctor::membersOf(Macsec::MkaPortStatus const& port) {

@@ -81,6 +81,8 @@ class PortDoctor final : public Vesk::StateMachine, private PortListener {
   bool isWell(Lumo::IntfId intfId) const;
   void seemsWell(Cases::iterator known);
   std::optional<PortTrouble> troubleOf(Lumo::IntfId intfId) const;
+  static std::optional<PortTrouble> troubleOfOpen(Macsec::MkaPortStatus const& port,
+                                                  Macsec::Sak const& sak);
   std::optional<PortTrouble> troubleWith(Macsec::MkaActorStatus const& principal,
                                          Lumo::IntfId intfId) const;
   static bool hasMissedItsMoment(Macsec::MkaActorStatus const& principal,

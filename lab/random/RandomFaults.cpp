@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace Lab {
 
 namespace {
@@ -19,20 +21,31 @@ constexpr uint32_t kMostOfSome = 12;
 std::vector<RandomFaults::Kind> const& RandomFaults::kinds() {
   using F = RandomFaults;
   static std::vector<Kind> const all = {
-      {12, &F::loseSome},       {4, &F::loseShare},   {2, &F::delay},       {3, &F::shuffle},
-      {2, &F::corrupt},         {6, &F::cut},         {5, &F::replay},      {6, &F::flapLink},
-      {4, &F::remakeInterface}, {1, &F::sendBroken},  {8, &F::restart},     {2, &F::exit},
-      {2, &F::shutDown},        {5, &F::hardware},    {3, &F::changeKey},   {2, &F::packetNumber},
-      {2, &F::removeKey},       {6, &F::publishAnew}, {3, &F::priority},    {2, &F::rekeyPeriod},
-      {2, &F::delayProtection}, {1, &F::suite},       {6, &F::thirdMember}, {3, &F::spendKey},
+      {12, &F::loseSome},       {4, &F::loseShare},   {2, &F::delay},         {3, &F::shuffle},
+      {2, &F::corrupt},         {6, &F::cut},         {5, &F::replay},        {6, &F::flapLink},
+      {4, &F::remakeInterface}, {1, &F::sendBroken},  {8, &F::restart, true}, {2, &F::exit, true},
+      {2, &F::shutDown},        {5, &F::hardware},    {3, &F::changeKey},     {2, &F::packetNumber},
+      {2, &F::removeKey},       {6, &F::publishAnew}, {3, &F::priority},      {2, &F::rekeyPeriod},
+      {2, &F::delayProtection}, {1, &F::suite},       {6, &F::thirdMember},   {3, &F::spendKey},
       {2, &F::deviceDown}};
+  return all;
+}
+
+// What happens to processes and their stores, in swarms alone.
+std::vector<RandomFaults::Kind> const& RandomFaults::kindsOfProcesses() {
+  using F = RandomFaults;
+  static std::vector<Kind> const all = {
+      {6, &F::kill, true}, {3, &F::standStill}, {2, &F::loseState, true}, {2, &F::fillStore}};
   return all;
 }
 
 void RandomFaults::begin() {
   for (auto const& link : net_.links) {
-    if (link.dot1x) publishOn(link, dice_.seconds(0.5, 10), dice_.chance(50) ? 0 : aWhile(15));
-    if (link.hasThird) at(0, "link down on C " + link.interface());
+    if (link.dot1x) {
+      double const time = dice_.seconds(0.5, 10);
+      publishOn(link, time, dice_.chance(50) ? 0 : aWhile(15));
+    }
+    if (link.hasThird) at(0, "link down on Z " + link.interface());
   }
 }
 
@@ -45,11 +58,22 @@ void RandomFaults::draw() {
 void RandomFaults::drawSome() {
   begin();
   std::vector<Kind> some;
-  for (Kind const& kind : kinds()) {
-    if (dice_.chance(kKept)) some.push_back(kind);
+  for (auto const* from : {&kinds(), &kindsOfProcesses()}) {
+    for (Kind const& kind : *from) {
+      if (dice_.chance(kKept)) some.push_back(kind);
+    }
   }
+  leaveStatesWhole(some);
   uint32_t const faults = some.empty() ? 0 : dice_.number(1, kMostOfSome);
   for (uint32_t i = 0; i < faults; ++i) drawOneOf(some);
+}
+
+// A process that ends while its store refuses leaves an older state, from which nobody can go on as
+// if nothing had happened.
+void RandomFaults::leaveStatesWhole(std::vector<Kind>& kinds) {
+  auto const fillsStore = [](Kind const& kind) { return kind.draw == &RandomFaults::fillStore; };
+  if (std::ranges::none_of(kinds, fillsStore)) return;
+  std::erase_if(kinds, [](Kind const& kind) { return kind.endsProcesses; });
 }
 
 void RandomFaults::drawOneOf(std::vector<Kind> const& kinds) {
@@ -67,8 +91,30 @@ void RandomFaults::at(double time, std::string const& action) {
   text_ += fmt::format("at {:.1f} {}\n", std::min(time, kLastRepair), action);
 }
 
+std::string RandomFaults::otherThan(std::string const& name) const {
+  auto const found = std::ranges::find(net_.switches, name.front());
+  bool const isLast = found + 1 == net_.switches.end();
+  return {isLast ? net_.switches.front() : found[1]};
+}
+
+std::string RandomFaults::aPort() {
+  RandomNet::Link const& link = aLink();
+  return anEndOf(link) + " " + link.interface();
+}
+
+std::string RandomFaults::aProfile() {
+  RandomNet::Link const& link = aLink();
+  return "profile " + link.profile() + " on " + anEndOf(link);
+}
+
+std::string RandomFaults::aWay() {
+  bool const isOneWay = dice_.chance(65);
+  return (isOneWay ? "from " : "both ways at ") + aPort();
+}
+
 void RandomFaults::loseSome() {
-  at(now_, fmt::format("lose {} frames {}", dice_.number(1, 8), aWay()));
+  uint32_t const frames = dice_.number(1, 8);
+  at(now_, fmt::format("lose {} frames {}", frames, aWay()));
 }
 
 void RandomFaults::loseShare() {
@@ -85,14 +131,15 @@ void RandomFaults::delay() {
 
 void RandomFaults::shuffle() {
   std::string const way = aWay();
-  at(now_, fmt::format("{} {} {}", dice_.chance(50) ? "reorder" : "duplicate",
-                       dice_.chance(50) ? "every frame" : "50 percent", way));
+  std::string const what = dice_.chance(50) ? "reorder" : "duplicate";
+  std::string const share = dice_.chance(50) ? "every frame" : "50 percent";
+  at(now_, what + " " + share + " " + way);
   at(now_ + aWhile(), "repair " + way);
 }
 
 void RandomFaults::corrupt() {
-  at(now_, fmt::format("corrupt byte {} of {} frames {}", dice_.number(0, 120), dice_.number(1, 5),
-                       aWay()));
+  uint32_t const octet = dice_.number(0, 120), frames = dice_.number(1, 5);
+  at(now_, fmt::format("corrupt byte {} of {} frames {}", octet, frames, aWay()));
 }
 
 void RandomFaults::cut() {
@@ -111,14 +158,15 @@ void RandomFaults::replay() {
 void RandomFaults::flapLink() {
   RandomNet::Link const& link = aLink();
   double const up = now_ + aWhile();
-  bool const isBoth = dice_.chance(50);
-  std::string const end = anEnd();
-  for (std::string const& name : {end, other(end)}) {
-    if (name != end && !isBoth) continue;
-    at(now_, "link down on " + name + " " + link.interface());
-    at(up, "link up on " + name + " " + link.interface());
+  bool const isBoth = dice_.chance(50), first = dice_.chance(50);
+  for (bool const end : {first, !first}) {
+    if (end != first && !isBoth) continue;
+    at(now_, "link down on " + link.end(end) + " " + link.interface());
+    at(up, "link up on " + link.end(end) + " " + link.interface());
   }
-  if (link.dot1x) publishOn(link, up + aWhile(5), dice_.chance(70) ? 0 : aWhile(15));
+  if (!link.dot1x) return;
+  double const published = up + aWhile(5);
+  publishOn(link, published, dice_.chance(70) ? 0 : aWhile(15));
 }
 
 void RandomFaults::deviceDown() {
@@ -129,84 +177,112 @@ void RandomFaults::deviceDown() {
 
 void RandomFaults::remakeInterface() {
   RandomNet::Link const& link = aLink();
-  std::string const end = anEnd(), place = link.interface() + " on " + end;
+  std::string const place = link.interface() + " on " + anEndOf(link);
   double const made = now_ + aWhile(15);
+  std::string const address =
+      dice_.chance(50) ? fmt::format(" with address 02:00:00:00:01:{:02x}", dice_.number(0, 255))
+                       : "";
   at(now_, "delete interface " + place);
-  at(made, "make interface " + place +
-               (dice_.chance(50)
-                    ? fmt::format(" with address 02:00:00:00:01:{:02x}", dice_.number(0, 255))
-                    : ""));
+  at(made, "make interface " + place + address);
   if (link.dot1x) publishOn(link, made + aWhile(5), 0);
 }
 
 void RandomFaults::sendBroken() {
-  at(now_, fmt::format("send a frame with {} to {}",
-                       dice_.oneOf<std::string>({"icvValidationErr", "livePeerListErr",
-                                                 "sakUseSetErr", "distSakSetErr"}),
-                       aPort()));
+  std::string const defect = dice_.oneOf<std::string>(
+      {"icvValidationErr", "livePeerListErr", "sakUseSetErr", "distSakSetErr"});
+  at(now_, fmt::format("send a frame with {} to {}", defect, aPort()));
 }
 
 void RandomFaults::thirdMember() {
   if (!net_.hasThird) return loseSome();
-  at(now_, "link up on C " + net_.links[0].interface());
-  at(now_ + aWhile(), "link down on C " + net_.links[0].interface());
+  at(now_, "link up on Z " + net_.links[0].interface());
+  at(now_ + aWhile(), "link down on Z " + net_.links[0].interface());
 }
 
 void RandomFaults::restart() {
-  std::string const end = anEnd();
-  at(now_,
-     "restart " + end + (dice_.chance(50) ? fmt::format(" after {}", dice_.seconds(0.1, 20)) : ""));
-  if (dice_.chance(20)) at(now_, "restart " + other(end));
+  std::string const name = aSwitch();
+  std::string const after =
+      dice_.chance(50) ? fmt::format(" after {}", dice_.seconds(0.1, 20)) : "";
+  at(now_, "restart " + name + after);
+  if (dice_.chance(20)) at(now_, "restart " + otherThan(name));
+}
+
+// At one of the next commits to its store.
+void RandomFaults::kill() {
+  std::string const name = aSwitch();
+  std::string const moment = dice_.chance(70) ? "at" : "before";
+  uint32_t const commit = dice_.number(1, 40);
+  std::string const after =
+      dice_.chance(60) ? fmt::format(" after {}", dice_.seconds(0.1, 10)) : "";
+  at(now_, fmt::format("kill {} {} commit {}{}", name, moment, commit, after));
+}
+
+void RandomFaults::standStill() {
+  std::string const name = aSwitch();
+  at(now_, fmt::format("stop {} for {}", name, dice_.seconds(0.5, 15)));
+}
+
+void RandomFaults::loseState() {
+  std::string const name = aSwitch();
+  at(now_, fmt::format("restart {} without its state after {}", name, dice_.seconds(0.1, 20)));
+}
+
+void RandomFaults::fillStore() {
+  std::string const name = aSwitch();
+  at(now_, "store of " + name + " refuses");
+  at(now_ + aWhile(), "store of " + name + " is well");
 }
 
 // A process that can't start in FIPS mode ends again and again.
 void RandomFaults::exit() {
-  std::string const end = anEnd();
-  if (dice_.chance(50)) at(now_, "FIPS provider of " + end + " is missing");
-  at(now_, "set FIPS of " + end + " to on");
-  at(now_ + aWhile(20), "FIPS provider of " + end + " is there");
+  std::string const name = aSwitch();
+  if (dice_.chance(50)) at(now_, "FIPS provider of " + name + " is missing");
+  at(now_, "set FIPS of " + name + " to on");
+  at(now_ + aWhile(20), "FIPS provider of " + name + " is there");
 }
 
 void RandomFaults::shutDown() {
-  std::string const end = anEnd();
-  at(now_, "shutdown " + end);
-  at(now_ + aWhile(20), "no shutdown " + end);
+  std::string const name = aSwitch();
+  at(now_, "shutdown " + name);
+  at(now_ + aWhile(20), "no shutdown " + name);
 }
 
 void RandomFaults::hardware() {
-  std::string const end = anEnd();
-  at(now_,
-     "hardware of " + end +
-         (dice_.chance(50) ? " is silent" : fmt::format(" is slow by {}", dice_.seconds(0.1, 10))));
-  at(now_ + aWhile(), "hardware of " + end + " is normal");
+  std::string const name = aSwitch();
+  std::string const mood =
+      dice_.chance(50) ? " is silent" : fmt::format(" is slow by {}", dice_.seconds(0.1, 10));
+  at(now_, "hardware of " + name + mood);
+  at(now_ + aWhile(), "hardware of " + name + " is normal");
 }
 
 void RandomFaults::packetNumber() {
-  at(now_, fmt::format("hardware of {} reports packet number 0xc0000001 on {}{}", anEnd(),
-                       aLink().interface(), dice_.chance(50) ? " for its next key" : ""));
+  RandomNet::Link const& link = aLink();
+  std::string const end = anEndOf(link);
+  at(now_, fmt::format("hardware of {} reports packet number 0xc0000001 on {}{}", end,
+                       link.interface(), dice_.chance(50) ? " for its next key" : ""));
 }
 
 void RandomFaults::spendKey() {
-  at(now_, fmt::format("hardware of {} has spent its key on {}", anEnd(), aLink().interface()));
+  RandomNet::Link const& link = aLink();
+  at(now_, fmt::format("hardware of {} has spent its key on {}", anEndOf(link), link.interface()));
 }
 
 // A new key on one end and then on the other; the same name now and then.
 void RandomFaults::changeKey() {
   RandomNet::Link const& link = aLink();
-  bool const isFallback = link.dot1x || dice_.chance(40);
+  bool const isFallback = link.dot1x || dice_.chance(40), first = dice_.chance(50);
   uint32_t const key = newKeys_++;
   double time = now_;
-  std::string const first = anEnd();
-  for (std::string const& end : {first, other(first)}) {
+  for (bool const end : {first, !first}) {
     at(time, fmt::format("set {}key of profile {} on {} to {} {}", isFallback ? "fallback " : "",
-                         link.profile(), end, keyName(key), keyText(key)));
+                         link.profile(), link.end(end), keyName(key), keyText(key)));
     time += aWhile();
   }
 }
 
 void RandomFaults::removeKey() {
   RandomNet::Link const& link = aLink();
-  std::string const end = anEnd();
+  std::string const end = anEndOf(link);
   bool const isFallback = link.dot1x || dice_.chance(60);
   std::string const what =
       fmt::format("{}key of profile {} on {}", isFallback ? "fallback " : "", link.profile(), end);
@@ -226,40 +302,42 @@ void RandomFaults::publishOn(RandomNet::Link const& link, double time, double ap
   ++sessions_;
   std::string const session =
       fmt::format("of session {0:04x} and master key {0:04x}{1:0124x}", sessions_, 1);
-  bool const isAFirst = dice_.chance(50);
-  at(time + (isAFirst ? 0 : apart),
-     fmt::format("publish 802.1X key on A {} {}", link.interface(), session));
-  at(time + (isAFirst ? apart : 0),
-     fmt::format("publish 802.1X key on B {} of type 1 {}", link.interface(), session));
+  bool const isFirst = dice_.chance(50);
+  at(time + (isFirst ? 0 : apart),
+     fmt::format("publish 802.1X key on {} {} {}", link.a, link.interface(), session));
+  at(time + (isFirst ? apart : 0),
+     fmt::format("publish 802.1X key on {} {} of type 1 {}", link.b, link.interface(), session));
 }
 
 void RandomFaults::priority() {
-  at(now_, fmt::format("set priority of profile {} on {} to {}", aLink().profile(), anEnd(),
-                       dice_.number(1, 30)));
+  std::string const profile = aProfile();
+  at(now_, fmt::format("set priority of {} to {}", profile, dice_.number(1, 30)));
 }
 
 void RandomFaults::rekeyPeriod() {
-  at(now_, fmt::format("set rekey period of profile {} on {} to {}", aLink().profile(), anEnd(),
-                       dice_.number(5, 60)));
+  std::string const profile = aProfile();
+  at(now_, fmt::format("set rekey period of {} to {}", profile, dice_.number(5, 60)));
 }
 
 void RandomFaults::delayProtection() {
-  std::string const end = anEnd();
-  at(now_, "set delay protection of " + end + " to on");
-  if (dice_.chance(50)) at(now_ + aWhile(), "set delay protection of " + end + " to off");
+  std::string const name = aSwitch();
+  at(now_, "set delay protection of " + name + " to on");
+  if (dice_.chance(50)) at(now_ + aWhile(), "set delay protection of " + name + " to off");
 }
 
 // Both ends, one after the other, and back.
 void RandomFaults::suite() {
-  std::string const profile = aLink().profile(), first = anEnd();
-  auto const set = [&](double time, std::string const& end, char const* suite) {
-    at(time, fmt::format("set cipher suite of profile {} on {} to {}", profile, end, suite));
+  RandomNet::Link const& link = aLink();
+  bool const first = dice_.chance(50);
+  auto const set = [&](double time, bool end, char const* suite) {
+    at(time, fmt::format("set cipher suite of profile {} on {} to {}", link.profile(),
+                         link.end(end), suite));
   };
   double const apart = aWhile(20), back = 20 + aWhile(20);
   set(now_, first, "gcm-aes-xpn-256");
-  if (dice_.chance(70)) set(now_ + apart, other(first), "gcm-aes-xpn-256");
+  if (dice_.chance(70)) set(now_ + apart, !first, "gcm-aes-xpn-256");
   set(now_ + back, first, "gcm-aes-xpn-128");
-  set(now_ + back + apart, other(first), "gcm-aes-xpn-128");
+  set(now_ + back + apart, !first, "gcm-aes-xpn-128");
 }
 
 }  // namespace Lab

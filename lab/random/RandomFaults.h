@@ -7,7 +7,8 @@
 namespace Lab {
 
 /// Draws what happens to a random net, and writes it as lines of a scenario. Each kind of fault has
-/// a function, which writes the repair as well where there is one.
+/// a function, which writes the repair as well where there is one. What is drawn is drawn statement
+/// by statement, so that every compiler draws the same.
 class RandomFaults {
  public:
   RandomFaults(RandomNet const& net, Dice& dice, std::string& text)
@@ -22,10 +23,13 @@ class RandomFaults {
   struct Kind {
     uint32_t weight;
     Fault draw;
+    bool endsProcesses = false;
   };
   static std::vector<Kind> const& kinds();
+  static std::vector<Kind> const& kindsOfProcesses();
 
   void begin();
+  static void leaveStatesWhole(std::vector<Kind>& kinds);
   void drawOneOf(std::vector<Kind> const& kinds);
   // Of wires.
   void loseSome();
@@ -48,6 +52,11 @@ class RandomFaults {
   void hardware();
   void packetNumber();
   void spendKey();
+  // Of processes and their stores.
+  void kill();
+  void standStill();
+  void loseState();
+  void fillStore();
   // Of configurations.
   void changeKey();
   void removeKey();
@@ -60,11 +69,14 @@ class RandomFaults {
   void at(double time, std::string const& action);
   void publishOn(RandomNet::Link const& link, double time, double apart);
   RandomNet::Link const& aLink() { return dice_.oneOf(net_.links); }
-  std::string anEnd() { return dice_.chance(50) ? "A" : "B"; }
-  std::string other(std::string const& end) const { return end == "A" ? "B" : "A"; }
-  std::string aPort() { return anEnd() + " " + aLink().interface(); }
+  std::string anEndOf(RandomNet::Link const& link) { return link.end(dice_.chance(50)); }
+  std::string aSwitch() { return {dice_.oneOf(net_.switches)}; }
+  std::string otherThan(std::string const& name) const;
+  std::string aPort();
+  // "profile p1 on A"
+  std::string aProfile();
   // "from A e1" or "both ways at A e1"
-  std::string aWay() { return (dice_.chance(65) ? "from " : "both ways at ") + aPort(); }
+  std::string aWay();
   double aWhile(double most = 40) { return dice_.seconds(0.5, most); }
 
   RandomNet const& net_;

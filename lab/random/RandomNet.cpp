@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace Lab {
 
 namespace {
@@ -52,6 +54,8 @@ std::string keyLine(char const* word, uint32_t name, uint32_t text) {
   return fmt::format("        {}: {{ckn: {}, cak: {}}}\n", word, keyName(name), keyText(text));
 }
 
+// Drawn one after the other: in what order the parts of an expression are worked out is the
+// compiler's choice.
 std::string profileText(RandomNet::Link const& link, Keys const& keys, Dice& dice) {
   std::string text = fmt::format("      {}:\n", link.profile());
   text += link.dot1x ? "        dot1x: true\n" : keyLine("key", keys.primary, keys.primaryText);
@@ -66,19 +70,37 @@ std::string interfaceText(RandomNet::Link const& link, Dice& dice) {
                      dice.chance(10) ? ", on-peer-loss: close" : "");
 }
 
+// What one switch has on one of its links.
+struct Port {
+  RandomNet::Link const& link;
+  Keys const& keys;
+};
+
 // The switch with this letter; the first has the lowest address in most scenarios.
-void drawSwitch(char letter, std::vector<RandomNet::Link> const& links,
-                std::vector<Keys> const& keys, Dice& dice, std::string& text) {
+void drawSwitch(char letter, std::vector<Port> const& ports, Dice& dice, std::string& text) {
   uint32_t const number = static_cast<uint32_t>(letter - 'A') + 1;
-  uint32_t const address = dice.chance(30) ? 10 - number : number;
+  uint32_t const address = dice.chance(30) ? 60 - number : number;
   text += fmt::format("switch {}\n  mac 02:00:00:00:00:{:02x}\n", letter, address);
   if (dice.chance(50)) text += fmt::format("  start at {}\n", dice.seconds(0, 8));
   text += "  config:\n";
   if (dice.chance(10)) text += "    delay-protection: true\n";
   text += "    profiles:\n";
-  for (size_t i = 0; i < links.size(); ++i) text += profileText(links[i], keys[i], dice);
+  for (Port const& port : ports) text += profileText(port.link, port.keys, dice);
   text += "    interfaces:\n";
-  for (auto const& link : links) text += interfaceText(link, dice);
+  for (Port const& port : ports) text += interfaceText(port.link, dice);
+}
+
+// Each switch has a link to the one before it; all others go wherever they go.
+void drawLinks(RandomNet& net, NetSize const& most, Dice& dice) {
+  auto const switches = dice.number(2, most.switches);
+  for (uint32_t i = 0; i < switches; ++i) net.switches.push_back(static_cast<char>('A' + i));
+  uint32_t const links = std::max(switches - 1, dice.number(1, most.links));
+  for (uint32_t number = 1; number <= links; ++number) {
+    bool const isFurther = number >= switches;
+    uint32_t const to = isFurther ? dice.number(1, switches - 1) : number;
+    uint32_t const from = isFurther ? dice.number(0, to - 1) : to - 1;
+    net.links.push_back({number, net.switches[from], net.switches[to]});
+  }
 }
 
 }  // namespace
@@ -87,23 +109,29 @@ std::string keyName(uint32_t number) { return fmt::format("c0de{:04x}", number);
 
 std::string keyText(uint32_t number) { return fmt::format("{:032x}", 0x1234567800000000 + number); }
 
-RandomNet drawNet(Dice& dice, std::string& text) {
+RandomNet drawNet(Dice& dice, NetSize const& most, std::string& text) {
   RandomNet net;
-  std::vector<Keys> ofA, ofB;
-  uint32_t const links = dice.number(1, 3);
-  for (uint32_t number = 1; number <= links; ++number) {
-    KeyPlan const plan = drawKeys(dice);
-    if (number == 1) net.hasThird = !plan.dot1x && dice.chance(20);
-    net.links.push_back({number, plan.dot1x, net.hasThird && number == 1});
-    ofA.push_back(plan.a);
-    ofB.push_back(plan.b);
+  drawLinks(net, most, dice);
+  std::vector<KeyPlan> plans;
+  for (RandomNet::Link& link : net.links) {
+    plans.push_back(drawKeys(dice));
+    link.dot1x = plans.back().dot1x;
   }
-  drawSwitch('A', net.links, ofA, dice, text);
-  drawSwitch('B', net.links, ofB, dice, text);
-  if (net.hasThird) drawSwitch('C', {net.links[0]}, {ofA[0]}, dice, text);
+  net.hasThird = !net.links[0].dot1x && dice.chance(20);
+  net.links[0].hasThird = net.hasThird;
+  for (char const letter : net.switches) {
+    std::vector<Port> ports;
+    for (size_t i = 0; i < net.links.size(); ++i) {
+      RandomNet::Link const& link = net.links[i];
+      if (link.a == letter) ports.push_back({link, plans[i].a});
+      if (link.b == letter) ports.push_back({link, plans[i].b});
+    }
+    drawSwitch(letter, ports, dice, text);
+  }
+  if (net.hasThird) drawSwitch('Z', {{net.links[0], plans[0].a}}, dice, text);
   for (auto const& link : net.links) {
-    text += fmt::format("wire A {0} to B {0}{1}\n", link.interface(),
-                        link.hasThird ? " to C " + link.interface() : "");
+    text += fmt::format("wire {1} {0} to {2} {0}{3}\n", link.interface(), link.a, link.b,
+                        link.hasThird ? " to Z " + link.interface() : "");
   }
   return net;
 }

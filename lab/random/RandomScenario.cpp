@@ -10,6 +10,7 @@ namespace {
 
 constexpr int kSeconds = 200;
 constexpr int kFaultsEnd = 130;
+constexpr NetSize kLargeNet{6, 8};
 
 }  // namespace
 
@@ -17,18 +18,19 @@ std::string randomScenario(uint32_t seed) {
   Dice dice(seed);
   std::string text =
       fmt::format("title Random scenario {0}\nseed {0}\nrun until {1}\n", seed, kSeconds);
-  RandomNet const net = drawNet(dice, text);
+  RandomNet const net = drawNet(dice, NetSize(), text);
   RandomFaults(net, dice, text).draw();
   return text;
 }
 
 std::string swarmScenario(uint32_t number) {
   Dice dice(number, Stream::swarm);
+  double const dataEvery = dice.oneOf<double>({0.2, 0.5, 1});
   std::string text = fmt::format(
       "title Run {0} of the swarm\nseed {0}\nrun until {1}\nfaults end at {2}\ndata every {3}\n"
       "invariants hold\n",
-      number, kSeconds, kFaultsEnd, dice.oneOf<double>({0.2, 0.5, 1}));
-  RandomNet const net = drawNet(dice, text);
+      number, kSeconds, kFaultsEnd, dataEvery);
+  RandomNet const net = drawNet(dice, dice.chance(75) ? NetSize() : kLargeNet, text);
   RandomFaults(net, dice, text).drawSome();
   return text;
 }

@@ -9,6 +9,8 @@ namespace Lab {
 
 namespace {
 
+constexpr size_t kMostCommits = 1'000'000;
+
 // "up on A Ethernet1".
 template <class Change>
 Change parseUpOrDown(std::string_view what, Words& words, Known const& known) {
@@ -53,8 +55,33 @@ FipsProviderChange parseFipsProvider(Words& words, Known const& known) {
 
 Restart parseRestart(Words& words, Known const& known) {
   Restart restart{words.switchName(known)};
+  restart.keepsState = !words.take("without its state");
   if (words.take("after")) restart.deadFor = words.time();
   return restart;
+}
+
+Kill parseKill(Words& words, Known const& known) {
+  Kill kill{words.switchName(known)};
+  kill.isTaken = words.take("at commit");
+  if (!kill.isTaken && !words.take("before commit")) {
+    words.unknown("moment", {"at commit", "before commit"});
+  }
+  kill.commit = words.number("the number of a commit", 1, kMostCommits);
+  if (words.take("after")) kill.deadFor = words.time();
+  return kill;
+}
+
+Standstill parseStandstill(Words& words, Known const& known) {
+  auto name = words.switchName(known);
+  if (!words.take("for")) words.unknown("span", {"for"});
+  return {name, words.time()};
+}
+
+StoreChange parseStore(Words& words, Known const& known) {
+  auto name = words.switchName(known);
+  bool const refuses = words.take("refuses");
+  if (!refuses && !words.take("is well")) words.unknown("state", {"refuses", "is well"});
+  return {name, refuses};
 }
 
 Mark parseMark(Words& words, double at, Known& known) {
@@ -79,6 +106,9 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
   if (words.take("clear counters of")) return CountersCleared{words.switchName(known)};
   if (words.take("FIPS provider of")) return parseFipsProvider(words, known);
   if (words.take("restart")) return parseRestart(words, known);
+  if (words.take("kill")) return parseKill(words, known);
+  if (words.take("stop")) return parseStandstill(words, known);
+  if (words.take("store of")) return parseStore(words, known);
   if (words.take("hardware")) return parseHardware(words, known);
   if (words.take("send a frame with")) return parseSendFrame(words, known);
   if (words.take("replay")) return parseReplay(words, known);
@@ -105,6 +135,9 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
                            "clear counters of",
                            "FIPS provider of",
                            "restart",
+                           "kill",
+                           "stop",
+                           "store of",
                            "hardware",
                            "send a frame with",
                            "replay",

@@ -120,7 +120,25 @@ struct Reload {
 /// The state machines end and start again over the trees that they left.
 struct Restart {
   std::string switchName;
-  double deadFor = 0;  ///< seconds between the processes
+  double deadFor = 0;      ///< seconds between the processes
+  bool keepsState = true;  ///< otherwise the next one finds an empty store
+};
+/// The process dies in the middle of what it does: at this commit to its store, counted from 1 on.
+struct Kill {
+  std::string switchName;
+  size_t commit = 1;
+  bool isTaken = true;  ///< whether the store has this commit
+  double deadFor = 0;   ///< seconds between the processes
+};
+/// The process isn't given the processor: frames wait for it, and its timers are late.
+struct Standstill {
+  std::string switchName;
+  double seconds = 0;
+};
+/// Whether the store of the switch takes anything.
+struct StoreChange {
+  std::string switchName;
+  bool refuses;
 };
 
 enum class HardwareMood { normal, slow, silent };
@@ -176,8 +194,9 @@ struct Action {
   std::string text;  ///< as it was written, without keys
   std::variant<LinkChange, DeviceChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange,
                SuiteChange, ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange,
-               FipsChange, FipsProviderChange, CountersCleared, Reload, Restart, HardwareChange,
-               PacketNumber, KeySpent, SendFrame, Replay, InterfaceChange, Mark>
+               FipsChange, FipsProviderChange, CountersCleared, Reload, Restart, Kill, Standstill,
+               StoreChange, HardwareChange, PacketNumber, KeySpent, SendFrame, Replay,
+               InterfaceChange, Mark>
       what;
 };
 

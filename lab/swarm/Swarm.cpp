@@ -8,7 +8,6 @@
 #include <ostream>
 #include <sstream>
 
-#include "lab/random/RandomScenario.h"
 #include "lab/scenario/ScenarioParser.h"
 #include "lab/swarm/HeldRun.h"
 #include "lab/swarm/Reducer.h"
@@ -63,25 +62,31 @@ class Swarming {
     for (uint32_t number = next_[job]; number < end; number += options_.jobs) {
       if (options_.isTimeUp && options_.isTimeUp()) return;
       tell(fmt::format("begin {}", number));
-      play(number, tell);
+      bool const holds = play(number, tell);
+      if (!holds && options_.untilFailure) return;
     }
   }
-  void play(uint32_t number, Workers::Tell const& tell) {
-    std::string const text = swarmScenario(number);
+  bool play(uint32_t number, Workers::Tell const& tell) {
+    std::string const text = options_.draw(number);
     auto const read = parseScenario(text, "swarm");
     VESK_ASSERT(read.good());
     HeldRun const run = playHeld(read.scenario);
     for (auto const& [kind, count] : run.acted) tell(fmt::format("acted {} {}", count, kind));
     for (std::string const& state : run.states) tell("state " + state);
     if (!run.breaches.empty()) {
-      std::string const invariant = run.breaches.front().invariant;
-      Reducer reducer(
-          [&](std::string const& one) { return hasBreach(breachesOf(one), invariant); });
-      std::string const small = reducer.reduced(text);
+      std::string const small = reduced(text, run.breaches.front().invariant);
       keep(number, small);
       tell(fmt::format("failure {}", breachesOf(small).front().text()));
     }
     tell(fmt::format("run {}", run.seconds));
+    return run.breaches.empty();
+  }
+  std::string reduced(std::string const& text, std::string const& invariant) const {
+    if (options_.untilFailure) return text;
+    auto const fails = [&](std::string const& one) {
+      return hasBreach(breachesOf(one), invariant);
+    };
+    return Reducer(fails).reduced(text);
   }
 
   std::string fileOf(uint32_t number) const {
@@ -125,13 +130,14 @@ class Swarming {
   void workerEnded(uint32_t job, int status) {
     if (status == 0) return;
     uint32_t const number = std::exchange(begun_[job], 0);
-    Reducer reducer([](std::string const& text) {
+    auto const ends = [](std::string const& text) {
       return endsItsProcess([&] { static_cast<void>(breachesOf(text)); });
-    });
-    keep(number, reducer.reduced(swarmScenario(number)));
+    };
+    std::string const text = options_.draw(number);
+    keep(number, options_.untilFailure ? text : Reducer(ends).reduced(text));
     ++tally_.runs;
     fail(number, fmt::format("{}: the process ended with status {}", kEndsProcess, status));
-    workers_.start(job);
+    if (!options_.untilFailure) workers_.start(job);
   }
 
   SwarmOptions const& options_;

@@ -8,15 +8,21 @@
 #include <string>
 #include <vector>
 
+#include "lab/random/RandomScenario.h"
+
 namespace Lab {
 
 struct SwarmOptions {
   uint32_t runs = 1000;
-  uint32_t from = 1;       ///< number of the first run; each has the next one
-  uint32_t jobs = 1;       ///< processes
+  uint32_t from = 1;  ///< number of the first run; each has the next one
+  uint32_t jobs = 1;  ///< processes
+  /// The text of the scenario of a run, of which its number decides all.
+  std::function<std::string(uint32_t number)> draw = swarmScenario;
   std::string keep = ".";  ///< folder for the scenarios of runs that failed
   /// Ends the swarm early once it says so; asked between two runs. Empty for never.
   std::function<bool()> isTimeUp = {};
+  /// Each process ends with its first failure, which isn't reduced.
+  bool untilFailure = false;
   bool showsProgress = false;  ///< as on a terminal
 };
 

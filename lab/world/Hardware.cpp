@@ -57,8 +57,8 @@ struct Hardware::CpStatusReactor final
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
   void onMySsci() override { owner().handleMySsci(fwkKey()); }
   void onPeerSsci() override { owner().handlePeerSsci(fwkKey()); }
-  void onTxSak() override { owner().keepWhatIsAskedFor(fwkKey()); }
-  void onRxSak(AssociationNumber const&) override { owner().keepWhatIsAskedFor(fwkKey()); }
+  void onTxSak() override { owner().handleAsked(fwkKey()); }
+  void onRxSak(AssociationNumber const&) override { owner().handleAsked(fwkKey()); }
 };
 
 struct Hardware::StatusReactor final
@@ -69,7 +69,7 @@ struct Hardware::StatusReactor final
   }
   void onCpStatus(Lumo::IntfId const& intfId) override {
     cpStatus_.follow(owner(), notifier()->cpStatus(), intfId);
-    owner().keepWhatIsAskedFor(intfId);
+    owner().handleAsked(intfId);
   }
   auto nested() { return std::tie(cpStatus_); }
 
@@ -118,7 +118,8 @@ void Hardware::interfaceDel(Lumo::IntfId intfId) {
   std::erase_if(answers_, [&](Answer const& answer) { return answer.intfId == intfId; });
   packetNumbers_.erase(intfId);
   downDevices_.erase(intfId);
-  secYs_.erase(intfId);
+  dataPaths_.erase(intfId);
+  sent_.erase(intfId);
   slice_->statusDel(intfId);
 }
 
@@ -148,10 +149,28 @@ void Hardware::follow(Vesk::Ptr<Macsec::Status> const& status) {
   status_ = status;
   statusReactor_ = Vesk::make<StatusReactor>(*this, status);
   statusReactor_->hasNotificationActiveIs(true);
+  for (auto const& [intfId, sent] : sent_) noteSent(intfId, sent);
   takingUp_ = true;
   emulator_ = Macsec::hwEmulatorFactory(status, copy_);
   takingUp_ = false;
-  for (auto const& [intfId, reactor] : sliceReactors_) keepWhatIsAskedFor(intfId);
+  for (auto const& [intfId, reactor] : sliceReactors_) {
+    handleAsked(intfId);
+    auto const cpStatus = status_->cpStatus(intfId);
+    if (!cpStatus || cpStatus->txSak() == Sak()) sendNothing(intfId);
+  }
+}
+
+// The emulator takes nothing out, and says nothing of a key that comes under the identifier of one
+// that was there. What was withdrawn is gone from its copy, so that it does.
+void Hardware::handleAsked(Lumo::IntfId intfId) {
+  auto const cpStatus = status_->cpStatus(intfId);
+  auto const copy = copy_->status(intfId);
+  for (uint8_t an = 0; copy && an < SecY::kAssociationNumbers; ++an) {
+    AssociationNumber const number(an);
+    if (!cpStatus || !cpStatus->rxSak(number)) copy->rxSaStatusDel(number);
+  }
+  if (copy && (!cpStatus || cpStatus->txSak() == Sak())) copy->txSaStatusDel();
+  keepWhatIsAskedFor(intfId);
 }
 
 // Whether the slice has what the copy has.
@@ -266,20 +285,27 @@ std::optional<uint64_t> Hardware::firstToSend(Lumo::IntfId intfId, Sak const& sa
   host_.keyHistory().noteSent(intfId, *id, ssci, *first);
   nonces_.begins(sender, *first);
   nonces_.reaches(sender, *first + kFramesSent);
+  sent_[intfId] = {*id, ssci, *first + kFramesSent};
   return *first;
+}
+
+void Hardware::noteSent(Lumo::IntfId intfId, Sent const& sent) {
+  host_.keyHistory().noteSent(intfId, sent.id, sent.ssci, sent.next);
 }
 
 void Hardware::handleHold(Lumo::IntfId intfId) {
   auto const entry = slice_->status(intfId);
   if (!entry) return;
-  if (!host_.transmitHoldInputDir()->forwardingModelInput(intfId)) return giveTx(intfId);
-  sendNothing(intfId);
+  bool const isHeld = host_.transmitHoldInputDir()->forwardingModelInput(intfId) != nullptr;
+  isHeld ? sendNothing(intfId) : copied(intfId, std::nullopt);
 }
 
 void Hardware::sendNothing(Lumo::IntfId intfId) {
   auto const entry = slice_->status(intfId);
   if (entry->txSaStatus()) entry->txSaStatusDel();
-  if (auto const own = secYs_.find(intfId); own != secYs_.end()) own->second.txSaDel();
+  if (auto const path = dataPaths_.find(intfId); path != dataPaths_.end()) {
+    path->second.secY.txSaDel();
+  }
 }
 
 // An SA can't change its SSCI: it is installed anew, if it may be.

@@ -10,6 +10,7 @@
 
 #include "hardware/HwEmulator.h"
 #include "host/Host.h"
+#include "host/watch/FormerKeys.h"
 #include "host/watch/NonceWatch.h"
 #include "lab/data/SecY.h"
 #include "lab/scenario/Scenario.h"
@@ -20,7 +21,7 @@ namespace Lab {
 /// answers into a copy that nobody else sees; what it answers reaches the slice at once, after
 /// a delay, or never, and the transmit SA with a packet number if one is given. It sends nothing
 /// with a key that the host holds back, and goes on with a key where it stood. Frames of data go
-/// through a SecY that has what was installed and is still asked for.
+/// through a SecY that has what was installed and is still asked for, or was until a while ago.
 ///
 ///     CpStatus -> HwEmulator -> copy -> (mood) -> slice -> HwStatusSm -> engine
 ///                                          |
@@ -79,6 +80,14 @@ class Hardware {
     std::optional<Macsec::AssociationNumber> rx;  ///< none for the transmit SA
   };
 
+  // What has been sent with the transmit SA of an interface, as hardware tells whoever starts.
+  struct Sent {
+    Macsecd::SakId id;
+    uint32_t ssci;
+    uint64_t next;
+  };
+
+  void noteSent(Lumo::IntfId intfId, Sent const& sent);
   Macsecd::HardwareReport report(Lumo::IntfId intfId) const;
   bool isInstalled(Lumo::IntfId intfId, std::optional<Macsec::AssociationNumber> rx) const;
   void copied(Lumo::IntfId intfId, std::optional<Macsec::AssociationNumber> rx);
@@ -92,6 +101,7 @@ class Hardware {
   void handleMySsci(Lumo::IntfId intfId);
   void sendWith(Lumo::IntfId intfId, Macsec::Sak const& sak, uint64_t first);
   void receiveWith(Lumo::IntfId intfId, Macsec::Sak const& sak);
+  void handleAsked(Lumo::IntfId intfId);
   void keepWhatIsAskedFor(Lumo::IntfId intfId);
   void handlePeerSsci(Lumo::IntfId intfId);
   double dueTime() const;
@@ -113,7 +123,13 @@ class Hardware {
   std::deque<Answer> answers_;
   std::map<Lumo::IntfId, uint32_t> packetNumbers_;
   std::set<Lumo::IntfId> downDevices_;
-  std::map<Lumo::IntfId, SecY> secYs_;
+  // What handles frames of data, and the receive keys that stay in it for a while.
+  struct DataPath {
+    SecY secY;
+    Macsecd::FormerKeys formerKeys;
+  };
+  std::map<Lumo::IntfId, DataPath> dataPaths_;
+  std::map<Lumo::IntfId, Sent> sent_;
 };
 
 }  // namespace Lab

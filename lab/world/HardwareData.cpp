@@ -33,11 +33,20 @@ void withKey(Sak const& sak, Macsec::Ssci const& sender, Use use) {
   use(std::span<uint8_t const>(key.octets()), terms);
 }
 
+// Whether a receive key that isn't asked for any more stays for a while.
+bool stays(Macsecd::FormerKeys& formerKeys, Macsec::CpStatus const& cpStatus,
+           AssociationNumber an) {
+  Macsec::RxLPN const* const lowest = cpStatus.rxLPN(an);
+  return !cpStatus.rxSak().empty() && formerKeys.stays(an, lowest && lowest->lpn() != 0);
+}
+
 }  // namespace
 
+// Keys that have stayed long enough are found to have gone when the next frame is there.
 SecY* Hardware::secY(Lumo::IntfId intfId) {
-  auto const found = secYs_.find(intfId);
-  return found == secYs_.end() || isDeviceDown(intfId) ? nullptr : &found->second;
+  keepWhatIsAskedFor(intfId);
+  auto const found = dataPaths_.find(intfId);
+  return found == dataPaths_.end() || isDeviceDown(intfId) ? nullptr : &found->second.secY;
 }
 
 uint32_t Hardware::ssciOf(Lumo::IntfId intfId) const {
@@ -47,37 +56,46 @@ uint32_t Hardware::ssciOf(Lumo::IntfId intfId) const {
 void Hardware::sendWith(Lumo::IntfId intfId, Sak const& sak, uint64_t first) {
   Macsec::Ssci const& self = status_->cpStatus(intfId)->mySsci();
   withKey(sak, self, [&](std::span<uint8_t const> key, SaTerms const& terms) {
-    secYs_[intfId].txSaIs(self.sci(), sak.an().value(), key, terms, first);
+    dataPaths_[intfId].secY.txSaIs(self.sci(), sak.an().value(), key, terms, first);
   });
 }
 
 void Hardware::receiveWith(Lumo::IntfId intfId, Sak const& sak) {
   Macsec::Ssci const& peer = status_->cpStatus(intfId)->peerSsci();
   withKey(sak, peer, [&](std::span<uint8_t const> key, SaTerms const& terms) {
-    secYs_[intfId].rxSaIs(peer.sci(), sak.an().value(), key, terms, 1);
+    DataPath& path = dataPaths_[intfId];
+    path.secY.rxSaIs(peer.sci(), sak.an().value(), key, terms, 1);
+    path.formerKeys.isAsked(sak.an());
   });
 }
 
 void Hardware::keepWhatIsAskedFor(Lumo::IntfId intfId) {
-  auto const own = secYs_.find(intfId);
-  if (own == secYs_.end()) return;
+  auto const path = dataPaths_.find(intfId);
+  if (path == dataPaths_.end()) return;
   auto const cpStatus = status_->cpStatus(intfId);
   if (!cpStatus) {
-    secYs_.erase(own);
+    dataPaths_.erase(path);
     return;
   }
   for (uint8_t an = 0; an < SecY::kAssociationNumbers; ++an) {
-    if (!cpStatus->rxSak(AssociationNumber(an))) own->second.rxSaDel(an);
+    AssociationNumber const number(an);
+    if (cpStatus->rxSak(number) || stays(path->second.formerKeys, *cpStatus, number)) continue;
+    path->second.secY.rxSaDel(an);
+    path->second.formerKeys.forget(number);
   }
-  if (cpStatus->txSak() == Sak()) own->second.txSaDel();
+  if (cpStatus->txSak() == Sak()) path->second.secY.txSaDel();
 }
 
-// What is installed goes on, as that of the other peer.
+// What is installed goes on, as that of the other peer; what isn't asked for any more was the
+// former one's.
 void Hardware::handlePeerSsci(Lumo::IntfId intfId) {
-  auto const own = secYs_.find(intfId);
-  if (own == secYs_.end()) return;
-  for (auto& asked : status_->cpStatus(intfId)->rxSak()) {
-    if (own->second.receives(asked.value().an().value())) receiveWith(intfId, asked.value());
+  auto const path = dataPaths_.find(intfId);
+  if (path == dataPaths_.end()) return;
+  auto const cpStatus = status_->cpStatus(intfId);
+  for (uint8_t an = 0; an < SecY::kAssociationNumbers; ++an) {
+    Sak const* const asked = cpStatus->rxSak(AssociationNumber(an));
+    if (asked && path->second.secY.receives(an)) receiveWith(intfId, *asked);
+    if (!asked) path->second.secY.rxSaDel(an);
   }
 }
 

@@ -25,6 +25,11 @@ class MemoryStore final : public Macsecd::StateStore {
     death_ = death;
     died_ = std::move(died);
   }
+  /// Whether it takes nothing, as a full disk.
+  void refusesIs(bool refuses) { refuses_ = refuses; }
+  bool refuses() const { return refuses_; }
+  /// All that it holds is lost.
+  void clear() { values_.clear(); }
   /// Whether the process died before the end of a turn: what this had changed in the tree so far is
   /// lost, while the history of keys, which goes ahead of it, was kept.
   bool diedWithinTurn() const { return diedWithinTurn_; }
@@ -39,6 +44,7 @@ class MemoryStore final : public Macsecd::StateStore {
   }
   Macsecd::Result<> commit(Macsecd::StateChange const& change) override {
     if (dead_) return {};
+    if (refuses_) return Macsecd::Fault{"the store is full", "make room"};
     ++commits_;
     bool const dies = death_.commit == commits_;
     if (!dies || death_.taken) Macsecd::apply(change, values_);
@@ -61,6 +67,7 @@ class MemoryStore final : public Macsecd::StateStore {
   std::function<void()> died_;
   size_t commits_ = 0;
   bool dead_ = false;
+  bool refuses_ = false;
   bool diedWithinTurn_ = false;
 };
 

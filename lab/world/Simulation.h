@@ -48,18 +48,20 @@ class Simulation {
   SakHistory const& sakHistory() const { return sakHistory_; }
   /// No fault is on.
   bool isSound(size_t wire) const { return wires_[wire].isSound(); }
+  /// A frame as it left its port, whatever the wire did to it then.
+  struct Recorded {
+    double time;
+    PortName from;
+    Frame frame;
+  };
+  /// All frames of a wire so far, in the order in which they left.
+  std::vector<Recorded> const& recorded(size_t wire) const { return recorded_[wire]; }
   /// What had happened to a switch at a mark.
   SwitchRecord markedRecord(Mark const& mark, std::string const& switchName) const;
   std::vector<std::unique_ptr<Switch>> const& switches() const { return switches_; }
   Switch& switchOf(std::string const& name) const;
 
  private:
-  // A frame as it left its port.
-  struct Recorded {
-    double time;
-    PortName from;
-    Frame frame;
-  };
   // A frame that has left and will arrive at an end of a wire.
   struct InFlight {
     double time;
@@ -123,6 +125,9 @@ class Simulation {
   void carryOut(CountersCleared const& cleared);
   void carryOut(Reload const& reload);
   void carryOut(Restart const& restart);
+  void carryOut(Kill const& kill);
+  void carryOut(Standstill const& still);
+  void carryOut(StoreChange const& change);
   void carryOut(HardwareChange const& change);
   void carryOut(PacketNumber const& number);
   void carryOut(KeySpent const& spent);

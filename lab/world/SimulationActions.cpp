@@ -107,6 +107,7 @@ void Simulation::endFaults() {
   }
   for (auto const& one : switches_) {
     one->world().hasFipsProvider = true;
+    one->storeRefuses(false);
     one->hardware([](Hardware& hardware) { hardware.moodIs(HardwareMood::normal, 0); });
   }
 }
@@ -126,7 +127,20 @@ void Simulation::carryOut(CountersCleared const& cleared) {
 void Simulation::carryOut(Reload const& reload) { switchOf(reload.switchName).reload(reload); }
 
 void Simulation::carryOut(Restart const& restart) {
-  switchOf(restart.switchName).restart(restart.deadFor);
+  switchOf(restart.switchName).restart(restart.deadFor, restart.keepsState);
+}
+
+void Simulation::carryOut(Kill const& kill) {
+  Switch& killed = switchOf(kill.switchName);
+  killed.killedAt({killed.store().commits() + kill.commit, kill.isTaken}, {}, kill.deadFor);
+}
+
+void Simulation::carryOut(Standstill const& still) {
+  switchOf(still.switchName).standStill(still.seconds);
+}
+
+void Simulation::carryOut(StoreChange const& change) {
+  switchOf(change.switchName).storeRefuses(change.refuses);
 }
 
 void Simulation::carryOut(HardwareChange const& change) {

@@ -105,9 +105,10 @@ void Switch::start() {
   });
 }
 
-void Switch::restart(double deadFor) {
+void Switch::restart(double deadFor, bool keepsState) {
   if (!started_) return;
   inWorld([&] {
+    if (!keepsState) store_.clear();
     processDied();
     world_.processBegins();
     startsAgain_ = world_.now() + deadFor;
@@ -130,7 +131,14 @@ void Switch::startProcess() {
   starting_ = false;
 }
 
+void Switch::standStill(double seconds) {
+  if (started_) stillUntil_ = world_.now() + seconds;
+}
+
+// Frames that waited for it go with it.
 void Switch::processDied() {
+  waiting_.clear();
+  stillUntil_ = -kNever;
   hardware_->followNothing();
   host_->die();
   hardware_->follow(host_->status());
@@ -230,11 +238,14 @@ void Switch::hardware(std::function<void(Hardware&)> const& change) {
 bool Switch::passes(Lumo::IntfId intfId) const { return isUp(intfId) && host_->isOpen(intfId); }
 
 double Switch::nextTime() const {
+  if (isStandingStill()) return stillUntil_;
+  if (!waiting_.empty()) return world_.now();
   return std::min({startsAgain_, host_->timerWheel()->nextTime(), hardware_->nextTime()});
 }
 
 bool Switch::runOne() {
   if (nextTime() > world_.now()) return false;
+  if (takeWaiting()) return true;
   bool ran = true;
   inWorld([&] {
     if (startsAgain_ <= world_.now()) return startProcess();

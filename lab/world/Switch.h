@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <set>
@@ -56,10 +57,14 @@ class Switch final : public Codec::FrameSink {
 
   void start();
   /// The process dies, and another one starts at once, or so many seconds later.
-  void restart(double deadFor = 0);
+  void restart(double deadFor = 0, bool keepsState = true);
   /// The process is killed at this commit; `killed` hears of it when the tree has been rebuilt and
   /// before the next process begins, `deadFor` seconds later.
   void killedAt(MemoryStore::Death death, std::function<void()> killed, double deadFor = 0);
+  /// The process isn't given the processor for so many seconds.
+  void standStill(double seconds);
+  bool isStandingStill() const { return world_.now() < stillUntil_; }
+  void storeRefuses(bool refuses) { store_.refusesIs(refuses); }
   MemoryStore const& store() const { return store_; }
   Hardware const& hardware() const { return *hardware_; }
   void linkIs(Lumo::IntfId intfId, bool up);
@@ -82,7 +87,7 @@ class Switch final : public Codec::FrameSink {
   /// Whether traffic may pass on an interface that is up.
   bool passes(Lumo::IntfId intfId) const;
   /// What protects and validates data on an interface; null without one.
-  SecY* secY(Lumo::IntfId intfId) { return isUp(intfId) ? hardware_->secY(intfId) : nullptr; }
+  SecY* secY(Lumo::IntfId intfId);
 
   /// The frame that the interface has accepted last; empty when it has accepted none.
   std::vector<uint8_t> const& lastAccepted(Lumo::IntfId intfId) { return lastAccepted_[intfId]; }
@@ -105,7 +110,15 @@ class Switch final : public Codec::FrameSink {
       processEnded(exit.status);
     }
   }
+  struct WaitingFrame {
+    Lumo::IntfId intfId;
+    std::vector<uint8_t> octets;
+  };
+
   void connectWorld();
+  Macsec::Brine::MessageCounterData countersOf(Lumo::IntfId intfId);
+  void take(Lumo::IntfId intfId, std::span<uint8_t const> frame);
+  bool takeWaiting();
   uint16_t portNumberOf(Lumo::IntfId intfId) const;
   void withIcvIndicator(Macsecd::SwitchConfig& config) const;
   void startProcess();
@@ -135,6 +148,8 @@ class Switch final : public Codec::FrameSink {
   bool started_ = false;
   bool starting_ = false;
   double startsAgain_;
+  double stillUntil_ = -kNever;
+  std::deque<WaitingFrame> waiting_;  ///< for a process that stands still
   std::map<Lumo::IntfId, std::vector<uint8_t>> lastAccepted_;
   // What a frame brings about is told behind the frame, whose verdict is known at its end alone.
   std::optional<std::vector<TreeWatch::What>> heldBack_;

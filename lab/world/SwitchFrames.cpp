@@ -30,17 +30,36 @@ std::string verdict(MessageCounterData const& before, MessageCounterData const& 
 }  // namespace
 
 void Switch::receive(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
+  if (!isStandingStill()) return take(intfId, frame);
+  waiting_.push_back({intfId, {frame.begin(), frame.end()}});
+}
+
+// They outlive the process.
+Macsec::Brine::MessageCounterData Switch::countersOf(Lumo::IntfId intfId) {
+  Vesk::WorldScope const scope(world_);
+  return host_->counters()->messageCounterData(intfId);
+}
+
+// They were there before any timer is looked at.
+bool Switch::takeWaiting() {
+  if (waiting_.empty()) return false;
+  WaitingFrame const frame = std::move(waiting_.front());
+  waiting_.pop_front();
+  take(frame.intfId, frame.octets);
+  return true;
+}
+
+void Switch::take(Lumo::IntfId intfId, std::span<uint8_t const> frame) {
   FramePassed frameReceived = passed(intfId, FrameWay::in, frame);
   heldBack_.emplace();
   uint64_t const writes = stateWrites_;
-  inWorld([&] {
-    MessageCounterData const before = host_->counters()->messageCounterData(intfId);
-    host_->receive(intfId, frame);
-    frameReceived.verdict = verdict(before, host_->counters()->messageCounterData(intfId));
-  });
+  size_t const exits = record_.exits.size();
+  MessageCounterData const before = countersOf(intfId);
+  inWorld([&] { host_->receive(intfId, frame); });
+  frameReceived.verdict = verdict(before, countersOf(intfId));
   if (frameReceived.verdict == "accepted") {
     lastAccepted_[intfId].assign(frame.begin(), frame.end());
-  } else {
+  } else if (record_.exits.size() == exits) {
     record_.refusedWrites += stateWrites_ - writes;
   }
   auto const following = std::exchange(heldBack_, std::nullopt);
@@ -68,6 +87,11 @@ FramePassed Switch::passed(Lumo::IntfId intfId, FrameWay way,
   }
   return {intfId.stringValue().charPtr(), way,          summary.ckn,  summary.memberId,
           summary.messageNumber,          frame.size(), summary.sets, std::nullopt};
+}
+
+SecY* Switch::secY(Lumo::IntfId intfId) {
+  Vesk::WorldScope const scope(world_);
+  return isUp(intfId) ? hardware_->secY(intfId) : nullptr;
 }
 
 }  // namespace Lab

@@ -81,7 +81,7 @@ void KernelPort::work() {
   tellIfChanged();
   if (!isDone) return tryAgainLater();
   retry_.reset();
-  retryTimeIs(Zorn::never);
+  retryTimeIs(formerKeys_.nextTime());
 }
 
 // Each step ends with its reports: what stands behind them in a pass may have changed by then.

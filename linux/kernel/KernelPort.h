@@ -8,6 +8,7 @@
 
 #include "host/state/KeyHistory.h"
 #include "host/watch/Backoff.h"
+#include "host/watch/FormerKeys.h"
 #include "linux/kernel/Agenda.h"
 #include "linux/kernel/KernelReader.h"
 #include "linux/kernel/KernelRemedy.h"
@@ -163,6 +164,7 @@ class KernelPort {
   bool dropSa(SaPlace const& place, std::vector<HeldSa>& sas);
 
   bool isHeldAsWanted(HeldSa const& sa) const;
+  bool stays(HeldSa const& sa);
   HeldRxSc* rxSc(SciNumber sci);
   HeldSa* saBehind(Macsec::AssociationNumber an);
   HeldSa* txSa(KeyId const& keyId);
@@ -220,6 +222,7 @@ class KernelPort {
   bool transmitHeld_ = false;
   // The packet number that was reserved for a key which the kernel hasn't taken yet.
   std::optional<std::pair<KeyId, uint64_t>> reserved_;
+  Macsecd::FormerKeys formerKeys_;  // for receive
 
   bool working_ = false;
   bool again_ = false;

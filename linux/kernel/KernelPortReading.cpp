@@ -70,6 +70,10 @@ void KernelPort::takeFrom(std::vector<MacsecLink> const& links, SecYTable const&
   removeOthers(links, found ? found->link->index : 0);
   mtu_ = 0;
   take(found ? found->secY : nullptr);
+  if (!held_) return;
+  for (HeldRxSc const& sc : held_->rxScs) {
+    for (HeldSa const& sa : sc.sas) formerKeys_.isFound(AssociationNumber(sa.an));
+  }
 }
 
 KernelAnswer KernelPort::deleteDevice(int index) {
@@ -132,7 +136,7 @@ void KernelPort::takeListed(SecYTable const& all) {
     if (found) lookForNotValid(*found);
     take(found);
   }
-  if (retryTime_ == Zorn::never) work();
+  if (!retry_.isRunning()) work();
   reportNumbers();
 }
 

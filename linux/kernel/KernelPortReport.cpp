@@ -57,11 +57,14 @@ void KernelPort::reportReceive() {
   }
 }
 
+// Behind receive under the same key: the engine asks no more for a receive key once it has heard
+// that the transmit key is there.
 void KernelPort::reportTransmit() {
   Sak const sak = cpStatus_->txSak();
   auto const keyId = keyIdOf(sak);
   HeldSa const* const sa = sak != Sak() && keyId ? txSa(*keyId) : nullptr;
-  if (sa && sa->on && sa->an == sak.an().value() && held_->encodingSa == sa->an) {
+  bool const isReceived = !cpStatus_->rxSak(sak.an()) || report_->rxSaStatus(sak.an());
+  if (sa && sa->on && sa->an == sak.an().value() && held_->encodingSa == sa->an && isReceived) {
     report_->txSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
   } else if (report_->txSaStatus()) {
     report_->txSaStatusDel();

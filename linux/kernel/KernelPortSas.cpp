@@ -45,6 +45,15 @@ bool KernelPort::isHeldAsWanted(HeldSa const& sa) const {
          keyIdOf(*wanted) == sa.keyId;
 }
 
+/// Whether a receive SA that was withdrawn stays for a while. None does once no key is asked for.
+bool KernelPort::stays(HeldSa const& sa) {
+  AssociationNumber const an(sa.an);
+  bool const isGoing = !cpStatus_->rxSak(an) && !cpStatus_->rxSak().empty() && sa.on &&
+                       sa.ssci == ssciNumber(cpStatus_->peerSsci());
+  Macsec::RxLPN const* const lowest = cpStatus_->rxLPN(an);
+  return isGoing && formerKeys_.stays(an, lowest && lowest->lpn() != 0);
+}
+
 bool KernelPort::setUpReceive() {
   VESK_ASSERT(held_ && cpStatus_);
   auto const ssci = ssciNumber(cpStatus_->peerSsci());
@@ -53,6 +62,7 @@ bool KernelPort::setUpReceive() {
   if (ssci) {
     for (auto const& entry : cpStatus_->rxSak()) {
       isDone = installReceive(*cpStatus_->rxSak(entry.fwkKey()), sci) && isDone;
+      formerKeys_.isAsked(entry.fwkKey());
     }
   }
   reportReceive();
@@ -77,9 +87,12 @@ bool KernelPort::dropOtherReceiveSas(SciNumber sci) {
   HeldRxSc* const sc = rxSc(sci);
   if (!sc) return true;
   for (size_t i = 0; i < sc->sas.size();) {
-    if (isHeldAsWanted(sc->sas[i])) {
+    uint8_t const an = sc->sas[i].an;
+    if (isHeldAsWanted(sc->sas[i]) || stays(sc->sas[i])) {
       ++i;
-    } else if (!dropSa({held_->index, sci, sc->sas[i].an}, sc->sas)) {
+    } else if (dropSa({held_->index, sci, an}, sc->sas)) {
+      formerKeys_.forget(AssociationNumber(an));
+    } else {
       return false;
     }
   }

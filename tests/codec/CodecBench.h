@@ -46,7 +46,7 @@ class CodecBench : public FrameSink {
   }
 
   Vesk::Ptr<Macsec::MkaActorStatus> actorIs(std::string const& ckn = kCkn, char const* cak = kCak) {
-    auto const actor = status->portStatusIs(intf)->actorStatusIs(Vesk::String8(ckn));
+    auto actor = status->portStatusIs(intf)->actorStatusIs(Vesk::String8(ckn));
     actor->ickIs(WardcodeLib::doEncodeKey(derived(cak, ckn, true)));
     actor->kekIs(WardcodeLib::doEncodeKey(derived(cak, ckn, false)));
     return actor;

@@ -46,6 +46,19 @@ TEST(FrameWriter, LeavesOutWhatTheMessageLacks) {
   EXPECT_EQ(bench.sentOn, bench.intf);
 }
 
+TEST(FrameWriter, LeavesOutASakThatAnotherKeyServerHasMade) {
+  CodecBench bench;
+  auto const actor = bench.actorIs();
+  size_t const whole = bench.fullFrame().size();
+  Macsec::Sak sak{Macsec::AssociationNumber(1)};
+  sak.keyMsgIdIs(kMemberA);
+  actor->distSakIs(sak);
+  EXPECT_EQ(bench.fullFrame().size(), whole);
+  sak.keyMsgIdIs(kMemberB);
+  actor->distSakIs(sak);
+  EXPECT_EQ(bench.fullFrame().size(), whole - 4 - 36);
+}
+
 TEST(FrameWriter, TakesTheMessageInsideTheNotification) {
   CodecBench bench;
   bench.actorIs();

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "lab/report/Events.h"
@@ -15,6 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 std::vector<double> startsAgain(Played const& played) {
   std::vector<double> times;
@@ -108,6 +110,46 @@ TEST(Process, StartsAsLateAfterARestartAsIsSaid) {
       pair("at 15.5 restart A after 3\nat 18.4 expect A is not running\n"
            "at 18.5 expect A is running\nfrom 10 to 30 expect A Ethernet1 is open"));
   EXPECT_THAT(played.failures(), IsEmpty());
+}
+
+TEST(Process, DiesAtTheCommitThatIsNamedAndIsFollowedAsLateAsIsSaid) {
+  Played played(pair("at 12 kill A at commit 2 after 1.5", "25"));
+  ASSERT_THAT(played.times<ProcessEnded>("A"), SizeIs(1));
+  double const died = played.times<ProcessEnded>("A")[0];
+  EXPECT_GE(died, 12);
+  EXPECT_THAT(startsAgain(played), ElementsAre(died + 1.5));
+  EXPECT_EQ(played.all<ProcessEnded>("A")[0].status, kKilled);
+  EXPECT_THAT(played.states("A"), ElementsAre("closed", "open"));
+}
+
+TEST(Process, WithoutItsStateIsAnotherMember) {
+  auto const members = [](std::string const& lines) {
+    std::set<std::string> all;
+    Played played(pair(lines, "40"));
+    for (FramePassed const& frame : played.all<FramePassed>("A")) {
+      if (frame.way == FrameWay::out) all.insert(*frame.memberId);
+    }
+    return all.size();
+  };
+  EXPECT_EQ(members("at 20 restart A"), 1u);
+  EXPECT_EQ(members("at 20 restart A without its state"), 2u);
+}
+
+TEST(Process, ThatStandsStillTakesWhatWaitedBeforeItsTimersRun) {
+  Played played(pair("at 20.5 stop A for 5", "40"));
+  for (double const time : played.times<FramePassed>("A")) {
+    EXPECT_TRUE(time <= 20.5 || time >= 25.5) << time;
+  }
+  EXPECT_THAT(played.states("A"), ElementsAre("closed", "open"));
+  EXPECT_EQ(played.received("A", "accepted"), Played(pair("", "40")).received("A", "accepted"));
+}
+
+TEST(Process, KeepsWhatItsStoreRefusedOnceTheStoreIsWell) {
+  auto const values = [](std::string const& lines) {
+    return Played(pair(lines, "30")).simulation().switchOf("A").store().values().size();
+  };
+  EXPECT_EQ(values("at 1 store of A refuses\nat 25 store of A is well"), values(""));
+  EXPECT_LT(values("at 0 store of A refuses"), values(""));
 }
 
 TEST(Process, TellsItsEndAndReloadsAsEvents) {

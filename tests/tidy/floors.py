@@ -26,8 +26,8 @@ SHELVES = {
     "host": ("text", "config", "state", "watch", "", "port", "explain", "journal", "control", "client",
              "eap"),
     "linux": ("process", "net", "kernel", "trace", "keep", "serve", "client", ""),
-    "lab": ("scenario", "data", "world", "judge", "judge/invariants", "report", "random", "swarm",
-            ""),
+    "lab": ("scenario", "data", "world", "judge", "judge/invariants", "verdict", "report", "random",
+            "swarm", "exhaust", ""),
 }
 # Shelves for who only asks a daemon: what they may include beside themselves. No engine, no cryptography.
 CLIENTS = {

@@ -30,8 +30,9 @@ Names touchedBy(Dot1xKeyChange const& change) {
 }
 
 bool isWell(LinkEnd const& end) {
-  return end.owner.host().running() && !end.owner.config().shutdown && end.profile() &&
-         end.owner.hardware().isWell() && !end.owner.hardware().isDeviceDown(end.intfId);
+  return end.owner.host().running() && !end.owner.isStandingStill() &&
+         !end.owner.config().shutdown && end.profile() && end.owner.hardware().isWell() &&
+         !end.owner.hardware().isDeviceDown(end.intfId);
 }
 
 }  // namespace

@@ -5,10 +5,11 @@
 namespace Lab {
 
 DataPasses::DataPasses(Simulation const& simulation, Calm const& calm)
-    : Invariant(simulation, "data-passes",
-                fmt::format("Between two open ports frames of data come within {} seconds, both "
-                            "ways, unless a fault prevents it.",
-                            kSettled)),
+    : Invariant(
+          simulation, "data-passes",
+          fmt::format("Between two open ports with a key in use frames of data come within {} "
+                      "seconds, both ways, unless a fault prevents it.",
+                      kSettled)),
       calm_(calm) {}
 
 void DataPasses::dataArrived(double time, DataArrived const& arrived) {
@@ -23,14 +24,15 @@ void DataPasses::instantDone(double time) {
   for (size_t wire = 0; wire < scenario.wires.size(); ++wire) {
     auto const link = linkOf(simulation(), wire);
     if (!link) continue;
-    look(wire, link->a, link->b);
-    look(wire, link->b, link->a);
+    bool const isMeant = link->isInUse() && calm_.of(wire) >= kSettled;
+    look(isMeant, link->a, link->b);
+    look(isMeant, link->b, link->a);
   }
 }
 
-void DataPasses::look(size_t wire, LinkEnd const& from, LinkEnd const& to) {
+void DataPasses::look(bool isMeant, LinkEnd const& from, LinkEnd const& to) {
   double& passed = passed_[{from.name, to.name}];
-  if (!from.passes() || !to.passes() || calm_.of(wire) < kSettled) passed = now();
+  if (!isMeant) passed = now();
   if (now() - passed <= kSettled + *simulation().scenario().dataEvery) return;
   breaks(
       fmt::format("{} and {} are open, and nothing has come from the first to the second for {} "

@@ -20,7 +20,7 @@ class DataPasses final : public Invariant {
  private:
   static constexpr double kBetweenLooks = 1;  // seconds
 
-  void look(size_t wire, LinkEnd const& from, LinkEnd const& to);
+  void look(bool isMeant, LinkEnd const& from, LinkEnd const& to);
 
   Calm const& calm_;
   /// When both ends were open and data came last, by who sends and who receives.

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "lab/world/PortView.h"
-
 namespace Lab {
 
 namespace {
@@ -35,11 +33,8 @@ bool areEqual(Macsecd::ProfileConfig const& a, Macsecd::ProfileConfig const& b) 
 // Both ends are configured alike, and have a key in use. (One that has lost its peers for a while
 // goes on with the key that it has, and may have none in use.)
 bool isWell(Link const& link) {
-  auto const hasPrincipal = [](LinkEnd const& end) {
-    return PortView(*end.owner.host().status(), end.intfId).principal() != nullptr;
-  };
-  return areEqual(*link.a.profile(), *link.b.profile()) && hasPrincipal(link.a) &&
-         hasPrincipal(link.b);
+  return areEqual(*link.a.profile(), *link.b.profile()) && link.a.hasPrincipal() &&
+         link.b.hasPrincipal();
 }
 
 // Whether a cause that anybody could check is on; nothing for all others.

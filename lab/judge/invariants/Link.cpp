@@ -2,11 +2,35 @@
 
 #include <algorithm>
 
+#include "lab/world/PortView.h"
+
 namespace Lab {
 
 Macsecd::ProfileConfig const* LinkEnd::profile() const {
   auto const* const interface = owner.config().interface(name.interface);
   return interface ? owner.config().profile(interface->profile) : nullptr;
+}
+
+bool LinkEnd::hasPeer() const {
+  auto const port = owner.host().status()->portStatus(intfId);
+  if (!port) return false;
+  for (Macsec::MkaActorStatus& actor : port->actorStatus()) {
+    if (!actor.livePeer().empty()) return true;
+  }
+  return false;
+}
+
+bool LinkEnd::hasPrincipal() const {
+  return PortView(*owner.host().status(), intfId).principal() != nullptr;
+}
+
+bool Link::isOpen() const { return a.passes() && b.passes() && a.hasPeer() && b.hasPeer(); }
+
+bool Link::isInUse() const { return isOpen() && a.hasPrincipal() && b.hasPrincipal(); }
+
+bool Link::sendsWithOneKey() const {
+  Macsec::Sak const &ofA = a.cpStatus()->txSak(), &ofB = b.cpStatus()->txSak();
+  return ofA.keyMsgId() == ofB.keyMsgId() && ofA.keyNum() == ofB.keyNum();
 }
 
 std::vector<LinkEnd> endsOf(Simulation const& simulation, size_t wire) {

@@ -38,20 +38,22 @@ std::string causeAt(LinkEnd const& end) {
 }  // namespace
 
 SecuredInTheEnd::SecuredInTheEnd(Simulation const& simulation, Calm const& calm)
-    : Invariant(simulation, "secured-in-the-end",
-                fmt::format("{} seconds after the last fault every link is open whose ends have an "
-                            "equal key.",
-                            kBound)),
+    : Invariant(
+          simulation, "secured-in-the-end",
+          fmt::format("{} seconds after the last fault every link whose ends have an equal key is "
+                      "open, with a live peer at each end; both have a key in use, or send with "
+                      "the same.",
+                      kBound)),
       calm_(calm) {}
 
 void SecuredInTheEnd::ended() {
   for (size_t wire = 0; wire < simulation().scenario().wires.size(); ++wire) {
     auto const link = linkOf(simulation(), wire);
     if (!link || calm_.of(wire) < kBound || !canBeSecured(*link)) continue;
-    if (link->a.passes() && link->b.passes()) continue;
-    breaks(fmt::format("{} and {} aren't both open; the first explains {}, the second {}",
-                       link->a.name.text(), link->b.name.text(), causeAt(link->a),
-                       causeAt(link->b)));
+    if (link->isInUse() || (link->isOpen() && link->sendsWithOneKey())) continue;
+    breaks(
+        fmt::format("{} and {} aren't both open with one key; the first explains {}, the second {}",
+                    link->a.name.text(), link->b.name.text(), causeAt(link->a), causeAt(link->b)));
   }
 }
 

@@ -21,6 +21,14 @@ std::vector<std::string> linesOf(Macsec::Status const& status) {
   return lines;
 }
 
+// The first of the lines that the others don't have.
+std::optional<std::string> onlyIn(std::vector<std::string> const& lines,
+                                  std::vector<std::string> const& others) {
+  std::vector<std::string> only;
+  std::ranges::set_difference(lines, others, std::back_inserter(only));
+  return only.empty() ? std::nullopt : std::optional(only.front());
+}
+
 // What isn't of the tree has paths of its own.
 Macsecd::StateValues treeIn(MemoryStore const& store) {
   Macsecd::StateValues values = store.values();
@@ -31,13 +39,18 @@ Macsecd::StateValues treeIn(MemoryStore const& store) {
 }  // namespace
 
 void StoreHoldsTree::instantDone(double time) {
+  for (auto const& one : simulation().switches()) {
+    if (one->store().refuses()) refused_[one->name()] = time;
+  }
   if (!isDue(time, kBetweenLooks)) return;
   ended();
 }
 
 void StoreHoldsTree::ended() {
   for (auto const& one : simulation().switches()) {
-    if (one->isStarted()) look(*one);
+    auto const refused = refused_.find(one->name());
+    bool const hasCommitted = refused == refused_.end() || now() - refused->second > kNextTurn;
+    if (one->isStarted() && hasCommitted) look(*one);
   }
 }
 
@@ -47,9 +60,8 @@ void StoreHoldsTree::look(Switch& one) {
   auto const rebuilt = Macsecd::rebuiltStatus("status", treeIn(one.store()));
   for (auto const& dropped : rebuilt.dropped) breaks(one.name() + " can't take up " + dropped.path);
   auto const is = linesOf(*one.host().status()), kept = linesOf(*rebuilt.status);
-  std::vector<std::string> lost;
-  std::ranges::set_difference(is, kept, std::back_inserter(lost));
-  if (!lost.empty()) breaks(one.name() + " doesn't keep " + lost.front());
+  if (auto const lost = onlyIn(is, kept)) breaks(one.name() + " doesn't keep " + *lost);
+  if (auto const stale = onlyIn(kept, is)) breaks(one.name() + " keeps what has gone, " + *stale);
 }
 
 }  // namespace Lab

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+
 #include "lab/judge/invariants/Invariant.h"
 
 namespace Lab {
@@ -8,15 +10,18 @@ class StoreHoldsTree final : public Invariant {
  public:
   explicit StoreHoldsTree(Simulation const& simulation)
       : Invariant(simulation, "store-holds-tree",
-                  "What a switch keeps rebuilds the tree that it has.") {}
+                  "What a switch keeps rebuilds the tree that it has, and nothing else.") {}
 
   void instantDone(double time) override;
   void ended() override;
 
  private:
-  static constexpr double kBetweenLooks = 10;  // seconds
+  // In seconds. What a store has refused is given to it again at the end of the next turn.
+  static constexpr double kBetweenLooks = 10, kNextTurn = 3;
 
   void look(Switch& one);
+
+  std::map<std::string, double> refused_;  ///< by switch, when its store refused last
 };
 
 }  // namespace Lab

@@ -110,6 +110,22 @@ TEST_F(StateTree, LosesNoMoreThanTheValueThatIsMissing) {
   }
 }
 
+TEST_F(StateTree, TakesAPeerWithAnEmptyMemberIdentifier) {
+  StateKeeper keeper(status, store);
+  auto const actor = status->portStatusIs(Lumo::IntfId("Ethernet9"))->actorStatusIs("6162");
+  actor->potentialPeerIs("")->timeStampIs(4);
+  keeper.commit();
+  auto const rebuilt = rebuiltStatus("switch/status", store.values);
+  EXPECT_THAT(rebuilt.dropped, IsEmpty());
+  auto const port = rebuilt.status->portStatus(Lumo::IntfId("Ethernet9"));
+  ASSERT_TRUE(port);
+  ASSERT_TRUE(port->actorStatus("6162")->potentialPeer(""));
+  EXPECT_EQ(port->actorStatus("6162")->potentialPeer("")->timeStamp(), 4);
+  actor->potentialPeerDel("");
+  keeper.commit();
+  EXPECT_THAT(rebuiltStatus("switch/status", store.values).dropped, IsEmpty());
+}
+
 TEST_F(StateTree, TakesNoPathThatItDoesNotKnow) {
   for (char const* path : {"", "/", "//", "x", "x/y", "intfStatus", "intfStatus//key", "%zz", "%1",
                            "portStatus/e/actorStatus", "portStatus/e/actorStatus//cak",

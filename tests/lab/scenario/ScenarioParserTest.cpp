@@ -123,6 +123,8 @@ TEST(ScenarioParser, ReadsShutdownRestartHardwareAndMarks) {
   EXPECT_EQ(action<Restart>("restart B").switchName, "B");
   EXPECT_EQ(action<Restart>("restart B").deadFor, 0);
   EXPECT_EQ(action<Restart>("restart B after 2.5").deadFor, 2.5);
+  EXPECT_TRUE(action<Restart>("restart B after 2.5").keepsState);
+  EXPECT_FALSE(action<Restart>("restart B without its state after 2").keepsState);
   EXPECT_EQ(action<HardwareChange>("hardware of A is normal").mood, HardwareMood::normal);
   EXPECT_EQ(action<HardwareChange>("hardware of A is silent").mood, HardwareMood::silent);
   EXPECT_EQ(action<HardwareChange>("hardware of A is slow by 1.5").delay, 1.5);
@@ -132,6 +134,18 @@ TEST(ScenarioParser, ReadsShutdownRestartHardwareAndMarks) {
   EXPECT_EQ(action<KeySpent>("hardware of B has spent its key on Ethernet1").port.text(),
             "B Ethernet1");
   EXPECT_EQ(action<Mark>("mark here").name, "here");
+}
+
+TEST(ScenarioParser, ReadsWhatHappensToAProcessAndItsStore) {
+  auto const kill = action<Kill>("kill A at commit 3 after 2");
+  EXPECT_EQ(kill.switchName, "A");
+  EXPECT_EQ(kill.commit, 3u);
+  EXPECT_TRUE(kill.isTaken);
+  EXPECT_EQ(kill.deadFor, 2);
+  EXPECT_FALSE(action<Kill>("kill A before commit 1").isTaken);
+  EXPECT_EQ(action<Standstill>("stop B for 2.5").seconds, 2.5);
+  EXPECT_TRUE(action<StoreChange>("store of B refuses").refuses);
+  EXPECT_FALSE(action<StoreChange>("store of B is well").refuses);
 }
 
 TEST(ScenarioParser, ActionsAreOrderedByTimeThenByLine) {

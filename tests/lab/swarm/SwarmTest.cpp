@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 
 #include "lab/random/RandomScenario.h"
@@ -45,9 +46,9 @@ TEST(ARunOfTheSwarm, TellsWhatWasDoneAndInWhichStatesThePortsWere) {
 
 TEST(ARunOfTheSwarm, TellsOfAnInvariantThatIsBroken) {
   HeldRun const run = held(
-      pair("seed 1\ndata every 0.1\nat 12 set rekey period of profile core on A to 3\n", "60"));
+      pair("seed 1\nport doctor off\nat 12 hardware of B has spent its key on Ethernet1\n", "90"));
   ASSERT_FALSE(run.breaches.empty());
-  EXPECT_EQ(run.breaches.front().invariant, "nothing-lost");
+  EXPECT_EQ(run.breaches.front().invariant, "secured-in-the-end");
 }
 
 TEST(TheSwarm, PlaysItsRunsInSeveralProcessesAndSumsThemUp) {
@@ -64,6 +65,44 @@ TEST(TheSwarm, EndsWhenItsTimeIsUp) {
   options.isTimeUp = [] { return true; };
   EXPECT_EQ(swarm(options, out), 0);
   EXPECT_THAT(out.str(), HasSubstr("0 runs"));
+}
+
+// A key that is spent, and nobody to look after that, in each third run.
+SwarmOptions failing(std::string const& folder) {
+  SwarmOptions options{.runs = 6, .from = 1};
+  options.keep = (std::filesystem::path(testing::TempDir()) / folder).string();
+  options.draw = [](uint32_t number) {
+    return pair(
+        "title Run\nseed 1\ninvariants hold\nport doctor off\nat 20 clear counters of B\n" +
+            std::string(number % 3 == 0 ? "at 12.4 hardware of B has spent its key on Ethernet1\n"
+                                        : ""),
+        "90");
+  };
+  std::filesystem::remove_all(options.keep);
+  return options;
+}
+
+TEST(TheSwarm, ReducesARunThatFailsAndKeepsWhatIsLeft) {
+  std::ostringstream out;
+  SwarmOptions const options = failing("reduced");
+  EXPECT_EQ(swarm(options, out), 1);
+  EXPECT_THAT(out.str(), HasSubstr("FAILED  run 3: secured-in-the-end: "));
+  EXPECT_THAT(out.str(), HasSubstr("FAILED  run 6: secured-in-the-end: "));
+  EXPECT_THAT(out.str(), HasSubstr("6 runs, 0.1 virtual hours"));
+  std::ifstream file(std::filesystem::path(options.keep) / "swarm-3.scenario");
+  std::string const text((std::istreambuf_iterator<char>(file)), {});
+  EXPECT_THAT(text, HasSubstr("at 12 hardware of B has spent its key on Ethernet1\n"));
+  EXPECT_THAT(text, testing::Not(HasSubstr("clear counters")));
+  EXPECT_FALSE(held(text).breaches.empty());
+}
+
+TEST(TheSwarm, EndsWithTheFirstFailureIfItIsToldTo) {
+  std::ostringstream out;
+  SwarmOptions options = failing("first");
+  options.untilFailure = true;
+  EXPECT_EQ(swarm(options, out), 1);
+  EXPECT_THAT(out.str(), HasSubstr("3 runs, 0.1 virtual hours, "));
+  EXPECT_THAT(out.str(), testing::Not(HasSubstr("run 6")));
 }
 
 }  // namespace

@@ -141,8 +141,10 @@ TEST(DataPasses, IsBrokenByALinkThroughWhichNothingComes) {
   EXPECT_NEAR(deaf.heard.breaches()[0].time, 8 + DataPasses::kSettled, 2);
 }
 
-TEST(NothingLost, IsBrokenByKeysThatChangeFasterThanAMemberTakesOver) {
-  Meddled const run({}, "at 12 set rekey period of profile core on A to 3\n");
+TEST(NothingLost, IsBrokenByAReceiveKeyThatHardwareHasLost) {
+  Meddled const run(at("B", [](Switch& b) {
+    for (uint8_t an = 0; an < SecY::kAssociationNumbers; ++an) b.secY(kIntf)->rxSaDel(an);
+  }));
   EXPECT_THAT(run.names, Contains("nothing-lost"));
 }
 

@@ -1,0 +1,29 @@
+#include "host/watch/FormerKeys.h"
+
+#include <algorithm>
+
+#include "runtime/World.h"
+
+namespace Macsecd {
+
+void FormerKeys::isFound(Macsec::AssociationNumber an) {
+  double& until = until_.at(an.value());
+  if (until == kGone) until = kAsked;
+}
+
+bool FormerKeys::stays(Macsec::AssociationNumber an, bool isDelayProtected) {
+  double& until = until_.at(an.value());
+  double const stay = isDelayProtected ? kStaysProtected : kStays;
+  if (until == kAsked) until = Vesk::now() + stay;
+  return Vesk::now() < until;
+}
+
+double FormerKeys::nextTime() const {
+  double next = kAsked;
+  for (double const until : until_) {
+    if (until > Vesk::now()) next = std::min(next, until);
+  }
+  return next;
+}
+
+}  // namespace Macsecd
