@@ -15,8 +15,6 @@ namespace Lab {
 
 namespace {
 
-constexpr uint32_t kDefaultSeed = 1;
-
 std::vector<Scenario> readAll(PlayOptions const& options,
                               std::vector<Macsecd::Diagnostic>& diagnostics) {
   std::vector<Scenario> scenarios;
@@ -41,7 +39,7 @@ class Player {
 
   /// False if something speaks against the run.
   bool play(Scenario const& scenario) {
-    Simulation simulation(scenario, options_.seed.value_or(scenario.seed.value_or(kDefaultSeed)));
+    Simulation simulation(scenario, options_.seed.value_or(scenario.seedOrDefault()));
     Judges judges(simulation);
     Events events(eventsFile_);
     if (eventsFile_.is_open()) simulation.audienceIs(events);

@@ -154,7 +154,7 @@ bool Explainer::principal() {
     return true;
   }
   noteSuite();
-  if (out_.secured && receiveOnlyWithOthers(*port_, cp_->txSak())) {
+  if (out_.secured && doesAnyReceive(*port_) && !doesAnyReceiveWith(*port_, cp_->txSak())) {
     note(CauseKind::peerNotReceiving,
          fmt::format("the peer has gone over to another key than {}, with which this end sends",
                      keyText(cp_->txSak())),

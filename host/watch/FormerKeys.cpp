@@ -18,6 +18,12 @@ bool FormerKeys::stays(Macsec::AssociationNumber an, bool isDelayProtected) {
   return Vesk::now() < until;
 }
 
+bool FormerKeys::stays(Macsec::AssociationNumber an, Macsec::CpStatus const& asked) {
+  if (asked.rxSak(an) || asked.rxSak().empty()) return false;
+  Macsec::RxLPN const* const lowest = asked.rxLPN(an);
+  return stays(an, lowest && lowest->lpn() != 0);
+}
+
 double FormerKeys::nextTime() const {
   double next = kAsked;
   for (double const until : until_) {

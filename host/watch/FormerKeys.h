@@ -3,6 +3,7 @@
 #include <array>
 #include <limits>
 
+#include "model/CpStatus.h"
 #include "model/Keys.h"
 
 namespace Macsecd {
@@ -26,6 +27,8 @@ class FormerKeys {
   /// Whether the key of this association number, which isn't asked for, stays now. One that never
   /// was asked for doesn't.
   bool stays(Macsec::AssociationNumber an, bool isDelayProtected);
+  /// The same for what this port asks for. None stays once it asks for no key at all.
+  bool stays(Macsec::AssociationNumber an, Macsec::CpStatus const& asked);
   /// It has gone.
   void forget(Macsec::AssociationNumber an) { until_.at(an.value()) = kGone; }
 

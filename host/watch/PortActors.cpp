@@ -41,8 +41,7 @@ bool doesAnyReceiveWith(Macsec::MkaPortStatus const& port, Macsec::Sak const& sa
   return false;
 }
 
-bool receiveOnlyWithOthers(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak) {
-  if (doesAnyReceiveWith(port, sak)) return false;
+bool doesAnyReceive(Macsec::MkaPortStatus const& port) {
   for (Macsec::MkaActorStatus& actor : port.actorStatus()) {
     for (Macsec::MkaPeer& peer : actor.livePeer()) {
       Macsec::SakUseInfo const& use = peer.sakUseInfo();

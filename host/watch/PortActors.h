@@ -16,7 +16,7 @@ bool hasOnlyAnotherPeer(Macsec::MkaActorStatus const& actor, Macsec::Ssci const&
 bool receivesWith(Macsec::MkaPeer const& peer, Macsec::Sak const& sak);
 /// Whether a live peer says that it does.
 bool doesAnyReceiveWith(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak);
-/// Whether no live peer says that it receives with this key, and one does so of another key.
-bool receiveOnlyWithOthers(Macsec::MkaPortStatus const& port, Macsec::Sak const& sak);
+/// Whether a live peer says that it receives with any key.
+bool doesAnyReceive(Macsec::MkaPortStatus const& port);
 
 }  // namespace Macsecd

@@ -141,8 +141,7 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
 std::optional<PortTrouble> PortDoctor::troubleOfOpen(Macsec::MkaPortStatus const& port,
                                                      Macsec::Sak const& sak) {
   if (principalOf(port) || doesAnyReceiveWith(port, sak)) return std::nullopt;
-  return receiveOnlyWithOthers(port, sak) ? PortTrouble::peerNotReceiving
-                                          : PortTrouble::notPrincipal;
+  return doesAnyReceive(port) ? PortTrouble::peerNotReceiving : PortTrouble::notPrincipal;
 }
 
 std::optional<PortTrouble> PortDoctor::troubleWith(Macsec::MkaActorStatus const& principal,

@@ -97,7 +97,7 @@ int exhaust(ExhaustOptions const& options, std::ostream& out, std::ostream& err)
         << '\n';
     return 2;
   }
-  Simulation simulation(read.scenario, read.scenario.seed.value_or(1));
+  Simulation simulation(read.scenario, read.scenario.seedOrDefault());
   simulation.run();
   out << options.file << '\n';
   return Exhausting(options, out).run(simulation, alone.mark);

@@ -11,8 +11,6 @@ namespace Lab {
 
 namespace {
 
-constexpr uint32_t kDefaultSeed = 1;
-
 // What happens, but for frames and what is logged of them: one that is lost or comes twice is no
 // news by itself.
 class Marks final : public Audience {
@@ -44,7 +42,7 @@ class Marks final : public Audience {
 FaultyRun playFaulty(std::string const& text, std::string const& file) {
   auto const read = parseScenario(text, file);
   VESK_ASSERT(read.good());
-  Simulation simulation(read.scenario, read.scenario.seed.value_or(kDefaultSeed));
+  Simulation simulation(read.scenario, read.scenario.seedOrDefault());
   Judges judges(simulation);
   Marks marks;
   simulation.audienceIs(marks);

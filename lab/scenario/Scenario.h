@@ -42,6 +42,7 @@ struct Scenario {
   std::string file;
   std::string title;
   std::optional<uint32_t> seed;
+  uint32_t seedOrDefault() const { return seed.value_or(1); }
   double frameDelay = 0.001;
   /// Each port through which traffic may pass sends a frame of data so often, if this is given.
   std::optional<double> dataEvery;

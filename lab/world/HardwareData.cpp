@@ -33,13 +33,6 @@ void withKey(Sak const& sak, Macsec::Ssci const& sender, Use use) {
   use(std::span<uint8_t const>(key.octets()), terms);
 }
 
-// Whether a receive key that isn't asked for any more stays for a while.
-bool stays(Macsecd::FormerKeys& formerKeys, Macsec::CpStatus const& cpStatus,
-           AssociationNumber an) {
-  Macsec::RxLPN const* const lowest = cpStatus.rxLPN(an);
-  return !cpStatus.rxSak().empty() && formerKeys.stays(an, lowest && lowest->lpn() != 0);
-}
-
 }  // namespace
 
 // Keys that have stayed long enough are found to have gone when the next frame is there.
@@ -79,7 +72,7 @@ void Hardware::keepWhatIsAskedFor(Lumo::IntfId intfId) {
   }
   for (uint8_t an = 0; an < SecY::kAssociationNumbers; ++an) {
     AssociationNumber const number(an);
-    if (cpStatus->rxSak(number) || stays(path->second.formerKeys, *cpStatus, number)) continue;
+    if (cpStatus->rxSak(number) || path->second.formerKeys.stays(number, *cpStatus)) continue;
     path->second.secY.rxSaDel(an);
     path->second.formerKeys.forget(number);
   }

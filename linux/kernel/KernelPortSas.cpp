@@ -45,13 +45,10 @@ bool KernelPort::isHeldAsWanted(HeldSa const& sa) const {
          keyIdOf(*wanted) == sa.keyId;
 }
 
-/// Whether a receive SA that was withdrawn stays for a while. None does once no key is asked for.
+/// Whether a receive SA that was withdrawn stays for a while.
 bool KernelPort::stays(HeldSa const& sa) {
-  AssociationNumber const an(sa.an);
-  bool const isGoing = !cpStatus_->rxSak(an) && !cpStatus_->rxSak().empty() && sa.on &&
-                       sa.ssci == ssciNumber(cpStatus_->peerSsci());
-  Macsec::RxLPN const* const lowest = cpStatus_->rxLPN(an);
-  return isGoing && formerKeys_.stays(an, lowest && lowest->lpn() != 0);
+  return sa.on && sa.ssci == ssciNumber(cpStatus_->peerSsci()) &&
+         formerKeys_.stays(AssociationNumber(sa.an), *cpStatus_);
 }
 
 bool KernelPort::setUpReceive() {

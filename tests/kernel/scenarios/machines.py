@@ -12,6 +12,7 @@ import time
 
 BIN = os.environ["MACSEC_BIN"]  # the folder of the programs under test
 LIMIT = 90  # seconds that anything may take that is waited for: machines may be slow
+UNNOTICED = 2.5  # seconds that a daemon may be away: a life time, less a period before and one after
 DEVICE = "eth0-sec"
 KEYS = {"gcm-aes-xpn-128": 32, "gcm-aes-xpn-256": 64}  # digits
 FAULTS = ("InPktsLate", "InPktsInvalid", "InPktsNotValid", "InPktsNotUsingSA", "InPktsUnusedSA",

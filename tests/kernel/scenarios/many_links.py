@@ -4,7 +4,7 @@ memory among many than among few, all keys change at once, and a restart loses n
 import contextlib
 import time
 
-from machines import run, until
+from machines import UNNOTICED, run, until
 import scenario
 
 SUITES = ("gcm-aes-xpn-128",)
@@ -12,7 +12,6 @@ SIZES = (16, 64, 256)  # links
 SAMPLE = ("eth0", "eth100", "eth255")
 RATE = 100  # datagrams a second, direction and link of the sample
 LOOK = 20  # seconds
-UNNOTICED = 2.5  # seconds that a daemon may be away: a life time, less a period before and one after
 RATIO = 1.3  # of what a link costs among many to what it costs among few
 
 

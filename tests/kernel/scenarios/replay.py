@@ -7,11 +7,10 @@ import threading
 import time
 
 from hub import Cable, Recorder, demand_no_nonce_twice, distributed  # the player looks for the cable
-from machines import run, transmit_key, until
+from machines import UNNOTICED, run, transmit_key, until
 
 RATE = 100  # datagrams a second and direction
 HOLD = 8  # seconds, longer than a life time
-UNNOTICED = 2.5  # seconds that a daemon may be away: a life time, less a period before and one after
 TRIES = 6
 RUSH = threading.RLock()  # all cables share one processor: who floods it lets others start meanwhile
 ENOUGH = 40  # frames
