@@ -51,8 +51,9 @@ void Calm::acts(double time, Action const& action) {
 
 void Calm::happened(Event const& event) {
   auto const* const line = std::get_if<SyslogLine>(&event.what);
-  bool const startsOver = line && line->name == "MACSECD_PORT_BOUND_ANEW";
-  if (startsOver || std::holds_alternative<ProcessEnded>(event.what)) {
+  bool const isTreated =
+      line && (line->name == "MACSECD_PORT_BOUND_ANEW" || line->name == "MACSECD_GOES_OVER_LATE");
+  if (isTreated || std::holds_alternative<ProcessEnded>(event.what)) {
     mark(disturbed_, event.switchName, event.time);
   }
 }

@@ -40,7 +40,8 @@ Macsecd::StateValues treeIn(MemoryStore const& store) {
 
 void StoreHoldsTree::instantDone(double time) {
   for (auto const& one : simulation().switches()) {
-    if (one->store().refuses()) refused_[one->name()] = time;
+    bool const waits = one->isStandingStill() && !hasCommitted(*one);
+    if (one->store().refuses() || waits) refused_[one->name()] = time;
   }
   if (!isDue(time, kBetweenLooks)) return;
   ended();
@@ -48,10 +49,13 @@ void StoreHoldsTree::instantDone(double time) {
 
 void StoreHoldsTree::ended() {
   for (auto const& one : simulation().switches()) {
-    auto const refused = refused_.find(one->name());
-    bool const hasCommitted = refused == refused_.end() || now() - refused->second > kNextTurn;
-    if (one->isStarted() && hasCommitted) look(*one);
+    if (one->isStarted() && hasCommitted(*one)) look(*one);
   }
+}
+
+bool StoreHoldsTree::hasCommitted(Switch const& one) const {
+  auto const refused = refused_.find(one.name());
+  return refused == refused_.end() || now() - refused->second > kNextTurn;
 }
 
 void StoreHoldsTree::look(Switch& one) {

@@ -19,9 +19,11 @@ class StoreHoldsTree final : public Invariant {
   // In seconds. What a store has refused is given to it again at the end of the next turn.
   static constexpr double kBetweenLooks = 10, kNextTurn = 3;
 
+  /// Whether the process has had a turn since its store refused.
+  bool hasCommitted(Switch const& one) const;
   void look(Switch& one);
 
-  std::map<std::string, double> refused_;  ///< by switch, when its store refused last
+  std::map<std::string, double> refused_;  ///< by switch, when what it had refused still waited
 };
 
 }  // namespace Lab

@@ -26,6 +26,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 Lumo::IntfId const kIntf("Ethernet1");
 
@@ -195,6 +196,11 @@ TEST(StoreHoldsTree, IsBrokenByAWriteThatTheStoreHasNotSeen) {
     a.host().status()->latestKeyEnablePeriodIs(77);
   }));
   EXPECT_THAT(run.names, Contains("store-holds-tree"));
+}
+
+TEST(StoreHoldsTree, WaitsForAProcessThatStandsStillWhileItsStoreIsWellAgain) {
+  Meddled const run({}, "at 60 store of A refuses\nat 70 stop A for 14\nat 71 store of A is well\n");
+  EXPECT_THAT(run.names, Not(Contains("store-holds-tree")));
 }
 
 TEST(ExplainNamesCauses, IsBrokenByACauseThatIsNamedOfALinkThatIsWell) {
