@@ -6,25 +6,27 @@ namespace Lab {
 
 class NothingGrows final : public Invariant {
  public:
-  /// Of each port; a switch itself is allowed as much as a quarter of a port.
+  /// What a switch may have by itself, for each of its interfaces, ports, actors and peers.
+  struct Bound {
+    size_t self, interface, port, actor, peer;
+  };
   struct Bounds {
-    size_t values = 512;  ///< in the store
-    size_t timers = 64;   ///< on the wheel
+    Bound values{8, 6, 36, 12, 8};  ///< of the status tree, in the store
+    Bound keys{4, 64, 0, 0, 0};     ///< in the store: key servers whose keys are remembered
+    Bound timers{4, 1, 3, 4, 1};    ///< on the wheel
   };
 
   explicit NothingGrows(Simulation const& simulation) : NothingGrows(simulation, Bounds()) {}
   NothingGrows(Simulation const& simulation, Bounds const& bounds);
 
   void instantDone(double time) override;
+  void ended() override;
 
  private:
   static constexpr double kBetweenLooks = 5;  // seconds
 
   void look(Switch const& one);
-
-  size_t bound(Switch const& one, size_t ofPort) const {
-    return ofPort * one.interfaces().size() + ofPort / 4;
-  }
+  void demand(Switch const& one, size_t found, Bound const& bound, char const* what);
 
   Bounds const bounds_;
 };

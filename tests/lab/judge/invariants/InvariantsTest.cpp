@@ -181,12 +181,23 @@ TEST(StrangersChangeNothing, IsBrokenByAMessageThatIsTakenTwice) {
 
 TEST(NothingGrows, IsBrokenByASwitchThatKeepsMoreThanItsPortsNeed) {
   Meddled run;
-  NothingGrows values(run.simulation, {.values = 10}), timers(run.simulation, {.timers = 1});
+  NothingGrows values(run.simulation, {.values = {10, 0, 0, 0, 0}});
+  NothingGrows timers(run.simulation, {.timers = {1, 0, 0, 0, 0}});
   values.instantDone(120);
   timers.instantDone(120);
   EXPECT_THAT(values.breaches(), ElementsAre(testing::Field(&Breach::what, HasSubstr("values")),
                                              testing::Field(&Breach::what, HasSubstr("values"))));
   EXPECT_FALSE(timers.breaches().empty());
+}
+
+// But for the key servers that are remembered.
+TEST(NothingGrows, HoldsASwitchToWhatItHadAtTheStartWhenItsInterfacesHaveGone) {
+  Meddled const run({}, "at 75 delete interface Ethernet1 on A\n");
+  EXPECT_THAT(run.names, IsEmpty());
+  Switch const& a = *run.simulation.switches()[0];
+  EXPECT_TRUE(a.host().status()->portStatus().empty());
+  EXPECT_LE(a.store().values().size(), 8u + 6u + 1u);
+  EXPECT_LE(a.host().timerWheel()->armed(), 5u);
 }
 
 TEST(StoreHoldsTree, IsBrokenByAWriteThatTheStoreHasNotSeen) {
@@ -199,7 +210,8 @@ TEST(StoreHoldsTree, IsBrokenByAWriteThatTheStoreHasNotSeen) {
 }
 
 TEST(StoreHoldsTree, WaitsForAProcessThatStandsStillWhileItsStoreIsWellAgain) {
-  Meddled const run({}, "at 60 store of A refuses\nat 70 stop A for 14\nat 71 store of A is well\n");
+  Meddled const run({},
+                    "at 60 store of A refuses\nat 70 stop A for 14\nat 71 store of A is well\n");
   EXPECT_THAT(run.names, Not(Contains("store-holds-tree")));
 }
 
