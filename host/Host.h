@@ -156,6 +156,7 @@ class Host {
   std::optional<KeyAge> keyAge(Lumo::IntfId intfId) const;
   /// What was sent and received with each key, for the hardware to ask and to tell.
   KeyHistory& keyHistory() { return keyHistory_; }
+  KeyHistory const& keyHistory() const { return keyHistory_; }
   /// The hardware says that it can't send with this key without the danger of a nonce used twice.
   void keyIsSpent(Lumo::IntfId intfId, SakId const& sak);
   /// Why nothing is sent on an interface although a key is there.

@@ -31,11 +31,12 @@ std::vector<RandomFaults::Kind> const& RandomFaults::kinds() {
   return all;
 }
 
-// What happens to processes and their stores, in swarms alone.
-std::vector<RandomFaults::Kind> const& RandomFaults::kindsOfProcesses() {
+// What happens in swarms alone.
+std::vector<RandomFaults::Kind> const& RandomFaults::kindsOfSwarms() {
   using F = RandomFaults;
-  static std::vector<Kind> const all = {
-      {6, &F::kill, true}, {3, &F::standStill}, {2, &F::loseState, true}, {2, &F::fillStore}};
+  static std::vector<Kind> const all = {{6, &F::kill, true},      {3, &F::standStill},
+                                        {2, &F::loseState, true}, {2, &F::fillStore},
+                                        {3, &F::loseKey},         {2, &F::suiteOfOne}};
   return all;
 }
 
@@ -58,7 +59,7 @@ void RandomFaults::draw() {
 void RandomFaults::drawSome() {
   begin();
   std::vector<Kind> some;
-  for (auto const* from : {&kinds(), &kindsOfProcesses()}) {
+  for (auto const* from : {&kinds(), &kindsOfSwarms()}) {
     for (Kind const& kind : *from) {
       if (dice_.chance(kKept)) some.push_back(kind);
     }
@@ -267,6 +268,11 @@ void RandomFaults::spendKey() {
   at(now_, fmt::format("hardware of {} has spent its key on {}", anEndOf(link), link.interface()));
 }
 
+void RandomFaults::loseKey() {
+  RandomNet::Link const& link = aLink();
+  at(now_, fmt::format("hardware of {} loses its key on {}", anEndOf(link), link.interface()));
+}
+
 // A new key on one end and then on the other; the same name now and then.
 void RandomFaults::changeKey() {
   RandomNet::Link const& link = aLink();
@@ -338,6 +344,15 @@ void RandomFaults::suite() {
   if (dice_.chance(70)) set(now_ + apart, !first, "gcm-aes-xpn-256");
   set(now_ + back, first, "gcm-aes-xpn-128");
   set(now_ + back + apart, !first, "gcm-aes-xpn-128");
+}
+
+// For long enough that neither end is in the middle of anything.
+void RandomFaults::suiteOfOne() {
+  RandomNet::Link const& link = aLink();
+  std::string const what =
+      fmt::format("set cipher suite of profile {} on {} to ", link.profile(), anEndOf(link));
+  at(now_, what + "gcm-aes-xpn-256");
+  at(now_ + 40 + aWhile(20), what + "gcm-aes-xpn-128");
 }
 
 }  // namespace Lab

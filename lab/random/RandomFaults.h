@@ -26,7 +26,7 @@ class RandomFaults {
     bool endsProcesses = false;
   };
   static std::vector<Kind> const& kinds();
-  static std::vector<Kind> const& kindsOfProcesses();
+  static std::vector<Kind> const& kindsOfSwarms();
 
   void begin();
   static void leaveStatesWhole(std::vector<Kind>& kinds);
@@ -52,6 +52,7 @@ class RandomFaults {
   void hardware();
   void packetNumber();
   void spendKey();
+  void loseKey();
   // Of processes and their stores.
   void kill();
   void standStill();
@@ -65,6 +66,7 @@ class RandomFaults {
   void rekeyPeriod();
   void delayProtection();
   void suite();
+  void suiteOfOne();
 
   void at(double time, std::string const& action);
   void publishOn(RandomNet::Link const& link, double time, double apart);

@@ -37,13 +37,14 @@ decltype(Action::what) parseHardware(Words& words, Known const& known) {
   if (words.take("is silent")) return HardwareChange{name, HardwareMood::silent};
   if (words.take("is slow by")) return HardwareChange{name, HardwareMood::slow, words.time()};
   if (words.take("has spent its key")) return KeySpent{parseInterfaceOf(name, words, known)};
+  if (words.take("loses its key")) return KeyLost{parseInterfaceOf(name, words, known)};
   if (words.take("reports packet number")) {
     auto number = words.number("a packet number", 0, UINT32_MAX);
     PortName const port = parseInterfaceOf(name, words, known);
     return PacketNumber{port, number, words.take("for its next key")};
   }
   words.unknown("state of hardware", {"is normal", "is silent", "is slow by", "has spent its key",
-                                      "reports packet number"});
+                                      "loses its key", "reports packet number"});
 }
 
 FipsProviderChange parseFipsProvider(Words& words, Known const& known) {

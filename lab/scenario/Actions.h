@@ -161,6 +161,11 @@ struct KeySpent {
   PortName port;
 };
 
+/// The hardware has lost the key that it sends with, and is given it again at once.
+struct KeyLost {
+  PortName port;
+};
+
 /// A frame with this defect, and no other, arrives at the port; no other port hears it.
 struct SendFrame {
   PortName port;
@@ -195,7 +200,7 @@ struct Action {
   std::variant<LinkChange, DeviceChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange,
                SuiteChange, ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange,
                FipsChange, FipsProviderChange, CountersCleared, Reload, Restart, Kill, Standstill,
-               StoreChange, HardwareChange, PacketNumber, KeySpent, SendFrame, Replay,
+               StoreChange, HardwareChange, PacketNumber, KeySpent, KeyLost, SendFrame, Replay,
                InterfaceChange, Mark>
       what;
 };

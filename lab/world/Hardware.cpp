@@ -269,6 +269,17 @@ void Hardware::giveTx(Lumo::IntfId intfId) {
   entry->txSaStatusIs(sak.an(), sak.keyMsgId(), sak.keyNum());
 }
 
+// The driver finds it gone, and installs it where its numbers go on.
+void Hardware::keyLost(Lumo::IntfId intfId) {
+  auto const entry = slice_->status(intfId);
+  auto const there = entry ? entry->txSaStatus() : nullptr;
+  auto const cpStatus = status_->cpStatus(intfId);
+  if (!there || !cpStatus) return;
+  Sak const sak = cpStatus->txSak();
+  if (there->keyId() != sak.keyMsgId() || there->keyNum() != sak.keyNum()) return;
+  if (auto const first = firstToSend(intfId, sak)) sendWith(intfId, sak, *first);
+}
+
 // Its packet number; nothing for a key that mustn't be used.
 std::optional<uint64_t> Hardware::firstToSend(Lumo::IntfId intfId, Sak const& sak) {
   auto const id = Macsecd::SakId::of(sak);

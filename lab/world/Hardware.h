@@ -49,6 +49,8 @@ class Hardware {
   void packetNumberIs(Lumo::IntfId intfId, uint32_t number);
   /// The same of the one that it asks for next.
   void nextPacketNumberIs(Lumo::IntfId intfId, uint32_t number) { packetNumbers_[intfId] = number; }
+  /// The transmit key is lost, and installed again.
+  void keyLost(Lumo::IntfId intfId);
 
   /// The interface is there; or it has gone, with all that was installed on it.
   void interfaceIs(Lumo::IntfId intfId);

@@ -131,6 +131,7 @@ class Simulation {
   void carryOut(HardwareChange const& change);
   void carryOut(PacketNumber const& number);
   void carryOut(KeySpent const& spent);
+  void carryOut(KeyLost const& lost);
   void carryOut(SendFrame const& send);
   void carryOut(Replay const& replay);
   void carryOut(InterfaceChange const& change);

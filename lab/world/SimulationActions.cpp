@@ -164,6 +164,11 @@ void Simulation::carryOut(KeySpent const& spent) {
   switchOf(spent.port.switchName).keyIsSpent(Lumo::IntfId(spent.port.interface.c_str()));
 }
 
+void Simulation::carryOut(KeyLost const& lost) {
+  Lumo::IntfId const intfId(lost.port.interface.c_str());
+  switchOf(lost.port.switchName).hardware([&](Hardware& hardware) { hardware.keyLost(intfId); });
+}
+
 void Simulation::carryOut(Mark const& mark) {
   for (auto const& one : switches_) {
     marked_[{mark.name, one->name()}] = one->record();

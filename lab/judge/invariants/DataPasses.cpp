@@ -5,12 +5,16 @@
 namespace Lab {
 
 DataPasses::DataPasses(Simulation const& simulation, Calm const& calm)
-    : Invariant(
-          simulation, "data-passes",
-          fmt::format("Between two open ports with a key in use frames of data come within {} "
-                      "seconds, both ways, unless a fault prevents it.",
-                      kSettled)),
+    : Invariant(simulation, "data-passes",
+                fmt::format(
+                    "An open port has a key to send with. Between two of them with a key in use "
+                    "frames of data come within {} seconds, both ways, unless a fault prevents it.",
+                    kSettled)),
       calm_(calm) {}
+
+void DataPasses::dataSent(double, DataSent const& sent) {
+  if (sent.frame.empty()) breaks(sent.from.text() + " is open and has no key to send with");
+}
 
 void DataPasses::dataArrived(double time, DataArrived const& arrived) {
   if (arrived.verdict == SecY::Verdict::valid && arrived.isSame) {

@@ -14,6 +14,7 @@ class DataPasses final : public Invariant {
 
   DataPasses(Simulation const& simulation, Calm const& calm);
 
+  void dataSent(double time, DataSent const& sent) override;
   void dataArrived(double time, DataArrived const& arrived) override;
   void instantDone(double time) override;
 

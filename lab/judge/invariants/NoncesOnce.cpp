@@ -17,6 +17,10 @@ void NoncesOnce::dataSent(double, DataSent const& sent) {
   auto const hardware = end.hardware();
   auto const sa = hardware ? hardware->txSaStatus() : nullptr;
   if (!sa) return;
+  auto const server = Macsec::MemberIdentifier::parsed(sa->keyId().view());
+  if (server && end.owner.host().keyHistory().isSpent(end.intfId, {*server, sa->keyNum()})) {
+    breaks(sent.from.text() + " sends with a key that is spent");
+  }
   Nonce nonce{sa->keyId().charPtr(), sa->keyNum(), sciText(tag.sci()), tag.packetNumber.value()};
   if (used_.insert(std::move(nonce)).second) return;
   breaks(sent.from.text() + " sends a second frame with one packet number under one key");

@@ -12,7 +12,9 @@ class NoncesOnce final : public Invariant {
  public:
   explicit NoncesOnce(Simulation& simulation)
       : Invariant(simulation, "nonces-once",
-                  "No two frames under one key have the same SSCI and packet number."),
+                  "No two frames under one key have the same SSCI and packet number, and none is "
+                  "sent with a "
+                  "key that is spent."),
         simulation_(simulation) {}
 
   void dataSent(double time, DataSent const& sent) override;

@@ -2,13 +2,16 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace Lab {
 
 NothingLost::NothingLost(Simulation const& simulation, Calm const& calm)
     : Invariant(
           simulation, "nothing-lost",
           fmt::format("Between two open ports that frames pass, and that nothing has disturbed "
-                      "for {} seconds, no frame of data is lost, whatever key takes over.",
+                      "for {} seconds, no frame of data is lost, and neither of them closes, "
+                      "whatever key takes over.",
                       kSettled)),
       calm_(calm),
       loss_(simulation) {}
@@ -29,7 +32,15 @@ void NothingLost::happened(Event const& event) {
   auto const* const changed = eventOf(event, Macsecd::EventKind::state);
   if (!changed) return;
   PortName const port{event.switchName, changed->interface};
+  judgeChange(port);
   std::erase_if(passed_, [&](auto const& way) { return way.first == port || way.second == port; });
+}
+
+void NothingLost::judgeChange(PortName const& port) {
+  auto const isOfPort = [&](auto const& way) { return way.first == port; };
+  auto const wire = wireOf(simulation(), port);
+  if (!wire || calm_.of(*wire) < kSettled || std::ranges::none_of(passed_, isOfPort)) return;
+  breaks(port.text() + " closes, and nothing has disturbed it");
 }
 
 void NothingLost::judge() {

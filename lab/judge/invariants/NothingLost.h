@@ -24,6 +24,7 @@ class NothingLost final : public Invariant {
 
  private:
   void judge();
+  void judgeChange(PortName const& port);
 
   Calm const& calm_;
   DataLoss loss_;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "host/explain/Explain.h"
+#include "lab/world/PortView.h"
 
 namespace Lab {
 
@@ -29,6 +30,12 @@ bool canBeSecured(Link const& link) {
   return a->cipherSuite == b->cipherSuite && doKeysFit(*a, *b);
 }
 
+// The key of both that is in use where both have the same primary one.
+bool usesPrimaryKey(LinkEnd const& end) {
+  auto const principal = PortView(*end.owner.host().status(), end.intfId).principal();
+  return !principal || !principal->defaultActor();
+}
+
 std::string causeAt(LinkEnd const& end) {
   Vesk::WorldScope const scope(end.owner.world());
   auto const causes = explain(end.owner.host(), end.intfId).causes;
@@ -50,7 +57,13 @@ void SecuredInTheEnd::ended() {
   for (size_t wire = 0; wire < simulation().scenario().wires.size(); ++wire) {
     auto const link = linkOf(simulation(), wire);
     if (!link || calm_.of(wire) < kBound || !canBeSecured(*link)) continue;
-    if (link->isInUse() || (link->isOpen() && link->sendsWithOneKey())) continue;
+    bool const isSecured = link->isInUse() || (link->isOpen() && link->sendsWithOneKey());
+    if (isSecured && areEqual(link->a.profile()->key, link->b.profile()->key) &&
+        !(usesPrimaryKey(link->a) && usesPrimaryKey(link->b))) {
+      breaks(fmt::format("{} and {} have the same primary key, and use the fallback key",
+                         link->a.name.text(), link->b.name.text()));
+    }
+    if (isSecured) continue;
     breaks(
         fmt::format("{} and {} aren't both open with one key; the first explains {}, the second {}",
                     link->a.name.text(), link->b.name.text(), causeAt(link->a), causeAt(link->b)));

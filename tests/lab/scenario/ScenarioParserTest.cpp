@@ -131,6 +131,7 @@ TEST(ScenarioParser, ReadsShutdownRestartHardwareAndMarks) {
   EXPECT_EQ(
       action<PacketNumber>("hardware of B reports packet number 0xC0000000 on Ethernet1").number,
       0xC0000000u);
+  EXPECT_EQ(action<KeyLost>("hardware of B loses its key on Ethernet1").port.text(), "B Ethernet1");
   EXPECT_EQ(action<KeySpent>("hardware of B has spent its key on Ethernet1").port.text(),
             "B Ethernet1");
   EXPECT_EQ(action<Mark>("mark here").name, "here");

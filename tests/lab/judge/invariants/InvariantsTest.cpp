@@ -142,6 +142,17 @@ TEST(DataPasses, IsBrokenByALinkThroughWhichNothingComes) {
   EXPECT_NEAR(deaf.heard.breaches()[0].time, 8 + DataPasses::kSettled, 2);
 }
 
+TEST(DataPasses, IsBrokenByAnOpenPortWithoutAKeyToSendWith) {
+  Meddled run;
+  Calm const calm(run.simulation);
+  DataPasses passes(run.simulation, calm);
+  PortName const from{"A", "Ethernet1"};
+  passes.dataSent(120, {from, 1, run.frame});
+  EXPECT_THAT(passes.breaches(), IsEmpty());
+  passes.dataSent(120, {from, 2, {}});
+  EXPECT_EQ(passes.breaches().size(), 1u);
+}
+
 TEST(NothingLost, IsBrokenByAReceiveKeyThatHardwareHasLost) {
   Meddled const run(at("B", [](Switch& b) {
     for (uint8_t an = 0; an < SecY::kAssociationNumbers; ++an) b.secY(kIntf)->rxSaDel(an);
