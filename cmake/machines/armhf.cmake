@@ -3,6 +3,6 @@ set(machine armhf)
 set(triple arm-linux-gnueabihf)
 set(emulator arm)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
-include(${CMAKE_CURRENT_LIST_DIR}/debian.cmake)
 # That a former compiler passed some values otherwise is no news.
-string(APPEND CMAKE_CXX_FLAGS_INIT " -Wno-psabi")
+set(flags -Wno-psabi)
+include(${CMAKE_CURRENT_LIST_DIR}/debian.cmake)
