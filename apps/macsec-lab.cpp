@@ -26,6 +26,8 @@ void addPlayOptions(CLI::App& app, Lab::PlayOptions& options) {
   app.add_option("--events", options.events, "Write everything observable as JSON lines")
       ->type_name("FILE");
   app.add_option("--pcap-dir", options.pcapDir, "Write a capture of each wire")->type_name("DIR");
+  app.add_option("--state-dir", options.stateDir, "Write what each switch has stored at the end")
+      ->type_name("DIR");
   app.add_option("files", options.files, "Scenarios")->type_name("FILE.scenario");
 }
 

@@ -7,6 +7,7 @@
 
 #include "lab/report/Captures.h"
 #include "lab/report/Events.h"
+#include "lab/report/StoredState.h"
 #include "lab/report/Timeline.h"
 #include "lab/scenario/ScenarioParser.h"
 #include "lab/verdict/Judges.h"
@@ -53,7 +54,13 @@ class Player {
       simulation.audienceIs(timeline);
     }
     simulation.run();
-    if (options_.show) showEnd(simulation, captures);
+    std::vector<std::filesystem::path> states;
+    if (!options_.stateDir.empty()) states = writeStoredState(simulation, options_.stateDir);
+    if (options_.show) {
+      showEnd(simulation);
+      if (captures) showFiles("Capture", captures->paths());
+      showFiles("Stored state", states);
+    }
     auto const verdict = judges.verdict();
     if (!verdict) {
       out_ << fmt::format("ok      {} ({} expectations)\n", scenario.file, judges.expectations());
@@ -65,14 +72,16 @@ class Player {
   }
 
  private:
-  void showEnd(Simulation const& simulation, std::optional<Captures> const& captures) {
+  void showEnd(Simulation const& simulation) {
     out_ << fmt::format("\nAt {}:\n\n", timeText(simulation.now()));
     writeStatusTable(out_, simulation);
     writeCounters(out_, simulation);
     out_ << '\n';
-    if (!captures) return;
-    for (auto const& path : captures->paths()) out_ << "Capture: " << path.string() << '\n';
-    out_ << '\n';
+  }
+
+  void showFiles(char const* what, std::vector<std::filesystem::path> const& paths) {
+    for (auto const& path : paths) out_ << what << ": " << path.string() << '\n';
+    if (!paths.empty()) out_ << '\n';
   }
 
   PlayOptions const& options_;

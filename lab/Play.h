@@ -14,6 +14,7 @@ struct PlayOptions {
   std::optional<uint32_t> seed;    ///< goes before the scenarios' own
   std::string events;              ///< a file for what happens; empty for none
   std::string pcapDir;             ///< a folder for the captures; empty for none
+  std::string stateDir;            ///< a folder for what the stores hold at the end; empty for none
 };
 
 /// Plays scenarios and says of each whether its expectations held. Returns the exit status: 0 when

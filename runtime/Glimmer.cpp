@@ -68,7 +68,7 @@ void RingBuf::endMsg() {
 }
 
 void RingBuf::put(std::span<uint8_t const> bytes) {
-  for (uint8_t byte : bytes) memory_[end_++ % memory_.size()] = byte;
+  for (uint8_t byte : bytes) at(end_++) = byte;
 }
 
 uint32_t RingBuf::sizeAt(uint64_t position) const {

@@ -57,7 +57,9 @@ class RingBuf {
     std::vector<std::string> arguments;
   };
   void put(std::span<uint8_t const> bytes);
-  uint8_t at(uint64_t position) const { return memory_[position % memory_.size()]; }
+  uint8_t& at(uint64_t position) const {
+    return memory_[static_cast<size_t>(position % memory_.size())];
+  }
   Message messageAt(uint64_t position) const;
   uint32_t sizeAt(uint64_t position) const;
 

@@ -26,8 +26,9 @@ class Home {
   static constexpr size_t kBlock = size_t{1} << 13;
   /// Where objects may begin: at no finer an alignment, and no coarser.
   static constexpr size_t kGrain = 8;
-  /// Addresses for all homes of a process.
-  static constexpr uintptr_t kReserved = uintptr_t{1} << 31;
+  /// Addresses for all homes of a process; a sixteenth of those that 32 bits have.
+  static constexpr bool kIsNarrow = sizeof(uintptr_t) < 8;
+  static constexpr uintptr_t kReserved = uintptr_t{1} << (kIsNarrow ? 28 : 31);
   enum class Part : uint8_t { hot, cold };
 
   Home(Home const&) = delete;
@@ -40,6 +41,7 @@ class Home {
   static Home* of(void const* object) {
     uintptr_t const address = reinterpret_cast<uintptr_t>(object);
     if (address - begin_ >= kReserved) return nullptr;
+    if (kIsNarrow && begin_ == kNowhere) return nullptr;
     return reinterpret_cast<Home*>(address & ~(kBlock - 1));
   }
   /// Where an object lies; `cold` for one on the heap.
@@ -76,8 +78,10 @@ class Home {
   static constexpr size_t kAtHand = 128;
 
   inline static size_t homesInAll_ = 0;
+  // No home begins at an odd address. Of 64 bits, no object has the highest one.
+  static constexpr uintptr_t kNowhere = UINTPTR_MAX / 2 + 2;
   // The first of the reserved addresses. Without any, no object is in a home.
-  inline static uintptr_t begin_ = uintptr_t{1} << 63;
+  inline static uintptr_t begin_ = kNowhere;
   // Where what is made now lives: in the home of this object.
   inline static void const* present_ = nullptr;
 

@@ -24,11 +24,12 @@ void TimerLane::leave(uint64_t number) {
 }
 
 void TimerLane::grow() {
-  std::vector<TimerPlace> ring(std::max<size_t>(16, 2 * ring_.size()));
-  uint64_t const mask = ring.size() - 1;
-  for (uint64_t number = begin_; number != end_; ++number) ring[number & mask] = at(number);
-  ring_ = std::move(ring);
-  mask_ = mask;
+  TimerLane grown;
+  grown.ring_.resize(std::max<size_t>(16, 2 * ring_.size()));
+  grown.mask_ = grown.ring_.size() - 1;
+  for (uint64_t number = begin_; number != end_; ++number) grown.place(number) = at(number);
+  ring_ = std::move(grown.ring_);
+  mask_ = grown.mask_;
 }
 
 }  // namespace Zorn

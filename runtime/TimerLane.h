@@ -30,7 +30,7 @@ class TimerLane {
   TimerPlace const& first() const { return at(begin_); }
   /// Of the newest one, which may have left.
   TimerDue const& lastDue() const { return lastDue_; }
-  TimerPlace const& at(uint64_t number) const { return ring_[number & mask_]; }
+  TimerPlace const& at(uint64_t number) const { return ring_[indexOf(number)]; }
 
   /// Its number.
   uint64_t append(TimerPlace const& place);
@@ -53,7 +53,8 @@ class TimerLane {
  private:
   static constexpr uint64_t kFewLeft = 64;
 
-  TimerPlace& place(uint64_t number) { return ring_[number & mask_]; }
+  TimerPlace& place(uint64_t number) { return ring_[indexOf(number)]; }
+  size_t indexOf(uint64_t number) const { return static_cast<size_t>(number & mask_); }
   void grow();
 
   std::vector<TimerPlace> ring_;  // none, or a power of two

@@ -69,7 +69,7 @@ void TimerQueue::join(uint8_t line, TimerPlace const& place) {
 }
 
 void TimerQueue::leave(uint8_t line, uint64_t number) {
-  if (line == kHeap) return heap_.erase(number);
+  if (line == kHeap) return heap_.erase(static_cast<size_t>(number));
   TimerLane& lane = lanes_[line];
   lane.leave(number);
   if (lane.isSparse()) lane.tidy([&](Slot slot, uint64_t to) { entryIs(slot, line, to); });

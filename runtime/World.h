@@ -4,7 +4,6 @@
 #include <map>
 #include <memory>
 #include <span>
-#include <typeindex>
 #include <vector>
 
 namespace Vesk {
@@ -82,7 +81,7 @@ class World {
   /// What a room keeps for this switch: one `T`, made when it is asked for first.
   template <class T>
   T& kept() {
-    std::shared_ptr<void>& value = (*kept_)[typeid(T)];
+    std::shared_ptr<void>& value = (*kept_)[&keyOf<T>];
     if (!value) value = std::make_shared<T>();
     return *static_cast<T*>(value.get());
   }
@@ -92,7 +91,10 @@ class World {
   explicit World(World& other);
 
  private:
-  using Kept = std::map<std::type_index, std::shared_ptr<void>>;
+  // One address per type. The order of `std::type_info` isn't one on every machine.
+  template <class T>
+  static inline char keyOf = 0;
+  using Kept = std::map<void const*, std::shared_ptr<void>>;
 
   void writesAreLoggedAsAsked();
 

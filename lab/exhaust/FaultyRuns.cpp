@@ -44,7 +44,7 @@ void FaultyRuns::hear(uint32_t job, std::string const& line) {
   std::string const kind = line.substr(0, line.find(' '));
   std::string const rest = line.substr(kind.size() + 1);
   if (kind == "begin") next_[job] = std::stoul(rest);
-  if (kind == "mark") marks_[next_[job]] = std::stoull(rest);
+  if (kind == "mark") marks_[next_[job]] = std::stoul(rest);
   if (kind == "failed") failures_.push_back({next_[job], rest});
 }
 

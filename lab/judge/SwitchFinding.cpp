@@ -10,7 +10,7 @@ namespace Lab {
 
 namespace {
 
-char const* plural(size_t count) { return count == 1 ? "" : "s"; }
+char const* plural(uint64_t count) { return count == 1 ? "" : "s"; }
 
 long exits(SwitchRecord const& record, std::optional<int> const& status) {
   return std::count_if(record.exits.begin(), record.exits.end(),
@@ -45,7 +45,7 @@ Finding Findings::of(HasExited const& expected) const {
   }
   return {times == static_cast<long>(expected.times),
           fmt::format("{} has exited {} time{}", expected.switchName, times,
-                      plural(static_cast<size_t>(times)))};
+                      plural(static_cast<uint64_t>(times)))};
 }
 
 Finding Findings::of(IsRunning const& expected) const {

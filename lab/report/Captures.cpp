@@ -4,15 +4,10 @@ namespace Lab {
 
 namespace {
 
-// Letters, digits and hyphens stay; what a file name shouldn't hold becomes an underscore.
-std::string fileName(Scenario const& scenario, WireSpec const& wire) {
-  std::string name = std::filesystem::path(scenario.file).stem().string();
-  for (PortName const& end : wire.ends) name += "." + end.switchName + "-" + end.interface;
-  for (char& c : name) {
-    bool const plain = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    if (!plain && c != '-' && c != '.') c = '_';
-  }
-  return name + ".pcap";
+std::string captureName(Scenario const& scenario, WireSpec const& wire) {
+  std::string ends;
+  for (PortName const& end : wire.ends) ends += "." + end.switchName + "-" + end.interface;
+  return fileName(scenario, ends + ".pcap");
 }
 
 }  // namespace
@@ -21,12 +16,9 @@ Captures::Captures(Scenario const& scenario, std::filesystem::path const& folder
   std::error_code error;  // shows when the file is made
   std::filesystem::create_directories(folder, error);
   for (WireSpec const& wire : scenario.wires) {
-    paths_.push_back(folder / fileName(scenario, wire));
+    paths_.push_back(folder / captureName(scenario, wire));
     files_.emplace_back(paths_.back().string());
-    if (!files_.back().good()) {
-      throw FileError("can't write " + paths_.back().string() +
-                      "; name a folder that may be written with --pcap-dir");
-    }
+    if (!files_.back().good()) throw FileError(paths_.back(), "--pcap-dir");
   }
 }
 

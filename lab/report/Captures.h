@@ -1,20 +1,13 @@
 #pragma once
 
 #include <filesystem>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "host/client/Pcap.h"
-#include "lab/scenario/Scenario.h"
+#include "lab/report/Files.h"
 #include "lab/world/Event.h"
 
 namespace Lab {
-
-/// A file that can't be written, and what to do about it.
-struct FileError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 /// Writes a capture of each wire of a scenario: the frames as they leave their ports, with virtual
 /// time stamps, whatever the wire does to them then.

@@ -83,12 +83,13 @@ class ShippedScenarios(Folder):
 class Seeds(Folder):
     def play(self, name, *arguments):
         """Everything that one run leaves behind."""
-        pcaps, events = self.path(name), self.path(name + ".events")
-        done = run("play", "--show", "--pcap-dir", pcaps, "--events", events, *arguments)
+        folder, events = self.path(name), self.path(name + ".events")
+        done = run("play", "--show", "--pcap-dir", folder, "--state-dir", folder,
+                   "--events", events, *arguments)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
-        files = {os.path.basename(path): read(path) for path in glob.glob(pcaps + "/*")}
-        self.assertTrue(files)
-        return done.stdout.replace(pcaps, "DIR"), read(events), files
+        files = {os.path.basename(path): read(path) for path in glob.glob(folder + "/*")}
+        self.assertEqual({os.path.splitext(name)[1] for name in files}, {".pcap", ".state"})
+        return done.stdout.replace(folder, "DIR"), read(events), files
 
     def test_give_the_same_bytes_in_two_processes(self):
         for name in ("two-switches", "three-switches", "loss"):
@@ -143,6 +144,9 @@ class ExitStatus(Folder):
         done = run("--pcap-dir", "/dev/null/x", SCENARIOS[0])
         self.assertEqual(done.returncode, 2)
         self.assertIn("name a folder that may be written with --pcap-dir", done.stderr)
+        done = run("--state-dir", "/dev/null/x", SCENARIOS[0])
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("name a folder that may be written with --state-dir", done.stderr)
 
 
 class Show(Folder):
@@ -171,6 +175,21 @@ class Show(Folder):
         shown = run("--show", "--events", events, path).stdout + read(events).decode()
         for key in ("0123456789abcdef0123456789abcde", "fedcba98765432"):
             self.assertNotIn(key, shown)
+
+
+class StoredState(Folder):
+    def test_is_a_file_of_sorted_paths_for_each_switch(self):
+        done = run("--show", "--state-dir", self.folder,
+                   os.path.join(EXAMPLES, "two-switches.scenario"))
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertEqual(sorted(os.listdir(self.folder)),
+                         ["two-switches.A.state", "two-switches.B.state"])
+        for name in os.listdir(self.folder):
+            self.assertIn("Stored state: " + self.path(name), done.stdout.splitlines())
+            lines = read(self.path(name)).decode().splitlines()
+            paths = [line.split(" ")[0] for line in lines]
+            self.assertEqual(paths, sorted(paths))
+            self.assertIn("cpStatus/Ethernet1/controlledPortEnabled True", lines)
 
 
 @unittest.skipUnless(shutil.which("tshark"), "tshark is not installed")
