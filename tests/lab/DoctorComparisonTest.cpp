@@ -33,8 +33,8 @@ TEST(RandomScenario, IsReadableAndHasFaultsOfEveryKindOverManySeeds) {
     for (Action const& action : read.scenario.actions) kinds.insert(action.what.index());
   }
   // All but the change of a profile, a reload, the clearing of counters, and a mark; and what
-  // happens to processes and stores in swarms alone.
-  EXPECT_EQ(kinds.size(), std::variant_size_v<decltype(Action::what)> - 7);
+  // happens in swarms alone.
+  EXPECT_EQ(kinds.size(), std::variant_size_v<decltype(Action::what)> - 8);
 }
 
 TEST(RandomScenario, IsDecidedByItsSeed) {

@@ -18,7 +18,9 @@ void NoncesOnce::dataSent(double, DataSent const& sent) {
   auto const sa = hardware ? hardware->txSaStatus() : nullptr;
   if (!sa) return;
   auto const server = Macsec::MemberIdentifier::parsed(sa->keyId().view());
-  if (server && end.owner.host().keyHistory().isSpent(end.intfId, {*server, sa->keyNum()})) {
+  bool const isServed = end.owner.status() && end.owner.host().running();
+  if (server && isServed &&
+      end.owner.host().keyHistory().isSpent(end.intfId, {*server, sa->keyNum()})) {
     breaks(sent.from.text() + " sends with a key that is spent");
   }
   Nonce nonce{sa->keyId().charPtr(), sa->keyNum(), sciText(tag.sci()), tag.packetNumber.value()};

@@ -31,6 +31,9 @@ NothingGrows::NothingGrows(Simulation const& simulation, Bounds const& bounds)
       bounds_(bounds) {}
 
 void NothingGrows::instantDone(double time) {
+  for (auto const& one : simulation().switches()) {
+    if (one->store().refuses() || one->isStandingStill()) refused_[one->name()] = time;
+  }
   if (isDue(time, kBetweenLooks)) ended();
 }
 
@@ -39,6 +42,9 @@ void NothingGrows::ended() {
 }
 
 void NothingGrows::look(Switch const& one) {
+  if (!one.status()) return;
+  demand(one, one.host().timerWheel()->armed(), bounds_.timers, "timers");
+  if (!hasTakenAll(one)) return;
   auto const& values = one.store().values();
   auto const isOfKey = [](auto const& entry) {
     return entry.first.starts_with(Macsecd::KeyHistory::kPathBegin);
@@ -46,7 +52,12 @@ void NothingGrows::look(Switch const& one) {
   auto const keys = static_cast<size_t>(std::ranges::count_if(values, isOfKey));
   demand(one, values.size() - keys, bounds_.values, "values of its status");
   demand(one, keys, bounds_.keys, "key servers");
-  demand(one, one.host().timerWheel()->armed(), bounds_.timers, "timers");
+}
+
+// What it has refused is given to the store again by the next turn of the process.
+bool NothingGrows::hasTakenAll(Switch const& one) const {
+  auto const refused = refused_.find(one.name());
+  return refused == refused_.end() || now() - refused->second > kNextTurn;
 }
 
 void NothingGrows::demand(Switch const& one, size_t found, Bound const& bound, char const* what) {
