@@ -30,7 +30,6 @@ bool canBeSecured(Link const& link) {
   return a->cipherSuite == b->cipherSuite && doKeysFit(*a, *b);
 }
 
-// The key of both that is in use where both have the same primary one.
 bool usesPrimaryKey(LinkEnd const& end) {
   auto const principal = PortView(*end.owner.host().status(), end.intfId).principal();
   return !principal || !principal->defaultActor();
@@ -49,7 +48,7 @@ SecuredInTheEnd::SecuredInTheEnd(Simulation const& simulation, Calm const& calm)
           simulation, "secured-in-the-end",
           fmt::format("{} seconds after the last fault every link whose ends have an equal key is "
                       "open, with a live peer at each end; both have a key in use, or send with "
-                      "the same.",
+                      "the same. Where their primary keys are equal, that isn't the fallback key.",
                       kBound)),
       calm_(calm) {}
 
