@@ -1,6 +1,8 @@
 #include "lab/DoctorComparison.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 #include "lab/judge/SecuredTime.h"
 #include "lab/random/RandomScenario.h"
@@ -18,13 +20,16 @@ using Macsecd::PortTroubles;
 // Less is the rounding of sums.
 constexpr double kSame = 1e-3;
 
+// What a doctor logs as it acts on a port.
+constexpr std::array<std::string_view, 3> kActs = {
+    "MACSECD_PORT_BOUND_ANEW", "MACSECD_GOES_OVER_LATE", "MACSECD_ELECTS_AGAIN"};
+
 // Whether a doctor acts on a port.
 class Doctors final : public Audience {
  public:
   void happened(Event const& event) override {
     auto const* const line = std::get_if<SyslogLine>(&event.what);
-    haveActed_ = haveActed_ || (line && (line->name == "MACSECD_PORT_BOUND_ANEW" ||
-                                         line->name == "MACSECD_GOES_OVER_LATE"));
+    haveActed_ = haveActed_ || (line && std::ranges::find(kActs, line->name) != kActs.end());
   }
   bool haveActed() const { return haveActed_; }
 

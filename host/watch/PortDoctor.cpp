@@ -28,11 +28,22 @@ Vesk::LogHandle const MACSECD_GOES_OVER_LATE(
     "hardware didn't have it yet.",
     "If it happens again and again, find out why the hardware is slow.", 0.0, 1.0);
 
+Vesk::LogHandle const MACSECD_ELECTS_AGAIN(
+    "MACSECD_ELECTS_AGAIN", Vesk::LogSeverity::notice,
+    "Interface %s chooses again which of its keys is in use: %s",
+    "A key comes into use when its actor succeeds. This one had succeeded before it came to lead.",
+    Vesk::NoActionRequired, 0.0, 1.0);
+
 Vesk::LogHandle const MACSECD_STOOD_STILL(
     "MACSECD_STOOD_STILL", Vesk::LogSeverity::warning, "The process stood still for %s seconds",
     "Peers that were lost at this moment weren't: nobody listened to them.",
     "Give the process more of the processor, and see whether the machine swaps or was suspended.",
     0.0, 1.0);
+
+// Nothing is lost by it, and the port doesn't start over.
+bool isMendedInPlace(PortTrouble trouble) {
+  return trouble == PortTrouble::waitingToSend || trouble == PortTrouble::overlookedKey;
+}
 
 }  // namespace
 
@@ -110,6 +121,7 @@ void PortDoctor::lookAt(Lumo::IntfId intfId) {
   if (Vesk::now() < thisCase.since + patience(intfId, thisCase)) return;
   thisCase.since = Vesk::now();
   if (*trouble == PortTrouble::waitingToSend) return goOver(intfId);
+  if (*trouble == PortTrouble::overlookedKey) return electAgain(intfId);
   ++thisCase.boundAnew;
   bindAnew(intfId, *trouble);
 }
@@ -131,6 +143,9 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   auto const cpStatus = status_->cpStatus(intfId);
   if (principal && cpStatus && hasMissedItsMoment(*principal, *cpStatus)) {
     return PortTrouble::waitingToSend;
+  }
+  if (principal && principal->defaultActor() && overlookedKey(intfId)) {
+    return PortTrouble::overlookedKey;
   }
   auto const trouble = principal ? troubleWith(*principal, intfId) : PortTrouble::notPrincipal;
   if (!trouble || livesOnFormerKey(intfId, *port)) return std::nullopt;
@@ -161,6 +176,16 @@ bool PortDoctor::hasMissedItsMoment(Macsec::MkaActorStatus const& principal,
   Macsec::SakContext const& latest = cpStatus.latestSakContext();
   return principal.electedSelf() && principal.sakTransmit() && latest.rxInstalled() &&
          !latest.txEnabled() && SakId::of(latest.sak()) == SakId::of(principal.distSak());
+}
+
+// The actor of the primary key if it leads, and could be principal: it has come to lead after it
+// succeeded, as with a new priority, and nobody elects then.
+Vesk::Ptr<Macsec::MkaActorStatus> PortDoctor::overlookedKey(Lumo::IntfId intfId) const {
+  auto const intfStatus = status_->intfStatus(intfId);
+  auto const port = status_->portStatus(intfId);
+  auto const primary = intfStatus ? port->actorStatus(intfStatus->key().ckn()) : nullptr;
+  bool const couldBe = primary && primary->success() && primary->electedSelf();
+  return couldBe && !primary->defaultActor() && !primary->principal() ? primary : nullptr;
 }
 
 // Has peers under such a key alone. Its actor ends with the port, and nobody can make it anew. A
@@ -215,7 +240,7 @@ double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
 
 // A new key that comes meanwhile makes one needless with which nothing was sent.
 double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
-  if (thisCase.trouble == PortTrouble::waitingToSend) return lifeTime();
+  if (isMendedInPlace(*thisCase.trouble)) return lifeTime();
   Backoff const own(2 * lifeTime(), Limits::kLastPatience);
   return own.waitAfter(thisCase.boundAnew) + legalWait(intfId, *thisCase.trouble);
 }
@@ -225,6 +250,12 @@ double PortDoctor::patience(Lumo::IntfId intfId, Case const& thisCase) const {
 void PortDoctor::goOver(Lumo::IntfId intfId) {
   Vesk::log(MACSECD_GOES_OVER_LATE, intfId, textOf(PortTrouble::waitingToSend));
   principalOf(*status_->portStatus(intfId))->sakTransmitIs(false);
+}
+
+// With the next MKPDU of a peer the actor succeeds once more, and the port elects.
+void PortDoctor::electAgain(Lumo::IntfId intfId) {
+  Vesk::log(MACSECD_ELECTS_AGAIN, intfId, textOf(PortTrouble::overlookedKey));
+  overlookedKey(intfId)->successIs(false);
 }
 
 // The new binding makes the port from its beginnings.

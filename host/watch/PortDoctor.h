@@ -29,7 +29,8 @@ namespace Macsecd {
 ///   server: it comes back as a new member.
 ///
 /// A key server whose own hardware had the new key later than all its peers isn't bound anew: after
-/// a life time the doctor has it look at its peers again, and so go over to the key.
+/// a life time the doctor has it look at its peers again, and so go over to the key. Nor is one that
+/// leads under its primary key, and uses the fallback key: the doctor has it elect again.
 ///
 /// It does no harm: it never binds a port anew through which traffic passes both ways, nor one
 /// whose peers are live under a key that isn't configured any more, since that key would be lost.
@@ -88,6 +89,8 @@ class PortDoctor final : public Vesk::StateMachine, private PortListener {
   static bool hasMissedItsMoment(Macsec::MkaActorStatus const& principal,
                                  Macsec::CpStatus const& cpStatus);
   void goOver(Lumo::IntfId intfId);
+  Vesk::Ptr<Macsec::MkaActorStatus> overlookedKey(Lumo::IntfId intfId) const;
+  void electAgain(Lumo::IntfId intfId);
   bool livesOnFormerKey(Lumo::IntfId intfId, Macsec::MkaPortStatus const& port) const;
   double legalWait(Lumo::IntfId intfId, PortTrouble trouble) const;
   double patience(Lumo::IntfId intfId, Case const& thisCase) const;

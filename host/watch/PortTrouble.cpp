@@ -14,6 +14,8 @@ char const* wordOf(PortTrouble trouble) {
       return "peer-not-receiving";
     case PortTrouble::waitingToSend:
       return "waiting-to-send";
+    case PortTrouble::overlookedKey:
+      return "overlooked-key";
   }
   return "";
 }
@@ -30,6 +32,8 @@ char const* textOf(PortTrouble trouble) {
       return "its peer has gone over to another key, and no key is in use here";
     case PortTrouble::waitingToSend:
       return "its hardware has got the new key later than its peers";
+    case PortTrouble::overlookedKey:
+      return "it leads under its primary key, and uses the fallback key";
   }
   return "";
 }

@@ -12,12 +12,13 @@ enum class PortTrouble : uint8_t {
   spentKey,
   otherPeer,
   peerNotReceiving,
-  waitingToSend
+  waitingToSend,
+  overlookedKey
 };
 
-inline constexpr std::array kPortTroubles{PortTrouble::notPrincipal, PortTrouble::spentKey,
-                                          PortTrouble::otherPeer, PortTrouble::peerNotReceiving,
-                                          PortTrouble::waitingToSend};
+inline constexpr std::array kPortTroubles{PortTrouble::notPrincipal,  PortTrouble::spentKey,
+                                          PortTrouble::otherPeer,     PortTrouble::peerNotReceiving,
+                                          PortTrouble::waitingToSend, PortTrouble::overlookedKey};
 
 using PortTroubles = std::set<PortTrouble>;
 inline PortTroubles allPortTroubles() { return {kPortTroubles.begin(), kPortTroubles.end()}; }

@@ -135,6 +135,8 @@ class Audience {
   virtual void acts(double time, Action const& action) {
     static_cast<void>(time), static_cast<void>(action);
   }
+  /// All faults end now.
+  virtual void faultsEnd(double time) { static_cast<void>(time); }
   /// A frame leaves a port for the wire with this number, before any fault of the wire.
   virtual void captured(double time, size_t wire, std::span<uint8_t const> frame) {
     static_cast<void>(time), static_cast<void>(wire), static_cast<void>(frame);

@@ -100,7 +100,10 @@ void Simulation::carryOut(FipsProviderChange const& change) {
 }
 
 void Simulation::endFaults() {
-  for (Audience* audience : audience_) audience->acted(clock_.now, "all faults end");
+  for (Audience* audience : audience_) {
+    audience->faultsEnd(clock_.now);
+    audience->acted(clock_.now, "all faults end");
+  }
   for (Wire& wire : wires_) wire.repair();
   for (WireSpec const& wire : scenario_.wires) {
     for (size_t end = 0; end < wire.ends.size(); ++end) endFaultsAt(wire.ends[end], end < 2);

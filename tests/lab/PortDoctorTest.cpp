@@ -94,5 +94,50 @@ TEST(ThePortDoctor, LeavesAKeyServerAloneThatWaitsForItsPeer) {
   EXPECT_THAT(played.failures(), IsEmpty());
 }
 
+// Both take a new primary key, and before the key server has given a SAK of it the other one comes
+// to lead: its actor has succeeded already, and nothing has it elect.
+std::string leadAtTheWrongMoment(std::string const& lines) {
+  std::string const fallback = ", fallback-" + kKey;
+  std::string const key = " to c0de0066 00000000000000001234567800000066\n";
+  return twoWith("key: " + kOther + fallback + ", key-server-priority: 10",
+                 "key: {ckn: 0e, cak: " + key128 + "}" + fallback + ", key-server-priority: 20",
+                 "data every 0.1\n"
+                 "at 47 set key of profile core on A" +
+                     key + "at 49 set key of profile core on B" + key +
+                     "at 54 set priority of profile core on B to 8\n"
+                     "from 46 to 90 expect A e1 is open\n"
+                     "from 46 to 90 expect B e1 is open\n" +
+                     lines);
+}
+
+TEST(ThePortDoctor, HasAPortElectAgainThatLeadsUnderItsPrimaryKeyAndUsesTheFallbackKey) {
+  Played played(
+      leadAtTheWrongMoment("between 60 and 64 expect B logs 1 MACSECD_ELECTS_AGAIN with e1\n"
+                           "from 72 to 90 expect A e1 uses key c0de0066\n"
+                           "from 72 to 90 expect B e1 uses key c0de0066\n"
+                           "at 90 expect A logs no MACSECD_ELECTS_AGAIN\n"));
+  EXPECT_THAT(played.failures(), IsEmpty());
+  EXPECT_EQ(played.simulation().nonceRepeats().size(), 0u);
+}
+
+TEST(ThePortDoctor, IsNeededForThatToo) {
+  Played const played(
+      leadAtTheWrongMoment("port doctor off\n"
+                           "from 70 to 90 expect A e1 uses key ab\n"
+                           "from 70 to 90 expect B e1 uses key ab\n"));
+  EXPECT_THAT(played.failures(), IsEmpty());
+}
+
+TEST(ThePortDoctor, LeavesAPortAloneWhoseFallbackKeyLeadsSinceThePrimaryKeysDiffer) {
+  std::string const fallback = ", fallback-" + kKey;
+  Played const played(twoWith("key: " + kOther + fallback,
+                              "key: {ckn: 0e, cak: " + key128 + "}" + fallback,
+                              "from 45 to 90 expect A e1 uses key ab\n"
+                              "from 45 to 90 expect B e1 uses key ab\n"
+                              "by 90 expect A logs no MACSECD_ELECTS_AGAIN\n"
+                              "by 90 expect B logs no MACSECD_ELECTS_AGAIN\n"));
+  EXPECT_THAT(played.failures(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace Lab

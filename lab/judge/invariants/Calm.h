@@ -21,6 +21,7 @@ class Calm final : public Audience {
 
   void acts(double time, Action const& action) override;
   void happened(Event const& event) override;
+  void faultsEnd(double time) override { std::ranges::fill(disturbed_, time); }
   void instantDone(double time) override;
 
   /// In seconds.

@@ -13,8 +13,7 @@ class NoncesOnce final : public Invariant {
   explicit NoncesOnce(Simulation& simulation)
       : Invariant(simulation, "nonces-once",
                   "No two frames under one key have the same SSCI and packet number, and none is "
-                  "sent with a "
-                  "key that is spent."),
+                  "sent with a key that is spent."),
         simulation_(simulation) {}
 
   void dataSent(double time, DataSent const& sent) override;

@@ -28,12 +28,11 @@ NothingGrows::NothingGrows(Simulation const& simulation, Bounds const& bounds)
     : Invariant(simulation, "nothing-grows",
                 "What a switch keeps, and its timers, are bounded by the interfaces, ports, actors "
                 "and peers that it has."),
-      bounds_(bounds) {}
+      bounds_(bounds),
+      turns_(simulation) {}
 
 void NothingGrows::instantDone(double time) {
-  for (auto const& one : simulation().switches()) {
-    if (one->store().refuses() || one->isStandingStill()) refused_[one->name()] = time;
-  }
+  turns_.instantDone(time);
   if (isDue(time, kBetweenLooks)) ended();
 }
 
@@ -44,7 +43,7 @@ void NothingGrows::ended() {
 void NothingGrows::look(Switch const& one) {
   if (!one.status()) return;
   demand(one, one.host().timerWheel()->armed(), bounds_.timers, "timers");
-  if (!hasTakenAll(one)) return;
+  if (!turns_.hasAll(one)) return;
   auto const& values = one.store().values();
   auto const isOfKey = [](auto const& entry) {
     return entry.first.starts_with(Macsecd::KeyHistory::kPathBegin);
@@ -52,12 +51,6 @@ void NothingGrows::look(Switch const& one) {
   auto const keys = static_cast<size_t>(std::ranges::count_if(values, isOfKey));
   demand(one, values.size() - keys, bounds_.values, "values of its status");
   demand(one, keys, bounds_.keys, "key servers");
-}
-
-// What it has refused is given to the store again by the next turn of the process.
-bool NothingGrows::hasTakenAll(Switch const& one) const {
-  auto const refused = refused_.find(one.name());
-  return refused == refused_.end() || now() - refused->second > kNextTurn;
 }
 
 void NothingGrows::demand(Switch const& one, size_t found, Bound const& bound, char const* what) {

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <map>
-#include <string>
-
 #include "lab/judge/invariants/Invariant.h"
+#include "lab/judge/invariants/StoreTurns.h"
 
 namespace Lab {
 
@@ -26,14 +24,13 @@ class NothingGrows final : public Invariant {
   void ended() override;
 
  private:
-  static constexpr double kBetweenLooks = 5, kNextTurn = 3;  // seconds
+  static constexpr double kBetweenLooks = 5;  // seconds
 
   void look(Switch const& one);
-  bool hasTakenAll(Switch const& one) const;
   void demand(Switch const& one, size_t found, Bound const& bound, char const* what);
 
   Bounds const bounds_;
-  std::map<std::string, double> refused_;  ///< by switch, when its store didn't take all
+  StoreTurns turns_;
 };
 
 }  // namespace Lab

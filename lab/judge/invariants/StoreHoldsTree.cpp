@@ -39,23 +39,14 @@ Macsecd::StateValues treeIn(MemoryStore const& store) {
 }  // namespace
 
 void StoreHoldsTree::instantDone(double time) {
-  for (auto const& one : simulation().switches()) {
-    bool const waits = one->isStandingStill() && !hasCommitted(*one);
-    if (one->store().refuses() || waits) refused_[one->name()] = time;
-  }
-  if (!isDue(time, kBetweenLooks)) return;
-  ended();
+  turns_.instantDone(time);
+  if (isDue(time, kBetweenLooks)) ended();
 }
 
 void StoreHoldsTree::ended() {
   for (auto const& one : simulation().switches()) {
-    if (one->isStarted() && hasCommitted(*one)) look(*one);
+    if (one->isStarted() && turns_.hasAll(*one)) look(*one);
   }
-}
-
-bool StoreHoldsTree::hasCommitted(Switch const& one) const {
-  auto const refused = refused_.find(one.name());
-  return refused == refused_.end() || now() - refused->second > kNextTurn;
 }
 
 void StoreHoldsTree::look(Switch& one) {

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <map>
-
 #include "lab/judge/invariants/Invariant.h"
+#include "lab/judge/invariants/StoreTurns.h"
 
 namespace Lab {
 
@@ -10,20 +9,18 @@ class StoreHoldsTree final : public Invariant {
  public:
   explicit StoreHoldsTree(Simulation const& simulation)
       : Invariant(simulation, "store-holds-tree",
-                  "What a switch keeps rebuilds the tree that it has, and nothing else.") {}
+                  "What a switch keeps rebuilds the tree that it has, and nothing else."),
+        turns_(simulation) {}
 
   void instantDone(double time) override;
   void ended() override;
 
  private:
-  // In seconds. What a store has refused is given to it again at the end of the next turn.
-  static constexpr double kBetweenLooks = 10, kNextTurn = 3;
+  static constexpr double kBetweenLooks = 10;  // seconds
 
-  /// Whether the process has had a turn since its store refused.
-  bool hasCommitted(Switch const& one) const;
   void look(Switch& one);
 
-  std::map<std::string, double> refused_;  ///< by switch, when what it had refused still waited
+  StoreTurns turns_;
 };
 
 }  // namespace Lab

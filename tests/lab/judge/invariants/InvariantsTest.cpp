@@ -7,6 +7,7 @@
 #include "host/state/SilentWorld.h"
 #include "lab/judge/invariants/CountersAddUp.h"
 #include "lab/judge/invariants/DataPasses.h"
+#include "lab/judge/invariants/EndsAgree.h"
 #include "lab/judge/invariants/NoSecretTold.h"
 #include "lab/judge/invariants/NoncesOnce.h"
 #include "lab/judge/invariants/NothingGrows.h"
@@ -168,6 +169,19 @@ TEST(NothingLost, LetsFramesBeLostWhileALinkIsDisturbed) {
 TEST(EndsAgree, IsBrokenByAnEndThatExpectsAnotherSsci) {
   Meddled const run(at("A", [](Switch& a) { cpStatusOf(a)->peerSsciIs(Macsec::Ssci()); }));
   EXPECT_THAT(run.names, Contains("ends-agree"));
+}
+
+// Both are told to send with a key already.
+TEST(EndsAgree, IsBrokenSoonByAnEndThatGoesOnWithItsFormerKey) {
+  Meddled run(at("A", [](Switch& a) {
+    Macsec::Sak former = cpStatusOf(a)->txSak();
+    former.keyNumIs(former.keyNum() + 1);
+    cpStatusOf(a)->txSakIs(former);
+  }));
+  auto const breaches = run.invariants.breaches();
+  auto const found = std::ranges::find(breaches, "ends-agree", &Breach::invariant);
+  ASSERT_NE(found, breaches.end());
+  EXPECT_LT(found->time, 70 + EndsAgree::kChange);
 }
 
 TEST(OneKeyServer, IsBrokenByAnEndThatHasElectedTheOther) {
