@@ -178,14 +178,14 @@ bool PortDoctor::hasMissedItsMoment(Macsec::MkaActorStatus const& principal,
          !latest.txEnabled() && SakId::of(latest.sak()) == SakId::of(principal.distSak());
 }
 
-// The actor of the primary key if it leads, and could be principal: it has come to lead after it
-// succeeded, as with a new priority, and nobody elects then.
+// The actor of the primary key if it leads, and so could be principal: where the fallback key is in
+// use, it has come to lead after it succeeded, as with a new priority, and nobody elects then.
 Vesk::Ptr<Macsec::MkaActorStatus> PortDoctor::overlookedKey(Lumo::IntfId intfId) const {
   auto const intfStatus = status_->intfStatus(intfId);
   auto const port = status_->portStatus(intfId);
   auto const primary = intfStatus ? port->actorStatus(intfStatus->key().ckn()) : nullptr;
-  bool const couldBe = primary && primary->success() && primary->electedSelf();
-  return couldBe && !primary->defaultActor() && !primary->principal() ? primary : nullptr;
+  bool const leads = primary && primary->success() && primary->electedSelf();
+  return leads && !primary->defaultActor() ? primary : nullptr;
 }
 
 // Has peers under such a key alone. Its actor ends with the port, and nobody can make it anew. A
