@@ -7,6 +7,7 @@
 #include "lab/DoctorComparison.h"
 #include "lab/Play.h"
 #include "lab/exhaust/Exhaust.h"
+#include "lab/judge/invariants/Invariants.h"
 #include "lab/random/RandomScenario.h"
 #include "lab/report/Decode.h"
 #include "lab/swarm/Swarm.h"
@@ -55,6 +56,10 @@ void addSwarmOptions(CLI::App& app, Lab::SwarmOptions& options, double& minutes)
   app.add_option("--jobs", options.jobs, "How many processes play")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
+  app.add_option("--invariant", options.invariants,
+                 "Hold runs to this one; may be given several times; to all without it")
+      ->type_name("NAME")
+      ->check(CLI::IsMember(Lab::invariantNames()));
   app.add_flag("--until-failure", options.untilFailure,
                "End with the first failure, and don't reduce it");
   app.add_option("--keep", options.keep, "Where the scenarios of runs that failed are written")

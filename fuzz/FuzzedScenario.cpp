@@ -75,7 +75,7 @@ class NetDrawing {
     profile.name = "p";
     giveKeys(index, plan, profile);
     profile.keyServerPriority = static_cast<uint8_t>(10 + in_.below(3) * 6);
-    if ((setting & 8) != 0) profile.rekeyPeriod = 8;
+    if ((setting & 8) != 0) profile.rekeyPeriod = 20;
     if ((setting & 16) != 0) profile.cipherSuite = Macsecd::Suite::gcmAesXpn256;
     return profile;
   }
@@ -192,7 +192,9 @@ class ActionsDrawing {
       return add("key", std::move(change));
     }
     if (kind == 22) return add("priority", Lab::PriorityChange{profile, how});
-    if (kind == 23) return add("rekey period", Lab::RekeyPeriodChange{profile, how % 16u});
+    if (kind == 23) {
+      return add("rekey period", Lab::RekeyPeriodChange{profile, how < 64 ? 0 : 20 + how % 16u});
+    }
     if (kind == 24) {
       auto const suite =
           (how & 1) != 0 ? Macsecd::Suite::gcmAesXpn256 : Macsecd::Suite::gcmAesXpn128;

@@ -2,6 +2,7 @@
 
 #include "host/config/ConfigTree.h"
 #include "host/state/HeardPeers.h"
+#include "host/state/KeyNumbers.h"
 #include "host/state/SilentWorld.h"
 #include "host/state/StaleStatus.h"
 #include "host/watch/StageTrace.h"
@@ -21,17 +22,6 @@ Vesk::Ptr<Macsec::Status> copyOf(Macsec::Status const& status) {
   auto copy = Macsec::statusFactory(status.name());
   Vesk::copyEntity(status, *copy);
   return copy;
-}
-
-// What lies beside the tree, under paths that begin so.
-StateValues extracted(StateValues& values, std::string_view begin) {
-  StateValues out;
-  std::erase_if(values, [&](auto const& entry) {
-    bool const isIt = entry.first.starts_with(begin);
-    if (isIt) out.insert(entry);
-    return isIt;
-  });
-  return out;
 }
 
 }  // namespace
@@ -242,6 +232,7 @@ void Host::start() {
   dropConfiguredKeys(*config_, *status_, false);
   handleShutdown();
   takeUpLivePeers(*status_);
+  numberKeysOn(keyHistory_, *status_);
   machines_ = std::make_unique<Machines>(*this);
   applyDialects();
 }

@@ -39,9 +39,9 @@ struct GroupCakConfig {
 struct ProfileConfig {
   std::string name;
   std::optional<KeyConfig> key;
-  std::optional<KeyConfig> fallbackKey;
-  uint8_t keyServerPriority = 16;  ///< the lower, the sooner key server
-  uint32_t rekeyPeriod = 0;        ///< seconds; 0 is no timed rekey
+  std::optional<KeyConfig> fallbackKey;  ///< not in force while its name is that of `key`
+  uint8_t keyServerPriority = 16;        ///< the lower, the sooner key server
+  uint32_t rekeyPeriod = 0;              ///< seconds; 0 is no timed rekey
   Suite cipherSuite = Suite::gcmAesXpn128;
   bool includeSci = false;
   bool dot1x = false;  ///< the primary key comes from 802.1X

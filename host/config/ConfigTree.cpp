@@ -84,6 +84,15 @@ bool suitsAlike(Profile const& a, Profile const& b) {
   return a.cipherSuite() == b.cipherSuite() && a.includeSci() == b.includeSci();
 }
 
+// A key of the primary key's name would be that key, and be gone with it when that changes.
+std::optional<KeyConfig> fallbackKeyOf(ProfileConfig const& profile) {
+  auto const& key = profile.key;
+  auto const& fallback = profile.fallbackKey;
+  bool const isPrimary =
+      key && fallback && keyNameOctets(key->ckn.view()) == keyNameOctets(fallback->ckn.view());
+  return isPrimary ? std::nullopt : fallback;
+}
+
 std::set<std::string_view> profilesWithNamesAsWritten(SwitchConfig const& config) {
   std::set<std::string_view> names;
   for (InterfaceConfig const& interface : config.interfaces) {
@@ -144,7 +153,7 @@ class ConfigWriter {
             Macsec::GroupCak(profile.groupCak.enabled, profile.groupCak.lifetime),
             profile.dot1x,
             encoded(profile.key, profile.name),
-            encoded(profile.fallbackKey, profile.name)};
+            encoded(fallbackKeyOf(profile), profile.name)};
   }
 
   Cak encoded(std::optional<KeyConfig> const& key, std::string const& profile) {

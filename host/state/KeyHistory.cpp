@@ -104,6 +104,11 @@ bool KeyHistory::isSpent(Lumo::IntfId intfId, SakId const& sak) const {
   return known && !known->keys.empty() && sak.number < known->keys.back().number;
 }
 
+uint32_t KeyHistory::newest(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id) const {
+  Server const* const known = server(intfId, id);
+  return known && !known->keys.empty() ? known->keys.back().number : 0;
+}
+
 uint64_t KeyHistory::firstToReceive(Lumo::IntfId intfId, SakId const& sak, uint64_t sci) const {
   Key const* const key = find(intfId, sak);
   if (!key) return 1;

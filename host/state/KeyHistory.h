@@ -64,6 +64,8 @@ class KeyHistory {
   /// Nothing is ever sent with this key again.
   void spend(Lumo::IntfId intfId, SakId const& sak);
   bool isSpent(Lumo::IntfId intfId, SakId const& sak) const;
+  /// The highest number of a key of this key server; 0 if none is known.
+  uint32_t newest(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server) const;
 
   /// The lowest packet number that may be received from this channel: 1 for a new key.
   uint64_t firstToReceive(Lumo::IntfId intfId, SakId const& sak, uint64_t sci) const;

@@ -16,4 +16,14 @@ void apply(StateChange const& change, StateValues& values) {
   }
 }
 
+StateValues extracted(StateValues& values, std::string_view begin) {
+  StateValues out;
+  std::erase_if(values, [&](auto const& entry) {
+    bool const isIt = entry.first.starts_with(begin);
+    if (isIt) out.insert(entry);
+    return isIt;
+  });
+  return out;
+}
+
 }  // namespace Macsecd

@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "host/text/Result.h"
 
@@ -24,6 +25,9 @@ struct StateChange {
 };
 
 void apply(StateChange const& change, StateValues& values);
+
+/// Takes the values whose paths begin so out of `values`.
+StateValues extracted(StateValues& values, std::string_view begin);
 
 /// Where the status tree outlives the process.
 class StateStore {

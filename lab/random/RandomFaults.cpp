@@ -322,7 +322,7 @@ void RandomFaults::priority() {
 
 void RandomFaults::rekeyPeriod() {
   std::string const profile = aProfile();
-  at(now_, fmt::format("set rekey period of {} to {}", profile, dice_.number(5, 60)));
+  at(now_, fmt::format("set rekey period of {} to {}", profile, dice_.number(20, 60)));
 }
 
 void RandomFaults::delayProtection() {

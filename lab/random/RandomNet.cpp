@@ -61,7 +61,7 @@ std::string profileText(RandomNet::Link const& link, Keys const& keys, Dice& dic
   text += link.dot1x ? "        dot1x: true\n" : keyLine("key", keys.primary, keys.primaryText);
   text += keyLine("fallback-key", keys.fallback, keys.fallback);
   text += fmt::format("        key-server-priority: {}\n", dice.oneOf<int>({10, 16, 20}));
-  if (dice.chance(25)) text += fmt::format("        rekey-period: {}\n", dice.number(15, 60));
+  if (dice.chance(25)) text += fmt::format("        rekey-period: {}\n", dice.number(20, 60));
   return text;
 }
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "host/explain/Explain.h"
 #include "lab/judge/invariants/Invariants.h"
 #include "lab/judge/invariants/Link.h"
@@ -48,7 +50,7 @@ class Visits final : public Audience {
 
 }  // namespace
 
-HeldRun playHeld(Scenario const& scenario) {
+HeldRun playHeld(Scenario const& scenario, std::vector<std::string> const& names) {
   HeldRun run;
   Simulation simulation(scenario, scenario.seed.value());
   Invariants invariants(simulation);
@@ -56,6 +58,9 @@ HeldRun playHeld(Scenario const& scenario) {
   simulation.audienceIs(visits);
   simulation.run();
   run.breaches = invariants.breaches();
+  std::erase_if(run.breaches, [&](Breach const& breach) {
+    return !names.empty() && std::ranges::find(names, breach.invariant) == names.end();
+  });
   run.seconds = simulation.now();
   return run;
 }

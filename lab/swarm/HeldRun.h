@@ -11,7 +11,7 @@
 
 namespace Lab {
 
-/// A run that was held to all invariants.
+/// A run that was held to invariants.
 struct HeldRun {
   std::vector<Breach> breaches;
   double seconds = 0;                     ///< of virtual time
@@ -19,7 +19,8 @@ struct HeldRun {
   std::set<std::string> states;           ///< in which ports were: stages, passage and first cause
 };
 
-/// Plays it with its own seed, which it must have.
-HeldRun playHeld(Scenario const& scenario);
+/// Plays it with its own seed, which it must have, and holds it to the invariants of these names;
+/// to all if there is none.
+HeldRun playHeld(Scenario const& scenario, std::vector<std::string> const& names = {});
 
 }  // namespace Lab

@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <ostream>
 #include <sstream>
 
@@ -21,17 +21,14 @@ namespace {
 
 constexpr char const* kEndsProcess = "process-goes-on";
 
-// The invariants that a text breaks; none if it has mistakes, or wouldn't show them when it is
+// How a text breaks an invariant first; nothing if it has mistakes, or wouldn't show it when it is
 // played.
-std::vector<Breach> breachesOf(std::string const& text) {
+std::optional<Breach> breachOf(std::string const& invariant, std::string const& text) {
   auto const read = parseScenario(text, "swarm");
   bool const isWhole = read.good() && read.scenario.seed && read.scenario.invariantsHold;
   if (!isWhole || read.scenario.title.empty()) return {};
-  return playHeld(read.scenario).breaches;
-}
-
-bool hasBreach(std::vector<Breach> const& breaches, std::string const& invariant) {
-  return std::ranges::find(breaches, invariant, &Breach::invariant) != breaches.end();
+  auto const breaches = playHeld(read.scenario, {invariant}).breaches;
+  return breaches.empty() ? std::nullopt : std::optional(breaches.front());
 }
 
 // One swarm: its workers, and what they have told.
@@ -70,22 +67,21 @@ class Swarming {
     std::string const text = options_.draw(number);
     auto const read = parseScenario(text, "swarm");
     VESK_ASSERT(read.good());
-    HeldRun const run = playHeld(read.scenario);
+    HeldRun const run = playHeld(read.scenario, options_.invariants);
     for (auto const& [kind, count] : run.acted) tell(fmt::format("acted {} {}", count, kind));
     for (std::string const& state : run.states) tell("state " + state);
     if (!run.breaches.empty()) {
-      std::string const small = reduced(text, run.breaches.front().invariant);
+      std::string const& invariant = run.breaches.front().invariant;
+      std::string const small = reduced(text, invariant);
       keep(number, small);
-      tell(fmt::format("failure {}", breachesOf(small).front().text()));
+      tell("failure " + breachOf(invariant, small).value().text());
     }
     tell(fmt::format("run {}", run.seconds));
     return run.breaches.empty();
   }
   std::string reduced(std::string const& text, std::string const& invariant) const {
     if (options_.untilFailure) return text;
-    auto const fails = [&](std::string const& one) {
-      return hasBreach(breachesOf(one), invariant);
-    };
+    auto const fails = [&](std::string const& one) { return breachOf(invariant, one).has_value(); };
     return Reducer(fails).reduced(text);
   }
 
@@ -131,7 +127,7 @@ class Swarming {
     if (status == 0) return;
     uint32_t const number = std::exchange(begun_[job], 0);
     auto const ends = [](std::string const& text) {
-      return endsItsProcess([&] { static_cast<void>(breachesOf(text)); });
+      return endsItsProcess([&] { static_cast<void>(breachOf(kEndsProcess, text)); });
     };
     std::string const text = options_.draw(number);
     keep(number, options_.untilFailure ? text : Reducer(ends).reduced(text));

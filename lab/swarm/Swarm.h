@@ -18,6 +18,8 @@ struct SwarmOptions {
   uint32_t jobs = 1;  ///< processes
   /// The text of the scenario of a run, of which its number decides all.
   std::function<std::string(uint32_t number)> draw = swarmScenario;
+  /// Names of the invariants to which a run is held; all if there is none.
+  std::vector<std::string> invariants = {};
   std::string keep = ".";  ///< folder for the scenarios of runs that failed
   /// Ends the swarm early once it says so; asked between two runs. Empty for never.
   std::function<bool()> isTimeUp = {};

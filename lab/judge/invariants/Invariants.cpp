@@ -1,5 +1,7 @@
 #include "lab/judge/invariants/Invariants.h"
 
+#include <algorithm>
+
 #include "lab/judge/invariants/CountersAddUp.h"
 #include "lab/judge/invariants/DataPasses.h"
 #include "lab/judge/invariants/EndsAgree.h"
@@ -40,7 +42,17 @@ std::vector<Breach> Invariants::breaches() {
     invariant->ended();
     all.insert(all.end(), invariant->breaches().begin(), invariant->breaches().end());
   }
+  std::ranges::stable_sort(all, {}, &Breach::time);
   return all;
+}
+
+std::vector<std::string> invariantNames() {
+  Scenario const nothing;
+  Simulation simulation(nothing, 1);
+  Invariants const invariants(simulation);
+  std::vector<std::string> names;
+  for (auto const& one : invariants.all()) names.push_back(one->name());
+  return names;
 }
 
 }  // namespace Lab

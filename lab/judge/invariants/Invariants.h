@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "lab/judge/invariants/Calm.h"
@@ -14,7 +15,8 @@ class Invariants {
   /// They follow the simulation from now on, which has to outlive them, and run under them.
   explicit Invariants(Simulation& simulation);
 
-  /// Of the run, which is over: what didn't hold, in the order of the invariants.
+  /// Of the run, which is over: what didn't hold, by time, and at one time in the order of the
+  /// invariants.
   std::vector<Breach> breaches();
   std::vector<std::unique_ptr<Invariant>> const& all() const { return all_; }
 
@@ -22,5 +24,8 @@ class Invariants {
   Calm calm_;
   std::vector<std::unique_ptr<Invariant>> all_;
 };
+
+/// The names of all invariants.
+std::vector<std::string> invariantNames();
 
 }  // namespace Lab

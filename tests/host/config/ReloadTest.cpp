@@ -76,6 +76,19 @@ TEST_F(Reload, WritesWhatHasChangedAlone) {
   EXPECT_EQ(s.host.config()->profile("one"), profile);
 }
 
+// No file says so; a program that makes its configuration itself may.
+TEST_F(Reload, AFallbackKeyWithTheNameOfThePrimaryKeyIsInForceAgainWhenThatHasAnother) {
+  SwitchConfig const before = parseConfig(kReloaded, "switch.yaml").config;
+  SwitchConfig config = before;
+  config.profiles[0].key = config.profiles[0].fallbackKey;
+  s.host.configIs(config);
+  EXPECT_TRUE(s.intfStatus()->defaultKey().ckn().empty());
+  EXPECT_EQ(s.host.status()->portStatus(kIntf)->actorStatus().members(), 1u);
+  s.host.configIs(before);
+  EXPECT_EQ(s.intfStatus()->defaultKey().ckn(), "c0defa11");
+  EXPECT_EQ(s.host.status()->portStatus(kIntf)->actorStatus().members(), 2u);
+}
+
 TEST_F(Reload, OfAFileWithMistakesTellsThemAllAndChangesNothing) {
   std::string bad = replaced(kReloaded, "  two:", "    rekey: 5\n  two:");
   bad = replaced(bad, "interfaces:", "delay-protection: perhaps\ninterfaces:");

@@ -96,6 +96,15 @@ TEST(TheSwarm, ReducesARunThatFailsAndKeepsWhatIsLeft) {
   EXPECT_FALSE(held(text).breaches.empty());
 }
 
+TEST(TheSwarm, HoldsARunToTheInvariantsThatAreAskedForAlone) {
+  std::ostringstream out;
+  SwarmOptions options = failing("asked");
+  options.invariants = {"nonces-once", "ends-agree"};
+  EXPECT_EQ(swarm(options, out), 0);
+  options.invariants.push_back("secured-in-the-end");
+  EXPECT_EQ(swarm(options, out), 1);
+}
+
 TEST(TheSwarm, EndsWithTheFirstFailureIfItIsToldTo) {
   std::ostringstream out;
   SwarmOptions options = failing("first");
