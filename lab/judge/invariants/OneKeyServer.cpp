@@ -42,14 +42,17 @@ OneKeyServer::OneKeyServer(Simulation const& simulation, Calm const& calm)
                             kSettled)),
       calm_(calm) {}
 
+// Of the key in use: a peer may go under another one when it has got other keys.
 void OneKeyServer::happened(Event const& event) {
   auto const* const changed = eventOf(event, Macsecd::EventKind::keyServer);
   if (!changed) return;
   PortName const port{event.switchName, changed->interface};
   auto const wire = wireOf(simulation(), port);
-  bool const isOpen =
-      simulation().switchOf(port.switchName).passes(Lumo::IntfId(port.interface.c_str()));
-  if (!wire || !isOpen || calm_.of(*wire) < kSettled) return;
+  Switch& one = simulation().switchOf(port.switchName);
+  Lumo::IntfId const intfId(port.interface.c_str());
+  auto const principal = PortView(*one.host().status(), intfId).principal();
+  bool const isInUse = principal && principal->ckn().view() == changed->key;
+  if (!wire || !isInUse || !one.passes(intfId) || calm_.of(*wire) < kSettled) return;
   breaks(port.text() + " elects another key server, and nothing has happened");
 }
 

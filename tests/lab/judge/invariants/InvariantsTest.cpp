@@ -12,6 +12,7 @@
 #include "lab/judge/invariants/NoncesOnce.h"
 #include "lab/judge/invariants/NothingGrows.h"
 #include "lab/judge/invariants/NothingInClear.h"
+#include "lab/judge/invariants/OneKeyServer.h"
 #include "lab/judge/invariants/SecuredInTheEnd.h"
 #include "lab/judge/invariants/StrangersChangeNothing.h"
 #include "lab/world/PortView.h"
@@ -191,6 +192,20 @@ TEST(OneKeyServer, IsBrokenByAnEndThatHasElectedTheOther) {
         ->keyServerIs(b.host().status()->portStatus(kIntf)->mySci());
   }));
   EXPECT_THAT(run.names, Contains("one-key-server"));
+}
+
+TEST(OneKeyServer, IsBrokenByAnotherKeyServerOfTheKeyInUseAlone) {
+  Meddled run;
+  Calm const calm(run.simulation);
+  OneKeyServer one(run.simulation, calm);
+  Macsecd::PortEvent other{EventKind::keyServer, "Ethernet1", 120};
+  other.key = "0badc0de";
+  one.happened({120, "A", other});
+  EXPECT_THAT(one.breaches(), IsEmpty());
+  other.key =
+      PortView(*run.simulation.switchOf("A").host().status(), kIntf).principal()->ckn().charPtr();
+  one.happened({120, "A", other});
+  EXPECT_EQ(one.breaches().size(), 1u);
 }
 
 TEST(StrangersChangeNothing, IsBrokenByAMessageThatIsTakenTwice) {
