@@ -16,7 +16,7 @@ class Dice {
     return z ^ z >> 31;
   }
   /// From 0 up to, and without, `end`.
-  uint64_t below(uint64_t end) { return next() % end; }
+  size_t below(size_t end) { return static_cast<size_t>(next() % end); }
   bool coin() { return next() & 1; }
 
  private:

@@ -11,7 +11,7 @@ constexpr int kFrames = 100000;
 void mutate(Bytes& frame, Dice& dice) {
   switch (dice.below(3)) {
     case 0:
-      for (uint64_t n = 1 + dice.below(4); n-- > 0;) {
+      for (size_t n = 1 + dice.below(4); n-- > 0;) {
         frame[dice.below(frame.size())] ^= static_cast<uint8_t>(1 + dice.below(255));
       }
       return;

@@ -40,10 +40,10 @@ inline void fillRandom(CodecBench& bench, Dice& dice) {
       Vesk::String8(randomHex(dice, 24)), randomWord(dice), kCkn));
   bench.tx().livePeerDelAll();
   bench.tx().potentialPeerDelAll();
-  for (uint64_t n = dice.below(8); n-- > 0;) {
+  for (size_t n = dice.below(8); n-- > 0;) {
     bench.tx().livePeerIs(Vesk::String8(randomHex(dice, 24)), randomWord(dice));
   }
-  for (uint64_t n = dice.below(8); n-- > 0;) {
+  for (size_t n = dice.below(8); n-- > 0;) {
     bench.tx().potentialPeerIs(Vesk::String8(randomHex(dice, 24)), randomWord(dice));
   }
   info.sakUseInfoIs(
