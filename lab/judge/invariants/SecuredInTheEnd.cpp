@@ -23,11 +23,18 @@ bool doKeysFit(Macsecd::ProfileConfig const& a, Macsecd::ProfileConfig const& b)
   return !isCrossed && areEqual(a.fallbackKey, b.fallbackKey);
 }
 
+// A member that comes with this end's own SCI is none.
+bool haveOneSci(Link const& link) {
+  auto const a = link.a.owner.host().status()->portStatus(link.a.intfId);
+  auto const b = link.b.owner.host().status()->portStatus(link.b.intfId);
+  return a && b && a->mySci() == b->mySci();
+}
+
 bool canBeSecured(Link const& link) {
   auto const* const a = link.a.profile();
   auto const* const b = link.b.profile();
   if (!a || !b || link.a.owner.config().shutdown || link.b.owner.config().shutdown) return false;
-  return a->cipherSuite == b->cipherSuite && doKeysFit(*a, *b);
+  return a->cipherSuite == b->cipherSuite && doKeysFit(*a, *b) && !haveOneSci(link);
 }
 
 bool usesPrimaryKey(LinkEnd const& end) {
@@ -44,12 +51,13 @@ std::string causeAt(LinkEnd const& end) {
 }  // namespace
 
 SecuredInTheEnd::SecuredInTheEnd(Simulation const& simulation, Calm const& calm)
-    : Invariant(
-          simulation, "secured-in-the-end",
-          fmt::format("{} seconds after the last fault every link whose ends have an equal key is "
-                      "open, with a live peer at each end; both have a key in use, or send with "
-                      "the same. Where their primary keys are equal, that isn't the fallback key.",
-                      kBound)),
+    : Invariant(simulation, "secured-in-the-end",
+                fmt::format(
+                    "{} seconds after the last fault every link whose ends have an equal key, and "
+                    "SCIs that differ, is open, with a live peer at each end; both have a key in "
+                    "use, or send with "
+                    "the same. Where their primary keys are equal, that isn't the fallback key.",
+                    kBound)),
       calm_(calm) {}
 
 void SecuredInTheEnd::ended() {

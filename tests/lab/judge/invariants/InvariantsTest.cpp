@@ -289,5 +289,13 @@ TEST(SecuredInTheEnd, IsBrokenByALinkThatStaysClosed) {
   EXPECT_THAT(run.names, Contains("secured-in-the-end"));
 }
 
+TEST(SecuredInTheEnd, AsksNothingOfTwoEndsWithOneSci) {
+  Meddled const run({},
+                    "at 20 delete interface Ethernet1 on B\n"
+                    "at 20.5 make interface Ethernet1 on B with address 02:00:00:00:00:01\n");
+  EXPECT_FALSE(run.simulation.switchOf("B").passes(kIntf));
+  EXPECT_THAT(run.names, IsEmpty());
+}
+
 }  // namespace
 }  // namespace Lab
