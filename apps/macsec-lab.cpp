@@ -49,13 +49,26 @@ void addComparisonOptions(CLI::App& app, Lab::ComparisonOptions& options) {
   app.add_flag("--json", options.json, "Write one JSON object");
 }
 
-void addSwarmOptions(CLI::App& app, Lab::SwarmOptions& options, double& minutes) {
+// What says how a swarm is drawn and when it ends.
+struct SwarmWishes {
+  Lab::FaultProfile profile = Lab::FaultProfile::all;
+  double minutes = 0;
+};
+
+void addSwarmOptions(CLI::App& app, Lab::SwarmOptions& options, SwarmWishes& wishes) {
+  std::map<std::string, Lab::FaultProfile> profiles;
+  for (Lab::FaultProfile const profile : Lab::kFaultProfiles)
+    profiles[Lab::wordOf(profile)] = profile;
   app.add_option("--runs", options.runs, "How many are played")->capture_default_str();
-  app.add_option("--minutes", minutes, "End after so many minutes");
+  app.add_option("--minutes", wishes.minutes, "End after so many minutes");
   app.add_option("--from", options.from, "Number of the first run")->capture_default_str();
   app.add_option("--jobs", options.jobs, "How many processes play")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
+  app.add_option("--profile", wishes.profile,
+                 "What happens: all, wires, interfaces, hardware, processes or configurations")
+      ->type_name("NAME")
+      ->transform(CLI::CheckedTransformer(profiles));
   app.add_option("--invariant", options.invariants,
                  "Hold runs to this one; may be given several times; to all without it")
       ->type_name("NAME")
@@ -71,9 +84,9 @@ void addExhaustOptions(CLI::App& app, Lab::ExhaustOptions& options) {
   std::map<std::string, Lab::SmallFault> kinds;
   for (Lab::SmallFault const fault : Lab::kSmallFaults) kinds[Lab::wordOf(fault)] = fault;
   app.add_option("file", options.file, "A scenario")->type_name("FILE.scenario")->required();
-  app.add_option(
-         "--faults", options.faults,
-         "Kinds of faults, with commas: loss, duplicate, delay, replay, death; all without it")
+  app.add_option("--faults", options.faults,
+                 "Kinds of faults, with commas: loss, duplicate, delay, replay, late, death; all "
+                 "without it")
       ->delimiter(',')
       ->transform(CLI::CheckedTransformer(kinds));
   app.add_flag("--pairs", options.pairs, "Play each pair of faults, too");
@@ -85,10 +98,13 @@ void addExhaustOptions(CLI::App& app, Lab::ExhaustOptions& options) {
       ->capture_default_str();
 }
 
-int swarm(Lab::SwarmOptions options, double minutes) {
+int swarm(Lab::SwarmOptions options, SwarmWishes const& wishes) {
   using Clock = std::chrono::steady_clock;
-  if (minutes > 0) {
-    auto const end = Clock::now() + std::chrono::duration<double, std::ratio<60>>(minutes);
+  options.draw = [profile = wishes.profile](uint32_t number) {
+    return Lab::swarmScenario(number, profile);
+  };
+  if (wishes.minutes > 0) {
+    auto const end = Clock::now() + std::chrono::duration<double, std::ratio<60>>(wishes.minutes);
     options.isTimeUp = [end] { return Clock::now() >= end; };
   }
   options.showsProgress = ::isatty(STDOUT_FILENO) != 0;
@@ -126,8 +142,8 @@ int main(int argc, char** argv) {
   CLI::App& swarming =
       *app.add_subcommand("swarm", "Play random scenarios, and hold them to all invariants");
   Lab::SwarmOptions swarmOptions;
-  double minutes = 0;
-  addSwarmOptions(swarming, swarmOptions, minutes);
+  SwarmWishes swarmWishes;
+  addSwarmOptions(swarming, swarmOptions, swarmWishes);
   CLI::App& exhausting =
       *app.add_subcommand("exhaust", "Play a scenario with every small fault that it offers");
   Lab::ExhaustOptions exhaustOptions;
@@ -141,7 +157,7 @@ int main(int argc, char** argv) {
   }
   if (decoder) return decode(decodeOptions);
   if (comparison) return Lab::compareDoctor(comparisonOptions, std::cout);
-  if (swarming) return swarm(swarmOptions, minutes);
+  if (swarming) return swarm(swarmOptions, swarmWishes);
   if (exhausting) return Lab::exhaust(exhaustOptions, std::cout, std::cerr);
   if (random) {
     std::cout << Lab::randomScenario(randomSeed);

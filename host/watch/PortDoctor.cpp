@@ -234,8 +234,9 @@ double PortDoctor::legalWait(Lumo::IntfId intfId, PortTrouble trouble) const {
   auto const given = SakId::of(principalOf(*port)->distSak());
   if (!given) return forPrimaryKey;
   // A key server begins to send with a new key when its peers receive, or after this period.
+  // Another key that is spent, too, as one that was left for the primary key, makes nothing well.
   bool const isAnother = given != SakId::of(status_->cpStatus(intfId)->txSak());
-  return isAnother ? status_->latestKeyEnablePeriod() : 0;
+  return isAnother && !transmitHold_.isSpent(intfId, *given) ? status_->latestKeyEnablePeriod() : 0;
 }
 
 // A new key that comes meanwhile makes one needless with which nothing was sent.

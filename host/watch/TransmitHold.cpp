@@ -75,6 +75,10 @@ TransmitHold::Reason TransmitHold::reason(Lumo::IntfId intfId) const {
   return found == held_.end() ? Reason::none : found->second;
 }
 
+bool TransmitHold::isSpent(Lumo::IntfId intfId, SakId const& sak) const {
+  return history_.isSpent(intfId, sak);
+}
+
 TransmitHold::Reason TransmitHold::reasonNow(Lumo::IntfId intfId) const {
   auto const cp = ports_.status()->cpStatus(intfId);
   if (!cp) return Reason::none;

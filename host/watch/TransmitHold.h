@@ -40,6 +40,8 @@ class TransmitHold final : public Vesk::StateMachine, private PortListener {
 
   /// Why the transmit key of this interface is held back.
   Reason reason(Lumo::IntfId intfId) const;
+  /// Whether nothing may be sent with this key.
+  bool isSpent(Lumo::IntfId intfId, SakId const& sak) const;
   /// All that are held back.
   std::map<Lumo::IntfId, Reason> const& held() const { return held_; }
   /// Looks again, since a key may have been spent.

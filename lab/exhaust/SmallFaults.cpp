@@ -6,8 +6,9 @@ namespace Lab {
 
 namespace {
 
-// In seconds: how much later a frame comes again, and how long a process stays dead.
-constexpr double kReplayed = 3, kDead = 1;
+// In seconds: how much later a frame comes again, how long a process stays dead, and how late a
+// timer is: longer than a frame is on its way.
+constexpr double kReplayed = 3, kDead = 1, kLate = 0.002;
 
 using Lines = std::vector<std::string>;
 
@@ -24,6 +25,16 @@ void addReplays(Lines& lines, Simulation const& played, size_t wire, size_t numb
     lines.push_back(
         fmt::format("at {:.6f} replay frame {} to {}", frame.time + kReplayed, number, to.text()));
   }
+}
+
+Lines lateTimers(Simulation const& played) {
+  Lines lines;
+  for (auto const& one : played.switches()) {
+    for (double const time : one->timerTimes()) {
+      lines.push_back(fmt::format("at {:.6f} stop {} for {}", time, one->name(), kLate));
+    }
+  }
+  return lines;
 }
 
 Lines deaths(Simulation const& played) {
@@ -51,6 +62,8 @@ char const* wordOf(SmallFault fault) {
       return "delay";
     case SmallFault::replay:
       return "replay";
+    case SmallFault::late:
+      return "late";
     case SmallFault::death:
       return "death";
   }
@@ -59,6 +72,7 @@ char const* wordOf(SmallFault fault) {
 
 std::vector<std::string> allOf(SmallFault fault, Simulation const& played) {
   if (fault == SmallFault::death) return deaths(played);
+  if (fault == SmallFault::late) return lateTimers(played);
   Lines lines;
   for (size_t wire = 0; wire < played.scenario().wires.size(); ++wire) {
     auto const& frames = played.recorded(wire);

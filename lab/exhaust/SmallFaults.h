@@ -15,11 +15,13 @@ enum class SmallFault : uint8_t {
   duplicate,  ///< a frame arrives twice
   delay,      ///< a frame arrives behind the next one of its way
   replay,     ///< a frame comes again a while later
+  late,       ///< the timers of a switch come two milliseconds late, and frames before them
   death       ///< a process dies at a commit to its store, or right before it
 };
 
-inline constexpr std::array kSmallFaults{SmallFault::loss, SmallFault::duplicate, SmallFault::delay,
-                                         SmallFault::replay, SmallFault::death};
+inline constexpr std::array kSmallFaults{SmallFault::loss,  SmallFault::duplicate,
+                                         SmallFault::delay, SmallFault::replay,
+                                         SmallFault::late,  SmallFault::death};
 /// "loss".
 char const* wordOf(SmallFault fault);
 

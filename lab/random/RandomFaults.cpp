@@ -20,23 +20,44 @@ constexpr uint32_t kMostOfSome = 12;
 // How often a kind is drawn against the others.
 std::vector<RandomFaults::Kind> const& RandomFaults::kinds() {
   using F = RandomFaults;
-  static std::vector<Kind> const all = {
-      {12, &F::loseSome},       {4, &F::loseShare},   {2, &F::delay},         {3, &F::shuffle},
-      {2, &F::corrupt},         {6, &F::cut},         {5, &F::replay},        {6, &F::flapLink},
-      {4, &F::remakeInterface}, {1, &F::sendBroken},  {8, &F::restart, true}, {2, &F::exit, true},
-      {2, &F::shutDown},        {5, &F::hardware},    {3, &F::changeKey},     {2, &F::packetNumber},
-      {2, &F::removeKey},       {6, &F::publishAnew}, {3, &F::priority},      {2, &F::rekeyPeriod},
-      {2, &F::delayProtection}, {1, &F::suite},       {6, &F::thirdMember},   {3, &F::spendKey},
-      {2, &F::deviceDown}};
+  using P = FaultProfile;
+  static std::vector<Kind> const all = {{12, &F::loseSome, P::wires},
+                                        {4, &F::loseShare, P::wires},
+                                        {2, &F::delay, P::wires},
+                                        {3, &F::shuffle, P::wires},
+                                        {2, &F::corrupt, P::wires},
+                                        {6, &F::cut, P::wires},
+                                        {5, &F::replay, P::wires},
+                                        {6, &F::flapLink, P::interfaces},
+                                        {4, &F::remakeInterface, P::interfaces},
+                                        {1, &F::sendBroken, P::wires},
+                                        {8, &F::restart, P::processes, true},
+                                        {2, &F::exit, P::processes, true},
+                                        {2, &F::shutDown, P::configurations},
+                                        {5, &F::hardware, P::hardware},
+                                        {3, &F::changeKey, P::configurations},
+                                        {2, &F::packetNumber, P::hardware},
+                                        {2, &F::removeKey, P::configurations},
+                                        {6, &F::publishAnew, P::configurations},
+                                        {3, &F::priority, P::configurations},
+                                        {2, &F::rekeyPeriod, P::configurations},
+                                        {2, &F::delayProtection, P::configurations},
+                                        {1, &F::suite, P::configurations},
+                                        {6, &F::thirdMember, P::interfaces},
+                                        {3, &F::spendKey, P::hardware},
+                                        {2, &F::deviceDown, P::interfaces}};
   return all;
 }
 
 // What happens in swarms alone.
 std::vector<RandomFaults::Kind> const& RandomFaults::kindsOfSwarms() {
   using F = RandomFaults;
-  static std::vector<Kind> const all = {{6, &F::kill, true},      {3, &F::standStill},
-                                        {2, &F::loseState, true}, {2, &F::fillStore},
-                                        {3, &F::loseKey},         {2, &F::suiteOfOne}};
+  using P = FaultProfile;
+  static std::vector<Kind> const all = {
+      {6, &F::kill, P::processes, true},      {3, &F::standStill, P::processes},
+      {2, &F::loseState, P::processes, true}, {2, &F::fillStore, P::processes},
+      {3, &F::loseKey, P::hardware},          {2, &F::suiteOfOne, P::configurations},
+      {2, &F::clockRate, P::processes}};
   return all;
 }
 
@@ -56,12 +77,13 @@ void RandomFaults::draw() {
   for (uint32_t i = 0; i < faults; ++i) drawOneOf(kinds());
 }
 
-void RandomFaults::drawSome() {
+void RandomFaults::drawSome(FaultProfile profile) {
   begin();
   std::vector<Kind> some;
   for (auto const* from : {&kinds(), &kindsOfSwarms()}) {
     for (Kind const& kind : *from) {
-      if (dice_.chance(kKept)) some.push_back(kind);
+      bool const isMeant = profile == FaultProfile::all || kind.profile == profile;
+      if (isMeant && dice_.chance(kKept)) some.push_back(kind);
     }
   }
   leaveStatesWhole(some);
@@ -221,6 +243,14 @@ void RandomFaults::kill() {
 void RandomFaults::standStill() {
   std::string const name = aSwitch();
   at(now_, fmt::format("stop {} for {}", name, dice_.seconds(0.5, 15)));
+}
+
+void RandomFaults::clockRate() {
+  std::string const name = aSwitch();
+  uint32_t const percent = dice_.number(1, 3);
+  std::string const way = dice_.chance(50) ? "fast" : "slow";
+  at(now_, fmt::format("clock of {} runs {} percent {}", name, percent, way));
+  if (dice_.chance(50)) at(now_ + aWhile(), "clock of " + name + " runs right");
 }
 
 void RandomFaults::loseState() {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "lab/random/FaultProfile.h"
 #include "lab/random/RandomNet.h"
 
 namespace Lab {
@@ -15,14 +16,15 @@ class RandomFaults {
       : net_(net), dice_(dice), text_(text) {}
 
   void draw();
-  /// Of some kinds alone, which the seed chooses, and more of them.
-  void drawSome();
+  /// Of some kinds alone, which the seed chooses among those of the profile, and more of them.
+  void drawSome(FaultProfile profile);
 
  private:
   using Fault = void (RandomFaults::*)();
   struct Kind {
     uint32_t weight;
     Fault draw;
+    FaultProfile profile;
     bool endsProcesses = false;
   };
   static std::vector<Kind> const& kinds();
@@ -56,6 +58,7 @@ class RandomFaults {
   // Of processes and their stores.
   void kill();
   void standStill();
+  void clockRate();
   void loseState();
   void fillStore();
   // Of configurations.

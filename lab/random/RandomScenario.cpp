@@ -23,7 +23,7 @@ std::string randomScenario(uint32_t seed) {
   return text;
 }
 
-std::string swarmScenario(uint32_t number) {
+std::string swarmScenario(uint32_t number, FaultProfile profile) {
   Dice dice(number, Stream::swarm);
   double const dataEvery = dice.oneOf<double>({0.2, 0.5, 1});
   std::string text = fmt::format(
@@ -31,7 +31,7 @@ std::string swarmScenario(uint32_t number) {
       "invariants hold\n",
       number, kSeconds, kFaultsEnd, dataEvery);
   RandomNet const net = drawNet(dice, dice.chance(75) ? NetSize() : kLargeNet, text);
-  RandomFaults(net, dice, text).drawSome();
+  RandomFaults(net, dice, text).drawSome(profile);
   return text;
 }
 

@@ -78,6 +78,19 @@ Standstill parseStandstill(Words& words, Known const& known) {
   return {name, words.time()};
 }
 
+ClockRate parseClock(Words& words, Known const& known) {
+  ClockRate clock{words.switchName(known)};
+  if (words.take("runs right")) return clock;
+  if (!words.take("runs")) words.unknown("rate", {"runs", "runs right"});
+  double const share = words.number("a number of percent", 1, 50) / 100.0;
+  bool const isFast = words.take("percent fast");
+  if (!isFast && !words.take("percent slow")) {
+    words.unknown("rate", {"percent fast", "percent slow"});
+  }
+  clock.rate = isFast ? 1 + share : 1 - share;
+  return clock;
+}
+
 StoreChange parseStore(Words& words, Known const& known) {
   auto name = words.switchName(known);
   bool const refuses = words.take("refuses");
@@ -109,6 +122,7 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
   if (words.take("restart")) return parseRestart(words, known);
   if (words.take("kill")) return parseKill(words, known);
   if (words.take("stop")) return parseStandstill(words, known);
+  if (words.take("clock of")) return parseClock(words, known);
   if (words.take("store of")) return parseStore(words, known);
   if (words.take("hardware")) return parseHardware(words, known);
   if (words.take("send a frame with")) return parseSendFrame(words, known);
@@ -138,6 +152,7 @@ decltype(Action::what) parseWhat(Words& words, double at, Known& known) {
                            "restart",
                            "kill",
                            "stop",
+                           "clock of",
                            "store of",
                            "hardware",
                            "send a frame with",

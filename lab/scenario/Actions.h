@@ -135,6 +135,11 @@ struct Standstill {
   std::string switchName;
   double seconds = 0;
 };
+/// How fast the clock of the switch runs.
+struct ClockRate {
+  std::string switchName;
+  double rate = 1;  ///< its seconds in each
+};
 /// Whether the store of the switch takes anything.
 struct StoreChange {
   std::string switchName;
@@ -200,8 +205,8 @@ struct Action {
   std::variant<LinkChange, DeviceChange, WireFault, KeyChange, PriorityChange, RekeyPeriodChange,
                SuiteChange, ProfileChange, Dot1xKeyChange, ShutdownChange, DelayProtectionChange,
                FipsChange, FipsProviderChange, CountersCleared, Reload, Restart, Kill, Standstill,
-               StoreChange, HardwareChange, PacketNumber, KeySpent, KeyLost, SendFrame, Replay,
-               InterfaceChange, Mark>
+               ClockRate, StoreChange, HardwareChange, PacketNumber, KeySpent, KeyLost, SendFrame,
+               Replay, InterfaceChange, Mark>
       what;
 };
 

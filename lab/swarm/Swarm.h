@@ -17,7 +17,9 @@ struct SwarmOptions {
   uint32_t from = 1;  ///< number of the first run; each has the next one
   uint32_t jobs = 1;  ///< processes
   /// The text of the scenario of a run, of which its number decides all.
-  std::function<std::string(uint32_t number)> draw = swarmScenario;
+  std::function<std::string(uint32_t number)> draw = [](uint32_t number) {
+    return swarmScenario(number);
+  };
   /// Names of the invariants to which a run is held; all if there is none.
   std::vector<std::string> invariants = {};
   std::string keep = ".";  ///< folder for the scenarios of runs that failed

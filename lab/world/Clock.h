@@ -16,10 +16,11 @@ struct Clock {
 };
 
 /// Sums of decimal fractions differ in their last bits: times that lie this close are one instant.
+/// Both functions take the difference, so that they agree to the last bit.
 constexpr double kInstant = 1e-7;
 
 inline bool sameInstant(double a, double b) { return std::abs(a - b) < kInstant; }
-inline bool notAfter(double a, double b) { return a < b + kInstant; }
+inline bool notAfter(double a, double b) { return a - b < kInstant; }
 
 /// The number nearest to the time in whole microseconds.
 inline double roundedTime(double time) { return std::round(time * 1e6) / 1e6; }

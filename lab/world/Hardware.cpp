@@ -1,5 +1,7 @@
 #include "lab/world/Hardware.h"
 
+#include <algorithm>
+
 #include "lab/world/Clock.h"
 #include "model/Factories.h"
 #include "runtime/NestedReactors.h"
@@ -229,12 +231,17 @@ bool Hardware::answerOne() {
   return false;
 }
 
+// Another transmit key may be asked for meanwhile, whose receive key isn't there yet: it is told
+// behind that, as drivers do.
 void Hardware::give(Answer const& answer) {
-  if (answer.rx) {
-    giveRx(answer.intfId, *answer.rx);
-  } else {
-    giveTx(answer.intfId);
-  }
+  if (answer.rx) return giveRx(answer.intfId, *answer.rx);
+  auto const cpStatus = status_->cpStatus(answer.intfId);
+  auto const isItsReceiver = [&](Answer const& other) {
+    return other.intfId == answer.intfId && cpStatus && other.rx == cpStatus->txSak().an();
+  };
+  auto const receiver = std::ranges::find_if(answers_, isItsReceiver);
+  if (receiver == answers_.end()) return giveTx(answer.intfId);
+  answers_.push_back({receiver->due, answer.intfId, {}});
 }
 
 // Only what is still asked for is installed: a key that was withdrawn meanwhile isn't.

@@ -127,6 +127,7 @@ class Simulation {
   void carryOut(Restart const& restart);
   void carryOut(Kill const& kill);
   void carryOut(Standstill const& still);
+  void carryOut(ClockRate const& clock);
   void carryOut(StoreChange const& change);
   void carryOut(HardwareChange const& change);
   void carryOut(PacketNumber const& number);

@@ -110,6 +110,7 @@ void Simulation::endFaults() {
   }
   for (auto const& one : switches_) {
     one->world().hasFipsProvider = true;
+    one->world().clockRateIs(1);
     one->storeRefuses(false);
     one->hardware([](Hardware& hardware) { hardware.moodIs(HardwareMood::normal, 0); });
   }
@@ -140,6 +141,10 @@ void Simulation::carryOut(Kill const& kill) {
 
 void Simulation::carryOut(Standstill const& still) {
   switchOf(still.switchName).standStill(still.seconds);
+}
+
+void Simulation::carryOut(ClockRate const& clock) {
+  switchOf(clock.switchName).world().clockRateIs(clock.rate);
 }
 
 void Simulation::carryOut(StoreChange const& change) {

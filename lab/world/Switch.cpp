@@ -111,7 +111,7 @@ void Switch::restart(double deadFor, bool keepsState) {
     if (!keepsState) store_.clear();
     processDied();
     world_.processBegins();
-    startsAgain_ = world_.now() + deadFor;
+    startsAgain_ = world_.simulationNow() + deadFor;
     if (deadFor == 0) startProcess();
   });
 }
@@ -132,7 +132,7 @@ void Switch::startProcess() {
 }
 
 void Switch::standStill(double seconds) {
-  if (started_) stillUntil_ = world_.now() + seconds;
+  if (started_) stillUntil_ = world_.simulationNow() + seconds;
 }
 
 // Frames that waited for it go with it.
@@ -152,7 +152,7 @@ void Switch::processEnded(int status) {
   world_.processBegins();
   record_.exits.push_back(status);
   double const wait = std::max(wasStarting ? kSecondsToNextTry : 0, isKill ? deadFor_ : 0);
-  startsAgain_ = world_.now() + wait;
+  startsAgain_ = world_.simulationNow() + wait;
   tell(ProcessEnded{status, startsAgain_});
   if (wait == 0) inWorld([&] { startProcess(); });
 }
@@ -239,17 +239,20 @@ bool Switch::passes(Lumo::IntfId intfId) const { return isUp(intfId) && host_->i
 
 double Switch::nextTime() const {
   if (isStandingStill()) return stillUntil_;
-  if (!waiting_.empty()) return world_.now();
-  return std::min({startsAgain_, host_->timerWheel()->nextTime(), hardware_->nextTime()});
+  if (!waiting_.empty()) return world_.simulationNow();
+  double const due = std::min(host_->timerWheel()->nextTime(), hardware_->nextTime());
+  return std::min(startsAgain_, world_.simulationTimeOf(due));
 }
 
 bool Switch::runOne() {
-  if (nextTime() > world_.now()) return false;
+  if (nextTime() > world_.simulationNow()) return false;
   if (takeWaiting()) return true;
   bool ran = true;
   inWorld([&] {
-    if (startsAgain_ <= world_.now()) return startProcess();
-    ran = host_->timerWheel()->runOne() || hardware_->answerOne();
+    if (startsAgain_ <= world_.simulationNow()) return startProcess();
+    bool const isTimer = host_->timerWheel()->runOne();
+    if (isTimer) timerTimes_.insert(world_.simulationNow());
+    ran = isTimer || hardware_->answerOne();
   });
   return ran;
 }

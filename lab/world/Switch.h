@@ -54,6 +54,8 @@ class Switch final : public Codec::FrameSink {
   bool isDeleted(Lumo::IntfId intfId) const { return deleted_.contains(intfId); }
 
   SwitchRecord const& record() const { return record_; }
+  /// The instants of the simulation at which its timers ran.
+  std::set<double> const& timerTimes() const { return timerTimes_; }
 
   void start();
   /// The process dies, and another one starts at once, or so many seconds later.
@@ -63,7 +65,7 @@ class Switch final : public Codec::FrameSink {
   void killedAt(MemoryStore::Death death, std::function<void()> killed, double deadFor = 0);
   /// The process isn't given the processor for so many seconds.
   void standStill(double seconds);
-  bool isStandingStill() const { return world_.now() < stillUntil_; }
+  bool isStandingStill() const { return world_.simulationNow() < stillUntil_; }
   void storeRefuses(bool refuses) { store_.refusesIs(refuses); }
   MemoryStore const& store() const { return store_; }
   Hardware const& hardware() const { return *hardware_; }
@@ -144,10 +146,11 @@ class Switch final : public Codec::FrameSink {
   std::unique_ptr<TreeWatch> watch_;
   std::optional<Macsecd::UnreadableKeyTeller> unreadableKeys_;
   SwitchRecord record_;
+  std::set<double> timerTimes_;
   uint64_t stateWrites_ = 0;  ///< attributes but counters
   bool started_ = false;
   bool starting_ = false;
-  double startsAgain_;
+  double startsAgain_;  // of the simulation's time, as the next one
   double stillUntil_ = -kNever;
   std::deque<WaitingFrame> waiting_;  ///< for a process that stands still
   std::map<Lumo::IntfId, std::vector<uint8_t>> lastAccepted_;

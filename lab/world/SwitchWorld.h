@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "lab/world/Clock.h"
+#include "lab/world/LocalClock.h"
 #include "lab/world/Random.h"
 #include "runtime/Entity.h"
 #include "runtime/Log.h"
@@ -40,7 +41,11 @@ class SwitchWorld final : public Vesk::World {
 
   WorldSinks sinks;
 
-  double now() const override { return clock_.now; }
+  double now() const override { return local_.shown(clock_.now); }
+  /// The time of the simulation, and that at which this switch's clock shows this one.
+  double simulationNow() const { return clock_.now; }
+  double simulationTimeOf(double shown) const { return local_.whenShown(shown); }
+  void clockRateIs(double rate) { local_.rateIs(clock_.now, rate); }
   int rand() override {
     if (used_ < firstDelays_.size()) return static_cast<int>(firstDelays_[used_++]);
     return static_cast<int>(delays_.number() >> 1);
@@ -74,6 +79,7 @@ class SwitchWorld final : public Vesk::World {
 
  private:
   Clock const& clock_;
+  LocalClock local_;
   Random delays_;
   Random keys_;
   std::vector<uint32_t> firstDelays_;

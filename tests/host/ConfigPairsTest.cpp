@@ -275,7 +275,7 @@ struct Pair {
 };
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr uint64_t kPairs = 40;  // each costs ten times as much there
+constexpr uint64_t kPairs = 20;  // each costs ten times as much there
 #else
 constexpr uint64_t kPairs = 400;
 #endif

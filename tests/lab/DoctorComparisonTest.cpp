@@ -34,7 +34,7 @@ TEST(RandomScenario, IsReadableAndHasFaultsOfEveryKindOverManySeeds) {
   }
   // All but the change of a profile, a reload, the clearing of counters, and a mark; and what
   // happens in swarms alone.
-  EXPECT_EQ(kinds.size(), std::variant_size_v<decltype(Action::what)> - 8);
+  EXPECT_EQ(kinds.size(), std::variant_size_v<decltype(Action::what)> - 9);
 }
 
 TEST(RandomScenario, IsDecidedByItsSeed) {
@@ -50,7 +50,7 @@ TEST(SecuredTime, IsThatOfBothPortsWhileTrafficPassesBothWays) {
 }
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr uint32_t kSwarm = 20;  // each costs twenty times as much there
+constexpr uint32_t kSwarm = 10;  // each costs twenty times as much there
 #else
 constexpr uint32_t kSwarm = 150;
 #endif

@@ -7,6 +7,7 @@
 #include "tests/host/FilledTree.h"
 #include "tests/host/KeptState.h"
 #include "tests/support/TestWorld.h"
+#include "tests/support/Thinned.h"
 
 namespace Macsecd {
 namespace {
@@ -87,8 +88,10 @@ TEST_F(StateTree, LosesNoMoreThanTheValueThatIsDamaged) {
                      +[](std::string& value) { value.clear(); },
                      +[](std::string& value) { value[value.size() / 2] ^= 0x15; },
                      +[](std::string& value) { value += "\xff\0)"; }};
+  size_t cases = 0;
   for (auto const& [path, value] : store.values) {
     for (auto const& damage : ways) {
+      if (++cases % Support::kEach != 0) continue;
       StateValues values = store.values;
       damage(values[path]);
       auto const rebuilt = rebuiltStatus("switch/status", values);

@@ -82,6 +82,15 @@ TEST_F(AnExhaustiveSearch, LeavesOutPairsWithAFaultThatChangesNothing) {
   EXPECT_THAT(told, HasSubstr(" 0 runs with pairs, 0 failed"));
 }
 
+TEST_F(AnExhaustiveSearch, HasTheTimersOfEachSwitchLateAtEachInstant) {
+  EXPECT_EQ(search(pair("", "3"), {SmallFault::late}), 0) << mistakes;
+  Played played(pair("", "3"));
+  size_t instants = 0;
+  for (auto const& one : played.simulation().switches()) instants += one->timerTimes().size();
+  EXPECT_GT(instants, 4u);
+  EXPECT_THAT(told, HasSubstr(std::to_string(instants) + " runs with single faults, 0 failed"));
+}
+
 TEST_F(AnExhaustiveSearch, KillsEachProcessAtEachCommit) {
   EXPECT_EQ(search(pair("", "3"), {SmallFault::death}), 0);
   Played played(pair("", "3"));

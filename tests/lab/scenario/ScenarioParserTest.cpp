@@ -145,6 +145,9 @@ TEST(ScenarioParser, ReadsWhatHappensToAProcessAndItsStore) {
   EXPECT_EQ(kill.deadFor, 2);
   EXPECT_FALSE(action<Kill>("kill A before commit 1").isTaken);
   EXPECT_EQ(action<Standstill>("stop B for 2.5").seconds, 2.5);
+  EXPECT_EQ(action<ClockRate>("clock of B runs 2 percent fast").rate, 1.02);
+  EXPECT_EQ(action<ClockRate>("clock of B runs 50 percent slow").rate, 0.5);
+  EXPECT_EQ(action<ClockRate>("clock of B runs right").rate, 1);
   EXPECT_TRUE(action<StoreChange>("store of B refuses").refuses);
   EXPECT_FALSE(action<StoreChange>("store of B is well").refuses);
 }

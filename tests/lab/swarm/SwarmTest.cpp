@@ -96,6 +96,18 @@ TEST(TheSwarm, ReducesARunThatFailsAndKeepsWhatIsLeft) {
   EXPECT_FALSE(held(text).breaches.empty());
 }
 
+TEST(TheSwarm, DrawsWhatAProfileIsAboutAlone) {
+  auto const drawn = [](FaultProfile profile) {
+    std::string all;
+    for (uint32_t number = 1; number <= 50; ++number) all += swarmScenario(number, profile);
+    return all;
+  };
+  std::string const wires = drawn(FaultProfile::wires), processes = drawn(FaultProfile::processes);
+  EXPECT_THAT(wires, testing::AllOf(HasSubstr(" lose "), testing::Not(HasSubstr(" kill "))));
+  EXPECT_THAT(processes, testing::AllOf(HasSubstr(" kill "), testing::Not(HasSubstr(" lose "))));
+  EXPECT_EQ(drawn(FaultProfile::all), drawn(FaultProfile::all));
+}
+
 TEST(TheSwarm, HoldsARunToTheInvariantsThatAreAskedForAlone) {
   std::ostringstream out;
   SwarmOptions options = failing("asked");

@@ -98,6 +98,17 @@ TEST_F(HardwareTest, AnswersEachRequestAfterItsDelayWhenSlow) {
   EXPECT_THAT(installedAt(5), ElementsAre(1, 0, 1));
 }
 
+// The answer for the former transmit key finds that another one is asked for.
+TEST_F(HardwareTest, TellsOfATransmitKeyBehindTheReceiveKeyOfTheSameNumber) {
+  hardware_.moodIs(HardwareMood::slow, 3);
+  cpStatus_->txSakIs(sak(0, 1));
+  clock_.now = 2;
+  cpStatus_->rxSakIs(sak(1, 2));
+  cpStatus_->txSakIs(sak(1, 2));
+  EXPECT_THAT(installedAt(4), ElementsAre(0, 0, 0));
+  EXPECT_THAT(installedAt(5), ElementsAre(0, 2, 2));
+}
+
 TEST_F(HardwareTest, DoesNotAnswerWhenSilentAndCatchesUpWhenNormal) {
   hardware_.moodIs(HardwareMood::silent, 0);
   cpStatus_->rxSakIs(sak(0, 1));
