@@ -27,6 +27,7 @@ struct PortChanges::CpStatusReactor final
   Lumo::IntfId fwkKey() const { return notifier()->intfId(); }
   void onControlledPortEnabled() override { changed(); }
   void onTxSak() override { changed(); }
+  void onPeerSsci() override { changed(); }
   void onRxSak(Macsec::AssociationNumber const&) override { changed(); }
   void onRxSakImmediate() override { changed(); }
   void onLatestSakContext() override { owner().stepped(fwkKey()); }

@@ -144,9 +144,8 @@ std::optional<PortTrouble> PortDoctor::troubleOf(Lumo::IntfId intfId) const {
   if (principal && cpStatus && hasMissedItsMoment(*principal, *cpStatus)) {
     return PortTrouble::waitingToSend;
   }
-  if (principal && principal->defaultActor() && overlookedKey(intfId)) {
-    return PortTrouble::overlookedKey;
-  }
+  auto const overlooked = overlookedKey(intfId);
+  if (principal && overlooked && overlooked != principal) return PortTrouble::overlookedKey;
   auto const trouble = principal ? troubleWith(*principal, intfId) : PortTrouble::notPrincipal;
   if (!trouble || livesOnFormerKey(intfId, *port)) return std::nullopt;
   return isOpen_(intfId) ? troubleOfOpen(*port, status_->cpStatus(intfId)->txSak()) : trouble;
@@ -178,8 +177,8 @@ bool PortDoctor::hasMissedItsMoment(Macsec::MkaActorStatus const& principal,
          !latest.txEnabled() && SakId::of(latest.sak()) == SakId::of(principal.distSak());
 }
 
-// The actor of the primary key if it leads, and so could be principal: where the fallback key is in
-// use, it has come to lead after it succeeded, as with a new priority, and nobody elects then.
+// The actor of the primary key if it leads, and so could be principal: where another key is in use,
+// it has come to lead after it succeeded, as with a new priority, and nobody elects then.
 Vesk::Ptr<Macsec::MkaActorStatus> PortDoctor::overlookedKey(Lumo::IntfId intfId) const {
   auto const intfStatus = status_->intfStatus(intfId);
   auto const port = status_->portStatus(intfId);

@@ -30,7 +30,7 @@ namespace Macsecd {
 ///
 /// A key server whose own hardware had the new key later than all its peers isn't bound anew: after
 /// a life time the doctor has it look at its peers again, and so go over to the key. Nor is one
-/// that leads under its primary key, and uses the fallback key: the doctor has it elect again.
+/// that leads under its primary key, and uses another one: the doctor has it elect again.
 ///
 /// It does no harm: it never binds a port anew through which traffic passes both ways, nor one
 /// whose peers are live under a key that isn't configured any more, since that key would be lost.

@@ -33,7 +33,7 @@ char const* textOf(PortTrouble trouble) {
     case PortTrouble::waitingToSend:
       return "its hardware has got the new key later than its peers";
     case PortTrouble::overlookedKey:
-      return "it leads under its primary key, and uses the fallback key";
+      return "it leads under its primary key, and uses another one";
   }
   return "";
 }

@@ -44,13 +44,12 @@ TEST_F(ThePortDoctor, LeavesAHealthyPortAlone) {
 }
 
 TEST_F(ThePortDoctor, LooksAgainAtAPortThatWasWellForLong) {
+  talk(a, b, 80);
+  EXPECT_EQ(counts().boundAnew, 0u);
   {
     Vesk::WorldScope const scope(a.world);
     a.host.status()->cpStatus(kIntf)->peerSsciIs(kOther);
   }
-  talk(a, b, 80);
-  EXPECT_EQ(counts().boundAnew, 0u);
-  close(a);
   talk(a, b, 100);
   EXPECT_EQ(counts().boundAnew, 1u);
 }

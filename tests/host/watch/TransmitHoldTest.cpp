@@ -112,6 +112,16 @@ TEST_F(TheTransmitHold, ClosesAPortWhosePeerHasAnotherSciThanItsSscisAreFor) {
   EXPECT_TRUE(explain(b.host, kIntf).has(CauseKind::otherPeer));
 }
 
+TEST_F(TheTransmitHold, LooksAgainWhenTheSscisAreForAnotherPeer) {
+  Vesk::WorldScope const scope(b.world);
+  auto const cp = b.host.status()->cpStatus(kIntf);
+  Macsec::Ssci const own = cp->peerSsci();
+  cp->peerSsciIs({{Lumo::EthAddr({2, 0, 0, 0, 0, 9}), 1}, "00000001"});
+  EXPECT_EQ(b.host.transmitHold(kIntf), Reason::otherPeer);
+  cp->peerSsciIs(own);
+  EXPECT_EQ(b.host.transmitHold(kIntf), Reason::spentKey);
+}
+
 // The port forgets its peer before its key, and would send with it in between.
 TEST_F(TheTransmitHold, SendsWithNoKeyThatWasAskedForUnderTheSsciOfAnotherPeer) {
   SakId const key = txSak(b);
