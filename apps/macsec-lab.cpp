@@ -57,8 +57,7 @@ struct SwarmWishes {
 
 void addSwarmOptions(CLI::App& app, Lab::SwarmOptions& options, SwarmWishes& wishes) {
   std::map<std::string, Lab::FaultProfile> profiles;
-  for (Lab::FaultProfile const profile : Lab::kFaultProfiles)
-    profiles[Lab::wordOf(profile)] = profile;
+  for (auto const profile : Lab::kFaultProfiles) profiles[Lab::wordOf(profile)] = profile;
   app.add_option("--runs", options.runs, "How many are played")->capture_default_str();
   app.add_option("--minutes", wishes.minutes, "End after so many minutes");
   app.add_option("--from", options.from, "Number of the first run")->capture_default_str();

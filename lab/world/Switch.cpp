@@ -122,8 +122,10 @@ void Switch::killedAt(MemoryStore::Death death, std::function<void()> killed, do
   store_.deathIs(death, [this] { world_.exit(kKilled); });
 }
 
-// A process reads the whole configuration, however far the one before it has come.
+// A process reads the whole configuration, however far the one before it has come; and its driver
+// installs what is missing, as on an interface that was made anew meanwhile.
 void Switch::startProcess() {
+  hardware_->follow(host_->status());
   startsAgain_ = kNever;
   starting_ = true;
   host_->configIs(config_);

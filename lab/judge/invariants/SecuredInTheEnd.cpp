@@ -55,8 +55,8 @@ SecuredInTheEnd::SecuredInTheEnd(Simulation const& simulation, Calm const& calm)
                 fmt::format(
                     "{} seconds after the last fault every link whose ends have an equal key, and "
                     "SCIs that differ, is open, with a live peer at each end; both have a key in "
-                    "use, or send with "
-                    "the same. Where their primary keys are equal, that isn't the fallback key.",
+                    "use, or send with the same. Where their primary keys are equal, that isn't "
+                    "the fallback key.",
                     kBound)),
       calm_(calm) {}
 

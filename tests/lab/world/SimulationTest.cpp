@@ -211,5 +211,17 @@ TEST(Events, OfActorsAndFramesNameTheirKey) {
       "\n");
 }
 
+TEST(Simulation, HasAProcessThatStartsInstallWhatIsMissing) {
+  Played played(
+      pair("at 15 restart A after 3\nat 16 delete interface Ethernet1 on A\n"
+           "at 17 make interface Ethernet1 on A\n",
+           "18.5"));
+  Switch const& a = played.simulation().switchOf("A");
+  auto const installed = a.hardware().slice()->status(Lumo::IntfId("Ethernet1"));
+  ASSERT_TRUE(installed);
+  EXPECT_TRUE(installed->txSaStatus());
+  EXPECT_TRUE(installed->rxSaStatus(Macsec::AssociationNumber(0)));
+}
+
 }  // namespace
 }  // namespace Lab
