@@ -284,8 +284,9 @@ class Entity : public Notifier {
 template <class E>
 E const* AttributeWrite::of(std::initializer_list<typename E::Attribute> attributes) const {
   static_assert(std::is_final_v<E>);
+  // Comparing types costs more: names, where each library has its own.
   bool const isOne =
-      typeid(entity) == typeid(E) && std::ranges::find(attributes, number) != attributes.end();
+      std::ranges::find(attributes, number) != attributes.end() && typeid(entity) == typeid(E);
   return isOne ? static_cast<E const*>(&entity) : nullptr;
 }
 

@@ -1,6 +1,7 @@
 #include "lab/world/Switch.h"
 
 #include <algorithm>
+#include <typeinfo>
 
 #include "host/journal/PortJournal.h"
 #include "platform/WardcodeLib.h"
@@ -12,10 +13,14 @@ namespace {
 // A process that ends while it starts would do so again at once.
 constexpr double kSecondsToNextTry = 1.0;
 
+template <class... E>
+bool isAnyOf(Vesk::Entity const& entity) {
+  static_assert((std::is_final_v<E> && ...));
+  return ((typeid(entity) == typeid(E)) || ...);
+}
+
 bool isConfiguration(Vesk::Entity const& entity) {
-  return dynamic_cast<Macsec::Config const*>(&entity) ||
-         dynamic_cast<Macsec::Profile const*>(&entity) ||
-         dynamic_cast<Macsec::IntfConfig const*>(&entity);
+  return isAnyOf<Macsec::Config, Macsec::Profile, Macsec::IntfConfig>(entity);
 }
 
 // All that the switch has, whatever its configuration names now.
@@ -78,7 +83,7 @@ void Switch::connectWorld() {
 
 void Switch::written(Vesk::AttributeWrite const& write) {
   ++record_.writes;
-  if (!dynamic_cast<Macsec::MkaPamCounter const*>(&write.entity)) ++stateWrites_;
+  if (!isAnyOf<Macsec::MkaPamCounter>(write.entity)) ++stateWrites_;
   if (isConfiguration(write.entity)) ++record_.configurationWrites;
   watch_->written(write);
 }
