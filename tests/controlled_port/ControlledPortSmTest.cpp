@@ -28,6 +28,18 @@ TEST_F(ControlledPort, AsksForReceptionOfANewKey) {
   Vesk::retire(writes);
 }
 
+TEST_F(ControlledPort, TellsWhatItIsMadeOf) {
+  begin();
+  EXPECT_TRUE(sm().initialized());
+  EXPECT_EQ(sm().ckn(), "6162");
+  EXPECT_EQ(sm().intfId(), port.intfId);
+  EXPECT_EQ(sm().status(), port.Switch::status);
+  EXPECT_EQ(sm().cpStatus(), port.cpStatus());
+  EXPECT_EQ(sm().portStatus(), port.portStatus());
+  EXPECT_EQ(sm().hwStatus(), port.hwStatus);
+  EXPECT_EQ(sm().timerWheel(), port.wheel);
+}
+
 TEST_F(ControlledPort, IgnoresAnEmptyKey) {
   begin();
   distSakIs(sak(1, 7));

@@ -14,10 +14,11 @@ bool areEqual(std::optional<Macsecd::KeyConfig> const& a,
   return a && b && a->ckn == b->ckn && a->cak == b->cak;
 }
 
-// The keys of both ends fit without a doubt. (A fallback key alone is no key to run on. Where one's
-// primary key is the other's fallback key, each holds on to its own primary one.)
+// The keys of both ends fit without a doubt. (A fallback key alone is no key to run on, and beside
+// 802.1X a configured primary key isn't in force. Where one's primary key is the other's fallback
+// key, each holds on to its own primary one.)
 bool doKeysFit(Macsecd::ProfileConfig const& a, Macsecd::ProfileConfig const& b) {
-  if (!a.key || !b.key) return false;
+  if (!a.key || !b.key || a.dot1x || b.dot1x) return false;
   if (areEqual(a.key, b.key)) return true;
   bool const isCrossed = areEqual(a.key, b.fallbackKey) || areEqual(a.fallbackKey, b.key);
   return !isCrossed && areEqual(a.fallbackKey, b.fallbackKey);

@@ -37,7 +37,9 @@ struct Meddled final : Audience {
   using Meddle = std::function<void(Simulation&)>;
 
   explicit Meddled(Meddle meddle = {}, std::string const& lines = "")
-      : read(parseScenario(pair("data every 0.5\n" + lines, "120"), "f")),
+      : Meddled(textWith(lines), std::move(meddle)) {}
+  explicit Meddled(std::string const& text, Meddle meddle = {})
+      : read(parseScenario(text, "f")),
         simulation(read.scenario, 1),
         invariants(simulation),
         meddle_(std::move(meddle)) {
@@ -45,6 +47,9 @@ struct Meddled final : Audience {
     simulation.audienceIs(*this);
     simulation.run();
     for (Breach const& breach : invariants.breaches()) names.insert(breach.invariant);
+  }
+  static std::string textWith(std::string const& lines) {
+    return pair("data every 0.5\n" + lines, "120");
   }
   void instantDone(double time) override {
     if (time >= 70 && meddle_) std::exchange(meddle_, {})(simulation);
@@ -287,6 +292,14 @@ TEST(CountersAddUp, IsBrokenByAFrameThatNoCounterHas) {
 TEST(SecuredInTheEnd, IsBrokenByALinkThatStaysClosed) {
   Meddled const run(at("A", [](Switch& a) { a.host().config()->profile("core")->intfDel(kIntf); }));
   EXPECT_THAT(run.names, Contains("secured-in-the-end"));
+}
+
+TEST(SecuredInTheEnd, AsksForNoPrimaryKeyThatIsConfiguredBeside8021X) {
+  std::string text = Meddled::textWith("");
+  text.replace(text.find("key: {ckn"), 0, "dot1x: true, ");
+  Meddled const run(text);
+  EXPECT_FALSE(run.simulation.switchOf("B").passes(kIntf));
+  EXPECT_THAT(run.names, IsEmpty());
 }
 
 TEST(SecuredInTheEnd, AsksNothingOfTwoEndsWithOneSci) {
