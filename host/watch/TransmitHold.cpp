@@ -1,5 +1,6 @@
 #include "host/watch/TransmitHold.h"
 
+#include "host/state/SsciNumber.h"
 #include "host/text/Limits.h"
 #include "host/text/PortText.h"
 #include "host/watch/PortActors.h"
@@ -94,11 +95,24 @@ void TransmitHold::look(Lumo::IntfId intfId) {
   Reason const reason = reasonNow(intfId);
   if (reason == Reason::tooManyMembers) spendKeys(intfId);
   if (reason == Reason::otherPeer) spendTransmitKey(intfId);
+  if (reason == Reason::none) bindKeys(intfId);
   if (reason != this->reason(intfId)) reasonIs(intfId, reason);
 }
 
 void TransmitHold::spend(Lumo::IntfId intfId, Macsec::Sak const& sak) {
   if (auto const id = SakId::of(sak)) history_.spend(intfId, *id);
+}
+
+// From the moment in which it is asked for, so that hardware that is late doesn't send with it
+// under the SSCI that the peer had before it came under another SCI.
+void TransmitHold::bindKeys(Lumo::IntfId intfId) {
+  auto const cp = ports_.status()->cpStatus(intfId);
+  auto const ssci = cp ? ssciNumber(cp->mySsci()) : std::nullopt;
+  if (!ssci) return;
+  for (auto const& entry : cp->rxSak()) {
+    if (auto const id = SakId::of(*cp->rxSak(entry.fwkKey())))
+      history_.bindSsci(intfId, *id, *ssci);
+  }
 }
 
 // The peer may have the SSCI under which it is asked for. Who the peer is may be forgotten before

@@ -54,6 +54,7 @@ class TransmitHold final : public Vesk::StateMachine, private PortListener {
   void portChanged(Lumo::IntfId intfId) override { look(intfId); }
   void takeUp();
   Reason reasonNow(Lumo::IntfId intfId) const;
+  void bindKeys(Lumo::IntfId intfId);
   void spend(Lumo::IntfId intfId, Macsec::Sak const& sak);
   void spendTransmitKey(Lumo::IntfId intfId);
   void spendKeys(Lumo::IntfId intfId);

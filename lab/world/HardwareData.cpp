@@ -1,5 +1,4 @@
-#include <string>
-
+#include "host/state/SsciNumber.h"
 #include "lab/world/Hardware.h"
 #include "platform/Hex.h"
 #include "platform/SecretOctets.h"
@@ -14,19 +13,13 @@ using Macsec::Sak;
 
 namespace {
 
-// 0 as long as there is none.
-uint32_t numberOf(Macsec::Ssci const& ssci) {
-  std::string const text(ssci.ssci().view());
-  return text.empty() ? 0 : static_cast<uint32_t>(std::stoul(text, nullptr, 16));
-}
-
 // Calls `use(key, terms)` with the key in clear, or with none where the SAK hasn't all that an SA
 // needs.
 template <class Use>
 void withKey(Sak const& sak, Macsec::Ssci const& sender, Use use) {
   Macsec::SecretOctets<32> key;
   SaTerms terms;
-  terms.ssci = numberOf(sender);
+  terms.ssci = Macsecd::ssciNumber(sender).value_or(0);
   bool const isWhole = key.hexIs(WardcodeLib::doDecodeKey(sak.key()).view()) &&
                        Macsec::hexDecode(sak.salt().view(), terms.salt);
   if (!isWhole) key.sizeIs(0);
@@ -43,7 +36,7 @@ SecY* Hardware::secY(Lumo::IntfId intfId) {
 }
 
 uint32_t Hardware::ssciOf(Lumo::IntfId intfId) const {
-  return numberOf(status_->cpStatus(intfId)->mySsci());
+  return Macsecd::ssciNumber(status_->cpStatus(intfId)->mySsci()).value_or(0);
 }
 
 void Hardware::sendWith(Lumo::IntfId intfId, Sak const& sak, uint64_t first) {

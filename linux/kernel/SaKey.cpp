@@ -54,10 +54,4 @@ SciNumber sciNumber(Macsec::Sci const& sci) {
   return number << 16 | sci.portNum();
 }
 
-std::optional<uint32_t> ssciNumber(Macsec::Ssci const& ssci) {
-  std::array<uint8_t, 4> octets;
-  if (!Macsec::hexDecode(ssci.ssci().view(), octets)) return {};
-  return numberOf(octets);
-}
-
 }  // namespace Linux

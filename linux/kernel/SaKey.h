@@ -31,7 +31,5 @@ std::optional<KeyId> keyIdOf(Macsec::Sak const& sak);
 Macsecd::SakId sakIdOf(KeyId const& keyId);
 
 SciNumber sciNumber(Macsec::Sci const& sci);
-/// Nothing as long as there is none.
-std::optional<uint32_t> ssciNumber(Macsec::Ssci const& ssci);
 
 }  // namespace Linux

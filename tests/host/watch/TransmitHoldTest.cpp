@@ -1,6 +1,7 @@
 #include "host/watch/TransmitHold.h"
 
 #include "host/explain/Explain.h"
+#include "host/state/SsciNumber.h"
 #include "tests/host/HostFixture.h"
 
 namespace Macsecd {
@@ -78,6 +79,18 @@ TEST_F(TheTransmitHold, OfAFollowerSpendsOnlyWhatIsAskedForToBeSentWith) {
   thirdIs(b);
   EXPECT_TRUE(b.host.keyHistory().isSpent(kIntf, key));
   EXPECT_FALSE(b.host.keyHistory().isSpent(kIntf, *SakId::of(next)));
+}
+
+TEST_F(TheTransmitHold, BindsAKeyToTheSsciUnderWhichItIsAskedFor) {
+  auto const cp = b.host.status()->cpStatus(kIntf);
+  uint32_t const mine = *ssciNumber(cp->mySsci()), peers = *ssciNumber(cp->peerSsci());
+  Macsec::Sak next = cp->txSak();
+  next.anIs(Macsec::AssociationNumber(3));
+  next.keyNumIs(next.keyNum() + 1);
+  Vesk::WorldScope const scope(b.world);
+  cp->rxSakIs(next);
+  EXPECT_EQ(b.host.keyHistory().firstToSend(kIntf, *SakId::of(next), mine), 1u);
+  EXPECT_EQ(b.host.keyHistory().firstToSend(kIntf, *SakId::of(next), peers), std::nullopt);
 }
 
 TEST_F(TheTransmitHold, MakesANewKeyAsKeyServerWhenTheHardwareCantSendWithThePresentOne) {
