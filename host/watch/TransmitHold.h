@@ -22,6 +22,8 @@ namespace Macsecd {
 ///   asked for meanwhile are spent;
 /// - as long as the transmit key that is asked for is spent (`KeyHistory`).
 ///
+/// So that it can tell, a key is bound to the SSCI under which it is asked for (`bindSsci`).
+///
 /// It ends with a key that isn't spent. If this switch is the key server, it makes one as soon as
 /// the third member has gone. The engine goes on untouched: this acts on forwarding by an input of
 /// its own, which the hardware goes by as well.
