@@ -95,7 +95,7 @@ void TransmitHold::look(Lumo::IntfId intfId) {
   Reason const reason = reasonNow(intfId);
   if (reason == Reason::tooManyMembers) spendKeys(intfId);
   if (reason == Reason::otherPeer) spendTransmitKey(intfId);
-  if (reason == Reason::none) bindKeys(intfId);
+  if (reason == Reason::none || reason == Reason::spentKey) bindKeys(intfId);
   if (reason != this->reason(intfId)) reasonIs(intfId, reason);
 }
 
@@ -104,7 +104,8 @@ void TransmitHold::spend(Lumo::IntfId intfId, Macsec::Sak const& sak) {
 }
 
 // From the moment in which it is asked for, so that hardware that is late doesn't send with it
-// under the SSCI that the peer had before it came under another SCI.
+// under the SSCI that the peer had before it came under another SCI. The SSCIs have to be those of
+// the present peer.
 void TransmitHold::bindKeys(Lumo::IntfId intfId) {
   auto const cp = ports_.status()->cpStatus(intfId);
   auto const ssci = cp ? ssciNumber(cp->mySsci()) : std::nullopt;

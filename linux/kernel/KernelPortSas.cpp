@@ -7,6 +7,8 @@
 
 namespace Linux {
 
+using Macsecd::ssciNumber;
+
 namespace {
 
 HeldSa* find(std::vector<HeldSa>& sas, uint8_t an) {
@@ -42,19 +44,19 @@ HeldSa* KernelPort::txSa(KeyId const& keyId) {
 /// Whether a receive SA of the peer's channel is one that is asked for.
 bool KernelPort::isHeldAsWanted(HeldSa const& sa) const {
   Sak const* const wanted = cpStatus_->rxSak(AssociationNumber(sa.an));
-  return wanted && sa.on && sa.ssci == Macsecd::ssciNumber(cpStatus_->peerSsci()) &&
+  return wanted && sa.on && sa.ssci == ssciNumber(cpStatus_->peerSsci()) &&
          keyIdOf(*wanted) == sa.keyId;
 }
 
 /// Whether a receive SA that was withdrawn stays for a while.
 bool KernelPort::stays(HeldSa const& sa) {
-  return sa.on && sa.ssci == Macsecd::ssciNumber(cpStatus_->peerSsci()) &&
+  return sa.on && sa.ssci == ssciNumber(cpStatus_->peerSsci()) &&
          formerKeys_.stays(AssociationNumber(sa.an), *cpStatus_);
 }
 
 bool KernelPort::setUpReceive() {
   VESK_ASSERT(held_ && cpStatus_);
-  auto const ssci = Macsecd::ssciNumber(cpStatus_->peerSsci());
+  auto const ssci = ssciNumber(cpStatus_->peerSsci());
   SciNumber const sci = ssci ? sciNumber(cpStatus_->peerSsci().sci()) : 0;
   bool isDone = dropOtherChannels(sci) && dropOtherReceiveSas(sci);
   if (ssci) {
@@ -109,11 +111,10 @@ bool KernelPort::installReceive(Sak const& sak, SciNumber sci) {
   uint64_t first = 1;
   if (auto const id = Macsecd::SakId::of(sak)) {
     first = history_.firstToReceive(intfId_, *id, sci);
-    if (auto const mine = Macsecd::ssciNumber(cpStatus_->mySsci()))
-      history_.bindSsci(intfId_, *id, *mine);
+    if (auto const mine = ssciNumber(cpStatus_->mySsci())) history_.bindSsci(intfId_, *id, *mine);
   }
-  return install(place, sak, first, *Macsecd::ssciNumber(cpStatus_->peerSsci()),
-                 "install the receive key", sc->sas);
+  return install(place, sak, first, *ssciNumber(cpStatus_->peerSsci()), "install the receive key",
+                 sc->sas);
 }
 
 // Opens the key for this one request.
@@ -174,7 +175,7 @@ bool KernelPort::setUpTransmit() {
 
 // An SA that the kernel has under this key stays: its packet numbers go on.
 bool KernelPort::installTransmit(Sak const& sak, KeyId const& keyId) {
-  auto const ssci = Macsecd::ssciNumber(cpStatus_->mySsci());
+  auto const ssci = ssciNumber(cpStatus_->mySsci());
   if (!ssci) return true;
   SaPlace const place{held_->index, {}, sak.an().value()};
   HeldSa* const there = txSa(keyId);

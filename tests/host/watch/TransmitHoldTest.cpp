@@ -29,6 +29,19 @@ class TheTransmitHold : public ::testing::Test {
   SakId txSak(Switch const& one) const {
     return *SakId::of(one.host.status()->cpStatus(kIntf)->txSak());
   }
+  uint32_t ssci(Switch const& one) const {
+    return *ssciNumber(one.host.status()->cpStatus(kIntf)->mySsci());
+  }
+  /// To be received with, as when it has just been distributed.
+  SakId nextKeyIsAskedFor(Switch& one) {
+    auto const cp = one.host.status()->cpStatus(kIntf);
+    Macsec::Sak next = cp->txSak();
+    next.anIs(Macsec::AssociationNumber(3));
+    next.keyNumIs(next.keyNum() + 1);
+    Vesk::WorldScope const scope(one.world);
+    cp->rxSakIs(next);
+    return *SakId::of(next);
+  }
   bool isHeld(Switch const& one) const {
     return one.host.transmitHoldInputDir()->forwardingModelInput(kIntf) != nullptr;
   }
@@ -69,28 +82,23 @@ TEST_F(TheTransmitHold, OpensThePortWithANewKeyWhenTheThirdMemberHasGone) {
 }
 
 TEST_F(TheTransmitHold, OfAFollowerSpendsOnlyWhatIsAskedForToBeSentWith) {
-  auto const cp = b.host.status()->cpStatus(kIntf);
-  Macsec::Sak next = cp->txSak();
-  next.anIs(Macsec::AssociationNumber(3));
-  next.keyNumIs(next.keyNum() + 1);
-  SakId const key = txSak(b);
-  Vesk::WorldScope const scope(b.world);
-  cp->rxSakIs(next);
+  SakId const key = txSak(b), next = nextKeyIsAskedFor(b);
   thirdIs(b);
   EXPECT_TRUE(b.host.keyHistory().isSpent(kIntf, key));
-  EXPECT_FALSE(b.host.keyHistory().isSpent(kIntf, *SakId::of(next)));
+  EXPECT_FALSE(b.host.keyHistory().isSpent(kIntf, next));
 }
 
 TEST_F(TheTransmitHold, BindsAKeyToTheSsciUnderWhichItIsAskedFor) {
-  auto const cp = b.host.status()->cpStatus(kIntf);
-  uint32_t const mine = *ssciNumber(cp->mySsci()), peers = *ssciNumber(cp->peerSsci());
-  Macsec::Sak next = cp->txSak();
-  next.anIs(Macsec::AssociationNumber(3));
-  next.keyNumIs(next.keyNum() + 1);
-  Vesk::WorldScope const scope(b.world);
-  cp->rxSakIs(next);
-  EXPECT_EQ(b.host.keyHistory().firstToSend(kIntf, *SakId::of(next), mine), 1u);
-  EXPECT_EQ(b.host.keyHistory().firstToSend(kIntf, *SakId::of(next), peers), std::nullopt);
+  SakId const next = nextKeyIsAskedFor(b);
+  EXPECT_EQ(b.host.keyHistory().firstToSend(kIntf, next, ssci(b)), 1u);
+  EXPECT_EQ(b.host.keyHistory().firstToSend(kIntf, next, ssci(a)), std::nullopt);
+}
+
+TEST_F(TheTransmitHold, BindsTheKeyThatComesAfterASpentOneAsWell) {
+  b.host.keyIsSpent(kIntf, txSak(b));
+  ASSERT_EQ(b.host.transmitHold(kIntf), Reason::spentKey);
+  SakId const next = nextKeyIsAskedFor(b);
+  EXPECT_EQ(b.host.keyHistory().firstToSend(kIntf, next, ssci(a)), std::nullopt);
 }
 
 TEST_F(TheTransmitHold, MakesANewKeyAsKeyServerWhenTheHardwareCantSendWithThePresentOne) {
