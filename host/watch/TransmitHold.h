@@ -22,11 +22,12 @@ namespace Macsecd {
 ///   asked for meanwhile are spent;
 /// - as long as the transmit key that is asked for is spent (`KeyHistory`).
 ///
-/// So that it can tell, a key is bound to the SSCI under which it is asked for (`bindSsci`).
-///
 /// It ends with a key that isn't spent. If this switch is the key server, it makes one as soon as
 /// the third member has gone. The engine goes on untouched: this acts on forwarding by an input of
 /// its own, which the hardware goes by as well.
+///
+/// It binds each key to the SSCI under which it is asked for (`KeyHistory::bindSsci`), too, so that
+/// hardware that is late doesn't send with it under another one.
 class TransmitHold final : public Vesk::StateMachine, private PortListener {
  public:
   using Input = Interface::IntfForwardingModelInputDir;
