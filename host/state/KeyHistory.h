@@ -33,8 +33,9 @@ struct SakId {
 /// process that dies, and the store is written to once in hundreds of millions of frames.
 ///
 /// Bounded, and yet no key starts over:
-///  - Of one key server the `kMostKeys` newest keys are known one by one. Its key numbers rise, so
-///    every older one is known to be spent without being known by itself.
+///  - Of one key server the newest key is known, and `kMostKeys` - 1 others: those that were sent
+///    with come first, and among equals the newest. Its key numbers rise, so every other one below
+///    the newest is known to be spent without being known by itself.
 ///  - The `kMostServers` key servers met last are known. A key of one before them can't come back:
 ///    the replay guard takes a key only from a sender that lists this end's present member
 ///    identifier among its last few messages, and that many sessions, of some seconds each at
@@ -92,6 +93,7 @@ class KeyHistory {
   Key const* find(Lumo::IntfId intfId, SakId const& sak) const;
   Server const* server(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id) const;
   Key* keyIs(Lumo::IntfId intfId, SakId const& sak);
+  static std::vector<Key>::iterator leastNeeded(std::vector<Key>& keys);
   Server& serverIs(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id);
   void keep(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server);
   static std::string pathOf(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server);

@@ -116,6 +116,19 @@ TEST_F(TheKeyHistory, TakesEveryOlderKeyOfAKeyServerForSpentHoweverManyThereWere
   EXPECT_EQ(history.firstToSend(intf, sak(1001), 2), 1u);
 }
 
+TEST_F(TheKeyHistory, KnowsTheKeyInUseHoweverManyNewerOnesComeToNothing) {
+  history.noteSent(intf, sak(1), 2, 1);
+  for (uint32_t number = 2; number <= 20; ++number) history.bindSsci(intf, sak(number), 2);
+  for (KeyHistory const& one : {history, afterDeath()}) {
+    EXPECT_FALSE(one.isSpent(intf, sak(1)));
+    EXPECT_EQ(one.firstToSend(intf, sak(1), 2), 1 + kReserved);
+    for (uint32_t number = 2; number <= 17; ++number) {
+      EXPECT_TRUE(one.isSpent(intf, sak(number))) << number;
+    }
+    EXPECT_FALSE(one.isSpent(intf, sak(20)));
+  }
+}
+
 TEST_F(TheKeyHistory, KeepsAsMuchInTheStoreAsInMemoryAndNoMore) {
   for (uint16_t server = 0; server < 200; ++server) {
     for (uint32_t number = 1; number < 10; ++number)
