@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <limits>
 #include <sstream>
-#include <utility>
 
 #include "host/state/StatePath.h"
 #include "runtime/Assert.h"
@@ -50,23 +49,31 @@ KeyHistory::Server& KeyHistory::serverIs(Lumo::IntfId intfId, Macsec::MemberIden
   return servers.emplace_back(Server{id, ++arrivals_, {}});
 }
 
-// A key that may be in use still is needed, however many newer ones have been distributed since and
-// not gone over to. One that was never used, or is spent, is known by being older than the newest.
-std::vector<KeyHistory::Key>::iterator KeyHistory::leastNeeded(std::vector<Key>& keys) {
-  return std::ranges::min_element(keys, {}, [](Key const& key) {
-    return std::pair(key.reserved != 0 && key.reserved != kAll, !key.received.empty());
-  });
-}
-
 // Null for one that is older than those that are known.
 KeyHistory::Key* KeyHistory::keyIs(Lumo::IntfId intfId, SakId const& sak) {
   auto& keys = serverIs(intfId, sak.server).keys;
   auto const known = std::ranges::find(keys, sak.number, &Key::number);
   if (known != keys.end()) return &*known;
   if (!keys.empty() && sak.number < keys.back().number) return nullptr;
-  if (keys.size() >= kMostKeys) keys.erase(leastNeeded(keys));
+  auto const oldest = std::ranges::find_if(keys, [&](Key const& key) {
+    return !isAsked(intfId, {sak.server, key.number});
+  });
+  if (keys.size() >= kMostKeys && oldest != keys.end()) keys.erase(oldest);
   VESK_ASSERT(keys.empty() || keys.back().number < sak.number);
   return &keys.emplace_back(Key{sak.number, 0, 0, {}});
+}
+
+void KeyHistory::askedIs(Lumo::IntfId intfId, std::vector<SakId> const& keys) {
+  if (keys.empty()) {
+    asked_.erase(intfId);
+  } else {
+    asked_[intfId] = keys;
+  }
+}
+
+bool KeyHistory::isAsked(Lumo::IntfId intfId, SakId const& sak) const {
+  auto const asked = asked_.find(intfId);
+  return asked != asked_.end() && std::ranges::find(asked->second, sak) != asked->second.end();
 }
 
 void KeyHistory::bindSsci(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci) {

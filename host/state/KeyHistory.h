@@ -33,9 +33,9 @@ struct SakId {
 /// process that dies, and the store is written to once in hundreds of millions of frames.
 ///
 /// Bounded, and yet no key starts over:
-///  - Of one key server the newest key is known, and `kMostKeys` - 1 others: those that were sent
-///    with come first, and among equals the newest. Its key numbers rise, so every other one below
-///    the newest is known to be spent without being known by itself.
+///  - Of one key server those keys are known one by one that the port asks for, and the newest ones
+///    up to `kMostKeys`. Its key numbers rise, so every other one below the newest is known to be
+///    spent without being known by itself.
 ///  - The `kMostServers` key servers met last are known. A key of one before them can't come back:
 ///    the replay guard takes a key only from a sender that lists this end's present member
 ///    identifier among its last few messages, and that many sessions, of some seconds each at
@@ -55,6 +55,9 @@ class KeyHistory {
   /// can't be read.
   std::vector<std::string> takeUp(StateValues const& values);
 
+  /// What the port asks for now, to be sent or received with. However many newer keys come to
+  /// nothing, these aren't forgotten.
+  void askedIs(Lumo::IntfId intfId, std::vector<SakId> const& keys);
   /// This end has this SSCI under the key, and never sends with another one under it.
   void bindSsci(Lumo::IntfId intfId, SakId const& sak, uint32_t ssci);
   /// The packet number with which this end may begin to send; nothing if it may never again.
@@ -92,8 +95,8 @@ class KeyHistory {
 
   Key const* find(Lumo::IntfId intfId, SakId const& sak) const;
   Server const* server(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id) const;
+  bool isAsked(Lumo::IntfId intfId, SakId const& sak) const;
   Key* keyIs(Lumo::IntfId intfId, SakId const& sak);
-  static std::vector<Key>::iterator leastNeeded(std::vector<Key>& keys);
   Server& serverIs(Lumo::IntfId intfId, Macsec::MemberIdentifier const& id);
   void keep(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server);
   static std::string pathOf(Lumo::IntfId intfId, Macsec::MemberIdentifier const& server);
@@ -102,6 +105,7 @@ class KeyHistory {
 
   StateStore* const store_;
   std::map<Lumo::IntfId, Servers> servers_;
+  std::map<Lumo::IntfId, std::vector<SakId>> asked_;
   uint64_t arrivals_ = 0;
   StateChange pending_;
 };

@@ -92,6 +92,7 @@ TransmitHold::Reason TransmitHold::reasonNow(Lumo::IntfId intfId) const {
 }
 
 void TransmitHold::look(Lumo::IntfId intfId) {
+  askForKeys(intfId);
   Reason const reason = reasonNow(intfId);
   if (reason == Reason::tooManyMembers) spendKeys(intfId);
   if (reason == Reason::otherPeer) spendTransmitKey(intfId);
@@ -101,6 +102,18 @@ void TransmitHold::look(Lumo::IntfId intfId) {
 
 void TransmitHold::spend(Lumo::IntfId intfId, Macsec::Sak const& sak) {
   if (auto const id = SakId::of(sak)) history_.spend(intfId, *id);
+}
+
+void TransmitHold::askForKeys(Lumo::IntfId intfId) {
+  std::vector<SakId> keys;
+  auto const ask = [&](Macsec::Sak const& sak) {
+    if (auto const id = SakId::of(sak)) keys.push_back(*id);
+  };
+  if (auto const cp = ports_.status()->cpStatus(intfId)) {
+    ask(cp->txSak());
+    for (auto const& entry : cp->rxSak()) ask(*cp->rxSak(entry.fwkKey()));
+  }
+  history_.askedIs(intfId, keys);
 }
 
 // From the moment in which it is asked for, so that hardware that is late doesn't send with it

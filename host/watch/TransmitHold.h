@@ -26,8 +26,9 @@ namespace Macsecd {
 /// the third member has gone. The engine goes on untouched: this acts on forwarding by an input of
 /// its own, which the hardware goes by as well.
 ///
-/// It binds each key to the SSCI under which it is asked for (`KeyHistory::bindSsci`), too, so that
-/// hardware that is late doesn't send with it under another one.
+/// It tells the history which keys are asked for, and binds each key to the SSCI under which it is
+/// asked for (`KeyHistory::bindSsci`), too, so that hardware that is late doesn't send with it
+/// under another one.
 class TransmitHold final : public Vesk::StateMachine, private PortListener {
  public:
   using Input = Interface::IntfForwardingModelInputDir;
@@ -57,6 +58,7 @@ class TransmitHold final : public Vesk::StateMachine, private PortListener {
   void portChanged(Lumo::IntfId intfId) override { look(intfId); }
   void takeUp();
   Reason reasonNow(Lumo::IntfId intfId) const;
+  void askForKeys(Lumo::IntfId intfId);
   void bindKeys(Lumo::IntfId intfId);
   void spend(Lumo::IntfId intfId, Macsec::Sak const& sak);
   void spendTransmitKey(Lumo::IntfId intfId);

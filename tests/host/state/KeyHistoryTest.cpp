@@ -116,8 +116,9 @@ TEST_F(TheKeyHistory, TakesEveryOlderKeyOfAKeyServerForSpentHoweverManyThereWere
   EXPECT_EQ(history.firstToSend(intf, sak(1001), 2), 1u);
 }
 
-TEST_F(TheKeyHistory, KnowsTheKeyInUseHoweverManyNewerOnesComeToNothing) {
+TEST_F(TheKeyHistory, KnowsWhatIsAskedForHoweverManyNewerKeysComeToNothing) {
   history.noteSent(intf, sak(1), 2, 1);
+  history.askedIs(intf, {sak(1)});
   for (uint32_t number = 2; number <= 20; ++number) history.bindSsci(intf, sak(number), 2);
   for (KeyHistory const& one : {history, afterDeath()}) {
     EXPECT_FALSE(one.isSpent(intf, sak(1)));
@@ -127,6 +128,19 @@ TEST_F(TheKeyHistory, KnowsTheKeyInUseHoweverManyNewerOnesComeToNothing) {
     }
     EXPECT_FALSE(one.isSpent(intf, sak(20)));
   }
+  history.askedIs(intf, {});
+  history.bindSsci(intf, sak(21), 2);
+  EXPECT_TRUE(history.isSpent(intf, sak(1)));
+}
+
+TEST_F(TheKeyHistory, HasRoomForAllKeysThatAreAskedFor) {
+  std::vector<SakId> asked;
+  for (uint32_t number = 1; number <= 6; ++number) {
+    asked.push_back(sak(number));
+    history.askedIs(intf, asked);
+    history.bindSsci(intf, sak(number), 2);
+  }
+  for (SakId const& one : asked) EXPECT_FALSE(history.isSpent(intf, one)) << one.number;
 }
 
 TEST_F(TheKeyHistory, KeepsAsMuchInTheStoreAsInMemoryAndNoMore) {
