@@ -9,7 +9,7 @@ DataPasses::DataPasses(Simulation const& simulation, Calm const& calm)
                 fmt::format(
                     "An open port has a key to send with. Between two of them with a key in use "
                     "frames of data come within {} seconds, both ways, unless a fault prevents it.",
-                    kSettled)),
+                    kLongest)),
       calm_(calm) {}
 
 void DataPasses::dataSent(double, DataSent const& sent) {
@@ -37,11 +37,11 @@ void DataPasses::instantDone(double time) {
 void DataPasses::look(bool isMeant, LinkEnd const& from, LinkEnd const& to) {
   double& passed = passed_[{from.name, to.name}];
   if (!isMeant) passed = now();
-  if (now() - passed <= kSettled + *simulation().scenario().dataEvery) return;
+  if (now() - passed <= kLongest + *simulation().scenario().dataEvery) return;
   breaks(
       fmt::format("{} and {} are open, and nothing has come from the first to the second for {} "
                   "seconds",
-                  from.name.text(), to.name.text(), kSettled));
+                  from.name.text(), to.name.text(), kLongest));
 }
 
 }  // namespace Lab

@@ -9,8 +9,12 @@ namespace Lab {
 
 class DataPasses final : public Invariant {
  public:
-  /// So many seconds a link must have been calm, and both ends open.
+  /// So many seconds a link must have been calm.
   static constexpr double kSettled = 10;
+  /// So long both ends may be open with different keys: a key server that has made a key for a peer
+  /// which has gone misses it after a life time, goes over to the fallback key, makes one of that
+  /// when the guard on new keys has expired, and the peer learns of it within a period.
+  static constexpr double kLongest = 15;
 
   DataPasses(Simulation const& simulation, Calm const& calm);
 
